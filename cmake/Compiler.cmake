@@ -1,0 +1,45 @@
+# How everything of ours is compiled. Warnings are errors with both compilers.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release)
+endif()
+
+option(TRELV_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
+
+# Compiles again only what no build folder has compiled before, where ccache is installed.
+find_program(TRELV_CCACHE ccache)
+if(TRELV_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env CCACHE_NOHASHDIR=1 "${TRELV_CCACHE}")
+endif()
+
+# What every target of ours compiles and links with; libraries of others are built without it.
+add_library(trelv_flags INTERFACE)
+target_include_directories(trelv_flags INTERFACE "${PROJECT_SOURCE_DIR}/src" "${PROJECT_SOURCE_DIR}")
+target_compile_options(trelv_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+
+if(TRELV_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+if(WIN32)
+  # Windows XP is the oldest system that has to load the program: later functions stay undeclared,
+  # so that none of them gets into the import table.
+  target_compile_definitions(
+    trelv_flags INTERFACE WINVER=0x0501 _WIN32_WINNT=0x0501 _WIN32_IE=0x0600 UNICODE _UNICODE
+                          WIN32_LEAN_AND_MEAN NOMINMAX STRICT)
+  add_compile_options(-ffunction-sections -fdata-sections)
+  add_link_options(
+    -static
+    -Wl,--gc-sections
+    -Wl,--major-os-version=5,--minor-os-version=1
+    -Wl,--major-subsystem-version=5,--minor-subsystem-version=1)
+  set(TRELV_WINDOWS_LIBRARIES
+      user32 gdi32 comctl32 comdlg32 advapi32 shell32 ole32 oleaut32 uuid mpr version netapi32
+      userenv winspool)
+endif()

@@ -1,0 +1,2 @@
+function(trelv_delay_load target)
+endfunction()

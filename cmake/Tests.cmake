@@ -1,0 +1,53 @@
+# The tests, by folder. Natively: unit, contract against the simulated machine, sweep, fuzz. For
+# Windows: contract against Win32, the helper programs and libraries of the scenarios, benchmarks.
+include(GoogleTestLibrary)
+
+# trelv_test(<name> SOURCES <pattern>... [EXCEPT <regex>] LINKS <target>...): one test program of all
+# sources that the patterns find, under tests/; none where nothing is found.
+function(trelv_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 test "" "EXCEPT" "SOURCES;LINKS")
+  list(TRANSFORM test_SOURCES PREPEND "${PROJECT_SOURCE_DIR}/tests/")
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS LIST_DIRECTORIES false ${test_SOURCES})
+  if(test_EXCEPT)
+    list(FILTER sources EXCLUDE REGEX "${test_EXCEPT}")
+  endif()
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(${name} ${sources})
+  target_link_libraries(${name} PRIVATE ${test_LINKS} trelv_flags GTest::gmock GTest::gtest_main)
+  # Test files are many and small: their own folder is where their helpers stand.
+  target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
+  add_test(NAME ${name} COMMAND ${name})
+endfunction()
+
+set(not_here)
+if(NOT TARGET pugixml::pugixml)
+  set(not_here "/XmlStore[^/]*Test\\.cpp$")
+endif()
+
+if(WIN32)
+  trelv_test(contract_win32 SOURCES "contract/*.cpp" EXCEPT "/contract/sim/"
+             LINKS main xmlstore win32 win32_resources)
+  if(TARGET contract_win32)
+    target_link_options(contract_win32 PRIVATE -s)
+  endif()
+  trelv_small_programs(tests/scenario/programs "${PROJECT_BINARY_DIR}/tests/programs")
+  trelv_small_libraries(tests/scenario/libraries "${PROJECT_BINARY_DIR}/tests/libraries")
+  file(GLOB benches CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/bench/*.cpp")
+  foreach(bench IN LISTS benches)
+    get_filename_component(name "${bench}" NAME_WE)
+    add_executable(bench_${name} "${bench}")
+    trelv_entry_point(bench_${name} "${bench}")
+    target_link_libraries(bench_${name} PRIVATE main xmlstore sim win32 trelv_flags)
+    set_target_properties(bench_${name} PROPERTIES
+                          OUTPUT_NAME "${name}"
+                          RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests/bench")
+  endforeach()
+else()
+  trelv_test(unit_tests SOURCES "unit/*.cpp" EXCEPT "${not_here}" LINKS main xmlstore decoder sim)
+  trelv_test(contract_sim SOURCES "contract/*.cpp" EXCEPT "/contract/win32/" LINKS main sim)
+  trelv_test(sweep_tests SOURCES "sweep/*.cpp" LINKS main xmlstore sim)
+  trelv_test(fuzz_tests SOURCES "fuzz/*.cpp" LINKS main xmlstore decoder sim)
+endif()
