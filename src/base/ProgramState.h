@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "base/Codes.h"
+#include "base/VersionRecord.h"
+
+namespace trelv {
+
+/// What start-up finds out once and every procedure reads.
+struct StartupFacts {
+  /// Host suite's programs folder from the configuration store; empty when it cannot be had.
+  std::string programsPath;
+  bool workstation = false;
+  bool win9x = false;
+  bool administrator = false;
+  bool terminalServer = false;
+  /// The command line as it was passed, after the program's own path and leading blanks.
+  std::string rawCommandLine;
+  std::uint8_t argumentCount = 0;
+  /// Quotes removed; argument 1 is element 0.
+  std::vector<std::string> arguments;
+  RunMode runMode = RunMode::None;
+  /// Root of the host installation (server path), without trailing backslash as passed.
+  std::string hostFolder;
+  std::string integrationPath;
+  std::int32_t programNumber = 0;
+  /// Arguments 5 and later, each preceded by one blank.
+  std::string extraArguments;
+  /// Product identifier and pack file name of a single installation.
+  std::string productToInstall;
+  std::string packFileName;
+  /// kPluginDovra or kPluginNone.
+  std::int32_t pluginProductNumber = 0;
+  /// Host integration folder of a single installation.
+  std::string hostIntegrationFolder;
+};
+
+/// What the run log and the error reporter remember for the whole process.
+struct RunLogState {
+  /// Temporary folder + "log", no trailing backslash; empty until someone needs it.
+  std::string logFolder;
+  /// Full path; empty until the first line, or what a caller named.
+  std::string logFile;
+  /// Text of the last line, without its date.
+  std::string lastLine;
+  /// Maintenance switch: shows every line in a box. Nothing in the program turns it on.
+  bool debugSwitch = false;
+  /// What the error reporter gives back to its caller.
+  std::int16_t reporterChoice = 0;
+};
+
+/// Record and answer that one edition probe keeps.
+struct EditionProbe {
+  VersionRecord record;
+  /// Success of the version query, kept for the extended form.
+  bool querySucceeded = false;
+  bool answer = false;
+};
+
+/// One record per probe of the Windows edition, and the terminal-suite answers.
+struct PlatformProbes {
+  EditionProbe win95;
+  EditionProbe win98;
+  EditionProbe winMe;
+  EditionProbe win2000Server;
+  EditionProbe win2000Professional;
+  EditionProbe winXP;
+  EditionProbe win2003Server;
+  EditionProbe winVista;
+  EditionProbe winSeven;
+  EditionProbe winVistaServer;
+  EditionProbe win2008Server;
+  bool win2000TerminalServer = false;
+  bool win2003TerminalServer = false;
+  bool win2003SingleUser = false;
+  bool win2008TerminalServer = false;
+  bool win2008SingleUser = false;
+};
+
+/// All program-wide state of one process, passed explicitly.
+struct ProgramState {
+  StartupFacts startup;
+  RunLogState runLog;
+  PlatformProbes platform;
+};
+
+}  // namespace trelv

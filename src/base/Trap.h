@@ -1,0 +1,50 @@
+#pragma once
+
+#include <exception>
+#include <new>
+#include <string>
+#include <utility>
+
+#include "base/ErrorReporter.h"
+#include "base/RuntimeError.h"
+
+namespace trelv {
+
+/// Runs `body`; on a failure calls `handler(const RuntimeError&)` and gives its result instead.
+/// Failures of the C++ library (no memory left, a text too long) arrive as RuntimeError too.
+/// A failure inside the handler travels to the caller.
+template <class Body, class Handler>
+auto trap(Body&& body, Handler&& handler) -> decltype(body()) {
+  RuntimeError failure;
+  try {
+    return std::forward<Body>(body)();
+  } catch (const RuntimeError& error) {
+    failure = error;
+  } catch (const std::bad_alloc&) {
+    failure = RuntimeError(runtime_number::kOutOfMemory, "TrelvManager", "Memoria insufficiente");
+  } catch (const std::exception& error) {
+    failure = RuntimeError(runtime_number::kApplicationDefined, "TrelvManager", error.what());
+  }
+  return std::forward<Handler>(handler)(failure);
+}
+
+/// The usual trap of a procedure: a failure in `body` is reported as a program error of
+/// `module`.`procedure` with the text `message`, and the procedure answers `onFailure`.
+template <class Result, class Body>
+Result reportingTrap(ErrorReporter& errors, const char* module, const char* procedure,
+                     const std::string& message, Result onFailure, Body&& body) {
+  return trap(std::forward<Body>(body), [&](const RuntimeError& failure) -> Result {
+    errors.VisualizzaErrore(module, procedure, message, report_kind::kProgramError, failure);
+    return onFailure;
+  });
+}
+
+/// "Goes on with the next statement": runs one `step`; a failure is handed to
+/// `onFailure(const RuntimeError&)` and the caller continues after this call.
+template <class Step, class Handler>
+void resumeNext(Handler&& onFailure, Step&& step) {
+  trap([&]() -> void { std::forward<Step>(step)(); },
+       [&](const RuntimeError& failure) -> void { std::forward<Handler>(onFailure)(failure); });
+}
+
+}  // namespace trelv

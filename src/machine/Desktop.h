@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+#include "machine/Form.h"
+
+namespace trelv::machine {
+
+enum class BoxIcon { None, Critical, Question, Exclamation, Information };
+enum class BoxButtons { Ok, OkCancel, YesNo };
+/// None: the box could not be shown.
+enum class BoxAnswer { None, Ok, Cancel, Yes, No };
+
+/// What the user sees: boxes and forms.
+class Desktop {
+ public:
+  virtual ~Desktop() = default;
+
+  /// Shows a message box (UTF-8, CR LF between lines) over the active form and waits for its
+  /// answer. Without a desktop it answers None at once.
+  virtual BoxAnswer messageBox(const std::string& title, const std::string& text, BoxIcon icon,
+                               BoxButtons buttons) = 0;
+
+  /// Loads the form's window, shows it modally over the active form and returns when it is closed.
+  /// False when it could not be made (nothing of the form was called then).
+  virtual bool showModal(Form& form) = 0;
+
+  /// The active form of this program, or null when none is open. Not owned by the caller; valid
+  /// until the form closes.
+  virtual FormWindow* activeForm() = 0;
+
+  /// Lets pending window messages run, clicks included, and returns.
+  virtual void processEvents() = 0;
+};
+
+}  // namespace trelv::machine

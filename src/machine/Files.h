@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/SystemCode.h"
+
+namespace trelv::machine {
+
+/// What one look at a path tells.
+struct FileFacts {
+  bool folder = false;
+  bool readOnly = false;
+  /// A link or junction: never followed when deleting.
+  bool reparsePoint = false;
+  /// Length in bytes; 0 for a folder.
+  std::uint64_t size = 0;
+};
+
+/// One entry of a folder, without "." and "..".
+struct FolderEntry {
+  std::string name;
+  FileFacts facts;
+};
+
+/// Files and folders as the system's calls see them. Paths are UTF-8, full, with "\" between the
+/// levels, compared without regard to case, without trailing backslash unless it is a root; each
+/// method is one operation of the system and answers its code (0 = done). Nothing here raises, and
+/// no handle outlives a call. A missing file answers 2, a missing folder on the way 3.
+class Files {
+ public:
+  virtual ~Files() = default;
+
+  /// Looks at a path without opening it. An empty path answers 3.
+  virtual SystemCode look(const std::string& path, FileFacts& facts) = 0;
+
+  /// Reads a whole file as bytes in one opening. `content` is replaced on success only. A folder
+  /// answers 5, a file held by another without read sharing 32. A file longer than `limit` bytes
+  /// is read up to the limit.
+  virtual SystemCode read(const std::string& path, std::size_t limit, std::string& content) = 0;
+
+  /// Makes a new file or empties an existing one and writes the bytes: open, write, close.
+  virtual SystemCode write(const std::string& path, std::string_view bytes) = 0;
+
+  /// Appends the bytes, making the file when missing: one open, one write, one close. A missing
+  /// folder answers 3.
+  virtual SystemCode append(const std::string& path, std::string_view bytes) = 0;
+
+  /// Removes one file. Missing answers 2, a read-only one or a folder 5, an open one 32.
+  virtual SystemCode removeFile(const std::string& path) = 0;
+
+  /// Clears or sets the read-only attribute of a file.
+  virtual SystemCode setReadOnly(const std::string& path, bool readOnly) = 0;
+
+  /// Makes one folder; its parent must exist (else 3); existing answers 183.
+  virtual SystemCode makeFolder(const std::string& path) = 0;
+
+  /// Removes one empty folder (not empty: 145) or the link that stands in its place.
+  virtual SystemCode removeFolder(const std::string& path) = 0;
+
+  /// Lists a folder in the order in which the file system gives its entries (unsorted). Missing
+  /// answers 3, a file 267; `entries` is replaced on success only.
+  virtual SystemCode list(const std::string& folder, std::vector<FolderEntry>& entries) = 0;
+
+  /// Copies one file with its last-modified time onto `target` (full path of a file), overwriting.
+  /// A read-only target answers 5.
+  virtual SystemCode copyFile(const std::string& source, const std::string& target) = 0;
+
+  /// Puts `source` in the place of `target` on the same volume in one step, replacing it.
+  virtual SystemCode replaceFile(const std::string& source, const std::string& target) = 0;
+};
+
+}  // namespace trelv::machine

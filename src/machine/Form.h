@@ -1,0 +1,60 @@
+#pragma once
+
+#include <string>
+
+namespace trelv::machine {
+
+/// Numbers of a progress bar as the program keeps them; the visible bar may show less (a value
+/// below its minimum is kept here).
+struct ProgressNumbers {
+  int min = 0;
+  int max = 1;
+  int value = 0;
+};
+
+/// The window of a form that is open, seen through its controls by name. Owned by the desktop,
+/// valid from load to unload. A control that the form does not have: texts are dropped or empty,
+/// the Boolean methods answer false.
+class FormWindow {
+ public:
+  virtual ~FormWindow() = default;
+
+  virtual bool hasControl(const std::string& control) const = 0;
+
+  /// Title of the window.
+  virtual std::string title() const = 0;
+  virtual void setTitle(const std::string& title) = 0;
+
+  /// Text of a text box, caption of a label or button (UTF-8).
+  virtual std::string text(const std::string& control) const = 0;
+  virtual void setText(const std::string& control, const std::string& text) = 0;
+
+  virtual void setEnabled(const std::string& control, bool enabled) = 0;
+  virtual void setFocus(const std::string& control) = 0;
+
+  /// Numbers of a progress bar; false when there is no such bar. Setting shows them; false also
+  /// when the bar refuses.
+  virtual bool progress(const std::string& control, ProgressNumbers& numbers) const = 0;
+  virtual bool setProgress(const std::string& control, const ProgressNumbers& numbers) = 0;
+
+  /// Unloads the form; its handler's closed() is called, and a modal show returns.
+  virtual void close() = 0;
+};
+
+/// A form of the program: what happens when. The class decides, the window only shows.
+class Form {
+ public:
+  virtual ~Form() = default;
+
+  /// Name of the form and of its resource, for example "frmError".
+  virtual std::string name() const = 0;
+  /// The window is made and not yet shown: fill it.
+  virtual void loaded(FormWindow& window) = 0;
+  /// A button was pressed (mouse, accelerator, Enter on it, or as the default button).
+  virtual void clicked(FormWindow& window, const std::string& control) = 0;
+  /// The user asked to close the window (close box, Esc). The form decides; the usual answer is
+  /// window.close().
+  virtual void closeRequested(FormWindow& window) = 0;
+};
+
+}  // namespace trelv::machine

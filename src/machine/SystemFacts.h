@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "base/SystemCode.h"
+#include "base/VersionRecord.h"
+
+namespace trelv::machine {
+
+/// Shell folder number of Program Files.
+constexpr int kProgramFilesFolder = 38;
+
+/// What the system tells of itself, its user and this process.
+class SystemFacts {
+ public:
+  virtual ~SystemFacts() = default;
+
+  /// Queries the version block; `record.size` says which form (148 or 156; any other fails). False
+  /// leaves the record as it was.
+  virtual bool queryVersion(VersionRecord& record) = 0;
+
+  /// The system's version-condition test: true when all bits of `mask` are in the suite mask.
+  virtual bool suiteIncludes(std::uint16_t mask) = 0;
+
+  /// True in a 32-bit program on a 64-bit Windows.
+  virtual bool isWow64() = 0;
+
+  /// Membership of the local administrators group in this process's token (a filtered token is no
+  /// member). A failed query answers its code.
+  virtual SystemCode isAdministrator(bool& member) = 0;
+
+  /// Name of the logged-on user; at most `size` - 1 characters.
+  virtual SystemCode userName(std::uint32_t size, std::string& name) = 0;
+
+  /// The system's Windows folder (never the per-user one of a Terminal Server), without trailing
+  /// backslash unless it is a root.
+  virtual SystemCode systemWindowsFolder(std::string& folder) = 0;
+
+  /// A shell folder by its number, without trailing backslash.
+  virtual SystemCode shellFolder(int number, std::string& folder) = 0;
+
+  /// The user's temporary folder, with trailing backslash; its existence is not tested.
+  virtual SystemCode temporaryFolder(std::string& folder) = 0;
+
+  /// Full path of the running executable.
+  virtual std::string executablePath() = 0;
+
+  /// The whole command line of the process, program included, as it was passed.
+  virtual std::string commandLine() = 0;
+};
+
+}  // namespace trelv::machine

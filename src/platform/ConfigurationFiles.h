@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "machine/Machine.h"
+
+namespace trelv {
+
+/// Reads the values of ini files with few openings: each file is opened and read once and kept
+/// until forget() is called, because a start reads tens of thousands of values over a network
+/// share. Files that our reader does not understand, and bare file names, go to the platform's
+/// functions call by call. Writing always goes to the platform's functions and is not kept.
+class ConfigurationFiles {
+ public:
+  explicit ConfigurationFiles(machine::Machine& machine);
+  ~ConfigurationFiles();
+  ConfigurationFiles(const ConfigurationFiles&) = delete;
+  ConfigurationFiles& operator=(const ConfigurationFiles&) = delete;
+
+  /// Value of a key with empty default, at most `size` - 1 ANSI characters; UTF-8. `file` is a full
+  /// path, or a bare name for the Windows folder.
+  std::string read(const std::string& section, const std::string& key, const std::string& file,
+                   std::uint32_t size);
+
+  /// Drops what was read: to be called after a command ran or a pack was opened, since either may
+  /// have written any of the files.
+  void forget();
+
+ private:
+  struct Kept;
+  machine::Machine& machine_;
+  std::unique_ptr<Kept> kept_;
+};
+
+}  // namespace trelv

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "base/Codes.h"
+#include "platform/Program.h"
+
+/// Entry and run-mode dispatch.
+namespace trelv::modMain {
+
+/// Most arguments that are kept; what follows is dropped.
+constexpr std::size_t kMostArguments = 20;
+
+/// The program's only entry: finds out the facts of the machine, reads the command line and hands
+/// over to one procedure. Never raises.
+void Main(Program& program);
+
+/// The part of a whole command line after the program's own path (quoted or up to the first blank)
+/// and the blanks that follow it.
+std::string argumentsOf(const std::string& commandLine);
+
+/// Splits raw arguments: blanks and tabs separate, double quotes group and are dropped. True on
+/// success.
+bool ParseCommandLine(const std::string& raw, std::uint8_t& count, std::vector<std::string>& args);
+
+/// Run mode of a keyword (trimmed, any case); None when it is no keyword.
+RunMode ConvertModeToNumber(const std::string& keyword);
+
+}  // namespace trelv::modMain
