@@ -1,0 +1,9 @@
+#include "interactive/modProdTrelvInteractive.h"
+
+// Not built yet
+
+namespace trelv::modProdTrelvInteractive {
+
+void StartInstall(Program& /*program*/) {}
+
+}  // namespace trelv::modProdTrelvInteractive
