@@ -15,23 +15,28 @@ constexpr std::int32_t kUpdateAll = 1;
 constexpr std::int32_t kProgramOnly = 4;
 }  // namespace run_kind
 
-/// Brings one product on one side to the versions of its configuration file (full path).
-/// `currentVersion` is raised to the version of each section whose command ran. Paths have no
-/// trailing backslash. True: go on with the next product; false: the whole procedure stops.
+/// Brings one product on one side to the versions of its configuration file (full path): the
+/// commands of the 100 sections of `operation` that stand above `currentVersion` are run one after
+/// the other, each waited for. `currentVersion` is raised to the version of each section whose
+/// command ran. While commands run, the side's update lock file exists. Paths have no trailing
+/// backslash. True: go on with the next product; false: the whole procedure stops, because another
+/// session holds the lock (told in a box) or a run-time failure ended the run (one log line; a lock
+/// that this run took is removed). Never raises.
 bool ProductUpdateRun(Program& program, std::int32_t runKind, const std::string& serverPath,
                       const std::string& integrationPath, const std::string& programsPath,
                       const std::string& configurationPath, Operation operation, Side side,
                       std::string& currentVersion);
 
 /// Resolves the placeholders of `command` in place and runs it, waiting for its end. True when it
-/// was started, false when it was refused.
+/// was started, whatever its exit code; false when the user is no administrator (told in a box) or
+/// it could not be started (reported). Raises what resolving raises.
 bool RunCommand(Program& program, std::string& command, const std::string& serverPath,
                 const std::string& integrationPath, const std::string& programsPath);
 
-/// A version as a number: dots removed, the digits that then stand first, saturating; 0 for none.
+/// A version as a number: dots removed, then the digits that stand first, saturating; 0 for none.
 std::uint64_t VersionNumber(const std::string& version);
 
-/// Full path of the update lock of a side.
+/// Full path of the update lock of a side: the workstation's for Client, else the server's.
 std::string LockPath(Program& program, Side side, const std::string& serverPath);
 
 }  // namespace trelv::modProdTrelvManager

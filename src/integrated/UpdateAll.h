@@ -6,10 +6,17 @@
 
 namespace trelv::modProdTrelvManager {
 
-/// Brings every product of the server's catalogue up to date on server and client. Never raises;
-/// each failure is logged and the procedure goes on. Paths have no trailing backslash.
+/// Brings every product of the server's catalogue up to date on server and client, after the checks
+/// that may refuse it (integration with another server, a blocking suite, a standalone product).
+/// Never raises; each failure is one log line and the procedure goes on. Returns early, without its
+/// closing log line, when refused or when a product update run says to stop. Paths have no trailing
+/// backslash; `programsPath` may be empty.
 void UpdateAllProdottiComplementari(Program& program, const std::string& serverPath,
                                     const std::string& integrationPath,
                                     const std::string& programsPath);
+
+/// Text of the box that tells of products installed on their own; `list` has their display names,
+/// each followed by CR LF.
+std::string standaloneRefusal(const std::string& list);
 
 }  // namespace trelv::modProdTrelvManager

@@ -1,0 +1,83 @@
+#include "integrated/DovraCorrection.h"
+
+#include <array>
+#include <utility>
+
+#include "base/Text.h"
+#include "integrated/HostPaths.h"
+#include "integrated/LoggedStep.h"
+#include "platform/modLibrary.h"
+
+namespace trelv::modProdTrelvManager {
+namespace {
+
+using Correction = std::pair<const char*, const char*>;
+
+/// Section and version, in the order of writing.
+constexpr std::array<Correction, 5> kCorrections{{{"Q2", "02.92.00.00"},
+                                                  {"LUDA", "07.10.00.00"},
+                                                  {"ZB", "09.93.00.00"},
+                                                  {"NERIO", "03.20.30.00"},
+                                                  {"ZM", "06.50.30.00"}}};
+
+/// Characters of a release ("10.70.00") and of the start of a version.
+constexpr std::size_t kReleaseLength = 8;
+/// More than any first line is long.
+constexpr std::size_t kReadLimit = 4096;
+
+std::string firstLine(Program& program, const std::string& path) {
+  std::string bytes;
+  const SystemCode code = program.machine.files.read(path, kReadLimit, bytes);
+  if (code != system_code::kSuccess) {
+    throw failureFromSystemCode(code, path);
+  }
+  if (bytes.empty()) {
+    throw RuntimeError(runtime_number::kPastEndOfFile, "TrelvManager",
+                       "Lettura oltre la fine del file: " + path);
+  }
+  return program.machine.locale.fromAnsi(bytes.substr(0, bytes.find_first_of("\r\n")));
+}
+
+void correctRecord(Program& program, const std::string& record, const std::string& startLine) {
+  const std::string recorded = modLibrary::ReadSetting(program, "ZB", "version", record);
+  if (firstCharacters(recorded, kReleaseLength) == "09.93.00") {
+    return;
+  }
+  program.log.WriteLog(startLine);
+  for (const auto& [section, version] : kCorrections) {
+    orGoOn(program, [&]() -> void {
+      modLibrary::WriteSetting(program, section, "version", record, version);
+    });
+  }
+  // The versions that the walk over the catalogue reads next are those just written.
+  program.configurationFiles.forget();
+}
+
+}  // namespace
+
+void CorrectDovraBefore11(Program& program, const std::string& serverPath,
+                          const std::string& serverRecord, const std::string& clientRecord) {
+  const std::string releaseFile = hostPaths::dovraRelease(serverPath);
+  std::string release;
+  orGoOn(program, [&]() -> void {
+    release = firstCharacters(firstLine(program, releaseFile), kReleaseLength);
+  });
+  program.log.WriteLog("Gestione ProdTrelv - Prodotto Dovra riconosciuto");
+  program.log.WriteLog("Gestione ProdTrelv - Verifica del valore del file: " + releaseFile);
+  program.log.WriteLog("Gestione ProdTrelv - Release rilevata: " + release);
+  if (release != "10.70.00") {
+    return;
+  }
+  // Kept: the line names 05.70.00 although the test is on 10.70.00. Who reads the log knows it so.
+  program.log.WriteLog("Gestione ProdTrelv - Riconosciuta versione Dovra 05.70.00");
+  orGoOn(program, [&]() -> void {
+    correctRecord(program, serverRecord,
+                  "Gestione ProdTrelv - Inizio correzione file di versione server per Dovra");
+  });
+  orGoOn(program, [&]() -> void {
+    correctRecord(program, clientRecord,
+                  "Gestione ProdTrelv - Inizio correzione file di versione client per Dovra");
+  });
+}
+
+}  // namespace trelv::modProdTrelvManager

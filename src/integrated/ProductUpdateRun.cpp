@@ -1,0 +1,236 @@
+#include "integrated/ProductUpdateRun.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "base/ProductName.h"
+#include "base/Text.h"
+#include "base/Trap.h"
+#include "integrated/HostPaths.h"
+#include "packs/PackExtraction.h"
+#include "platform/GeneralDate.h"
+#include "platform/modLibrary.h"
+#include "startup/modProdTrelvLibrary.h"
+
+namespace trelv::modProdTrelvManager {
+namespace {
+
+/// Sections of one kind, and commands of one side in a section.
+constexpr int kMostSections = 100;
+constexpr int kMostCommands = 100;
+
+struct Paths {
+  const std::string& server;
+  const std::string& integration;
+  const std::string& programs;
+  const std::string& configuration;
+};
+
+/// One run: one product, one side.
+class ProductUpdate {
+ public:
+  ProductUpdate(Program& program, std::int32_t runKind, const Paths& paths,
+                std::string& currentVersion)
+      : program_(program), runKind_(runKind), paths_(paths), currentVersion_(currentVersion) {}
+
+  bool run(Operation operation, Side side);
+  /// The run's trap: tells the failure and gives the run's answer.
+  bool ended(const RuntimeError& failure);
+
+ private:
+  bool runSection(const std::string& section);
+  bool update(const std::string& sectionVersion);
+  bool takeLock();
+  void writeLock();
+  void releaseLock();
+  void leaveToOtherSession();
+  std::string kindSideAndCommand() const;
+
+  Program& program_;
+  const std::int32_t runKind_;
+  const Paths paths_;
+  std::string& currentVersion_;
+  std::string kindName_;
+  std::string sideName_;
+  std::string lockPath_;
+  /// The command in work, for the log.
+  std::string command_;
+  bool lockTaken_ = false;
+};
+
+bool ProductUpdate::run(Operation operation, Side side) {
+  kindName_ = modProdTrelvLibrary::ConvertSetupUpdateToString(operation);
+  sideName_ = modProdTrelvLibrary::ConvertClientServerToString(side);
+  lockPath_ = LockPath(program_, side, paths_.server);
+  OpenZipPacksInFolder(program_, hostPaths::setupFolder(paths_.server), paths_.integration, true);
+  if (!modLibrary::FileExists(program_, paths_.configuration)) {
+    program_.log.WriteLog(
+        "Gestione ProdTrelv - Prodotto non rilevato, file di config non presente " +
+        paths_.configuration);
+    return true;
+  }
+  for (int section = 1; section <= kMostSections; ++section) {
+    if (!runSection(kindName_ + twoDigits(section))) {
+      return false;
+    }
+  }
+  releaseLock();
+  return true;
+}
+
+bool ProductUpdate::runSection(const std::string& section) {
+  for (int index = 1; index <= kMostCommands; ++index) {
+    command_ = modLibrary::ReadSetting(program_, section, sideName_ + twoDigits(index),
+                                       paths_.configuration);
+    if (command_.empty()) {
+      return true;
+    }
+    if (runKind_ == run_kind::kProgramOnly) {
+      command_.resize(std::min(command_.find(' '), command_.size()));
+    }
+    const std::string version =
+        modLibrary::ReadSetting(program_, section, "version", paths_.configuration);
+    // Kept: a command that ran raises the version at once, so further commands of its section and
+    // side are skipped here. Sections carry one command per side.
+    if (VersionNumber(currentVersion_) >= VersionNumber(version)) {
+      program_.log.WriteLog("Gestione ProdTrelv - Lato " + sideName_ + " la versione: " + version +
+                            " è minore o uguale a quella corrente: " + currentVersion_);
+    } else if (!update(version)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool ProductUpdate::update(const std::string& sectionVersion) {
+  if (!lockTaken_ && !takeLock()) {
+    return false;
+  }
+  if (RunCommand(program_, command_, paths_.server, paths_.integration, paths_.programs)) {
+    currentVersion_ = sectionVersion;
+    program_.log.WriteLog("Gestione ProdTrelv - esecuzione effettuata: " + kindSideAndCommand());
+  } else {
+    program_.log.WriteLog("Gestione ProdTrelv - Esecuzione non effettuata di: " + command_);
+  }
+  return true;
+}
+
+// Kept: test and creation are two steps, so two sessions that meet between them both run. The locks
+// of all programs in use work so.
+bool ProductUpdate::takeLock() {
+  if (modLibrary::FileExists(program_, lockPath_)) {
+    leaveToOtherSession();
+    return false;
+  }
+  // The root-aware parent: the client's lock may lie in the root of a drive.
+  const std::string folder = FileSystemObject::parentFolderName(lockPath_);
+  if (!folder.empty()) {
+    modLibrary::CreaCartella(program_, folder);
+  }
+  writeLock();
+  return true;
+}
+
+void ProductUpdate::writeLock() {
+  const std::string date = generalDate(program_.machine.locale, program_.machine.clock.now());
+  const SystemCode code =
+      program_.machine.files.write(lockPath_, program_.machine.locale.toAnsi(date) + kCrLf);
+  // A full disk refuses the text, not the file: the empty lock is this run's own.
+  lockTaken_ = code == system_code::kSuccess || code == system_code::kDiskFull ||
+               code == system_code::kWriteFault;
+  if (code != system_code::kSuccess) {
+    throw failureFromSystemCode(code, lockPath_);
+  }
+}
+
+// Kept: the lock goes also when another session took it, since a run without work ends here too.
+// That session goes on unguarded until its own end; starts that find no work free a lock that a
+// crash left behind.
+void ProductUpdate::releaseLock() { modLibrary::DeleteFile(program_, lockPath_); }
+
+void ProductUpdate::leaveToOtherSession() {
+  program_.machine.desktop.messageBox(
+      TRELV_PRODUCT_NAME,
+      "Il sistema ha rilevato la necessità di effettuare un aggiornamento del seguente prodotto "
+      "complementare installato lato: \r\n\r\n" +
+          sideName_ +
+          "\r\n\r\noperazione che però non può essere avviata per la presenza di una o più "
+          "precedenti sessioni in corso. L'operazione di aggiornamento verrà ritentata alla "
+          "prossima esecuzione del prodotto\r\n\r\nPremere Ok per proseguire",
+      machine::BoxIcon::Exclamation, machine::BoxButtons::Ok);
+  program_.log.WriteLog(
+      "Gestione ProdTrelv - esecuzione non effettuata per presenza altre sessioni: " +
+      kindSideAndCommand());
+}
+
+std::string ProductUpdate::kindSideAndCommand() const {
+  return "Tipo=" + kindName_ + " - Oggetto=" + sideName_ + " - Comando=" + command_;
+}
+
+bool ProductUpdate::ended(const RuntimeError& failure) {
+  program_.log.WriteLog("Gestione ProdTrelv - Comando non eseguito: " + command_ + " (" +
+                        failure.description() + ")");
+  if (lockTaken_) {
+    releaseLock();
+  }
+  return false;
+}
+
+bool refuseForLackOfRights(Program& program) {
+  program.log.WriteLog(
+      "Gestione ProdTrelv - Esecuzione prodotto complementare fallita, utente non amministratore");
+  program.machine.desktop.messageBox(
+      "Errore",
+      "Per il corretto funzionamento il sistema richiede l'aggiornamento di alcuni "
+      "componenti.\r\nL'utente corrente non dispone dei privilegi necessari per effettuare tale "
+      "operazione, impossibile proseguire.",
+      machine::BoxIcon::Critical, machine::BoxButtons::Ok);
+  return false;
+}
+
+}  // namespace
+
+bool ProductUpdateRun(Program& program, std::int32_t runKind, const std::string& serverPath,
+                      const std::string& integrationPath, const std::string& programsPath,
+                      const std::string& configurationPath, Operation operation, Side side,
+                      std::string& currentVersion) {
+  ProductUpdate update(program, runKind,
+                       {serverPath, integrationPath, programsPath, configurationPath},
+                       currentVersion);
+  return trap([&]() -> bool { return update.run(operation, side); },
+              [&](const RuntimeError& failure) -> bool { return update.ended(failure); });
+}
+
+bool RunCommand(Program& program, std::string& command, const std::string& serverPath,
+                const std::string& integrationPath, const std::string& /*programsPath*/) {
+  // Kept: an empty client path, so that "%PATHCLIENT%" vanishes from update commands. Only the
+  // start of a program puts the programs path there.
+  modProdTrelvLibrary::ReplacePlaceholders(program, command, serverPath, integrationPath, "");
+  if (!program.state.startup.administrator) {
+    return refuseForLackOfRights(program);
+  }
+  program.log.WriteLog("Gestione ProdTrelv - Esecuzione comando: \"" + command + "\"");
+  const bool started = modLibrary::Execute(program, command, true);
+  // The command may have written any of the files that were read before it.
+  program.configurationFiles.forget();
+  return started;
+}
+
+std::uint64_t VersionNumber(const std::string& version) {
+  constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+  std::uint64_t number = 0;
+  for (const char c : replaceAll(version, ".", "")) {
+    if (c < '0' || c > '9') {
+      break;
+    }
+    const auto digit = static_cast<std::uint64_t>(c - '0');
+    number = number > (kMost - digit) / 10 ? kMost : number * 10 + digit;
+  }
+  return number;
+}
+
+std::string LockPath(Program& program, Side side, const std::string& serverPath) {
+  return side == Side::Client ? hostPaths::clientLock(program) : hostPaths::serverLock(serverPath);
+}
+
+}  // namespace trelv::modProdTrelvManager

@@ -1,0 +1,213 @@
+#include "integrated/UpdateAll.h"
+
+#include "base/Codes.h"
+#include "base/ProductName.h"
+#include "base/Text.h"
+#include "integrated/DovraCorrection.h"
+#include "integrated/HostPaths.h"
+#include "integrated/LoggedStep.h"
+#include "integrated/Preparation.h"
+#include "integrated/ProductUpdateRun.h"
+#include "integrated/StandaloneDetection.h"
+#include "integrated/TerminalServerRepairs.h"
+#include "packs/IntegrationRecord.h"
+#include "platform/modConfig.h"
+#include "platform/modLibrary.h"
+#include "startup/modProdTrelvLibrary.h"
+
+namespace trelv::modProdTrelvManager {
+namespace {
+
+constexpr int kMostProducts = 100;
+
+/// The three inputs, passed on unchanged.
+struct Inputs {
+  const std::string& serverPath;
+  const std::string& integrationPath;
+  const std::string& programsPath;
+};
+
+struct HostFiles {
+  std::string catalogue;
+  std::string serverRecord;
+  std::string clientRecord;
+};
+
+/// One product on one side.
+struct SideOfProduct {
+  Side side;
+  const std::string& id;
+  const std::string& configuration;
+  const std::string& record;
+};
+
+/// Value of an ini key; empty when missing or when reading failed.
+std::string settingOf(Program& program, const std::string& section, const std::string& key,
+                      const std::string& file) {
+  std::string value;
+  orGoOn(program, [&]() -> void { value = modLibrary::ReadSetting(program, section, key, file); });
+  return value;
+}
+
+void refuse(Program& program, const std::string& text) {
+  program.machine.desktop.messageBox(TRELV_PRODUCT_NAME, text, machine::BoxIcon::Critical,
+                                     machine::BoxButtons::Ok);
+}
+
+bool refuseUnwritableRecord(Program& program) {
+  std::string path;
+  orGoOn(program, [&]() -> void { modConfig::GetConfigPath(program, path); });
+  refuse(program,
+         "Non è stato possibile aggiornare il file di configurazione della macchina nel percorso "
+         "\"" +
+             path +
+             "\"\r\nLa procedura di integrazione pertanto non può essere completata\r\n\r\n"
+             "Premere Ok per interrompere");
+  program.log.WriteLog("Gestione ProdTrelv - Impossibile aggiornare IntegrazioneSuMacchina");
+  return false;
+}
+
+bool refuseOtherServer(Program& program, const std::string& recorded,
+                       const std::string& serverPath) {
+  refuse(program,
+         "Sull'installazione corrente è stata rilevata l'integrazione con i prodotti complementari "
+         "su \"" +
+             recorded + "\" diverso dal percorso richiesto \"" + serverPath +
+             "\"\r\n\r\nLa procedura pertanto non può essere completata\r\n\r\n"
+             "Premere Ok per interrompere");
+  program.log.WriteLog(
+      "Gestione ProdTrelv - Integrazione disponibile ma su altro server - Impossibile proseguire");
+  return false;
+}
+
+bool integrationAllows(Program& program, const std::string& serverPath) {
+  std::string recorded;
+  if (!modMain::VerifyConfig(program, recorded)) {
+    return modMain::WriteIntegrationConfig(program, serverPath) || refuseUnwritableRecord(program);
+  }
+  // Kept: compared as texts, so a trailing backslash or another name of the same share is refused.
+  return equalNoCase(recorded, serverPath) || refuseOtherServer(program, recorded, serverPath);
+}
+
+bool blockingSuiteIsThere(Program& program) {
+  if (holdsOrGoOn(program, [&]() -> bool { return modConfig::EsisteSuiteFerax(program); })) {
+    program.log.WriteLog(
+        "Gestione ProdTrelv - SuiteFerax rilevata, nessun prodotto complementare viene "
+        "installato/aggiornato");
+    return true;
+  }
+  if (holdsOrGoOn(program, [&]() -> bool { return modConfig::EsisteSuiteTravolin(program); })) {
+    program.log.WriteLog(
+        "Gestione ProdTrelv - SuiteTravolin rilevata, nessun prodotto complementare viene "
+        "installato/aggiornato");
+    return true;
+  }
+  return false;
+}
+
+bool standaloneProductIsThere(Program& program, const std::string& serverPath) {
+  std::string list;
+  if (!holdsOrGoOn(program, [&]() -> bool {
+        return EsisteProdottoComplementareStandalone(program, serverPath, list);
+      })) {
+    return false;
+  }
+  program.machine.desktop.messageBox("Gestione prodotti complementari", standaloneRefusal(list),
+                                     machine::BoxIcon::Exclamation, machine::BoxButtons::Ok);
+  return true;
+}
+
+void prepareAndRepair(Program& program, const Inputs& inputs) {
+  orGoOn(program, [&]() -> void { PreparaInstSrvAll(program, inputs.serverPath); });
+  orGoOn(program,
+         [&]() -> void { PreparaInstClientAll(program, inputs.serverPath, inputs.programsPath); });
+  orGoOn(program, [&]() -> void { RiparaCorvelTS(program); });
+  orGoOn(program, [&]() -> void { RiparaNerioTS(program, inputs.integrationPath); });
+  orGoOn(program, [&]() -> void { RiparaZeltomodelliTS(program, inputs.integrationPath); });
+  orGoOn(program, [&]() -> void { RiparaLudaTS(program, inputs.integrationPath); });
+}
+
+void correctForDovra(Program& program, const Inputs& inputs, const HostFiles& files) {
+  program.log.WriteLog("Gestione ProdTrelv - Gestione specifica per Dovra pre 11.0 (UNDICIZERO)");
+  if (program.state.startup.pluginProductNumber == kPluginDovra) {
+    CorrectDovraBefore11(program, inputs.serverPath, files.serverRecord, files.clientRecord);
+  }
+}
+
+/// False: the whole procedure stops.
+bool updateSide(Program& program, const Inputs& inputs, const SideOfProduct& product,
+                std::string version) {
+  const Operation operation = version.empty() ? Operation::Setup : Operation::Update;
+  if (!ProductUpdateRun(program, run_kind::kUpdateAll, inputs.serverPath, inputs.integrationPath,
+                        inputs.programsPath, product.configuration, operation, product.side,
+                        version)) {
+    return false;
+  }
+  // Written even when unchanged, and by the platform, which reads the file afresh: what another
+  // workstation recorded meanwhile for other products survives.
+  orGoOn(program, [&]() -> void {
+    modLibrary::WriteSetting(program, product.id, "version", product.record, version);
+  });
+  return true;
+}
+
+/// False: the whole procedure stops.
+bool updateProduct(Program& program, const Inputs& inputs, const HostFiles& files,
+                   const std::string& conf, const std::string& id) {
+  const std::string configuration = hostPaths::productConfiguration(inputs.serverPath, conf);
+  const std::string serverVersion = settingOf(program, id, "version", files.serverRecord);
+  const std::string clientVersion = settingOf(program, id, "version", files.clientRecord);
+  return updateSide(program, inputs, {Side::Server, id, configuration, files.serverRecord},
+                    serverVersion) &&
+         updateSide(program, inputs, {Side::Client, id, configuration, files.clientRecord},
+                    clientVersion);
+}
+
+/// False: the whole procedure stops.
+bool updateEveryProduct(Program& program, const Inputs& inputs, const HostFiles& files) {
+  for (int index = 1; index <= kMostProducts; ++index) {
+    const std::string section = modProdTrelvLibrary::CatalogueSection(index);
+    const std::string conf = settingOf(program, section, "conf", files.catalogue);
+    if (conf.empty()) {
+      return true;
+    }
+    const std::string id = settingOf(program, section, "id", files.catalogue);
+    if (!updateProduct(program, inputs, files, conf, id)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+std::string standaloneRefusal(const std::string& list) {
+  return "Sulla macchina corrente è stata rilevata la presenza dei seguenti prodotti "
+         "complementari:\r\n\r\n" +
+         list +
+         "\r\nL'installazione/aggiornamento non avverra' finche' questi ultimi non verrano rimossi "
+         "manualmente dal sistema\r\n\r\nPremere Ok per proseguire";
+}
+
+void UpdateAllProdottiComplementari(Program& program, const std::string& serverPath,
+                                    const std::string& integrationPath,
+                                    const std::string& programsPath) {
+  const Inputs inputs{serverPath, integrationPath, programsPath};
+  HostFiles files{hostPaths::catalogue(serverPath), hostPaths::serverVersionRecord(serverPath), ""};
+  orGoOn(program, [&]() -> void { files.clientRecord = hostPaths::clientVersionRecord(program); });
+  program.log.WriteLog("Gestione ProdTrelv - Inizio procedura");
+  if (!holdsOrGoOn(program, [&]() -> bool { return integrationAllows(program, serverPath); })) {
+    return;
+  }
+  if (blockingSuiteIsThere(program) || standaloneProductIsThere(program, serverPath)) {
+    return;
+  }
+  prepareAndRepair(program, inputs);
+  orGoOn(program, [&]() -> void { correctForDovra(program, inputs, files); });
+  if (!updateEveryProduct(program, inputs, files)) {
+    return;
+  }
+  program.log.WriteLog("Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari");
+}
+
+}  // namespace trelv::modProdTrelvManager
