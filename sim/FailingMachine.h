@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "sim/SimMachine.h"
+
+namespace trelv::sim {
+
+enum class FailureSpan { Once, FromThenOn };
+
+/// Makes one machine's calls fail while it lives: the call of number `number` (from 1), counted
+/// from here, or that one and all later ones. Each fails in its own way: files and folders 5, 32 or
+/// 112 by `variant`, ini reading gives the default and writing 0, the registry 5, a start 2, 5 or
+/// 740 by `variant`, version and truth queries false, the configuration store -3000 or -9999, boxes
+/// None, forms cannot be shown. What fails has no effect; a write without room empties the file.
+class FailingMachine {
+ public:
+  FailingMachine(SimMachine& simMachine, std::size_t number, FailureSpan span = FailureSpan::Once,
+                 std::size_t variant = 0);
+  ~FailingMachine();
+  FailingMachine(const FailingMachine&) = delete;
+  FailingMachine& operator=(const FailingMachine&) = delete;
+
+  /// Was there a call of that number? A sweep ends with the first run that answers false.
+  bool reached() const { return seen_ >= number_; }
+  /// How many calls were made since.
+  std::size_t calls() const { return seen_; }
+  /// Text of the first call that failed; empty when none did.
+  const std::string& failedCall() const { return failedCall_; }
+
+ private:
+  SimMachine& machine_;
+  std::size_t number_;
+  FailureSpan span_;
+  std::size_t variant_;
+  std::size_t seen_ = 0;
+  std::string failedCall_;
+};
+
+}  // namespace trelv::sim

@@ -1,0 +1,175 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <initializer_list>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "machine/Desktop.h"
+#include "sim/SimCalls.h"
+
+namespace trelv::sim {
+
+/// A message box that was shown, with the answer it got.
+struct SimBox {
+  std::string title;
+  std::string text;
+  machine::BoxIcon icon = machine::BoxIcon::None;
+  machine::BoxButtons buttons = machine::BoxButtons::Ok;
+  machine::BoxAnswer answer = machine::BoxAnswer::None;
+};
+
+/// The controls of a form, where a test declares them; without a declaration a window has every
+/// control that is asked for.
+struct SimFormControls {
+  std::vector<std::string> controls;
+  std::vector<std::string> progressBars;
+};
+
+/// The window of a form on the simulated desktop: controls by name (no regard to case), and the
+/// user's hands.
+class SimFormWindow : public machine::FormWindow {
+ public:
+  /// A window without a form (for a test that only needs an active one) when `form` is null.
+  explicit SimFormWindow(std::string formName, machine::Form* form = nullptr,
+                         const SimFormControls* controls = nullptr);
+
+  bool hasControl(const std::string& control) const override;
+  std::string title() const override { return title_; }
+  void setTitle(const std::string& title) override { title_ = title; }
+  std::string text(const std::string& control) const override;
+  void setText(const std::string& control, const std::string& text) override;
+  void setEnabled(const std::string& control, bool enabled) override;
+  void setFocus(const std::string& control) override;
+  bool progress(const std::string& control, machine::ProgressNumbers& numbers) const override;
+  bool setProgress(const std::string& control, const machine::ProgressNumbers& numbers) override;
+  void close() override { open_ = false; }
+
+  // --- What the user does. Raises std::logic_error for a control that the form does not have.
+
+  /// Presses a button; nothing (and false) when it is disabled or the window is closed.
+  bool click(const std::string& control);
+  /// Types a new text into a control.
+  void type(const std::string& control, const std::string& text);
+  /// Close box or Esc.
+  void closeBox();
+
+  // --- What the user sees
+
+  const std::string& formName() const { return formName_; }
+  bool isOpen() const { return open_; }
+  bool isEnabled(const std::string& control) const;
+  const std::string& focus() const { return focus_; }
+  /// Every text that a control was given, in order.
+  std::vector<std::string> textsOf(const std::string& control) const;
+  /// Every state that a progress bar was given, in order.
+  std::vector<machine::ProgressNumbers> progressOf(const std::string& control) const;
+  /// The bar refuses every setting from now on.
+  void refuseProgress(bool refuse = true) { refuseProgress_ = refuse; }
+
+ private:
+  struct Control {
+    std::string text;
+    bool enabled = true;
+    machine::ProgressNumbers numbers;
+    std::vector<std::string> texts;
+    std::vector<machine::ProgressNumbers> states;
+  };
+
+  bool isBar(const std::string& control) const;
+  const Control* find(const std::string& control) const;
+  Control& make(const std::string& control);
+  void demand(const std::string& control) const;
+
+  std::string formName_;
+  machine::Form* form_;
+  std::optional<SimFormControls> declared_;
+  std::string title_;
+  std::string focus_;
+  bool open_ = true;
+  bool refuseProgress_ = false;
+  std::map<std::string, Control> controls_;
+};
+
+/// The desktop with a scripted user.
+class SimDesktop : public machine::Desktop {
+ public:
+  using UserAction = std::function<void(SimFormWindow&)>;
+  using BoxAction = std::function<void(const SimBox&)>;
+
+  explicit SimDesktop(SimCalls& calls) : calls_(calls) {}
+
+  machine::BoxAnswer messageBox(const std::string& title, const std::string& text,
+                                machine::BoxIcon icon, machine::BoxButtons buttons) override;
+  bool showModal(machine::Form& form) override;
+  machine::FormWindow* activeForm() override;
+  void processEvents() override;
+
+  // --- Boxes
+
+  const std::vector<SimBox>& boxes() const { return boxes_; }
+  /// Texts of all boxes in order.
+  std::vector<std::string> boxTexts() const;
+  /// Answers of the next boxes, in order. Without one: Ok where the box has it, else No.
+  void answer(std::initializer_list<machine::BoxAnswer> answers);
+  void setDefaultAnswer(machine::BoxButtons buttons, machine::BoxAnswer answer);
+  /// What happens while a box is shown; called for every box.
+  void onBox(BoxAction action) { boxAction_ = std::move(action); }
+
+  // --- Forms
+
+  /// What the user does in the next window of this form; several calls script several windows in
+  /// order. A window that is still open after its script, or has none, is closed by its close box.
+  void onForm(const std::string& formName, UserAction action);
+  /// What the user does in every window of this form for which no single script is left.
+  void onEveryForm(const std::string& formName, UserAction action);
+  /// The controls of a form by name; others are missing from its windows.
+  void declareForm(const std::string& formName, SimFormControls controls);
+  /// Names of the forms shown, in order.
+  const std::vector<std::string>& shownForms() const { return shownForms_; }
+  /// How often a form did not close on its close box and was ended by force.
+  std::size_t forcedCloses() const { return forcedCloses_; }
+  /// Makes a test's window the active form; it outlives deactivate().
+  void activate(SimFormWindow& window) { windows_.push_back(&window); }
+  /// Takes the topmost window that activate() put away.
+  void deactivate();
+
+  // --- Messages
+
+  /// How often pending messages were let run.
+  std::size_t eventRounds() const { return eventRounds_; }
+  /// Runs once when messages are let run the next time.
+  void onEvents(std::function<void()> action);
+  /// Runs once at the given round, counted from 1 over the whole life.
+  void onEvents(std::size_t round, std::function<void()> action);
+
+  /// Without a desktop a box answers None and no form can be shown.
+  void setPresent(bool present) { present_ = present; }
+
+ private:
+  machine::BoxAnswer nextAnswer(machine::BoxButtons buttons);
+  UserAction scriptFor(const std::string& formName);
+
+  SimCalls& calls_;
+  bool present_ = true;
+  std::vector<SimBox> boxes_;
+  std::deque<machine::BoxAnswer> answers_;
+  std::map<machine::BoxButtons, machine::BoxAnswer> defaultAnswers_;
+  BoxAction boxAction_;
+  std::map<std::string, std::deque<UserAction>> scripts_;
+  std::map<std::string, UserAction> standingScripts_;
+  std::map<std::string, SimFormControls> declared_;
+  std::vector<std::string> shownForms_;
+  std::vector<SimFormWindow*> windows_;
+  std::size_t forcedCloses_ = 0;
+  std::size_t eventRounds_ = 0;
+  std::vector<std::function<void()>> pendingEvents_;
+  std::multimap<std::size_t, std::function<void()>> eventsByRound_;
+};
+
+}  // namespace trelv::sim

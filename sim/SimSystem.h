@@ -1,0 +1,150 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "machine/Clock.h"
+#include "machine/Environment.h"
+#include "machine/Locale.h"
+#include "machine/SystemFacts.h"
+#include "sim/SimCalls.h"
+
+namespace trelv::sim {
+
+/// A clock that moves only when it is told to. Starts on 16 November 2026 at 09:30:00.
+class SimClock : public machine::Clock {
+ public:
+  machine::LocalTime now() override { return now_; }
+  void set(const machine::LocalTime& time) { now_ = time; }
+  void advance(std::int64_t seconds);
+
+ private:
+  machine::LocalTime now_{2026, 11, 16, 9, 30, 0};
+};
+
+enum class Language { Italian, English };
+
+/// Code page 1252 and the user's formats: Italian dd/MM/yyyy HH:mm:ss, English M/d/yyyy h:mm:ss AM.
+class SimLocale : public machine::Locale {
+ public:
+  void setLanguage(Language language) { language_ = language; }
+
+  std::string shortDate(const machine::LocalTime& time) override;
+  std::string longTime(const machine::LocalTime& time) override;
+  std::string monthName(int month) override;
+  std::string truthText(bool value) override;
+  std::string toAnsi(const std::string& text) override;
+  std::string fromAnsi(const std::string& bytes) override;
+
+ private:
+  Language language_ = Language::Italian;
+};
+
+/// Environment variables; names without regard to case, kept in their spelling.
+class SimEnvironment : public machine::Environment {
+ public:
+  explicit SimEnvironment(SimCalls& calls) : calls_(calls) {}
+
+  bool get(const std::string& name, std::string& value) override;
+  bool set(const std::string& name, const std::string& value) override;
+
+  // For tests, without a trace in the calls.
+  std::string value(const std::string& name) const;
+  bool has(const std::string& name) const;
+  void put(const std::string& name, const std::string& value);
+  void remove(const std::string& name);
+  /// All variables by their spelling.
+  std::map<std::string, std::string> snapshot() const;
+
+ private:
+  struct Variable {
+    std::string name;
+    std::string value;
+  };
+
+  SimCalls& calls_;
+  std::map<std::string, Variable> variables_;
+};
+
+enum class WindowsEdition {
+  Win95,
+  Win98,
+  WinMe,
+  NT4,
+  NT4TerminalServer,
+  Win2000Pro,
+  Win2000Server,
+  Win2000TerminalServer,
+  XP,
+  XP64,
+  Win2003,
+  Win2003TerminalServer,
+  Vista,
+  Win2008,
+  Win2008TerminalServer,
+  Seven,
+  Win2008R2,
+  Win2008R2TerminalServer,
+  Win8,
+  Win10
+};
+
+/// True for the editions that are terminal servers: bare ini names go to the user's own folder.
+bool isTerminalServer(WindowsEdition edition);
+/// The version block of an edition in its extended form.
+VersionRecord versionOf(WindowsEdition edition);
+
+/// What the system tells of itself. SimMachine::setEdition chooses the Windows.
+class SimSystem : public machine::SystemFacts {
+ public:
+  SimSystem(SimCalls& calls, SimEnvironment& environment);
+
+  bool queryVersion(VersionRecord& record) override;
+  bool suiteIncludes(std::uint16_t mask) override;
+  bool isWow64() override;
+  SystemCode isAdministrator(bool& member) override;
+  SystemCode userName(std::uint32_t size, std::string& name) override;
+  SystemCode systemWindowsFolder(std::string& folder) override;
+  SystemCode shellFolder(int number, std::string& folder) override;
+  SystemCode temporaryFolder(std::string& folder) override;
+  std::string executablePath() override { return executablePath_; }
+  std::string commandLine() override { return commandLine_; }
+
+  void setVersion(const VersionRecord& extended) { version_ = extended; }
+  const VersionRecord& version() const { return version_; }
+  /// How often the version block was asked for, failed ones included.
+  std::size_t versionQueries() const { return versionQueries_; }
+  void failVersionQuery(bool fail = true) { failVersionQuery_ = fail; }
+  void setWow64(bool wow64) { wow64_ = wow64; }
+  void setAdministrator(bool member) { administrator_ = member; }
+  bool administrator() const { return administrator_; }
+  /// The administrator query answers this code (0 = it works).
+  void failAdministratorQuery(SystemCode code) { administratorCode_ = code; }
+  void setUserName(const std::string& name) { userName_ = name; }
+  /// The user name cannot be read: the query answers this code (0 = it works).
+  void failUserName(SystemCode code) { userNameCode_ = code; }
+  void setWindowsFolder(const std::string& folder) { windowsFolder_ = folder; }
+  const std::string& windowsFolder() const { return windowsFolder_; }
+  void setShellFolder(int number, const std::string& folder) { shellFolders_[number] = folder; }
+  void setExecutablePath(const std::string& path) { executablePath_ = path; }
+  void setCommandLine(const std::string& line) { commandLine_ = line; }
+
+ private:
+  SimCalls& calls_;
+  SimEnvironment& environment_;
+  VersionRecord version_;
+  std::size_t versionQueries_ = 0;
+  bool failVersionQuery_ = false;
+  bool wow64_ = false;
+  bool administrator_ = true;
+  SystemCode administratorCode_ = system_code::kSuccess;
+  SystemCode userNameCode_ = system_code::kSuccess;
+  std::string userName_ = "mario";
+  std::string windowsFolder_ = "C:\\WINDOWS";
+  std::map<int, std::string> shellFolders_;
+  std::string executablePath_;
+  std::string commandLine_;
+};
+
+}  // namespace trelv::sim
