@@ -10,8 +10,10 @@ namespace trelv {
 
 /// Reads the values of ini files with few openings: each file is opened and read once and kept
 /// until forget() is called, because a start reads tens of thousands of values over a network
-/// share. Files that our reader does not understand, and bare file names, go to the platform's
-/// functions call by call. Writing always goes to the platform's functions and is not kept.
+/// share. A file that cannot be read is remembered as such just as long. Everything that our reader
+/// cannot prove to answer as the platform does goes to the platform's functions call by call: bare
+/// and relative file names, odd or huge files, names beyond ASCII, values near the cut. Writing
+/// always goes to the platform's functions and is not kept.
 class ConfigurationFiles {
  public:
   explicit ConfigurationFiles(machine::Machine& machine);
@@ -27,6 +29,8 @@ class ConfigurationFiles {
   /// Drops what was read: to be called after a command ran or a pack was opened, since either may
   /// have written any of the files.
   void forget();
+  /// Drops what was read of one file: to be called after a value was written to it.
+  void forget(const std::string& file);
 
  private:
   struct Kept;

@@ -1,0 +1,100 @@
+#include "platform/ConfigurationFiles.h"
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+#include "base/Text.h"
+#include "records/IniDocument.h"
+
+namespace trelv {
+namespace {
+
+/// Larger files are not kept in memory; no configuration file comes near.
+constexpr std::size_t kLargestKept = std::size_t{64} << 20U;
+
+bool isAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char character) { return static_cast<unsigned char>(character) < 0x80; });
+}
+
+bool isLetter(char character) {
+  return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z');
+}
+
+/// A path with drive or share that names the same file for everyone: the platform looks for other
+/// names in the Windows folder or the current one.
+bool isFullPath(std::string_view path) {
+  if (path.size() < 3 || path.find('/') != std::string_view::npos) return false;
+  const bool drive = isLetter(path[0]) && path[1] == ':' && path[2] == '\\';
+  const bool share = path[0] == '\\' && path[1] == '\\' && path[2] != '.' && path[2] != '?';
+  return drive || share;
+}
+
+/// The platform takes paths in the ANSI code page: with characters beyond it, it finds nothing.
+bool isAnsi(machine::Locale& locale, const std::string& path) {
+  return isAscii(path) || locale.fromAnsi(locale.toAnsi(path)) == path;
+}
+
+/// True when the value comes whole out of a buffer of `size` characters. Quotes that were taken off
+/// count, because the platform takes them off after it has cut the text.
+bool fits(std::string_view value, std::uint32_t size) { return value.size() + 2 < size; }
+
+}  // namespace
+
+/// A file as it was found, by upper-cased path.
+struct ConfigurationFiles::Kept {
+  struct File {
+    bool leftToPlatform = false;
+    /// Nothing for a file that is left to the platform or could not be read.
+    std::optional<IniDocument> document;
+  };
+
+  static File open(machine::Machine& machine, const std::string& path) {
+    if (!isAnsi(machine.locale, path)) return {true, std::nullopt};
+    std::string bytes;
+    if (machine.files.read(path, kLargestKept + 1, bytes) != system_code::kSuccess) {
+      return {false, std::nullopt};
+    }
+    if (bytes.size() > kLargestKept || !IniDocument::understands(bytes)) {
+      return {true, std::nullopt};
+    }
+    return {false, IniDocument(std::move(bytes))};
+  }
+
+  const File& file(machine::Machine& machine, const std::string& path) {
+    const std::string name = upperCase(path);
+    const auto known = files.find(name);
+    if (known != files.end()) return known->second;
+    return files.emplace(name, open(machine, path)).first->second;
+  }
+
+  std::unordered_map<std::string, File> files;
+};
+
+ConfigurationFiles::ConfigurationFiles(machine::Machine& machine)
+    : machine_(machine), kept_(std::make_unique<Kept>()) {}
+ConfigurationFiles::~ConfigurationFiles() = default;
+
+std::string ConfigurationFiles::read(const std::string& section, const std::string& key,
+                                     const std::string& file, std::uint32_t size) {
+  const auto askPlatform = [&] {
+    return machine_.profiles.readValue(section, key, "", size, file);
+  };
+  if (!isFullPath(file) || !IniDocument::canFind(section, key)) return askPlatform();
+  const Kept::File& kept = kept_->file(machine_, file);
+  if (kept.leftToPlatform) return askPlatform();
+  if (!kept.document) return {};
+  const std::optional<std::string_view> value = kept.document->value(section, key);
+  if (!value) return {};
+  if (!fits(*value, size)) return askPlatform();
+  return isAscii(*value) ? std::string(*value) : machine_.locale.fromAnsi(std::string(*value));
+}
+
+void ConfigurationFiles::forget() { kept_->files.clear(); }
+
+void ConfigurationFiles::forget(const std::string& file) { kept_->files.erase(upperCase(file)); }
+
+}  // namespace trelv
