@@ -97,4 +97,15 @@ void ConfigurationFiles::forget() { kept_->files.clear(); }
 
 void ConfigurationFiles::forget(const std::string& file) { kept_->files.erase(upperCase(file)); }
 
+void ConfigurationFiles::written(const std::string& section, const std::string& key,
+                                 const std::string& file, const std::string& value) {
+  const auto known = kept_->files.find(upperCase(file));
+  const bool unchanged = known != kept_->files.end() && known->second.document && isAscii(value) &&
+                         IniDocument::canFind(section, key) &&
+                         known->second.document->value(section, key) == value;
+  if (!unchanged) {
+    forget(file);
+  }
+}
+
 }  // namespace trelv

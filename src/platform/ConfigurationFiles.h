@@ -31,6 +31,10 @@ class ConfigurationFiles {
   void forget();
   /// Drops what was read of one file: to be called after a value was written to it.
   void forget(const std::string& file);
+  /// The same, unless the file was read and the key had exactly this value: versions are written
+  /// back even when unchanged, which is no reason to read the record anew over the share.
+  void written(const std::string& section, const std::string& key, const std::string& file,
+               const std::string& value);
 
  private:
   struct Kept;
