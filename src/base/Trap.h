@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/ErrorReporter.h"
+#include "base/RunLog.h"
 #include "base/RuntimeError.h"
 
 namespace trelv {
@@ -35,6 +36,19 @@ Result reportingTrap(ErrorReporter& errors, const char* module, const char* proc
                      const std::string& message, Result onFailure, Body&& body) {
   return trap(std::forward<Body>(body), [&](const RuntimeError& failure) -> Result {
     errors.VisualizzaErrore(module, procedure, message, report_kind::kProgramError, failure);
+    return onFailure;
+  });
+}
+
+/// The same, and the failure leaves its line in the run log too: `message` with the failure's
+/// description behind it. The report comes first, so that it still shows the line before the
+/// failure as its trace.
+template <class Result, class Body>
+Result loggedTrap(RunLog& log, ErrorReporter& errors, const char* module, const char* procedure,
+                  const std::string& message, Result onFailure, Body&& body) {
+  return trap(std::forward<Body>(body), [&](const RuntimeError& failure) -> Result {
+    errors.VisualizzaErrore(module, procedure, message, report_kind::kProgramError, failure);
+    log.WriteLog("Gestione ProdTrelv - " + message + failure.description());
     return onFailure;
   });
 }

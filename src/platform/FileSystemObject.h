@@ -26,7 +26,8 @@ class FileSystemObject {
   void deleteFile(const std::string& path, bool force);
 
   /// Deletes a folder with everything in it, read-only content included when `force`. A link or
-  /// junction inside is removed, what it points to is left alone. Raises 76 when missing.
+  /// junction, the folder itself included, is removed and what it points to left alone. Raises 76
+  /// when missing, 70 for a root; the first failure ends it.
   void deleteFolder(const std::string& path, bool force);
 
   /// Parent of a path, as text only: C:\a\b gives C:\a, C:\a gives C:\, C:\ and a bare name give

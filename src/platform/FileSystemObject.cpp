@@ -1,0 +1,136 @@
+#include "platform/FileSystemObject.h"
+
+#include <vector>
+
+#include "base/RuntimeError.h"
+
+namespace trelv {
+namespace {
+
+/// Raises when a call of the system did not answer "done".
+void require(SystemCode code, const std::string& path) {
+  if (code != system_code::kSuccess) {
+    throw failureFromSystemCode(code, path);
+  }
+}
+
+bool isSeparator(char c) { return c == '\\' || c == '/'; }
+
+bool isDriveRoot(const std::string& path) {
+  return path.size() == 3 && path[1] == ':' && isSeparator(path[2]);
+}
+
+bool endsWithSeparator(const std::string& path) {
+  return !path.empty() && isSeparator(path.back());
+}
+
+/// As the file calls want it: without trailing backslash, except for the root of a drive.
+std::string bareFolder(std::string path) {
+  while (endsWithSeparator(path) && !isDriveRoot(path)) {
+    path.pop_back();
+  }
+  return path;
+}
+
+/// The root of a drive, with or without its backslash, or of a share.
+bool isRoot(const std::string& folder) {
+  if (folder.rfind("\\\\", 0) == 0) {
+    const std::size_t share = folder.find('\\', 2);
+    return share == std::string::npos || folder.find('\\', share + 1) == std::string::npos;
+  }
+  return isDriveRoot(folder) || (folder.size() == 2 && folder[1] == ':');
+}
+
+std::string child(const std::string& folder, const std::string& name) {
+  return endsWithSeparator(folder) ? folder + name : folder + "\\" + name;
+}
+
+void removeOneFile(machine::Files& files, const std::string& path, bool readOnly, bool force) {
+  if (readOnly && force) {
+    require(files.setReadOnly(path, false), path);
+  }
+  require(files.removeFile(path), path);
+}
+
+void removeTree(machine::Files& files, const std::string& folder, const machine::FileFacts& facts,
+                bool force);
+
+void removeContent(machine::Files& files, const std::string& folder, bool force) {
+  std::vector<machine::FolderEntry> entries;
+  require(files.list(folder, entries), folder);
+  for (const machine::FolderEntry& entry : entries) {
+    const std::string path = child(folder, entry.name);
+    if (entry.facts.folder) {
+      removeTree(files, path, entry.facts, force);
+    } else {
+      removeOneFile(files, path, entry.facts.readOnly, force);
+    }
+  }
+}
+
+void removeTree(machine::Files& files, const std::string& folder, const machine::FileFacts& facts,
+                bool force) {
+  // What a link points to belongs to somebody else.
+  if (!facts.reparsePoint) {
+    removeContent(files, folder, force);
+  }
+  if (facts.readOnly && force) {
+    require(files.setReadOnly(folder, false), folder);
+  }
+  require(files.removeFolder(folder), folder);
+}
+
+}  // namespace
+
+bool FileSystemObject::fileExists(const std::string& path) {
+  machine::FileFacts facts;
+  return !endsWithSeparator(path) && files_.look(path, facts) == system_code::kSuccess &&
+         !facts.folder;
+}
+
+bool FileSystemObject::folderExists(const std::string& path) {
+  machine::FileFacts facts;
+  return files_.look(bareFolder(path), facts) == system_code::kSuccess && facts.folder;
+}
+
+void FileSystemObject::createFolder(const std::string& path) {
+  require(files_.makeFolder(bareFolder(path)), path);
+}
+
+void FileSystemObject::deleteFile(const std::string& path, bool force) {
+  machine::FileFacts facts;
+  const SystemCode code = files_.look(path, facts);
+  if (code == system_code::kPathNotFound || (code == system_code::kSuccess && facts.folder)) {
+    throw failureFromSystemCode(system_code::kFileNotFound, path);
+  }
+  require(code, path);
+  removeOneFile(files_, path, facts.readOnly, force);
+}
+
+void FileSystemObject::deleteFolder(const std::string& path, bool force) {
+  const std::string folder = bareFolder(path);
+  if (isRoot(folder)) {
+    throw failureFromSystemCode(system_code::kAccessDenied, path);
+  }
+  machine::FileFacts facts;
+  const SystemCode code = files_.look(folder, facts);
+  if (code == system_code::kFileNotFound || (code == system_code::kSuccess && !facts.folder)) {
+    throw failureFromSystemCode(system_code::kPathNotFound, path);
+  }
+  require(code, path);
+  removeTree(files_, folder, facts, force);
+}
+
+std::string FileSystemObject::parentFolderName(const std::string& path) {
+  const std::string folder = bareFolder(path);
+  if (folder.empty() || isDriveRoot(folder)) {
+    return {};
+  }
+  const std::size_t last = folder.find_last_of("\\/");
+  if (last == std::string::npos) {
+    return {};
+  }
+  return bareFolder(folder.substr(0, last + 1));
+}
+
+}  // namespace trelv

@@ -1,0 +1,323 @@
+#include "platform/modLibrary.h"
+
+#include <memory>
+#include <utility>
+
+#include "base/Text.h"
+#include "base/Trap.h"
+
+namespace trelv::modLibrary {
+namespace {
+
+constexpr const char* kModule = "modLibrary";
+
+/// Length of the buffer that the support library fills with the temporary folder.
+constexpr std::size_t kTempPathLength = 100;
+/// Size of the buffer for an ini value, its closing NUL included.
+constexpr std::uint32_t kSettingSize = 511;
+
+/// Runs an operation under the module's trap; a failure is reported and logged with `message`,
+/// which its description follows, and answers `onFailure`.
+template <class Result, class Body>
+Result guarded(Program& program, const char* procedure, const std::string& message,
+               Result onFailure, Body&& body) {
+  return loggedTrap(program.log, program.errors, kModule, procedure, message, std::move(onFailure),
+                    std::forward<Body>(body));
+}
+
+/// Hands on what a system call gave, or raises for it.
+std::string required(SystemCode code, std::string text, const std::string& subject) {
+  if (code != system_code::kSuccess) {
+    throw failureFromSystemCode(code, subject);
+  }
+  return text;
+}
+
+FileSystemObject& sharedObject(Program& program) {
+  FileSystemObject* const object = program.fileSystem.fileSystemObject();
+  if (object == nullptr) {
+    throw RuntimeError(runtime_number::kNoObject, "TrelvManager",
+                       "Oggetto FileSystemObject non disponibile");
+  }
+  return *object;
+}
+
+/// Position after the part of a path that no one can make: the drive, or server and share.
+std::size_t endOfRoot(const std::string& path) {
+  if (path.rfind("\\\\", 0) != 0) {
+    return path.find('\\') == std::string::npos ? path.size() : path.find('\\') + 1;
+  }
+  const std::size_t share = path.find('\\', 2);
+  const std::size_t end = share == std::string::npos ? share : path.find('\\', share + 1);
+  return end == std::string::npos ? path.size() : end + 1;
+}
+
+bool administrator(Program& program) {
+  switch (program.machine.support.isAdministrator()) {
+    case machine::SupportAnswer::Yes:
+      return true;
+    case machine::SupportAnswer::No:
+      return false;
+    case machine::SupportAnswer::Absent: {
+      bool member = false;
+      const SystemCode code = program.machine.system.isAdministrator(member);
+      if (code == system_code::kSuccess) {
+        return member;
+      }
+      throw failureFromSystemCode(code, "IsAdministrator");
+    }
+    case machine::SupportAnswer::Failed:
+      break;
+  }
+  throw RuntimeError(runtime_number::kApplicationDefined, "TrelvManager", "IsAdministrator");
+}
+
+/// The first NUL ends the text, but one in the first place counts as none.
+std::string reportedTempPath(const std::string& buffer) {
+  const std::size_t end = buffer.find('\0');
+  return end == std::string::npos ? std::string() : buffer.substr(0, end);
+}
+
+}  // namespace
+
+bool Execute(Program& program, const std::string& commandLine, bool wait,
+             std::optional<bool> visible, std::uint32_t* exitCode) {
+  const std::string message = "Errore in esecuzione programma: " + commandLine;
+  return guarded(program, "Execute", message, false, [&]() -> bool {
+    std::unique_ptr<machine::RunningProcess> process;
+    const SystemCode code =
+        program.machine.processes.start(commandLine, visible.value_or(true), process);
+    if (code != system_code::kSuccess) {
+      program.errors.VisualizzaErrore(kModule, "Execute", message, report_kind::kProgramError,
+                                      RuntimeError());
+      return false;
+    }
+    if (wait) {
+      // A wait that fails answers true as well: kept, the program was started.
+      process->wait();
+      if (exitCode != nullptr) {
+        process->exitCode(*exitCode);
+      }
+    }
+    // The program may write any of the ini files.
+    program.configurationFiles.forget();
+    return true;
+  });
+}
+
+bool IsAdmin(Program& program) {
+  return trap([&]() -> bool { return administrator(program); },
+              [&](const RuntimeError&) -> bool {
+                // An unknown answer counts as administrator: kept, or a missing library would stop
+                // every user.
+                program.log.WriteLog(
+                    "Errore in esecuzione verifica di diritti di amministratore, forzato "
+                    "IsAdmin=TRUE");
+                return true;
+              });
+}
+
+std::string GetWinDir(Program& program) {
+  return guarded(program, "GetWinDir", "Errore in lettura cartella di Windows: ", std::string(),
+                 [&]() -> std::string {
+                   if (!program.state.startup.terminalServer) {
+                     return WindowsFolder(program);
+                   }
+                   std::string profile;
+                   if (!program.machine.environment.get("USERPROFILE", profile)) {
+                     profile.clear();
+                   }
+                   return profile + "\\windows";
+                 });
+}
+
+std::string WindowsFolder(Program& program) {
+  return guarded(
+      program, "WindowsFolder", "Errore in lettura cartella di Windows: ", std::string(),
+      [&]() -> std::string {
+        std::string reported;
+        const SystemCode code = program.machine.system.systemWindowsFolder(reported);
+        const std::string folder = lowerCase(CutAtNul(required(code, reported, "Windows")));
+        const std::size_t system = folder.find("system");
+        return system == std::string::npos ? folder : ParentPath(folder.substr(0, system));
+      });
+}
+
+std::string ProgramFilesFolder(Program& program) {
+  return guarded(program, "ProgramFilesFolder",
+                 "Errore in lettura cartella dei programmi: ", std::string(), [&]() -> std::string {
+                   std::string folder;
+                   const SystemCode code =
+                       program.machine.system.shellFolder(machine::kProgramFilesFolder, folder);
+                   return CutAtNul(required(code, folder, "Program Files"));
+                 });
+}
+
+std::string GetTempDirectory(Program& program) {
+  return guarded(
+      program, "GetTempDirectory", "Errore in lettura cartella temporanea: ", std::string(),
+      [&]() -> std::string {
+        std::string buffer(kTempPathLength, ' ');
+        if (program.machine.support.temporaryPath(buffer) == machine::SupportAnswer::Yes) {
+          return reportedTempPath(buffer);
+        }
+        std::string folder;
+        const SystemCode code = program.machine.system.temporaryFolder(folder);
+        return CutAtNul(required(code, folder, "Temp"));
+      });
+}
+
+// Without a temporary folder a Terminal Server gets "\": kept as the join gives it, no one unpacks
+// there because an empty temporary folder is tested first.
+std::string WorkTempDirectory(Program& program) {
+  return guarded(program, "WorkTempDirectory",
+                 "Errore in lettura cartella temporanea: ", std::string(), [&]() -> std::string {
+                   const std::string folder = GetTempDirectory(program);
+                   return program.state.startup.terminalServer
+                              ? FileSystemObject::parentFolderName(folder) + "\\"
+                              : folder;
+                 });
+}
+
+void CreaCartella(Program& program, const std::string& folder) {
+  resumeNext(
+      [&](const RuntimeError&) {
+        program.log.WriteLog("modLibrary - CreaCartella, errore in creazione cartella: " + folder);
+      },
+      [&] {
+        if (FolderExists(program, folder)) {
+          return;
+        }
+        if (folder.size() > endOfRoot(folder)) {
+          CreaCartella(program, FileSystemObject::parentFolderName(folder));
+        }
+        sharedObject(program).createFolder(folder);
+        program.log.WriteLog("Creazione path avvenuta correttamente:" + folder);
+      });
+}
+
+void CreaKvarTemp(Program& program, const std::string& folder) {
+  std::string done;
+  trap(
+      [&]() -> void {
+        for (std::size_t end = endOfRoot(folder); end <= folder.size();) {
+          done = folder.substr(0, end);
+          if (done.empty() || done.back() != '\\') {
+            break;
+          }
+          CreaCartella(program, done);
+          const std::size_t next = folder.find('\\', end);
+          end = next == std::string::npos ? folder.size() + 1 : next + 1;
+        }
+        done = folder;
+        if (done.empty() || done.back() != '\\') {
+          done += '\\';
+        }
+        done += "kvar";
+        CreaCartella(program, done);
+      },
+      [&](const RuntimeError& failure) -> void {
+        const std::string message = std::string("Verificare percorsi: ") + kCrLf +
+                                    "vsPathTemp: " + folder + kCrLf + "sPathComodo: " + done;
+        program.errors.VisualizzaErrore(kModule, "CreaKvarTemp", message,
+                                        report_kind::kProgramError, failure);
+      });
+}
+
+bool DeleteFile(Program& program, const std::string& path) {
+  return guarded(program, "DeleteFile", "Errore in cancellazione file: ", false, [&]() -> bool {
+    if (!FileExists(program, path)) {
+      return false;
+    }
+    sharedObject(program).deleteFile(path, false);
+    if (FileExists(program, path)) {
+      return false;
+    }
+    program.log.WriteLog("Cancellazione file: " + path + " effettuata con successo");
+    return true;
+  });
+}
+
+bool DeleteFolder(Program& program, const std::string& path) {
+  return guarded(program, "DeleteFolder", "Errore in cancellazione cartella: ", false,
+                 [&]() -> bool {
+                   std::string folder = path;
+                   if (!folder.empty() && folder.back() == '\\') {
+                     folder.pop_back();
+                   }
+                   if (FolderExists(program, folder)) {
+                     sharedObject(program).deleteFolder(folder, false);
+                   }
+                   return !FolderExists(program, folder);
+                 });
+}
+
+bool FileExists(Program& program, const std::string& path) {
+  return guarded(program, "FileExists", "Errore in verifica file: ", false, [&]() -> bool {
+    return FileSystemObject(program.machine.files).fileExists(path);
+  });
+}
+
+bool FolderExists(Program& program, const std::string& path) {
+  return guarded(program, "FolderExists", "Errore in verifica cartella: ", false, [&]() -> bool {
+    return FileSystemObject(program.machine.files).folderExists(path);
+  });
+}
+
+std::string ParentPath(const std::string& path) {
+  const std::size_t last = path.rfind('\\');
+  return last == std::string::npos ? std::string() : path.substr(0, last);
+}
+
+std::string Extension(const std::string& fileName) {
+  const std::size_t last = fileName.rfind('.');
+  return last == std::string::npos ? std::string() : trim(fileName.substr(last + 1));
+}
+
+std::string CutAtNul(const std::string& text) { return text.substr(0, text.find('\0')); }
+
+void TrimFolder(std::string& folder) {
+  folder = trim(folder);
+  if (!folder.empty() && folder.back() == '\\') {
+    folder.pop_back();
+  }
+}
+
+std::string ReadSetting(Program& program, const std::string& section, const std::string& key,
+                        const std::string& file) {
+  return guarded(program, "ReadSetting", "Errore in lettura file: ", std::string(),
+                 [&]() -> std::string {
+                   return program.configurationFiles.read(section, key, file, kSettingSize);
+                 });
+}
+
+std::uint32_t WriteSetting(Program& program, const std::string& section, const std::string& key,
+                           const std::string& file, const std::string& value) {
+  return guarded(program, "WriteSetting", "Errore in scrittura file: ", std::uint32_t{0},
+                 [&]() -> std::uint32_t {
+                   if (section.empty()) {
+                     return 0;
+                   }
+                   const std::uint32_t written =
+                       program.machine.profiles.writeValue(section, key, value, file);
+                   program.configurationFiles.written(section, key, file, value);
+                   return written;
+                 });
+}
+
+std::string FileVersionText(Program& program, const std::string& path, bool full) {
+  return guarded(program, "FileVersionText", "Errore in lettura versione: ", std::string(),
+                 [&]() -> std::string {
+                   machine::FileVersion version{};
+                   if (program.machine.versions.read(path, version) != system_code::kSuccess) {
+                     return {};
+                   }
+                   std::string text = std::to_string(version[0]) + "." + std::to_string(version[1]);
+                   if (full) {
+                     text += "." + std::to_string(version[2]) + "." + std::to_string(version[3]);
+                   }
+                   return text;
+                 });
+}
+
+}  // namespace trelv::modLibrary

@@ -1,0 +1,124 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/ErrorReporter.h"
+#include "base/ProgramState.h"
+#include "base/RunLog.h"
+#include "platform/ConfigurationFiles.h"
+#include "platform/FileSystemObject.h"
+#include "platform/Program.h"
+#include "sim/SimMachine.h"
+
+namespace trelv::tests {
+
+/// Keeps the log lines instead of writing them.
+class FakeRunLog : public RunLog {
+ public:
+  void WriteLog(const std::string& text) override {
+    if (failing) {
+      throw RuntimeError(runtime_number::kDeviceFailure, "FakeRunLog", "log guasto");
+    }
+    lines.push_back(text);
+  }
+  void WriteLog(const std::string& text, const std::string& logFile) override {
+    files.push_back(logFile);
+    WriteLog(text);
+  }
+
+  std::vector<std::string> lines;
+  /// Log files that callers named.
+  std::vector<std::string> files;
+  /// True: each line raises, which the real log never does; reaches traps that nothing else does.
+  bool failing = false;
+};
+
+/// One call of the error reporter.
+struct FakeReport {
+  std::string module;
+  std::string procedure;
+  std::string message;
+  std::int32_t kind = 0;
+  RuntimeError failure;
+};
+
+/// Keeps the reports instead of showing them.
+class FakeErrorReporter : public ErrorReporter {
+ public:
+  std::int16_t VisualizzaErrore(const std::string& module, const std::string& procedure,
+                                const std::string& message, std::int32_t kind,
+                                const RuntimeError& failure) override {
+    reports.push_back({module, procedure, message, kind, failure});
+    return 0;
+  }
+
+  std::vector<FakeReport> reports;
+};
+
+/// The shared file-system object over the simulated files; null when a test says that it is
+/// missing.
+class FakeFileSystemObjects : public FileSystemObjects {
+ public:
+  explicit FakeFileSystemObjects(machine::Files& files) : object_(files) {}
+  FileSystemObject* fileSystemObject() override { return missing ? nullptr : &object_; }
+
+  bool missing = false;
+
+ private:
+  FileSystemObject object_;
+};
+
+/// A ready Program over a simulated machine, which it makes unless it is given one. Log lines and
+/// reports are kept. Converts to Program&.
+class FakeProgram {
+ private:
+  // Members in order of their making.
+  std::unique_ptr<sim::SimMachine> own_;
+
+ public:
+  sim::SimMachine& sim;
+  ProgramState state;
+  FakeRunLog log;
+  FakeErrorReporter errors;
+  FakeFileSystemObjects fileSystem;
+  ConfigurationFiles configurationFiles;
+  Program program;
+
+  FakeProgram() : FakeProgram(std::make_unique<sim::SimMachine>()) {}
+  explicit FakeProgram(sim::SimMachine& machine) : FakeProgram(machine, machine.machine()) {}
+  /// Over a machine of other parts, some of which may be doubles of the test's own.
+  FakeProgram(sim::SimMachine& simMachine, machine::Machine& machine)
+      : sim(simMachine),
+        fileSystem(machine.files),
+        configurationFiles(machine),
+        program{machine, state, log, errors, fileSystem, configurationFiles} {}
+  FakeProgram(const FakeProgram&) = delete;
+  FakeProgram& operator=(const FakeProgram&) = delete;
+
+  operator Program&() { return program; }
+
+  const std::vector<std::string>& lines() const { return log.lines; }
+  const std::vector<FakeReport>& reports() const { return errors.reports; }
+  /// The messages of all reports, in order.
+  std::vector<std::string> reportTexts() const {
+    std::vector<std::string> texts;
+    for (const FakeReport& report : errors.reports) {
+      texts.push_back(report.message);
+    }
+    return texts;
+  }
+
+ private:
+  explicit FakeProgram(std::unique_ptr<sim::SimMachine> machine)
+      : own_(std::move(machine)),
+        sim(*own_),
+        fileSystem(sim.machine().files),
+        configurationFiles(sim.machine()),
+        program{sim.machine(), state, log, errors, fileSystem, configurationFiles} {}
+};
+
+}  // namespace trelv::tests
