@@ -1,0 +1,22 @@
+#include "app/WindowsProgram.h"
+#include "platform/XmlStore.h"
+#include "startup/modMain.h"
+#include "win32/Win32Machine.h"
+
+// The one place that knows both the machine and the program. The host suite's configuration store
+// is used where it is installed, else ours.
+int main() {
+  try {
+    trelv::win32::Win32Machine windows;
+    trelv::XmlStore ownStore(windows.files, windows.registry, windows.locale);
+    const bool hostsStore = windows.hostConfiguration.stands();
+    trelv::app::WindowsProgram program(windows.machine(
+        hostsStore ? static_cast<trelv::machine::ConfigurationLibrary&>(windows.hostConfiguration)
+                   : ownStore));
+    trelv::modMain::Main(program.program());
+  } catch (...) {
+    // Nothing that could still be reported: the program's own traps have all been passed. The
+    // process ends as always, without an exit code, and never with the system's crash box.
+  }
+  return 0;
+}

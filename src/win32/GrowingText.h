@@ -1,0 +1,33 @@
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+#include "base/SystemCode.h"
+
+namespace trelv::win32 {
+
+/// Fetches a text of unknown length: `fetch(buffer, size)` answers the length without NUL, 0 on
+/// failure, or `size` and more when the buffer is too small. The code of a failure, or 0 with
+/// `text` set; a text that is empty without failure is one too.
+template <class Text, class Fetch>
+SystemCode growingText(Text& text, Fetch&& fetch) {
+  Text buffer(MAX_PATH, typename Text::value_type());
+  for (;;) {
+    const auto size = static_cast<DWORD>(buffer.size());
+    SetLastError(ERROR_SUCCESS);
+    const DWORD length = fetch(buffer.data(), size);
+    if (length == 0 && GetLastError() != ERROR_SUCCESS) {
+      return GetLastError();
+    }
+    if (length < size) {
+      buffer.resize(length);
+      text = std::move(buffer);
+      return system_code::kSuccess;
+    }
+    buffer.resize(static_cast<std::size_t>(size) * 2);
+  }
+}
+
+}  // namespace trelv::win32

@@ -1,0 +1,50 @@
+#include "win32/HostLibraryFile.h"
+
+#include "win32/GrowingText.h"
+
+namespace trelv::win32 {
+namespace {
+
+std::wstring ownFolder() {
+  std::wstring path;
+  growingText(
+      path, [](wchar_t* buffer, DWORD size) { return GetModuleFileNameW(nullptr, buffer, size); });
+  return path.substr(0, path.rfind(L'\\') + 1);
+}
+
+std::wstring systemFolder() {
+  std::wstring path;
+  growingText(path, [](wchar_t* buffer, DWORD size) {
+    return static_cast<DWORD>(GetSystemDirectoryW(buffer, size));
+  });
+  return path + L"\\";
+}
+
+bool isFile(const std::wstring& path) {
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+}  // namespace
+
+LibraryFolders LibraryFolders::ofThisProcess() { return {ownFolder(), systemFolder()}; }
+
+HostLibraryFile::HostLibraryFile(const LibraryFolders& folders, const wchar_t* name) {
+  for (const std::wstring* folder : {&folders.own, &folders.system}) {
+    if (path_.empty() && isFile(*folder + name)) {
+      path_ = *folder + name;
+    }
+  }
+}
+
+FARPROC HostLibraryFile::address(const char* name, SystemCode& code) {
+  if (!library_) {
+    // The library's own dependencies are looked for beside it, not beside this program.
+    library_ = OwnedLibrary(LoadLibraryExW(path_.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+  }
+  FARPROC found = library_ ? GetProcAddress(library_.get(), name) : nullptr;
+  code = found != nullptr ? system_code::kSuccess : GetLastError();
+  return found;
+}
+
+}  // namespace trelv::win32

@@ -1,0 +1,134 @@
+#include "win32/Win32Desktop.h"
+
+// The common controls' header needs the system's, which ours brings.
+#include <commctrl.h>
+
+#include <algorithm>
+
+#include "win32/Win32Text.h"
+
+namespace trelv::win32 {
+namespace {
+
+using machine::BoxAnswer;
+using machine::BoxButtons;
+using machine::BoxIcon;
+
+UINT styleOf(BoxIcon icon) {
+  switch (icon) {
+    case BoxIcon::Critical:
+      return MB_ICONERROR;
+    case BoxIcon::Question:
+      return MB_ICONQUESTION;
+    case BoxIcon::Exclamation:
+      return MB_ICONWARNING;
+    case BoxIcon::Information:
+      return MB_ICONINFORMATION;
+    case BoxIcon::None:
+      break;
+  }
+  return 0;
+}
+
+UINT styleOf(BoxButtons buttons) {
+  switch (buttons) {
+    case BoxButtons::OkCancel:
+      return MB_OKCANCEL;
+    case BoxButtons::YesNo:
+      return MB_YESNO;
+    case BoxButtons::Ok:
+      break;
+  }
+  return MB_OK;
+}
+
+BoxAnswer answerOf(int button) {
+  switch (button) {
+    case IDOK:
+      return BoxAnswer::Ok;
+    case IDCANCEL:
+      return BoxAnswer::Cancel;
+    case IDYES:
+      return BoxAnswer::Yes;
+    case IDNO:
+      return BoxAnswer::No;
+    default:
+      return BoxAnswer::None;
+  }
+}
+
+/// Progress bars are classes of the common controls' library, and its presence themes the rest.
+void registerControlClasses() {
+  const INITCOMMONCONTROLSEX classes{sizeof(INITCOMMONCONTROLSEX),
+                                     ICC_STANDARD_CLASSES | ICC_PROGRESS_CLASS};
+  InitCommonControlsEx(&classes);
+}
+
+/// Keeps a form in the list while it is shown.
+class Shown {
+ public:
+  Shown(std::vector<Win32FormWindow*>& forms, Win32FormWindow& form) : forms_(forms) {
+    forms_.push_back(&form);
+  }
+  Shown(const Shown&) = delete;
+  Shown& operator=(const Shown&) = delete;
+  ~Shown() { forms_.pop_back(); }
+
+ private:
+  std::vector<Win32FormWindow*>& forms_;
+};
+
+}  // namespace
+
+BoxAnswer Win32Desktop::messageBox(const std::string& title, const std::string& text, BoxIcon icon,
+                                   BoxButtons buttons) {
+  return answerOf(MessageBoxW(owner(), wide(text).c_str(), wide(title).c_str(),
+                              styleOf(icon) | styleOf(buttons)));
+}
+
+bool Win32Desktop::showModal(machine::Form& form) {
+  registerControlClasses();
+  HWND const over = owner();
+  Win32FormWindow window(form);
+  const Shown shown(forms_, window);
+  return window.show(over);
+}
+
+machine::FormWindow* Win32Desktop::activeForm() { return topmost(); }
+
+void Win32Desktop::processEvents() {
+  // Without a form there is no window whose messages could wait.
+  if (forms_.empty()) {
+    return;
+  }
+  MSG message;
+  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
+    if (message.message == WM_QUIT) {
+      PostQuitMessage(static_cast<int>(message.wParam));
+      return;
+    }
+    if (!takenByDialog(message)) {
+      TranslateMessage(&message);
+      DispatchMessageW(&message);
+    }
+  }
+}
+
+Win32FormWindow* Win32Desktop::topmost() const {
+  const auto found = std::find_if(forms_.rbegin(), forms_.rend(),
+                                  [](const Win32FormWindow* form) { return form->open(); });
+  return found == forms_.rend() ? nullptr : *found;
+}
+
+HWND Win32Desktop::owner() const {
+  const Win32FormWindow* const form = topmost();
+  return form != nullptr ? form->handle() : nullptr;
+}
+
+bool Win32Desktop::takenByDialog(MSG& message) const {
+  return std::any_of(forms_.begin(), forms_.end(), [&message](const Win32FormWindow* form) {
+    return form->open() && IsDialogMessageW(form->handle(), &message) != FALSE;
+  });
+}
+
+}  // namespace trelv::win32

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <vector>
+
+#include "machine/Desktop.h"
+#include "win32/Win32FormWindow.h"
+
+namespace trelv::win32 {
+
+/// Boxes and dialogs. The window libraries are touched only when something is shown.
+class Win32Desktop : public machine::Desktop {
+ public:
+  machine::BoxAnswer messageBox(const std::string& title, const std::string& text,
+                                machine::BoxIcon icon, machine::BoxButtons buttons) override;
+  bool showModal(machine::Form& form) override;
+  machine::FormWindow* activeForm() override;
+  void processEvents() override;
+
+ private:
+  /// The topmost form that is not closed, or null.
+  Win32FormWindow* topmost() const;
+  HWND owner() const;
+  bool takenByDialog(MSG& message) const;
+
+  /// The forms that are shown, in the order of their opening.
+  std::vector<Win32FormWindow*> forms_;
+};
+
+}  // namespace trelv::win32

@@ -1,0 +1,27 @@
+#include "win32/Win32Environment.h"
+
+#include <windows.h>
+
+#include "win32/GrowingText.h"
+#include "win32/Win32Text.h"
+
+namespace trelv::win32 {
+
+bool Win32Environment::get(const std::string& name, std::string& value) {
+  const std::string ansiName = ansi(name);
+  std::string found;
+  const SystemCode code = growingText(found, [&](char* buffer, DWORD size) {
+    return GetEnvironmentVariableA(ansiName.c_str(), buffer, size);
+  });
+  if (code != system_code::kSuccess) {
+    return false;
+  }
+  value = fromAnsi(found);
+  return true;
+}
+
+bool Win32Environment::set(const std::string& name, const std::string& value) {
+  return SetEnvironmentVariableA(ansi(name).c_str(), ansi(value).c_str()) != FALSE;
+}
+
+}  // namespace trelv::win32

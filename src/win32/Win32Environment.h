@@ -1,0 +1,14 @@
+#pragma once
+
+#include "machine/Environment.h"
+
+namespace trelv::win32 {
+
+/// This process's environment variables through the ANSI functions.
+class Win32Environment : public machine::Environment {
+ public:
+  bool get(const std::string& name, std::string& value) override;
+  bool set(const std::string& name, const std::string& value) override;
+};
+
+}  // namespace trelv::win32

@@ -1,0 +1,164 @@
+#include "win32/Win32Files.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstdint>
+
+#include "win32/Owned.h"
+#include "win32/Win32Text.h"
+
+namespace trelv::win32 {
+namespace {
+
+SystemCode codeOf(BOOL done) { return done != FALSE ? system_code::kSuccess : GetLastError(); }
+
+/// Facts from the fields that a look and a listing have in common.
+template <class Data>
+machine::FileFacts factsOf(const Data& data) {
+  machine::FileFacts facts;
+  facts.folder = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  facts.readOnly = (data.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
+  facts.reparsePoint = (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+  if (!facts.folder) {
+    facts.size = (static_cast<std::uint64_t>(data.nFileSizeHigh) << 32U) | data.nFileSizeLow;
+  }
+  return facts;
+}
+
+OwnedFile open(const std::string& path, DWORD access, DWORD sharing, DWORD disposition) {
+  return OwnedFile(CreateFileW(wide(path).c_str(), access, sharing, nullptr, disposition,
+                               FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+/// Writes all bytes with one call; fewer written without a code of their own mean a full disk.
+SystemCode writeAll(const OwnedFile& file, std::string_view bytes) {
+  DWORD written = 0;
+  if (WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) ==
+      FALSE) {
+    return GetLastError();
+  }
+  return written == bytes.size() ? system_code::kSuccess : system_code::kDiskFull;
+}
+
+/// Reads to the end or the limit. A file's read that gives less than was asked for has met the
+/// end, so that a usual file costs one call.
+SystemCode readAll(const OwnedFile& file, std::size_t limit, std::string& content) {
+  std::string bytes;
+  std::size_t piece = 0x10000;
+  while (bytes.size() < limit) {
+    const std::size_t before = bytes.size();
+    const std::size_t asked = std::min(piece, limit - before);
+    bytes.resize(before + asked);
+    DWORD got = 0;
+    if (ReadFile(file.get(), bytes.data() + before, static_cast<DWORD>(asked), &got, nullptr) ==
+        FALSE) {
+      return GetLastError();
+    }
+    bytes.resize(before + got);
+    if (got < asked) {
+      break;
+    }
+    piece = std::min<std::size_t>(piece * 2, 0x1000000);
+  }
+  content = std::move(bytes);
+  return system_code::kSuccess;
+}
+
+bool isSelfOrParent(const wchar_t* name) {
+  const std::wstring_view text(name);
+  return text == L"." || text == L"..";
+}
+
+}  // namespace
+
+SystemCode Win32Files::look(const std::string& path, machine::FileFacts& facts) {
+  if (path.empty()) {
+    return system_code::kPathNotFound;
+  }
+  WIN32_FILE_ATTRIBUTE_DATA data{};
+  const SystemCode code =
+      codeOf(GetFileAttributesExW(wide(path).c_str(), GetFileExInfoStandard, &data));
+  if (code == system_code::kSuccess) {
+    facts = factsOf(data);
+  }
+  return code;
+}
+
+SystemCode Win32Files::read(const std::string& path, std::size_t limit, std::string& content) {
+  const OwnedFile file = open(
+      path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, OPEN_EXISTING);
+  return file ? readAll(file, limit, content) : GetLastError();
+}
+
+SystemCode Win32Files::write(const std::string& path, std::string_view bytes) {
+  const OwnedFile file = open(path, GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS);
+  return file ? writeAll(file, bytes) : GetLastError();
+}
+
+SystemCode Win32Files::append(const std::string& path, std::string_view bytes) {
+  // Append access alone lets the system put the bytes at the end, whoever else writes meanwhile.
+  const OwnedFile file =
+      open(path, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_ALWAYS);
+  return file ? writeAll(file, bytes) : GetLastError();
+}
+
+SystemCode Win32Files::removeFile(const std::string& path) {
+  return codeOf(DeleteFileW(wide(path).c_str()));
+}
+
+SystemCode Win32Files::setReadOnly(const std::string& path, bool readOnly) {
+  const std::wstring name = wide(path);
+  const DWORD attributes = GetFileAttributesW(name.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES) {
+    return GetLastError();
+  }
+  const DWORD wanted = readOnly ? attributes | FILE_ATTRIBUTE_READONLY
+                                : attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY);
+  return codeOf(SetFileAttributesW(name.c_str(), wanted));
+}
+
+SystemCode Win32Files::makeFolder(const std::string& path) {
+  return codeOf(CreateDirectoryW(wide(path).c_str(), nullptr));
+}
+
+SystemCode Win32Files::removeFolder(const std::string& path) {
+  return codeOf(RemoveDirectoryW(wide(path).c_str()));
+}
+
+SystemCode Win32Files::list(const std::string& folder, std::vector<machine::FolderEntry>& entries) {
+  const bool root = !folder.empty() && folder.back() == '\\';
+  WIN32_FIND_DATAW data{};
+  const OwnedSearch search(FindFirstFileW(wide(folder + (root ? "*" : "\\*")).c_str(), &data));
+  if (!search) {
+    // The empty root of a drive has not even "." in it.
+    const SystemCode code = GetLastError();
+    if (code == system_code::kFileNotFound) {
+      entries.clear();
+      return system_code::kSuccess;
+    }
+    return code;
+  }
+  std::vector<machine::FolderEntry> found;
+  do {
+    if (!isSelfOrParent(data.cFileName)) {
+      found.push_back({utf8(data.cFileName), factsOf(data)});
+    }
+  } while (FindNextFileW(search.get(), &data) != FALSE);
+  const SystemCode code = GetLastError();
+  if (code != system_code::kNoMoreFiles) {
+    return code;
+  }
+  entries = std::move(found);
+  return system_code::kSuccess;
+}
+
+SystemCode Win32Files::copyFile(const std::string& source, const std::string& target) {
+  return codeOf(CopyFileW(wide(source).c_str(), wide(target).c_str(), FALSE));
+}
+
+SystemCode Win32Files::replaceFile(const std::string& source, const std::string& target) {
+  return codeOf(MoveFileExW(wide(source).c_str(), wide(target).c_str(), MOVEFILE_REPLACE_EXISTING));
+}
+
+}  // namespace trelv::win32

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "machine/Files.h"
+
+namespace trelv::win32 {
+
+/// Files and folders through the wide functions.
+class Win32Files : public machine::Files {
+ public:
+  SystemCode look(const std::string& path, machine::FileFacts& facts) override;
+  SystemCode read(const std::string& path, std::size_t limit, std::string& content) override;
+  SystemCode write(const std::string& path, std::string_view bytes) override;
+  SystemCode append(const std::string& path, std::string_view bytes) override;
+  SystemCode removeFile(const std::string& path) override;
+  SystemCode setReadOnly(const std::string& path, bool readOnly) override;
+  SystemCode makeFolder(const std::string& path) override;
+  SystemCode removeFolder(const std::string& path) override;
+  SystemCode list(const std::string& folder, std::vector<machine::FolderEntry>& entries) override;
+  SystemCode copyFile(const std::string& source, const std::string& target) override;
+  SystemCode replaceFile(const std::string& source, const std::string& target) override;
+};
+
+}  // namespace trelv::win32

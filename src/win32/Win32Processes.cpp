@@ -1,0 +1,73 @@
+#include "win32/Win32Processes.h"
+
+#include <windows.h>
+
+#include "win32/Owned.h"
+#include "win32/Win32Text.h"
+
+namespace trelv::win32 {
+namespace {
+
+static_assert(sizeof(STARTUPINFOW) == 68, "the start-up record of a 32-bit program");
+
+/// Waits while other programs' sent messages are served: a set-up that broadcasts a change waits
+/// for every top-level window, ours included. Input, painting and timers stay in the queue.
+DWORD waitServingSentMessages(HANDLE process) {
+  for (;;) {
+    const DWORD outcome = MsgWaitForMultipleObjects(1, &process, FALSE, INFINITE, QS_SENDMESSAGE);
+    if (outcome != WAIT_OBJECT_0 + 1) {
+      return outcome;
+    }
+    MSG message;
+    PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE | PM_QS_SENDMESSAGE);
+  }
+}
+
+/// A process without the window library has no window that anyone could send to: it waits plainly
+/// and leaves the library unloaded.
+DWORD waitForEnd(HANDLE process) {
+  return GetModuleHandleW(L"user32.dll") != nullptr ? waitServingSentMessages(process)
+                                                    : WaitForSingleObject(process, INFINITE);
+}
+
+class Win32RunningProcess : public machine::RunningProcess {
+ public:
+  explicit Win32RunningProcess(HANDLE process) : process_(process) {}
+
+  SystemCode wait() override {
+    return waitForEnd(process_.get()) == WAIT_OBJECT_0 ? system_code::kSuccess : GetLastError();
+  }
+
+  SystemCode exitCode(std::uint32_t& code) override {
+    DWORD found = 0;
+    if (GetExitCodeProcess(process_.get(), &found) == FALSE) {
+      return GetLastError();
+    }
+    code = found;
+    return system_code::kSuccess;
+  }
+
+ private:
+  OwnedProcess process_;
+};
+
+}  // namespace
+
+SystemCode Win32Processes::start(const std::string& commandLine, bool visible,
+                                 std::unique_ptr<machine::RunningProcess>& process) {
+  STARTUPINFOW startup{};
+  startup.cb = sizeof(startup);
+  startup.dwFlags = STARTF_USESHOWWINDOW;
+  startup.wShowWindow = visible ? SW_SHOWNORMAL : SW_HIDE;
+  PROCESS_INFORMATION started{};
+  std::wstring writable = wide(commandLine);
+  if (CreateProcessW(nullptr, writable.data(), nullptr, nullptr, FALSE, NORMAL_PRIORITY_CLASS,
+                     nullptr, nullptr, &startup, &started) == FALSE) {
+    return GetLastError();
+  }
+  const OwnedProcess thread(started.hThread);
+  process = std::make_unique<Win32RunningProcess>(started.hProcess);
+  return system_code::kSuccess;
+}
+
+}  // namespace trelv::win32

@@ -1,0 +1,40 @@
+#include "win32/Win32VersionResources.h"
+
+#include <windows.h>
+
+#include <string>
+
+#include "win32/Win32Text.h"
+
+namespace trelv::win32 {
+namespace {
+
+machine::FileVersion numbersOf(const VS_FIXEDFILEINFO& fixed) {
+  return {HIWORD(fixed.dwFileVersionMS), LOWORD(fixed.dwFileVersionMS),
+          HIWORD(fixed.dwFileVersionLS), LOWORD(fixed.dwFileVersionLS)};
+}
+
+}  // namespace
+
+SystemCode Win32VersionResources::read(const std::string& path, machine::FileVersion& version) {
+  const std::wstring name = wide(path);
+  DWORD ignored = 0;
+  const DWORD size = GetFileVersionInfoSizeW(name.c_str(), &ignored);
+  if (size == 0) {
+    return GetLastError();
+  }
+  std::string resource(size, '\0');
+  if (GetFileVersionInfoW(name.c_str(), 0, size, resource.data()) == FALSE) {
+    return GetLastError();
+  }
+  void* block = nullptr;
+  UINT length = 0;
+  if (VerQueryValueW(resource.data(), L"\\", &block, &length) == FALSE ||
+      length < sizeof(VS_FIXEDFILEINFO)) {
+    return system_code::kResourceDataNotFound;
+  }
+  version = numbersOf(*static_cast<const VS_FIXEDFILEINFO*>(block));
+  return system_code::kSuccess;
+}
+
+}  // namespace trelv::win32

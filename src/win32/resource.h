@@ -1,0 +1,25 @@
+#pragma once
+
+/* Read by the resource compiler too: definitions only. A control's identifier is "IDC_" and its
+   name. 1 and 2 are the dialog manager's own (Enter without a default button, and Esc or the close
+   box) and must not be given to a control. */
+
+#define TRELV_ICON_PROGRAM 1
+
+/* Of labels that nobody addresses. */
+#ifndef IDC_STATIC
+#define IDC_STATIC (-1)
+#endif
+
+#define IDC_btnOk 1001
+#define IDC_cmdDettagli 1002
+#define IDC_picError 1003
+#define IDC_txtErrLabel 1010
+#define IDC_txtProgetto 1011
+#define IDC_txtModulo 1012
+#define IDC_txtProcedura 1013
+#define IDC_txtErrSource 1014
+#define IDC_txtErrCodice 1015
+#define IDC_txtErrDescrizione 1016
+#define IDC_txtErrDescrizioneInterna 1017
+#define IDC_txtErrTrace 1018
