@@ -31,7 +31,7 @@ if(WIN32)
   trelv_test(contract_win32 SOURCES "contract/*.cpp" EXCEPT "/contract/sim/"
              LINKS main xmlstore win32 win32_resources)
   if(TARGET contract_win32)
-    target_link_options(contract_win32 PRIVATE -s)
+    trelv_check_delay_load(contract_win32)
   endif()
   trelv_small_programs(tests/scenario/programs "${PROJECT_BINARY_DIR}/tests/programs")
   trelv_small_libraries(tests/scenario/libraries "${PROJECT_BINARY_DIR}/tests/libraries")

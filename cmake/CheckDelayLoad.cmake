@@ -1,0 +1,16 @@
+# Fails where PROGRAM has a delay-loaded function without its stub: nm shows such a one as an absolute
+# symbol of value 0. The functions are those of the .def files in FOLDER.
+execute_process(COMMAND "${NM}" "${PROGRAM}" OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "\n00000000 A _[^\n]+" dropped "${symbols}")
+list(TRANSFORM dropped REPLACE "\n00000000 A _" "")
+file(GLOB definitions "${FOLDER}/*.def")
+set(functions)
+foreach(definition IN LISTS definitions)
+  file(STRINGS "${definition}" names)
+  list(APPEND functions ${names})
+endforeach()
+foreach(name IN LISTS dropped)
+  if(name IN_LIST functions)
+    message(FATAL_ERROR "${name} is delay-loaded but declared as imported (dllimport)")
+  endif()
+endforeach()
