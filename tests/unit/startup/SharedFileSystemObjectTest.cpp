@@ -1,31 +1,17 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "sim/SimMachine.h"
 #include "startup/modProdTrelvLibrary.h"
+#include "unit/support/FakeProgram.h"
 
 namespace trelv::modProdTrelvLibrary {
 namespace {
 
-/// Keeps what was reported.
-class FakeReporter : public ErrorReporter {
- public:
-  std::int16_t VisualizzaErrore(const std::string& module, const std::string& procedure,
-                                const std::string& message, std::int32_t kind,
-                                const RuntimeError& failure) override {
-    reports.push_back(module + "|" + procedure + "|" + message + "|" + std::to_string(kind) + "|" +
-                      std::to_string(failure.number()));
-    return 0;
-  }
-  std::vector<std::string> reports;
-};
-
 TEST(SharedFileSystemObject, IsMadeOnFirstUseAndKept) {
   sim::SimMachine machine;
-  FakeReporter errors;
+  tests::FakeErrorReporter errors;
   int made = 0;
   SharedFileSystemObject shared(
       [&] {
@@ -43,19 +29,23 @@ TEST(SharedFileSystemObject, IsMadeOnFirstUseAndKept) {
 }
 
 TEST(SharedFileSystemObject, ThatCannotBeMadeIsReportedAndMissing) {
-  FakeReporter errors;
+  tests::FakeErrorReporter errors;
   SharedFileSystemObject shared([] { return nullptr; }, errors);
   EXPECT_EQ(nullptr, shared.fileSystemObject());
-  EXPECT_EQ((std::vector<std::string>{
-                "modUtility|AllocateFSObjects|Impossibile allocare l'oggetto "
-                "FileSystemObject.\r\nVerificare la presenza del componente \"scrrun.dll\" nel "
-                "percorso system32 di windows|0|0"}),
-            errors.reports);
+  ASSERT_EQ(1U, errors.reports.size());
+  const tests::FakeReport& report = errors.reports.front();
+  EXPECT_EQ("modUtility", report.module);
+  EXPECT_EQ("AllocateFSObjects", report.procedure);
+  EXPECT_EQ(
+      "Impossibile allocare l'oggetto FileSystemObject.\r\nVerificare la presenza del componente "
+      "\"scrrun.dll\" nel percorso system32 di windows",
+      report.message);
+  EXPECT_EQ(0, report.kind);
 }
 
 TEST(SharedFileSystemObject, IsTriedAndReportedAgainAtTheNextUse) {
   sim::SimMachine machine;
-  FakeReporter errors;
+  tests::FakeErrorReporter errors;
   bool available = false;
   SharedFileSystemObject shared(
       [&] {
