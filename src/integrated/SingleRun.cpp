@@ -102,9 +102,9 @@ void setProductVariables(Program& program, std::int16_t productNumber) {
 
 void reportFailure(Program& program, const RuntimeError& failure) {
   const std::string text = "Esecuzione comando fallita: " + failure.description();
-  program.log.WriteLog("Gestione ProdTrelv - " + text);
   program.errors.VisualizzaErrore("ModProdTrelvManager", "RunSingleProdottoComplementare", text,
                                   report_kind::kProgramError, failure);
+  program.log.WriteLog("Gestione ProdTrelv - " + text);
 }
 
 }  // namespace

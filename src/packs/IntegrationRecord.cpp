@@ -45,9 +45,9 @@ bool readRecord(Program& program, std::string& path) {
 
 bool reportFailure(Program& program, const RuntimeError& failure) {
   constexpr const char* kText = "Errore in Determinazione configurazione";
-  program.log.WriteLog(std::string("Gestione ProdTrelv - ") + kText + ": " + failure.description());
   program.errors.VisualizzaErrore("modMain", "VerifyConfig", kText, report_kind::kProgramError,
                                   failure);
+  program.log.WriteLog(std::string("Gestione ProdTrelv - ") + kText + ": " + failure.description());
   return false;
 }
 
