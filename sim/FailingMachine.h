@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 #include "sim/SimMachine.h"
@@ -10,10 +11,11 @@ namespace trelv::sim {
 enum class FailureSpan { Once, FromThenOn };
 
 /// Makes one machine's calls fail while it lives: the call of number `number` (from 1), counted
-/// from here, or that one and all later ones. Each fails in its own way: files and folders 5, 32 or
-/// 112 by `variant`, ini reading gives the default and writing 0, the registry 5, a start 2, 5 or
-/// 740 by `variant`, version and truth queries false, the configuration store -3000 or -9999, boxes
-/// None, forms cannot be shown. What fails has no effect; a write without room empties the file.
+/// from here, or that one and all later ones. Each fails in its own way, some by `variant`:
+/// writing and making 5, 32 or 112, removing 5, 32 or 64, looking and reading 32, 5 or 64, a start
+/// 2, 5 or 740, the configuration store -3000 or -9999; the registry 5, a wait 6; ini reading gives
+/// the default and writing 0, version and truth queries false, boxes None, forms cannot be shown.
+/// What fails has no effect; only a file that is written without room is left empty.
 class FailingMachine {
  public:
   FailingMachine(SimMachine& simMachine, std::size_t number, FailureSpan span = FailureSpan::Once,
@@ -30,6 +32,8 @@ class FailingMachine {
   const std::string& failedCall() const { return failedCall_; }
 
  private:
+  std::optional<SystemCode> look(const SimCall& call);
+
   SimMachine& machine_;
   std::size_t number_;
   FailureSpan span_;

@@ -100,9 +100,10 @@ class SimCalls {
   /// that its interface has for failing.
   using Injector = std::function<std::optional<SystemCode>(const SimCall&)>;
 
-  /// Records a call and runs the hooks that wait for it. The injected code, or nothing.
+  /// Records a call and runs the hooks that wait for it. `detail` only adds to its text. The
+  /// injected code, or nothing.
   std::optional<SystemCode> enter(CallKind kind, const std::string& method, const std::string& path,
-                                  const std::string& target = "");
+                                  const std::string& target = "", const std::string& detail = "");
 
   std::size_t count() const { return calls_.size(); }
   const std::vector<SimCall>& all() const { return calls_; }

@@ -154,6 +154,8 @@ class SimDesktop : public machine::Desktop {
  private:
   machine::BoxAnswer nextAnswer(machine::BoxButtons buttons);
   UserAction scriptFor(const std::string& formName);
+  void live(machine::Form& form, SimFormWindow& window);
+  void takeAway(const SimFormWindow& window);
 
   SimCalls& calls_;
   bool present_ = true;

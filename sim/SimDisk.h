@@ -40,13 +40,16 @@ struct SimNode {
   std::optional<machine::FileVersion> version;
   /// Held open by some other process.
   std::optional<Sharing> held;
-  /// How many processes run from this file.
-  int running = 0;
+  /// One for each process that runs from this file, expired when it ended.
+  std::vector<std::weak_ptr<void>> runners;
   SimNode* parent = nullptr;
   /// In order of creation: what a listing gives.
   std::vector<std::unique_ptr<SimNode>> children;
 
   SimNode* child(std::string_view childName) const;
+  bool running() const;
+  /// A process runs from the file as long as the answer lives.
+  [[nodiscard]] std::shared_ptr<void> run();
 };
 
 /// A disk or a share with its files. Mounted in one or several machines; in several it is a share
@@ -99,9 +102,9 @@ class SimDisk {
   /// Some other process holds the file open.
   void holdOpen(const std::string& path, Sharing sharing);
   void release(const std::string& path);
-  /// A program runs from the file: it can be read and renamed, not replaced, written or deleted.
-  void beginRunning(const std::string& path);
-  void endRunning(const std::string& path);
+  /// A program runs from the file as long as the answer lives: the file can be read and renamed,
+  /// not replaced, written or deleted.
+  [[nodiscard]] std::shared_ptr<void> run(const std::string& path);
   /// Everything that would change what stands at or below the path answers `code`.
   void denyWriting(const std::string& path, SystemCode code = system_code::kAccessDenied);
   /// Every use of what stands at or below the path answers `code`.

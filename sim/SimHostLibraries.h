@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "machine/HostLibraries.h"
-#include "machine/Locale.h"
 #include "sim/SimCalls.h"
 
 namespace trelv::sim {
@@ -16,8 +15,6 @@ namespace trelv::sim {
 /// The host's configuration store, kept in memory. Names are compared without regard to case.
 class SimConfigurationLibrary : public machine::ConfigurationLibrary {
  public:
-  explicit SimConfigurationLibrary(machine::Locale& locale) : locale_(locale) {}
-
   std::int32_t getParameter(const std::string& product, const std::string& section,
                             const std::string& key, const std::string& attribute,
                             const std::string& defaultValue, std::int32_t size,
@@ -63,9 +60,7 @@ class SimConfigurationLibrary : public machine::ConfigurationLibrary {
   std::int32_t nextCode();
   void demandCallable() const;
   std::int32_t missingCode(const Address& address) const;
-  void fill(std::string& buffer, const std::string& text, std::size_t limit);
 
-  machine::Locale& locale_;
   std::map<Address, Setting> settings_;
   std::deque<std::int32_t> codes_;
   std::int32_t alwaysCode_ = 0;
@@ -97,10 +92,10 @@ class ConfigurationSocket : public machine::ConfigurationLibrary {
   machine::ConfigurationLibrary* library_;
 };
 
-/// The host's support library: absent unless a test says what it answers.
+/// The host's support library: absent, and then no call at all, unless a test says what it answers.
 class SimSupportLibrary : public machine::SupportLibrary {
  public:
-  SimSupportLibrary(SimCalls& calls, machine::Locale& locale) : calls_(calls), locale_(locale) {}
+  explicit SimSupportLibrary(SimCalls& calls) : calls_(calls) {}
 
   machine::SupportAnswer isAdministrator() override;
   machine::SupportAnswer temporaryPath(std::string& buffer) override;
@@ -113,7 +108,6 @@ class SimSupportLibrary : public machine::SupportLibrary {
 
  private:
   SimCalls& calls_;
-  machine::Locale& locale_;
   machine::SupportAnswer administrator_ = machine::SupportAnswer::Absent;
   machine::SupportAnswer temporary_ = machine::SupportAnswer::Absent;
   std::string temporaryPath_;

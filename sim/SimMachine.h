@@ -89,6 +89,9 @@ class SimMachine {
   void setFileVersion(const std::string& path, const machine::FileVersion& version);
   /// Value of an ini key as another program on this machine reads it; empty when missing.
   std::string iniValue(const std::string& file, const std::string& section, const std::string& key);
+  /// Writes an ini key as another program does; the folder is made when missing.
+  void setIniValue(const std::string& file, const std::string& section, const std::string& key,
+                   const std::string& value);
 
   // --- What happened
 
@@ -124,8 +127,8 @@ class SimMachine {
   ConfigurationSocket configurationSocket_;
   SimSupportLibrary support_;
   SimDesktop desktop_;
-  /// The disk and path of the running executable.
-  std::shared_ptr<SimDisk> executableDisk_;
+  /// Lives as long as this program runs from its executable.
+  std::shared_ptr<void> runningExecutable_;
   machine::Machine machine_;
 };
 

@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -84,13 +85,29 @@ class SimProcesses : public machine::Processes {
   /// Every wait answers `code` (0 = waits work); the program runs to its end all the same.
   void failWaits(SystemCode code) { waitCode_ = code; }
 
-  /// The file that a command line starts; answers as start() would.
-  SystemCode resolve(const std::string& commandLine, std::string& program,
-                     std::string& argumentText, std::string& childCommandLine) const;
+  /// What a command line means.
+  struct Found {
+    /// Full path of the program.
+    std::string program;
+    std::string argumentText;
+    /// The command line that the program sees.
+    std::string childCommandLine;
+  };
+  /// Finds the program of a command line; answers as start() would.
+  SystemCode resolve(const std::string& commandLine, Found& found) const;
 
  private:
   friend class SimRunning;
 
+  /// What a program that has not run yet needs; the token keeps its file in use.
+  struct Running {
+    std::string commandLine;
+    ProgramScript script;
+    std::shared_ptr<void> token;
+  };
+
+  SystemCode resolveQuoted(const std::string& commandLine, Found& found) const;
+  SystemCode resolveByCuts(const std::string& commandLine, Found& found) const;
   SystemCode candidate(const std::string& name, std::string& program) const;
   std::string search(const std::string& name) const;
   std::string existing(const std::string& path) const;
@@ -105,9 +122,9 @@ class SimProcesses : public machine::Processes {
   SimEnvironment& environment_;
   SimCalls& calls_;
   std::deque<StartedProgram> started_;
-  std::vector<std::string> childCommandLines_;
+  std::vector<Running> running_;
   std::map<std::string, SystemCode> startCodes_;
-  std::vector<std::string> elevated_;
+  std::set<std::string> elevated_;
   bool deferred_ = false;
   SystemCode waitCode_ = system_code::kSuccess;
 };

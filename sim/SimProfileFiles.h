@@ -20,6 +20,13 @@ class SimProfileFiles : public machine::ProfileFiles {
   std::uint32_t writeValue(const std::string& section, const std::string& key,
                            const std::string& value, const std::string& file) override;
 
+  // The same without a trace in the calls, as another program on the machine would.
+  std::string quietRead(const std::string& section, const std::string& key,
+                        const std::string& defaultValue, std::uint32_t size,
+                        const std::string& file);
+  std::uint32_t quietWrite(const std::string& section, const std::string& key,
+                           const std::string& value, const std::string& file);
+
   /// Bare names go to this folder; empty: to the Windows folder.
   void setPrivateWindowsFolder(const std::string& folder) { privateWindowsFolder_ = folder; }
   /// Full path of the file that a name means.

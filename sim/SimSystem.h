@@ -17,7 +17,8 @@ class SimClock : public machine::Clock {
  public:
   machine::LocalTime now() override { return now_; }
   void set(const machine::LocalTime& time) { now_ = time; }
-  void advance(std::int64_t seconds);
+  /// Forward only.
+  void advance(std::uint32_t seconds);
 
  private:
   machine::LocalTime now_{2026, 11, 16, 9, 30, 0};

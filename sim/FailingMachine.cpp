@@ -1,0 +1,73 @@
+#include "sim/FailingMachine.h"
+
+#include <array>
+
+namespace trelv::sim {
+namespace {
+
+using namespace system_code;
+
+constexpr std::array kFileCodes{kAccessDenied, kSharingViolation, kDiskFull};
+constexpr std::array kRemoveCodes{kAccessDenied, kSharingViolation, kNetNameDeleted};
+constexpr std::array kReadCodes{kSharingViolation, kAccessDenied, kNetNameDeleted};
+constexpr std::array kStartCodes{kFileNotFound, kAccessDenied, kElevationRequired};
+// -3000 and -9999 as they travel in an unsigned code.
+constexpr std::array kStoreCodes{static_cast<SystemCode>(-3000), static_cast<SystemCode>(-9999)};
+constexpr SystemCode kWaitFailed = 6;
+
+// The code that such a call fails with; interfaces without codes ignore it.
+SystemCode codeFor(CallKind kind, std::size_t variant) {
+  switch (kind) {
+    case CallKind::FileLook:
+    case CallKind::FileRead:
+    case CallKind::FolderList:
+      return kReadCodes.at(variant % kReadCodes.size());
+    case CallKind::FileWrite:
+    case CallKind::FileAppend:
+    case CallKind::FolderMake:
+    case CallKind::FileCopy:
+    case CallKind::FileReplace:
+      return kFileCodes.at(variant % kFileCodes.size());
+    case CallKind::FileRemove:
+    case CallKind::FileSetReadOnly:
+    case CallKind::FolderRemove:
+      return kRemoveCodes.at(variant % kRemoveCodes.size());
+    case CallKind::ProcessStart:
+      return kStartCodes.at(variant % kStartCodes.size());
+    case CallKind::ProcessWait:
+    case CallKind::ProcessExitCode:
+      return kWaitFailed;
+    case CallKind::ConfigurationGet:
+    case CallKind::ConfigurationSet:
+    case CallKind::ConfigurationPath:
+      return kStoreCodes.at(variant % kStoreCodes.size());
+    case CallKind::FileVersionRead:
+      return kResourceDataNotFound;
+    default:
+      return kAccessDenied;
+  }
+}
+
+}  // namespace
+
+FailingMachine::FailingMachine(SimMachine& simMachine, std::size_t number, FailureSpan span,
+                               std::size_t variant)
+    : machine_(simMachine), number_(number), span_(span), variant_(variant) {
+  machine_.callLog().setInjector([this](const SimCall& call) { return look(call); });
+}
+
+FailingMachine::~FailingMachine() { machine_.callLog().setInjector(nullptr); }
+
+std::optional<SystemCode> FailingMachine::look(const SimCall& call) {
+  ++seen_;
+  const bool fails = span_ == FailureSpan::Once ? seen_ == number_ : seen_ >= number_;
+  if (!fails) {
+    return std::nullopt;
+  }
+  if (failedCall_.empty()) {
+    failedCall_ = call.text;
+  }
+  return codeFor(call.kind, variant_);
+}
+
+}  // namespace trelv::sim

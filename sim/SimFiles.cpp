@@ -1,0 +1,502 @@
+#include "sim/SimFiles.h"
+
+#include <algorithm>
+
+#include "base/Text.h"
+
+namespace trelv::sim {
+namespace {
+
+using machine::FileFacts;
+using machine::FolderEntry;
+using namespace system_code;
+
+constexpr SystemCode kNotSameDevice = 17;
+constexpr int kMostLinks = 32;
+
+bool isShare(const std::string& path) { return path.compare(0, 2, "\\\\") == 0; }
+
+std::string withoutTrailing(std::string text, char c) {
+  while (!text.empty() && text.back() == c) {
+    text.pop_back();
+  }
+  return text;
+}
+
+// The volume part of a full path: "S:" or "\\server\share".
+std::string volumeOf(const std::string& full) {
+  if (!isShare(full)) {
+    return full.substr(0, 2);
+  }
+  const std::size_t share = full.find('\\', 2);
+  const std::size_t end = share == std::string::npos ? share : full.find('\\', share + 1);
+  return full.substr(0, end);
+}
+
+std::string cleanName(std::string name) {
+  while (!name.empty() && (name.back() == ' ' || name.back() == '.')) {
+    name.pop_back();
+  }
+  return name;
+}
+
+// Levels of a path without volume, with "." and ".." resolved as text.
+std::vector<std::string> resolvedLevels(const std::string& rest) {
+  std::vector<std::string> levels;
+  for (std::size_t at = 0; at <= rest.size();) {
+    const std::size_t end = std::min(rest.find('\\', at), rest.size());
+    const std::string level = rest.substr(at, end - at);
+    if (level == "..") {
+      if (!levels.empty()) {
+        levels.pop_back();
+      }
+    } else if (!cleanName(level).empty()) {
+      levels.push_back(cleanName(level));
+    }
+    at = end + 1;
+  }
+  return levels;
+}
+
+bool isInvalidName(const std::string& name) {
+  return name.find_first_of("<>|?*:\"") != std::string::npos;
+}
+
+FileFacts factsOf(const SimNode& node) {
+  FileFacts facts;
+  facts.folder = node.folder;
+  facts.readOnly = node.readOnly;
+  facts.reparsePoint = !node.linkTarget.empty();
+  facts.size = node.folder ? 0 : node.bytes.size();
+  return facts;
+}
+
+bool sharesReading(const SimNode& node) {
+  return !node.held || *node.held == Sharing::Read || *node.held == Sharing::ReadWrite;
+}
+
+bool sharesWriting(const SimNode& node) {
+  return !node.held || *node.held == Sharing::Write || *node.held == Sharing::ReadWrite;
+}
+
+// Why an existing file cannot be opened for writing.
+SystemCode writeRefusal(const SimNode& node) {
+  if (node.folder || node.readOnly) {
+    return kAccessDenied;
+  }
+  return node.running() || !sharesWriting(node) ? kSharingViolation : kSuccess;
+}
+
+// Why a file cannot be replaced by another one in one step.
+SystemCode replaceRefusal(const SimNode& node) {
+  return node.folder || node.readOnly || node.held || node.running() ? kAccessDenied : kSuccess;
+}
+
+std::unique_ptr<SimNode> takeOut(SimNode& node) {
+  auto& siblings = node.parent->children;
+  const auto at = std::find_if(siblings.begin(), siblings.end(),
+                               [&](const auto& child) { return child.get() == &node; });
+  std::unique_ptr<SimNode> taken = std::move(*at);
+  siblings.erase(at);
+  return taken;
+}
+
+// What a missing folder answers: always "path", never "file".
+SystemCode asFolder(SystemCode code) { return code == kFileNotFound ? kPathNotFound : code; }
+
+}  // namespace
+
+// --- Volumes
+
+void SimVolumes::mount(const std::string& name, std::shared_ptr<SimDisk> disk) {
+  unmount(name);
+  mounts_.emplace_back(withoutTrailing(name, '\\'), std::move(disk));
+}
+
+void SimVolumes::unmount(const std::string& name) {
+  const std::string plain = withoutTrailing(name, '\\');
+  std::erase_if(mounts_, [&](const auto& mounted) { return equalNoCase(mounted.first, plain); });
+}
+
+std::shared_ptr<SimDisk> SimVolumes::diskOf(const std::string& path) const {
+  const std::string volume = volumeOf(path);
+  for (const auto& [name, disk] : mounts_) {
+    if (equalNoCase(name, volume)) {
+      return disk;
+    }
+  }
+  return nullptr;
+}
+
+std::string SimVolumes::fullPath(const std::string& path) const {
+  std::string text = replaceAll(path, "/", "\\");
+  const bool hasDrive = text.size() >= 2 && text[1] == ':';
+  if (!isShare(text) && !hasDrive) {
+    const bool fromRoot = !text.empty() && text[0] == '\\';
+    text = (fromRoot ? volumeOf(currentFolder_) : currentFolder_ + "\\") + text;
+  }
+  const std::string volume = volumeOf(text);
+  std::string full = volume;
+  for (const std::string& level : resolvedLevels(text.substr(volume.size()))) {
+    full += "\\" + level;
+  }
+  return full == volume && !isShare(full) ? full + "\\" : full;
+}
+
+SimVolumes::Place SimVolumes::find(const std::string& path, bool followLast) const {
+  Place place;
+  if (path.empty()) {
+    return place;
+  }
+  std::string full = fullPath(path);
+  for (int links = 0; links < kMostLinks; ++links) {
+    std::string redirect;
+    place = findOnce(full, followLast, redirect);
+    if (redirect.empty()) {
+      break;
+    }
+    full = fullPath(redirect);
+  }
+  const bool namesFolder = path.back() == '\\' || path.back() == '/';
+  if (place.node != nullptr && !place.node->folder && namesFolder) {
+    place.code = kPathNotFound;
+    place.node = nullptr;
+  }
+  return place;
+}
+
+SimVolumes::Place SimVolumes::findOnce(const std::string& full, bool followLast,
+                                       std::string& redirect) const {
+  Place place;
+  place.disk = diskOf(full).get();
+  if (place.disk == nullptr || place.disk->disconnected() != kSuccess) {
+    place.code = place.disk != nullptr ? place.disk->disconnected()
+                                       : (isShare(full) ? kBadNetPath : kPathNotFound);
+    return place;
+  }
+  place.diskPath = SimDisk::pathOnDisk(full);
+  const SystemCode denied = place.disk->denied(place.diskPath, false);
+  if (denied != kSuccess) {
+    place.code = denied;
+    return place;
+  }
+  place.node = &place.disk->root();
+  const std::vector<std::string> levels = resolvedLevels(place.diskPath);
+  for (std::size_t i = 0; i < levels.size(); ++i) {
+    const bool last = i + 1 == levels.size();
+    if (isInvalidName(levels[i])) {
+      place = Place{kInvalidName, place.disk, nullptr, nullptr, "", place.diskPath};
+      return place;
+    }
+    if (!place.node->folder) {
+      place = Place{kPathNotFound, place.disk, nullptr, nullptr, "", place.diskPath};
+      return place;
+    }
+    place.folder = place.node;
+    place.name = levels[i];
+    place.node = place.folder->child(levels[i]);
+    if (place.node == nullptr) {
+      place.code = last ? kFileNotFound : kPathNotFound;
+      place.folder = last ? place.folder : nullptr;
+      return place;
+    }
+    if (!place.node->linkTarget.empty() && (!last || followLast)) {
+      redirect = place.node->linkTarget;
+      for (std::size_t rest = i + 1; rest < levels.size(); ++rest) {
+        redirect += "\\" + levels[rest];
+      }
+      return place;
+    }
+  }
+  place.code = kSuccess;
+  return place;
+}
+
+// --- Files
+
+SimFiles::SimFiles(SimVolumes& volumes, SimCalls& calls, SimClock& clock)
+    : volumes_(volumes), calls_(calls), clock_(clock) {}
+
+SystemCode SimFiles::look(const std::string& path, FileFacts& facts) {
+  if (const auto injected = calls_.enter(CallKind::FileLook, "files.look", path)) {
+    return *injected;
+  }
+  const SimVolumes::Place place = volumes_.find(path, false);
+  if (place.code == kSuccess) {
+    facts = factsOf(*place.node);
+  }
+  return place.code;
+}
+
+SystemCode SimFiles::read(const std::string& path, std::size_t limit, std::string& content) {
+  if (const auto injected = calls_.enter(CallKind::FileRead, "files.read", path)) {
+    return *injected;
+  }
+  std::string whole;
+  const SystemCode code = quietRead(path, whole);
+  if (code == kSuccess) {
+    content = whole.substr(0, limit);
+  }
+  return code;
+}
+
+SystemCode SimFiles::quietRead(const std::string& path, std::string& content) {
+  const SimVolumes::Place place = volumes_.find(path, true);
+  if (place.code != kSuccess) {
+    return place.code;
+  }
+  if (place.node->folder) {
+    return kAccessDenied;
+  }
+  if (!sharesReading(*place.node)) {
+    return kSharingViolation;
+  }
+  content = place.node->bytes;
+  return kSuccess;
+}
+
+SystemCode SimFiles::write(const std::string& path, std::string_view bytes) {
+  const auto injected = calls_.enter(CallKind::FileWrite, "files.write", path);
+  if (injected && *injected == kDiskFull) {
+    // The file is opened, and with that emptied, before its bytes find no room.
+    const SystemCode code = quietWrite(path, "");
+    return code == kSuccess ? kDiskFull : code;
+  }
+  return injected ? *injected : quietWrite(path, bytes);
+}
+
+SystemCode SimFiles::writable(const std::string& path, SimVolumes::Place& place) {
+  place = volumes_.find(path, true);
+  if (place.code != kSuccess && place.code != kFileNotFound) {
+    return place.code;
+  }
+  if (place.node != nullptr) {
+    const SystemCode refusal = writeRefusal(*place.node);
+    if (refusal != kSuccess) {
+      return refusal;
+    }
+  }
+  return place.disk->denied(place.diskPath, true);
+}
+
+SimNode& SimFiles::nodeToWrite(SimVolumes::Place& place) {
+  if (place.node == nullptr) {
+    place.node = &place.disk->addChild(*place.folder, place.name, false);
+  }
+  place.node->modified = ticksOf(clock_.now());
+  place.node->program = nullptr;
+  place.node->version.reset();
+  return *place.node;
+}
+
+SystemCode SimFiles::quietWrite(const std::string& path, std::string_view bytes) {
+  SimVolumes::Place place;
+  const SystemCode code = writable(path, place);
+  if (code != kSuccess) {
+    return code;
+  }
+  SimNode& node = nodeToWrite(place);
+  node.bytes.clear();
+  if (!place.disk->hasRoom(bytes.size(), 0)) {
+    return kDiskFull;
+  }
+  node.bytes = bytes;
+  return kSuccess;
+}
+
+SystemCode SimFiles::append(const std::string& path, std::string_view bytes) {
+  const auto injected = calls_.enter(CallKind::FileAppend, "files.append", path);
+  return injected ? *injected : doAppend(path, bytes);
+}
+
+SystemCode SimFiles::doAppend(const std::string& path, std::string_view bytes) {
+  SimVolumes::Place place;
+  const SystemCode code = writable(path, place);
+  if (code != kSuccess) {
+    return code;
+  }
+  SimNode& node = nodeToWrite(place);
+  if (!place.disk->hasRoom(bytes.size(), 0)) {
+    return kDiskFull;
+  }
+  node.bytes += bytes;
+  return kSuccess;
+}
+
+SystemCode SimFiles::removeFile(const std::string& path) {
+  const auto injected = calls_.enter(CallKind::FileRemove, "files.removeFile", path);
+  return injected ? *injected : doRemoveFile(path);
+}
+
+SystemCode SimFiles::doRemoveFile(const std::string& path) {
+  const SimVolumes::Place place = volumes_.find(path, false);
+  if (place.code != kSuccess) {
+    return place.code;
+  }
+  const SimNode& node = *place.node;
+  if (node.folder || node.readOnly || node.running()) {
+    return kAccessDenied;
+  }
+  if (node.held) {
+    return kSharingViolation;
+  }
+  const SystemCode denied = place.disk->denied(place.diskPath, true);
+  if (denied == kSuccess) {
+    takeOut(*place.node);
+  }
+  return denied;
+}
+
+SystemCode SimFiles::setReadOnly(const std::string& path, bool readOnly) {
+  const std::string method = readOnly ? "files.setReadOnly" : "files.clearReadOnly";
+  if (const auto injected = calls_.enter(CallKind::FileSetReadOnly, method, path)) {
+    return *injected;
+  }
+  const SimVolumes::Place place = volumes_.find(path, false);
+  if (place.code != kSuccess) {
+    return place.code;
+  }
+  const SystemCode denied = place.disk->denied(place.diskPath, true);
+  if (denied == kSuccess) {
+    place.node->readOnly = readOnly;
+  }
+  return denied;
+}
+
+SystemCode SimFiles::makeFolder(const std::string& path) {
+  const auto injected = calls_.enter(CallKind::FolderMake, "files.makeFolder", path);
+  return injected ? *injected : doMakeFolder(path);
+}
+
+SystemCode SimFiles::doMakeFolder(const std::string& path) {
+  const SimVolumes::Place place = volumes_.find(path, false);
+  if (place.code == kSuccess) {
+    return kAlreadyExists;
+  }
+  if (place.code != kFileNotFound) {
+    return place.code;
+  }
+  const SystemCode denied = place.disk->denied(place.diskPath, true);
+  if (denied == kSuccess) {
+    place.disk->addChild(*place.folder, place.name, true).modified = ticksOf(clock_.now());
+  }
+  return denied;
+}
+
+SystemCode SimFiles::removeFolder(const std::string& path) {
+  const auto injected = calls_.enter(CallKind::FolderRemove, "files.removeFolder", path);
+  return injected ? *injected : doRemoveFolder(path);
+}
+
+SystemCode SimFiles::doRemoveFolder(const std::string& path) {
+  const SimVolumes::Place place = volumes_.find(path, false);
+  if (place.code != kSuccess) {
+    return place.code;
+  }
+  const SimNode& node = *place.node;
+  if (!node.folder) {
+    return kDirectoryName;
+  }
+  if (node.parent == nullptr || node.readOnly) {
+    return kAccessDenied;
+  }
+  if (!node.children.empty()) {
+    return kDirectoryNotEmpty;
+  }
+  const SystemCode denied = place.disk->denied(place.diskPath, true);
+  if (denied == kSuccess) {
+    takeOut(*place.node);
+  }
+  return denied;
+}
+
+SystemCode SimFiles::list(const std::string& folder, std::vector<FolderEntry>& entries) {
+  const auto injected = calls_.enter(CallKind::FolderList, "files.list", folder);
+  return injected ? *injected : doList(folder, entries);
+}
+
+SystemCode SimFiles::doList(const std::string& folder, std::vector<FolderEntry>& entries) {
+  const SimVolumes::Place place = volumes_.find(folder, true);
+  if (place.code != kSuccess) {
+    return asFolder(place.code);
+  }
+  if (!place.node->folder) {
+    return kDirectoryName;
+  }
+  entries.clear();
+  for (const auto& child : place.node->children) {
+    entries.push_back({child->name, factsOf(*child)});
+  }
+  return kSuccess;
+}
+
+SystemCode SimFiles::copyFile(const std::string& source, const std::string& target) {
+  const auto injected = calls_.enter(CallKind::FileCopy, "files.copyFile", source, target);
+  return injected ? *injected : doCopy(source, target);
+}
+
+SystemCode SimFiles::doCopy(const std::string& source, const std::string& target) {
+  std::string bytes;
+  const SystemCode readCode = quietRead(source, bytes);
+  if (readCode != kSuccess) {
+    return readCode;
+  }
+  const SimNode* from = volumes_.find(source, true).node;
+  SimVolumes::Place place;
+  const SystemCode writeCode = writable(target, place);
+  if (writeCode != kSuccess) {
+    return writeCode;
+  }
+  if (place.node == from) {
+    return kSharingViolation;
+  }
+  if (!place.disk->hasRoom(bytes.size(), place.node == nullptr ? 0 : place.node->bytes.size())) {
+    return kDiskFull;
+  }
+  SimNode& to = nodeToWrite(place);
+  to.bytes = bytes;
+  to.modified = from->modified;
+  to.readOnly = from->readOnly;
+  to.program = from->program;
+  to.version = from->version;
+  return kSuccess;
+}
+
+SystemCode SimFiles::replaceFile(const std::string& source, const std::string& target) {
+  const auto injected = calls_.enter(CallKind::FileReplace, "files.replaceFile", source, target);
+  return injected ? *injected : doReplace(source, target);
+}
+
+SystemCode SimFiles::doReplace(const std::string& source, const std::string& target) {
+  const SimVolumes::Place from = volumes_.find(source, false);
+  if (from.code != kSuccess) {
+    return from.code;
+  }
+  const SimVolumes::Place to = volumes_.find(target, false);
+  if (to.code != kSuccess && to.code != kFileNotFound) {
+    return to.code;
+  }
+  if (from.disk != to.disk) {
+    return kNotSameDevice;
+  }
+  if (from.node->held) {
+    return kSharingViolation;
+  }
+  const SystemCode denied =
+      std::max(from.disk->denied(from.diskPath, true), to.disk->denied(to.diskPath, true));
+  const bool other = to.node != nullptr && to.node != from.node;
+  const SystemCode refusal = other ? replaceRefusal(*to.node) : kSuccess;
+  if (denied != kSuccess || refusal != kSuccess) {
+    return denied != kSuccess ? denied : refusal;
+  }
+  if (other) {
+    takeOut(*to.node);
+  }
+  std::unique_ptr<SimNode> moved = takeOut(*from.node);
+  moved->name = to.name;
+  moved->parent = to.folder;
+  to.folder->children.push_back(std::move(moved));
+  return kSuccess;
+}
+
+}  // namespace trelv::sim

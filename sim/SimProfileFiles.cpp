@@ -1,0 +1,255 @@
+#include "sim/SimProfileFiles.h"
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "base/Text.h"
+#include "sim/SimText.h"
+
+namespace trelv::sim {
+namespace {
+
+using namespace system_code;
+
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+constexpr std::string_view kUtf16LittleMark = "\xFF\xFE";
+constexpr std::string_view kUtf16BigMark = "\xFE\xFF";
+
+enum class Encoding { Ansi, Utf8, Utf16Little, Utf16Big };
+
+struct Line {
+  /// Key, or the whole line where `hasValue` is false.
+  std::string key;
+  std::string value;
+  bool hasValue = false;
+};
+
+struct Section {
+  std::string name;
+  std::vector<Line> lines;
+};
+
+/// An ini file as the system's functions see it. The first section is what stands above all names.
+struct Layout {
+  Encoding encoding = Encoding::Ansi;
+  std::vector<Section> sections{Section{}};
+};
+
+bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\v' || c == '\f' || c == '\x1A'; }
+
+std::string stripped(std::string_view text) {
+  while (!text.empty() && isBlank(text.front())) {
+    text.remove_prefix(1);
+  }
+  while (!text.empty() && isBlank(text.back())) {
+    text.remove_suffix(1);
+  }
+  return std::string(text);
+}
+
+std::string withoutQuotes(const std::string& text) {
+  const bool quoted = text.size() >= 2 && text.front() == text.back() &&
+                      (text.front() == '"' || text.front() == '\'');
+  return quoted ? text.substr(1, text.size() - 2) : text;
+}
+
+std::string throughAnsi(const std::string& text) { return textOfAnsi(ansiOf(text)); }
+
+std::string decoded(const std::string& bytes, Encoding& encoding) {
+  const std::string_view view(bytes);
+  if (view.substr(0, kUtf8Mark.size()) == kUtf8Mark) {
+    encoding = Encoding::Utf8;
+    return bytes.substr(kUtf8Mark.size());
+  }
+  if (view.substr(0, kUtf16LittleMark.size()) == kUtf16LittleMark) {
+    encoding = Encoding::Utf16Little;
+    return textOfWide(bytes.substr(kUtf16LittleMark.size()), false);
+  }
+  if (view.substr(0, kUtf16BigMark.size()) == kUtf16BigMark) {
+    encoding = Encoding::Utf16Big;
+    return textOfWide(bytes.substr(kUtf16BigMark.size()), true);
+  }
+  encoding = Encoding::Ansi;
+  return textOfAnsi(bytes);
+}
+
+std::string encoded(const std::string& text, Encoding encoding) {
+  switch (encoding) {
+    case Encoding::Utf8:
+      return std::string(kUtf8Mark) + text;
+    case Encoding::Utf16Little:
+      return std::string(kUtf16LittleMark) + wideOf(text, false);
+    case Encoding::Utf16Big:
+      return std::string(kUtf16BigMark) + wideOf(text, true);
+    case Encoding::Ansi:
+      break;
+  }
+  return ansiOf(text);
+}
+
+void addLine(Layout& layout, const std::string& line) {
+  if (line.empty()) {
+    return;
+  }
+  const std::size_t end = line.rfind(']');
+  if (line.front() == '[' && end != std::string::npos) {
+    layout.sections.push_back({stripped(std::string_view(line).substr(1, end - 1)), {}});
+    return;
+  }
+  const std::size_t equals = line.front() == ';' ? std::string::npos : line.find('=');
+  Line entry;
+  entry.hasValue = equals != std::string::npos;
+  entry.key = stripped(std::string_view(line).substr(0, equals));
+  entry.value = entry.hasValue ? stripped(std::string_view(line).substr(equals + 1)) : "";
+  layout.sections.back().lines.push_back(entry);
+}
+
+Layout parsed(const std::string& bytes) {
+  Layout layout;
+  const std::string text = decoded(bytes, layout.encoding);
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = std::min(text.find_first_of("\r\n", at), text.size());
+    addLine(layout, stripped(std::string_view(text).substr(at, end - at)));
+    at = end + 1;
+  }
+  return layout;
+}
+
+std::string written(const Layout& layout) {
+  std::string text;
+  for (const Section& section : layout.sections) {
+    text += &section == &layout.sections.front() ? "" : "[" + section.name + "]\r\n";
+    for (const Line& line : section.lines) {
+      text += line.key + (line.hasValue ? "=" + line.value : "") + "\r\n";
+    }
+  }
+  return encoded(text, layout.encoding);
+}
+
+// Only the first section of a name exists.
+Section* findSection(Layout& layout, const std::string& name) {
+  if (name.empty()) {
+    return &layout.sections.front();
+  }
+  for (std::size_t i = 1; i < layout.sections.size(); ++i) {
+    if (equalNoCase(layout.sections[i].name, name)) {
+      return &layout.sections[i];
+    }
+  }
+  return nullptr;
+}
+
+Line* findKey(Section& section, const std::string& key) {
+  for (Line& line : section.lines) {
+    if (equalNoCase(line.key, key)) {
+      return &line;
+    }
+  }
+  return nullptr;
+}
+
+std::optional<std::string> valueIn(const std::string& bytes, const std::string& section,
+                                   const std::string& key) {
+  Layout layout = parsed(bytes);
+  Section* found = findSection(layout, section);
+  const Line* line = found == nullptr ? nullptr : findKey(*found, key);
+  if (line == nullptr || !line->hasValue) {
+    return std::nullopt;
+  }
+  return withoutQuotes(stripped(line->value.substr(0, line->value.find('\0'))));
+}
+
+// False when the value stands there already.
+bool change(Layout& layout, const std::string& sectionName, const std::string& key,
+            const std::string& value) {
+  Section* section = findSection(layout, sectionName);
+  if (section == nullptr) {
+    layout.sections.push_back({sectionName, {}});
+    section = &layout.sections.back();
+  }
+  Line* line = findKey(*section, key);
+  if (line == nullptr) {
+    section->lines.push_back({key, value, true});
+    return true;
+  }
+  if (line->hasValue && line->value == value) {
+    return false;
+  }
+  line->value = value;
+  line->hasValue = true;
+  return true;
+}
+
+std::string defaultText(const std::string& text) {
+  std::string trimmed = text;
+  while (!trimmed.empty() && trimmed.back() == ' ') {
+    trimmed.pop_back();
+  }
+  return withoutQuotes(trimmed);
+}
+
+bool isBareName(const std::string& file) { return file.find_first_of("\\/:") == std::string::npos; }
+
+}  // namespace
+
+SimProfileFiles::SimProfileFiles(SimFiles& files, SimSystem& system, SimCalls& calls)
+    : files_(files), system_(system), calls_(calls) {}
+
+std::string SimProfileFiles::placeOf(const std::string& file) const {
+  if (!isBareName(file)) {
+    return file;
+  }
+  const std::string& folder =
+      privateWindowsFolder_.empty() ? system_.windowsFolder() : privateWindowsFolder_;
+  return folder + (folder.back() == '\\' ? "" : "\\") + file;
+}
+
+std::string SimProfileFiles::readValue(const std::string& section, const std::string& key,
+                                       const std::string& defaultValue, std::uint32_t size,
+                                       const std::string& file) {
+  const auto injected = calls_.enter(CallKind::ProfileRead, "profiles.readValue", placeOf(file), "",
+                                     "[" + section + "] " + key);
+  if (injected) {
+    return throughAnsi(defaultText(defaultValue));
+  }
+  return quietRead(section, key, defaultValue, size, file);
+}
+
+std::string SimProfileFiles::quietRead(const std::string& section, const std::string& key,
+                                       const std::string& defaultValue, std::uint32_t size,
+                                       const std::string& file) {
+  std::string bytes;
+  std::optional<std::string> value;
+  if (files_.quietRead(placeOf(file), bytes) == kSuccess) {
+    value = valueIn(bytes, stripped(section), stripped(key));
+  }
+  const std::string ansi = ansiOf(value.value_or(defaultText(defaultValue)));
+  return size == 0 ? "" : textOfAnsi(ansi.substr(0, size - 1));
+}
+
+std::uint32_t SimProfileFiles::writeValue(const std::string& section, const std::string& key,
+                                          const std::string& value, const std::string& file) {
+  const auto injected = calls_.enter(CallKind::ProfileWrite, "profiles.writeValue", placeOf(file),
+                                     "", "[" + section + "] " + key + "=" + value);
+  return injected ? 0 : quietWrite(section, key, value, file);
+}
+
+std::uint32_t SimProfileFiles::quietWrite(const std::string& section, const std::string& key,
+                                          const std::string& value, const std::string& file) {
+  const std::string path = placeOf(file);
+  std::string bytes;
+  const SystemCode readCode = files_.quietRead(path, bytes);
+  SimVolumes::Place place;
+  const bool reachable = readCode == kSuccess || readCode == kFileNotFound;
+  if (!reachable || files_.writable(path, place) != kSuccess) {
+    return 0;
+  }
+  Layout layout = parsed(bytes);
+  const bool changed = change(layout, throughAnsi(stripped(section)), throughAnsi(stripped(key)),
+                              throughAnsi(stripped(value)));
+  return !changed || files_.quietWrite(path, written(layout)) == kSuccess ? 1 : 0;
+}
+
+}  // namespace trelv::sim
