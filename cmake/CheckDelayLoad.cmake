@@ -1,5 +1,6 @@
 # Fails where PROGRAM has a delay-loaded function without its stub: nm shows such a one as an absolute
 # symbol of value 0. The functions are those of the .def files in FOLDER.
+cmake_minimum_required(VERSION 3.25)
 execute_process(COMMAND "${NM}" "${PROGRAM}" OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL "\n00000000 A _[^\n]+" dropped "${symbols}")
 list(TRANSFORM dropped REPLACE "\n00000000 A _" "")
