@@ -118,7 +118,7 @@ TEST_F(ErrorReport, OfTheUpdateToolReadsItsOwnFile) {
   EXPECT_EQ("di compupd", boxes_["txtErrDescrizione"]);
 }
 
-TEST_F(ErrorReport, OfATransientEmptyFirstLineIsShown) {
+TEST_F(ErrorReport, WithAnEmptyFirstLineIsShown) {
   machine_.putFile(kComponents, "\r\naltro\r\n");
   report(1);
   EXPECT_EQ(1U, formsShown());

@@ -239,6 +239,13 @@ TEST_F(Start, ProgramsPathIsEmptyWhenTheStoreCannotGiveIt) {
   expectOneBox(kRefusedText);
 }
 
+TEST_F(Start, StoreThatCannotBeCalledLeavesTheProgramsPathEmpty) {
+  machine_.configuration().setCallable(false);
+  run("");
+  EXPECT_EQ("", facts().programsPath);
+  expectOneBox(kRefusedText);
+}
+
 TEST_F(Start, FactsFollowTheEdition) {
   struct Case {
     WindowsEdition edition;
@@ -283,14 +290,27 @@ TEST_F(Start, FactsFollowTheEdition) {
 
 TEST_F(Start, AdministratorIsAskedOutsideWindows9xOnly) {
   run("");
-  EXPECT_NE(0U, callAt(CallKind::SupportAdministrator));
+  EXPECT_NE(0U, callAt(CallKind::AdministratorQuery));
   EXPECT_TRUE(facts().administrator);
 
   sim::SimMachine old;
   old.setEdition(WindowsEdition::Win98);
+  old.support().setAdministratorAnswer(machine::SupportAnswer::No);
   tests::RealProgram program(old);
   program.run("");
-  EXPECT_EQ(0U, old.callLog().countOf("support."));
+  EXPECT_TRUE(program.state().startup.administrator);
+  for (const sim::SimCall& call : old.callLog().all()) {
+    EXPECT_NE(CallKind::AdministratorQuery, call.kind);
+    EXPECT_NE(CallKind::SupportAdministrator, call.kind);
+  }
+}
+
+TEST_F(Start, UnknownAdministratorAnswerIsLoggedFirst) {
+  machine_.support().setAdministratorAnswer(machine::SupportAnswer::Failed);
+  run("");
+  EXPECT_EQ("Errore in esecuzione verifica di diritti di amministratore, forzato IsAdmin=TRUE",
+            program_.logLines().front());
+  EXPECT_TRUE(facts().administrator);
 }
 
 // --- Plugin

@@ -1,9 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "base/ProductName.h"
+#include "sim/FailingMachine.h"
 #include "unit/support/RealProgram.h"
 
 namespace trelv::modError {
@@ -339,6 +340,35 @@ TEST_F(WriteLog, CancelTurnsTheDebugSwitchOff) {
   EXPECT_FALSE(state().debugSwitch);
   write("tre");
   EXPECT_EQ(2U, machine_.boxes().size());
+}
+
+// The old log is too long and the temporary folder is there, or both folders are missing: whichever
+// call fails, once or from then on, the caller goes on and the log works again afterwards.
+TEST(WriteLogUnderFailures, NoFailingCallReachesTheCaller) {
+  for (const bool missing : {false, true}) {
+    for (const auto span : {sim::FailureSpan::Once, sim::FailureSpan::FromThenOn}) {
+      bool reached = true;
+      for (std::size_t number = 1; reached; ++number) {
+        ASSERT_LT(number, 100U);
+        sim::SimMachine machine;
+        if (missing) {
+          machine.removeTree(kTemp);
+        } else {
+          machine.putFile(kLog, std::string(102401, 'x'));
+        }
+        tests::RealProgram program(machine);
+        {
+          sim::FailingMachine failing(machine, number, span);
+          EXPECT_NO_THROW(program.log().WriteLog("uno"));
+          EXPECT_NO_THROW(program.log().WriteLog("due"));
+          reached = failing.reached();
+        }
+        program.log().WriteLog("tre");
+        EXPECT_EQ("tre", program.logLines().back()) << number;
+        EXPECT_EQ("tre", program.state().runLog.lastLine) << number;
+      }
+    }
+  }
 }
 
 TEST(RunLogWithoutProgram, LosesItsLines) {
