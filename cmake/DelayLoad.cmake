@@ -10,7 +10,7 @@ set(delayed_libraries
 # ordinary functions.
 target_compile_definitions(
   trelv_flags INTERFACE _USER32_ _GDI32_ _COMCTL32_ _COMDLG32_ _OLE32_ _OLEAUT32_
-                        _WINSPOOL_)
+                        _SHFOLDER_ _WINSPOOL_)
 # The shell's headers have no such name that works without the automation headers.
 target_compile_options(trelv_flags INTERFACE "-DSHSTDAPI=EXTERN_C HRESULT STDAPICALLTYPE"
                                              "-DSHSTDAPI_(type)=EXTERN_C type STDAPICALLTYPE")
