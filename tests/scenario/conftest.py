@@ -1,0 +1,137 @@
+"""The real TrelvManager.exe on a 32-bit and a 64-bit Windows (Wine prefixes made anew for the
+session, one driver alive in each). Every test lays out its own server share and workstation."""
+
+import os
+import pathlib
+import re
+import shutil
+import sys
+
+import pytest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "demo"))
+
+import installation  # noqa: E402
+import windows  # noqa: E402
+
+INTEGRATED = f"INTEGRATEDRUN {installation.HOST_FOLDER} {installation.HOST_FOLDER}"
+
+
+@pytest.fixture(scope="session")
+def build():
+    build = windows.Build.of_environment()
+    for program in (build.manager, build.driver, build.demo_programs / "setup.exe"):
+        if not program.exists():
+            pytest.exit(f"{program} is missing: build the preset \"windows\", or name its folder in "
+                        "TRELV_BUILD", returncode=1)
+    return build
+
+
+@pytest.fixture(scope="session")
+def screen():
+    screen = windows.Screen()
+    yield screen
+    screen.close()
+
+
+@pytest.fixture(scope="session", params=["win32", "win64"])
+def prefix(request, build, screen, tmp_path_factory):
+    folder = tmp_path_factory.mktemp("wine") / request.param
+    prefix = windows.Prefix(folder, request.param, build, screen)
+    yield prefix
+    prefix.close()
+    shutil.rmtree(folder)
+
+
+class Workstation(installation.Installation):
+    """A laid-out installation with the manager on the workstation."""
+
+    def __init__(self, prefix, share):
+        super().__init__(share / "Lumo", prefix.disk, prefix.build.demo_programs)
+        self.prefix = prefix
+        self.share = share
+        self.facts = prefix.facts()
+        self.manager = installation.MANAGER_FOLDER + "\\TrelvManager.exe"
+        self.manager_folder = self.disk / "Lumo/Manager"
+        self.log = prefix.path(self.facts["temporary"] + "log\\TrelvManager.log")
+        self.windows_folder = prefix.path(self.facts["windows"])
+
+    def clear(self):
+        """Takes away whatever an earlier test left."""
+        for folder in (self.share, self.disk / "Lumo", self.log.parent,
+                       self.prefix.path(self.facts["program files"] + "\\Lumo")):
+            shutil.rmtree(folder, ignore_errors=True)
+        for name in ("lumow.ini", "nerio.ini", "luda.ini", "zeltomodelli.ini"):
+            for file in self.windows_folder.iterdir():
+                if file.name.lower() == name:
+                    file.unlink()
+        for key in ("SOFTWARE\\LUMO", "SOFTWARE\\FerPrg"):
+            self.prefix.delete_key("HKLM", key)
+
+    def lay_out(self, *arguments, **named):
+        super().lay_out(*arguments, **named)
+        self.manager_folder.mkdir(parents=True)
+        shutil.copy(self.prefix.build.manager, self.manager_folder)
+        self.write_pointers()
+
+    def write_pointers(self):
+        for key, name, value in self.registry_values():
+            self.prefix.set_value("HKLM", key, name, value)
+
+    def integrate(self, path=installation.HOST_FOLDER, *more):
+        """Records the integration with a server folder in the store."""
+        self.store.write_bytes(
+            installation.store_xml([installation.integration_setting(path), *more]).encode())
+
+    def install(self, products=installation.PRODUCTS):
+        """The state after a first start: all products there and recorded."""
+        self.put_programs(products)
+        self.record_versions(products)
+        self.integrate()
+
+    def run(self, arguments, **named):
+        """Runs the manager; it must end by itself, unless the run was to be ended."""
+        run = self.prefix.run(self.manager, arguments, **named)
+        assert not run.late, f"the manager did not end; its boxes were {run.boxes}"
+        return run
+
+    def texts(self):
+        """Texts of the log lines, without date and time."""
+        return [re.sub(r"^\d\d/\d\d/\d{4} \d\d:\d\d:\d\d -- ", "", line)
+                for line in windows.log_lines(self.log)]
+
+    def started(self, file):
+        """What a product's program was started with, line by line; waits for it, since the manager
+        does not."""
+        place = next((product for product in installation.PRODUCTS if file in product.files))
+        report = self.server / "mv" / place.folder / file.replace(".exe", ".avvio.txt")
+        assert windows.wait_for_file(report), f"{file} was not started"
+        return report.read_bytes().decode().splitlines()
+
+    def started_nothing(self):
+        return self.starts() == {}
+
+
+@pytest.fixture
+def workstation(prefix, tmp_path_factory):
+    share = prefix.folder / "share"
+    station = Workstation(prefix, share)
+    station.clear()
+    share.mkdir(exist_ok=True)
+    if not os.path.lexists(prefix.folder / "dosdevices/s:"):
+        prefix.map_drive("s", share)
+    return station
+
+
+@pytest.fixture
+def laid_out(workstation):
+    """Five products in the catalogue, nothing installed."""
+    workstation.lay_out()
+    return workstation
+
+
+@pytest.fixture
+def installed(laid_out):
+    """Five products installed and recorded: nothing is left to do."""
+    laid_out.install()
+    return laid_out

@@ -1,0 +1,428 @@
+// The scenarios' hand inside Windows. One driver per prefix stays alive, so that the prefix stays
+// warm. It reads one request per line from standard input, UTF-8, words separated by tabs, and
+// answers each with lines of JSON, the last of which is {"done": …}:
+//
+//   run LIMIT KILL RESTRICTED PAUSE FOLDER ANSWERS PROGRAM COMMANDLINE
+//       starts PROGRAM with the raw COMMANDLINE in FOLDER (empty: the driver's own) and answers
+//       its boxes. LIMIT: seconds after which it is ended. KILL: a file; the program is ended as
+//       soon as it exists (empty: never). RESTRICTED: 1 takes the administrators from its token.
+//       PAUSE: milliseconds that a box stays before it is answered. ANSWERS: captions of buttons
+//       to press, one for each box, separated by "|"; "OK" when there are no more.
+//       One line for each box as it shows, then {"done": true, "exit": …, "milliseconds": …}.
+//   registry-set HIVE KEY NAME VALUE      a text; the key is made
+//   registry-get HIVE KEY NAME            {"done": true, "value": text or null}
+//   registry-delete HIVE KEY              the key with all below it
+//   facts                                 folders, code page, WoW64 of a 32-bit program
+//   boxes                                 the dialogs of all programs of this desktop
+//   press CAPTION                         presses the first button of that caption
+#include <windows.h>
+
+#include <cstdio>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using Words = std::vector<std::wstring>;
+
+std::string utf8(const std::wstring& text) {
+  const int length = static_cast<int>(text.size());
+  const int size =
+      WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
+  std::string bytes(static_cast<std::size_t>(size), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, text.data(), length, bytes.data(), size, nullptr, nullptr);
+  return bytes;
+}
+
+std::wstring wide(const std::string& bytes) {
+  const int length = static_cast<int>(bytes.size());
+  const int size = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), length, nullptr, 0);
+  std::wstring text(static_cast<std::size_t>(size), L'\0');
+  MultiByteToWideChar(CP_UTF8, 0, bytes.data(), length, text.data(), size);
+  return text;
+}
+
+std::string quoted(const std::wstring& text) {
+  std::string result = "\"";
+  for (const char c : utf8(text)) {
+    if (c == '"' || c == '\\') {
+      result += '\\';
+      result += c;
+    } else if (static_cast<unsigned char>(c) < 0x20) {
+      char code[8];
+      std::snprintf(code, sizeof code, "\\u%04x", static_cast<unsigned>(c));
+      result += code;
+    } else {
+      result += c;
+    }
+  }
+  return result + "\"";
+}
+
+void answer(const std::string& line) {
+  std::fwrite(line.data(), 1, line.size(), stdout);
+  std::fwrite("\n", 1, 1, stdout);
+  std::fflush(stdout);
+}
+
+void done(const std::string& more = "") { answer("{\"done\": true" + more + "}"); }
+
+void failed(const std::string& what) {
+  answer("{\"done\": false, \"failure\": \"" + what +
+         "\", \"code\": " + std::to_string(GetLastError()) + "}");
+}
+
+Words split(const std::wstring& text, wchar_t separator) {
+  Words words(1);
+  for (const wchar_t c : text) {
+    if (c == separator) {
+      words.emplace_back();
+    } else {
+      words.back() += c;
+    }
+  }
+  return words;
+}
+
+// --- Windows
+
+/// A window's text, asked from its own thread; empty where that does not answer.
+std::wstring textOf(HWND window) {
+  std::wstring text(70000, L'\0');
+  DWORD_PTR length = 0;
+  if (SendMessageTimeoutW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()),
+                          SMTO_ABORTIFHUNG, 2000, &length) == 0) {
+    length = 0;
+  }
+  text.resize(length);
+  return text;
+}
+
+std::wstring classOf(HWND window) {
+  wchar_t name[128] = {};
+  GetClassNameW(window, name, 128);
+  return name;
+}
+
+BOOL CALLBACK collect(HWND window, LPARAM list) {
+  reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
+  return TRUE;
+}
+
+std::vector<HWND> childrenOf(HWND window) {
+  std::vector<HWND> children;
+  EnumChildWindows(window, collect, reinterpret_cast<LPARAM>(&children));
+  return children;
+}
+
+/// The visible dialogs of one process, of all for 0.
+std::vector<HWND> boxesOf(DWORD process) {
+  std::vector<HWND> all;
+  EnumWindows(collect, reinterpret_cast<LPARAM>(&all));
+  std::vector<HWND> boxes;
+  for (const HWND window : all) {
+    DWORD owner = 0;
+    GetWindowThreadProcessId(window, &owner);
+    if ((process == 0 || owner == process) && IsWindowVisible(window) &&
+        classOf(window) == L"#32770") {
+      boxes.push_back(window);
+    }
+  }
+  return boxes;
+}
+
+std::wstring withoutMark(const std::wstring& caption) {
+  std::wstring result;
+  for (const wchar_t c : caption) {
+    if (c != L'&') {
+      result += c;
+    }
+  }
+  return result;
+}
+
+HWND buttonOf(HWND box, const std::wstring& caption) {
+  for (const HWND child : childrenOf(box)) {
+    if (classOf(child) == L"Button" &&
+        lstrcmpiW(withoutMark(textOf(child)).c_str(), caption.c_str()) == 0) {
+      return child;
+    }
+  }
+  return nullptr;
+}
+
+std::string describe(HWND box) {
+  std::string controls;
+  for (const HWND child : childrenOf(box)) {
+    controls += std::string(controls.empty() ? "" : ", ") +
+                "{\"id\": " + std::to_string(GetDlgCtrlID(child) & 0xFFFF) +
+                ", \"class\": " + quoted(classOf(child)) + ", \"text\": " + quoted(textOf(child)) +
+                "}";
+  }
+  return "{\"box\": true, \"title\": " + quoted(textOf(box)) + ", \"controls\": [" + controls +
+         "]}";
+}
+
+// --- Running the manager
+
+struct Run {
+  DWORD limit = 0;
+  std::wstring killFile;
+  bool restricted = false;
+  DWORD pause = 0;
+  std::wstring folder;
+  Words answers;
+  std::wstring program;
+  std::wstring commandLine;
+};
+
+HANDLE tokenWithoutAdministrators() {
+  HANDLE own = nullptr;
+  OpenProcessToken(GetCurrentProcess(), TOKEN_ALL_ACCESS, &own);
+  SID_IDENTIFIER_AUTHORITY authority = {SECURITY_NT_AUTHORITY};
+  PSID administrators = nullptr;
+  AllocateAndInitializeSid(&authority, 2, SECURITY_BUILTIN_DOMAIN_RID, DOMAIN_ALIAS_RID_ADMINS, 0,
+                           0, 0, 0, 0, 0, &administrators);
+  SID_AND_ATTRIBUTES disabled = {administrators, 0};
+  HANDLE restricted = nullptr;
+  CreateRestrictedToken(own, 0, 1, &disabled, 0, nullptr, 0, nullptr, &restricted);
+  FreeSid(administrators);
+  CloseHandle(own);
+  return restricted;
+}
+
+bool start(const Run& run, PROCESS_INFORMATION& process) {
+  STARTUPINFOW startup = {};
+  startup.cb = sizeof startup;
+  std::wstring line = run.commandLine;
+  const wchar_t* const folder = run.folder.empty() ? nullptr : run.folder.c_str();
+  if (!run.restricted) {
+    return CreateProcessW(run.program.c_str(), line.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                          folder, &startup, &process) != 0;
+  }
+  const HANDLE token = tokenWithoutAdministrators();
+  const bool started =
+      CreateProcessAsUserW(token, run.program.c_str(), line.data(), nullptr, nullptr, FALSE, 0,
+                           nullptr, folder, &startup, &process) != 0;
+  CloseHandle(token);
+  return started;
+}
+
+/// A box that has just been made visible may still fill its controls.
+void letItSettle(HWND box) {
+  DWORD_PTR ignored = 0;
+  SendMessageTimeoutW(box, WM_NULL, 0, 0, SMTO_NORMAL, 2000, &ignored);
+  Sleep(30);
+}
+
+void press(HWND box, const std::wstring& caption) {
+  HWND button = buttonOf(box, caption);
+  if (button == nullptr) {
+    answer("{\"missing button\": " + quoted(caption) + "}");
+    PostMessageW(box, WM_CLOSE, 0, 0);
+    return;
+  }
+  PostMessageW(button, BM_CLICK, 0, 0);
+  for (int i = 0; i < 500 && IsWindow(box) && IsWindowVisible(box); ++i) {
+    Sleep(10);
+  }
+}
+
+/// Ends the process at its limit or when the file exists that says so.
+bool endIfDue(const Run& run, HANDLE process, DWORD began) {
+  const bool late = GetTickCount() - began > run.limit * 1000;
+  const bool told =
+      !run.killFile.empty() && GetFileAttributesW(run.killFile.c_str()) != INVALID_FILE_ATTRIBUTES;
+  if (!late && !told) {
+    return false;
+  }
+  if (late) {
+    answer("{\"late\": true}");
+  }
+  TerminateProcess(process, 99);
+  return true;
+}
+
+void attend(const Run& run, const PROCESS_INFORMATION& process) {
+  const DWORD began = GetTickCount();
+  std::size_t next = 0;
+  while (WaitForSingleObject(process.hProcess, 10) == WAIT_TIMEOUT) {
+    if (endIfDue(run, process.hProcess, began)) {
+      WaitForSingleObject(process.hProcess, 5000);
+      break;
+    }
+    const std::vector<HWND> boxes = boxesOf(process.dwProcessId);
+    if (boxes.empty()) {
+      continue;
+    }
+    letItSettle(boxes.front());
+    answer(describe(boxes.front()));
+    Sleep(run.pause);
+    press(boxes.front(), next < run.answers.size() ? run.answers[next] : L"OK");
+    ++next;
+  }
+  DWORD code = 0;
+  GetExitCodeProcess(process.hProcess, &code);
+  done(", \"exit\": " + std::to_string(code) +
+       ", \"milliseconds\": " + std::to_string(GetTickCount() - began));
+}
+
+void runProgram(const Words& words) {
+  Run run;
+  run.limit = static_cast<DWORD>(_wtoi(words[1].c_str()));
+  run.killFile = words[2];
+  run.restricted = words[3] == L"1";
+  run.pause = static_cast<DWORD>(_wtoi(words[4].c_str()));
+  run.folder = words[5];
+  if (!words[6].empty()) {
+    run.answers = split(words[6], L'|');
+  }
+  run.program = words[7];
+  run.commandLine = words[8];
+  // What stands in the raw command line may be a tab as well.
+  for (std::size_t i = 9; i < words.size(); ++i) {
+    run.commandLine += L"\t" + words[i];
+  }
+  PROCESS_INFORMATION process = {};
+  if (!start(run, process)) {
+    failed("not started");
+    return;
+  }
+  attend(run, process);
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+}
+
+// --- Registry
+
+HKEY hiveOf(const std::wstring& name) {
+  return name == L"HKLM" ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+}
+
+void setValue(const Words& words) {
+  HKEY key = nullptr;
+  if (RegCreateKeyExW(hiveOf(words[1]), words[2].c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                      &key, nullptr) != ERROR_SUCCESS) {
+    failed("key not made");
+    return;
+  }
+  RegSetValueExW(key, words[3].c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(words[4].c_str()),
+                 static_cast<DWORD>((words[4].size() + 1) * sizeof(wchar_t)));
+  RegCloseKey(key);
+  done();
+}
+
+void getValue(const Words& words) {
+  HKEY key = nullptr;
+  std::wstring value(4096, L'\0');
+  auto size = static_cast<DWORD>(value.size() * sizeof(wchar_t));
+  bool found = false;
+  if (RegOpenKeyExW(hiveOf(words[1]), words[2].c_str(), 0, KEY_QUERY_VALUE, &key) ==
+      ERROR_SUCCESS) {
+    found = RegQueryValueExW(key, words[3].c_str(), nullptr, nullptr,
+                             reinterpret_cast<BYTE*>(value.data()), &size) == ERROR_SUCCESS;
+    RegCloseKey(key);
+  }
+  done(", \"value\": " + (found ? quoted(value.c_str()) : std::string("null")));
+}
+
+void deleteTree(HKEY hive, const std::wstring& path) {
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(hive, path.c_str(), 0, KEY_ENUMERATE_SUB_KEYS, &key) != ERROR_SUCCESS) {
+    return;
+  }
+  Words names;
+  wchar_t name[256];
+  DWORD length = 256;
+  for (DWORD i = 0;
+       RegEnumKeyExW(key, i, name, &length, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+       ++i, length = 256) {
+    names.emplace_back(name);
+  }
+  RegCloseKey(key);
+  for (const std::wstring& child : names) {
+    deleteTree(hive, path + L"\\" + child);
+  }
+  RegDeleteKeyW(hive, path.c_str());
+}
+
+// --- Facts
+
+void facts() {
+  wchar_t temporary[MAX_PATH] = {};
+  wchar_t windows[MAX_PATH] = {};
+  wchar_t programs[MAX_PATH] = {};
+  GetTempPathW(MAX_PATH, temporary);
+  GetWindowsDirectoryW(windows, MAX_PATH);
+  GetEnvironmentVariableW(L"ProgramFiles", programs, MAX_PATH);
+  BOOL wow = FALSE;
+  IsWow64Process(GetCurrentProcess(), &wow);
+  done(", \"temporary\": " + quoted(temporary) + ", \"windows\": " + quoted(windows) +
+       ", \"program files\": " + quoted(programs) + ", \"code page\": " + std::to_string(GetACP()) +
+       ", \"wow64\": " + (wow ? "true" : "false"));
+}
+
+void listBoxes() {
+  for (const HWND box : boxesOf(0)) {
+    answer(describe(box));
+  }
+  done();
+}
+
+void pressAnywhere(const Words& words) {
+  for (const HWND box : boxesOf(0)) {
+    if (buttonOf(box, words[1]) != nullptr) {
+      press(box, words[1]);
+      done();
+      return;
+    }
+  }
+  failed("no such button");
+}
+
+void serve(const Words& words) {
+  const std::size_t count = words.size();
+  if (words[0] == L"run" && count >= 9) {
+    runProgram(words);
+  } else if (words[0] == L"registry-set" && count == 5) {
+    setValue(words);
+  } else if (words[0] == L"registry-get" && count == 4) {
+    getValue(words);
+  } else if (words[0] == L"registry-delete" && count == 3) {
+    deleteTree(hiveOf(words[1]), words[2]);
+    done();
+  } else if (words[0] == L"facts") {
+    facts();
+  } else if (words[0] == L"boxes") {
+    listBoxes();
+  } else if (words[0] == L"press" && count == 2) {
+    pressAnywhere(words);
+  } else {
+    failed("unknown request");
+  }
+}
+
+bool readLine(std::string& line) {
+  line.clear();
+  for (int c = std::getchar(); c != EOF; c = std::getchar()) {
+    if (c == '\n') {
+      return true;
+    }
+    line += static_cast<char>(c);
+  }
+  return false;
+}
+
+}  // namespace
+
+int wmain() {
+  std::string line;
+  while (readLine(line)) {
+    if (!line.empty() && line.back() == '\r') {
+      line.pop_back();
+    }
+    serve(split(wide(line), L'\t'));
+  }
+  return 0;
+}
