@@ -14,6 +14,11 @@
 #define IDC_btnOk 1001
 #define IDC_cmdDettagli 1002
 #define IDC_picError 1003
+/* The progress controls, on every form that takes part. */
+#define IDC_prgProgress 1005
+#define IDC_txtProgress 1006
+#define IDC_lblProgress 1007
+
 #define IDC_txtErrLabel 1010
 #define IDC_txtProgetto 1011
 #define IDC_txtModulo 1012

@@ -1,0 +1,343 @@
+#include <gtest/gtest.h>
+#include <windows.h>
+// The common controls' header needs the one above first.
+#include <commctrl.h>
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "win32/ControlNames.h"
+#include "win32/Win32Desktop.h"
+#include "win32/Win32Text.h"
+
+// These tests show real dialogs: they want a screen.
+namespace trelv::win32 {
+namespace {
+
+HWND handleOf(machine::FormWindow& window) {
+  return static_cast<Win32FormWindow&>(window).handle();
+}
+
+HWND controlOf(machine::FormWindow& window, const std::string& name) {
+  return GetDlgItem(handleOf(window), controlId(name));
+}
+
+/// A form of the given resource that does what the test says and notes what happens to it. What a
+/// test posts from "loaded" arrives while the form is shown.
+class TestForm : public machine::Form {
+ public:
+  explicit TestForm(std::string resource) : resource_(std::move(resource)) {}
+
+  std::string name() const override { return resource_; }
+  void loaded(machine::FormWindow& window) override { onLoaded(window); }
+  void clicked(machine::FormWindow& window, const std::string& control) override {
+    events.push_back("clicked " + control);
+    onClicked(window, control);
+  }
+  void closeRequested(machine::FormWindow& window) override {
+    events.push_back("close requested");
+    window.close();
+  }
+
+  std::function<void(machine::FormWindow&)> onLoaded = [](machine::FormWindow&) {};
+  std::function<void(machine::FormWindow&, const std::string&)> onClicked =
+      [](machine::FormWindow& window, const std::string&) { window.close(); };
+  std::vector<std::string> events;
+
+ private:
+  std::string resource_;
+};
+
+class FormHost : public testing::Test {
+ protected:
+  Win32Desktop desktop_;
+  TestForm form_{"frmError"};
+};
+
+using Names = std::vector<std::string>;
+
+TEST_F(FormHost, EveryControlOfTheErrorFormHasItsName) {
+  Names found;
+  form_.onLoaded = [&found](machine::FormWindow& window) {
+    for (HWND child = GetWindow(handleOf(window), GW_CHILD); child != nullptr;
+         child = GetWindow(child, GW_HWNDNEXT)) {
+      const int id = GetDlgCtrlID(child);
+      if (id != -1 && id != 0xFFFF) {
+        found.push_back(controlName(id));
+      }
+    }
+    window.close();
+  };
+  ASSERT_TRUE(desktop_.showModal(form_));
+  EXPECT_EQ((Names{"btnOk", "cmdDettagli", "picError", "txtErrLabel", "txtProgetto", "txtModulo",
+                   "txtProcedura", "txtErrSource", "txtErrCodice", "txtErrDescrizione",
+                   "txtErrDescrizioneInterna", "txtErrTrace"}),
+            found);
+}
+
+TEST_F(FormHost, ControlNamesAndIdentifiersBelongTogether) {
+  EXPECT_EQ("btnOk", controlName(controlId("btnOk")));
+  EXPECT_EQ("txtErrTrace", controlName(controlId("txtErrTrace")));
+  EXPECT_EQ(0, controlId("btnNiente"));
+  EXPECT_EQ("", controlName(IDCANCEL));
+}
+
+TEST_F(FormHost, TextsKeepTheirAccentsAndLineEnds) {
+  form_.onLoaded = [](machine::FormWindow& window) {
+    EXPECT_EQ("Segnalazione di errore", window.title());
+    window.setTitle("Più titoli");
+    EXPECT_EQ("Più titoli", window.title());
+    window.setText("txtErrDescrizione", "Modalità\r\n€ e così via");
+    EXPECT_EQ("Modalità\r\n€ e così via", window.text("txtErrDescrizione"));
+    EXPECT_EQ("OK", window.text("btnOk"));
+    window.close();
+  };
+  EXPECT_TRUE(desktop_.showModal(form_));
+}
+
+TEST_F(FormHost, AControlThatTheFormDoesNotHaveIsAnsweredWithNothing) {
+  form_.onLoaded = [](machine::FormWindow& window) {
+    machine::ProgressNumbers numbers;
+    for (const char* const name : {"btnNiente", "prgProgress"}) {
+      EXPECT_FALSE(window.hasControl(name));
+      window.setText(name, "x");
+      window.setEnabled(name, false);
+      window.setFocus(name);
+      EXPECT_EQ("", window.text(name));
+      EXPECT_FALSE(window.progress(name, numbers));
+      EXPECT_FALSE(window.setProgress(name, numbers));
+    }
+    EXPECT_FALSE(window.progress("txtErrTrace", numbers)) << "a text box is no progress bar";
+    window.close();
+  };
+  EXPECT_TRUE(desktop_.showModal(form_));
+}
+
+TEST_F(FormHost, AClickReachesTheFormByTheControlsName) {
+  form_.onLoaded = [](machine::FormWindow& window) {
+    PostMessageW(controlOf(window, "cmdDettagli"), BM_CLICK, 0, 0);
+  };
+  EXPECT_TRUE(desktop_.showModal(form_));
+  EXPECT_EQ((Names{"clicked cmdDettagli"}), form_.events);
+}
+
+TEST_F(FormHost, EnterPressesTheDefaultButtonFromAnyBox) {
+  form_.onLoaded = [](machine::FormWindow& window) {
+    PostMessageW(controlOf(window, "txtModulo"), WM_KEYDOWN, VK_RETURN, 0);
+  };
+  EXPECT_TRUE(desktop_.showModal(form_));
+  EXPECT_EQ((Names{"clicked btnOk"}), form_.events);
+}
+
+TEST_F(FormHost, EscAndTheCloseBoxAskTheForm) {
+  form_.onLoaded = [](machine::FormWindow& window) {
+    PostMessageW(controlOf(window, "txtModulo"), WM_KEYDOWN, VK_ESCAPE, 0);
+  };
+  EXPECT_TRUE(desktop_.showModal(form_));
+  form_.onLoaded = [](machine::FormWindow& window) {
+    PostMessageW(handleOf(window), WM_SYSCOMMAND, SC_CLOSE, 0);
+  };
+  EXPECT_TRUE(desktop_.showModal(form_));
+  EXPECT_EQ((Names{"close requested", "close requested"}), form_.events);
+}
+
+TEST_F(FormHost, TheKeyboardStartsAtTheFirstButtonUnlessTheFormSaysOtherwise) {
+  std::string focused;
+  const auto askLater = [](machine::FormWindow& window) {
+    // A notification alone: a real click would move the focus.
+    PostMessageW(handleOf(window), WM_COMMAND, MAKEWPARAM(controlId("cmdDettagli"), BN_CLICKED),
+                 reinterpret_cast<LPARAM>(controlOf(window, "cmdDettagli")));
+  };
+  form_.onClicked = [&focused](machine::FormWindow& window, const std::string&) {
+    focused = controlName(GetDlgCtrlID(GetFocus()));
+    window.close();
+  };
+  form_.onLoaded = askLater;
+  EXPECT_TRUE(desktop_.showModal(form_));
+  EXPECT_EQ("btnOk", focused);
+
+  form_.onLoaded = [&askLater](machine::FormWindow& window) {
+    window.setFocus("txtErrCodice");
+    askLater(window);
+  };
+  EXPECT_TRUE(desktop_.showModal(form_));
+  EXPECT_EQ("txtErrCodice", focused);
+}
+
+TEST_F(FormHost, AClosedFormHearsNothingMore) {
+  form_.onLoaded = [](machine::FormWindow& window) {
+    PostMessageW(controlOf(window, "btnOk"), BM_CLICK, 0, 0);
+  };
+  form_.onClicked = [this](machine::FormWindow& window, const std::string&) {
+    window.close();
+    EXPECT_EQ(nullptr, desktop_.activeForm());
+    SendMessageW(controlOf(window, "cmdDettagli"), BM_CLICK, 0, 0);
+    SendMessageW(handleOf(window), WM_CLOSE, 0, 0);
+  };
+  EXPECT_TRUE(desktop_.showModal(form_));
+  EXPECT_EQ((Names{"clicked btnOk"}), form_.events);
+}
+
+TEST_F(FormHost, AFormThatClosesItselfWhileLoadingIsNeverShown) {
+  form_.onLoaded = [](machine::FormWindow& window) { window.close(); };
+  EXPECT_TRUE(desktop_.showModal(form_));
+  EXPECT_TRUE(form_.events.empty());
+}
+
+TEST_F(FormHost, AFormWithoutResourceIsNotShownAndNotCalled) {
+  TestForm unknown("frmNiente");
+  bool loaded = false;
+  unknown.onLoaded = [&loaded](machine::FormWindow&) { loaded = true; };
+  EXPECT_FALSE(desktop_.showModal(unknown));
+  EXPECT_FALSE(loaded);
+  EXPECT_EQ(nullptr, desktop_.activeForm());
+}
+
+TEST_F(FormHost, ProcessingEventsLetsClicksRunDuringAHandler) {
+  form_.onLoaded = [](machine::FormWindow& window) {
+    PostMessageW(controlOf(window, "cmdDettagli"), BM_CLICK, 0, 0);
+  };
+  form_.onClicked = [this](machine::FormWindow& window, const std::string& control) {
+    if (control == "cmdDettagli") {
+      PostMessageW(controlOf(window, "btnOk"), BM_CLICK, 0, 0);
+      desktop_.processEvents();
+      form_.events.push_back("details done");
+    } else {
+      window.close();
+    }
+  };
+  EXPECT_TRUE(desktop_.showModal(form_));
+  EXPECT_EQ((Names{"clicked cmdDettagli", "clicked btnOk", "details done"}), form_.events);
+}
+
+TEST_F(FormHost, TheFormOnTopIsTheActiveOneAndTheLowerOneIsDisabled) {
+  TestForm upper("frmError");
+  machine::FormWindow* lowerWindow = nullptr;
+  upper.onLoaded = [&](machine::FormWindow& window) {
+    EXPECT_EQ(&window, desktop_.activeForm());
+    PostMessageW(controlOf(window, "btnOk"), BM_CLICK, 0, 0);
+  };
+  upper.onClicked = [&](machine::FormWindow& window, const std::string&) {
+    EXPECT_FALSE(IsWindowEnabled(handleOf(*lowerWindow)));
+    EXPECT_EQ(handleOf(*lowerWindow), GetWindow(handleOf(window), GW_OWNER));
+    window.close();
+    EXPECT_EQ(lowerWindow, desktop_.activeForm());
+  };
+  form_.onLoaded = [](machine::FormWindow& window) {
+    PostMessageW(controlOf(window, "btnOk"), BM_CLICK, 0, 0);
+  };
+  form_.onClicked = [&](machine::FormWindow& window, const std::string&) {
+    lowerWindow = &window;
+    EXPECT_TRUE(desktop_.showModal(upper));
+    EXPECT_TRUE(IsWindowEnabled(handleOf(window)));
+    window.close();
+  };
+  EXPECT_TRUE(desktop_.showModal(form_));
+  EXPECT_EQ((Names{"clicked btnOk"}), upper.events);
+}
+
+TEST_F(FormHost, AFailureInAHandlerClosesTheFormAndReachesTheCaller) {
+  form_.onLoaded = [](machine::FormWindow& window) {
+    PostMessageW(controlOf(window, "btnOk"), BM_CLICK, 0, 0);
+  };
+  form_.onClicked = [](machine::FormWindow&, const std::string&) {
+    throw std::runtime_error("failed in the handler");
+  };
+  EXPECT_THROW(desktop_.showModal(form_), std::runtime_error);
+  EXPECT_EQ(nullptr, desktop_.activeForm());
+}
+
+TEST_F(FormHost, DisablingTheFocusedControlHandsTheKeyboardOn) {
+  std::string focused;
+  form_.onLoaded = [](machine::FormWindow& window) {
+    PostMessageW(controlOf(window, "btnOk"), BM_CLICK, 0, 0);
+  };
+  form_.onClicked = [&focused](machine::FormWindow& window, const std::string&) {
+    window.setFocus("btnOk");
+    window.setEnabled("btnOk", false);
+    EXPECT_FALSE(IsWindowEnabled(controlOf(window, "btnOk")));
+    focused = controlName(GetDlgCtrlID(GetFocus()));
+    window.close();
+  };
+  EXPECT_TRUE(desktop_.showModal(form_));
+  EXPECT_EQ("cmdDettagli", focused);
+}
+
+TEST_F(FormHost, ProgressNumbersAreKeptAsSetWhereTheVisibleBarCutsThem) {
+  form_.onLoaded = [](machine::FormWindow& window) {
+    HWND const bar = CreateWindowExW(
+        0, PROGRESS_CLASSW, L"", WS_CHILD, 0, 0, 10, 10, handleOf(window),
+        reinterpret_cast<HMENU>(static_cast<INT_PTR>(controlId("prgProgress"))), nullptr, nullptr);
+    machine::ProgressNumbers numbers{5, 5, 5};
+    EXPECT_TRUE(window.progress("prgProgress", numbers));
+    EXPECT_EQ(0, numbers.min);
+    EXPECT_EQ(1, numbers.max) << "1 marks a fresh bar";
+    EXPECT_EQ(0, numbers.value);
+
+    EXPECT_TRUE(window.setProgress("prgProgress", {1, 2, 0}));
+    EXPECT_TRUE(window.progress("prgProgress", numbers));
+    EXPECT_EQ(0, numbers.value);
+    EXPECT_EQ(1, SendMessageW(bar, PBM_GETPOS, 0, 0));
+
+    EXPECT_TRUE(window.setProgress("prgProgress", {1, 100000, 70000}));
+    EXPECT_EQ(70000, SendMessageW(bar, PBM_GETPOS, 0, 0));
+    EXPECT_EQ(100000, SendMessageW(bar, PBM_GETRANGE, FALSE, 0));
+    window.close();
+  };
+  EXPECT_TRUE(desktop_.showModal(form_));
+}
+
+/// Answers the message box that comes next with one of its buttons.
+class BoxPlayer {
+ public:
+  explicit BoxPlayer(int button) : timer_(SetTimer(nullptr, 0, 50, &BoxPlayer::look)) {
+    button_ = button;
+    texts_.clear();
+  }
+  ~BoxPlayer() { KillTimer(nullptr, timer_); }
+  BoxPlayer(const BoxPlayer&) = delete;
+  BoxPlayer& operator=(const BoxPlayer&) = delete;
+
+  /// Title and text of the box.
+  static const Names& texts() { return texts_; }
+
+ private:
+  static std::string textOf(HWND window) {
+    std::wstring buffer(512, L'\0');
+    buffer.resize(static_cast<std::size_t>(GetWindowTextW(window, buffer.data(), 512)));
+    return utf8(buffer);
+  }
+
+  static void CALLBACK look(HWND, UINT, UINT_PTR, DWORD) {
+    HWND const box = FindWindowW(L"#32770", nullptr);
+    if (box != nullptr && texts_.empty() && GetDlgItem(box, button_) != nullptr) {
+      texts_ = {textOf(box), textOf(GetDlgItem(box, 0xFFFF))};
+      PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(button_), 0);
+    }
+  }
+
+  static inline int button_ = 0;
+  static inline Names texts_;
+  UINT_PTR timer_;
+};
+
+TEST_F(FormHost, MessageBoxShowsItsTextsAndAnswersWithTheButton) {
+  using machine::BoxAnswer;
+  using machine::BoxButtons;
+  using machine::BoxIcon;
+  const auto answer = [this](int button, BoxIcon icon, BoxButtons buttons) {
+    const BoxPlayer player(button);
+    return desktop_.messageBox("Titolo", "Modalità\r\n\r\nPremere Ok", icon, buttons);
+  };
+  EXPECT_EQ(BoxAnswer::Yes, answer(IDYES, BoxIcon::Question, BoxButtons::YesNo));
+  EXPECT_EQ((Names{"Titolo", "Modalità\r\n\r\nPremere Ok"}), BoxPlayer::texts());
+  EXPECT_EQ(BoxAnswer::No, answer(IDNO, BoxIcon::None, BoxButtons::YesNo));
+  EXPECT_EQ(BoxAnswer::Cancel, answer(IDCANCEL, BoxIcon::Information, BoxButtons::OkCancel));
+  EXPECT_EQ(BoxAnswer::Ok, answer(IDOK, BoxIcon::Exclamation, BoxButtons::OkCancel));
+  EXPECT_EQ(BoxAnswer::Ok, answer(IDOK, BoxIcon::Critical, BoxButtons::Ok));
+}
+
+}  // namespace
+}  // namespace trelv::win32

@@ -1,0 +1,71 @@
+#include <gtest/gtest.h>
+#include <windows.h>
+// The shell's header needs the one above first.
+#include <shellapi.h>
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "contract/win32/TestProgram.h"
+#include "win32/Owned.h"
+#include "win32/Win32Text.h"
+
+namespace trelv::contract {
+
+std::wstring testProgramPath() {
+  std::array<wchar_t, 1024> path{};
+  GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+  return path.data();
+}
+
+namespace {
+
+bool isTestProgram() {
+  const std::wstring path = testProgramPath();
+  return path.substr(path.rfind(L'\\') + 1) == L"contract_win32.exe";
+}
+
+std::vector<std::wstring> arguments() {
+  int count = 0;
+  wchar_t** const found = CommandLineToArgvW(GetCommandLineW(), &count);
+  std::vector<std::wstring> result(found, found + count);
+  LocalFree(found);
+  return result;
+}
+
+std::string environmentValue(const std::wstring& name) {
+  std::array<wchar_t, 1024> value{};
+  GetEnvironmentVariableW(name.c_str(), value.data(), static_cast<DWORD>(value.size()));
+  return win32::utf8(value.data());
+}
+
+void writeFile(const std::wstring& path, const std::string& bytes) {
+  const win32::OwnedFile file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                          FILE_ATTRIBUTE_NORMAL, nullptr));
+  DWORD written = 0;
+  WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+}
+
+/// What the small program does.
+int play(const std::vector<std::wstring>& given) {
+  if (given.size() > 2) {
+    std::string told = win32::utf8(GetCommandLineW());
+    if (given.size() > 3) {
+      told += "\n" + environmentValue(given[3]);
+    }
+    writeFile(given[2], told);
+  }
+  return given.size() > 1 ? std::stoi(given[1]) : 0;
+}
+
+}  // namespace
+}  // namespace trelv::contract
+
+int main(int count, char** values) {
+  if (!trelv::contract::isTestProgram()) {
+    return trelv::contract::play(trelv::contract::arguments());
+  }
+  testing::InitGoogleTest(&count, values);
+  return RUN_ALL_TESTS();
+}

@@ -1,0 +1,321 @@
+#include <windows.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+#include <stdexcept>
+#include <vector>
+
+#include "contract/ContractMachine.h"
+#include "contract/win32/TestProgram.h"
+#include "win32/Owned.h"
+#include "win32/Win32Machine.h"
+#include "win32/Win32Text.h"
+
+/// The suite's side on a real Windows.
+namespace trelv::contract {
+namespace {
+
+using win32::utf8;
+using win32::wide;
+
+void require(bool done, const std::string& what) {
+  if (!done) {
+    throw std::runtime_error(what + ": " + std::to_string(GetLastError()));
+  }
+}
+
+void require(LSTATUS status, const std::string& what) {
+  SetLastError(static_cast<DWORD>(status));
+  require(status == ERROR_SUCCESS, what);
+}
+
+std::string uniqueName() {
+  static int made = 0;
+  return "trelv-contract-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++made);
+}
+
+win32::OwnedFile openFile(const std::string& path, DWORD access, DWORD sharing, DWORD disposition) {
+  win32::OwnedFile file(CreateFileW(wide(path).c_str(), access, sharing, nullptr, disposition,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+  require(static_cast<bool>(file), "opening " + path);
+  return file;
+}
+
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+std::string readBytes(const std::string& path) {
+  const win32::OwnedFile file = openFile(path, GENERIC_READ, kShareAll, OPEN_EXISTING);
+  std::string bytes(GetFileSize(file.get(), nullptr), '\0');
+  DWORD got = 0;
+  require(ReadFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &got, nullptr) !=
+                  FALSE &&
+              got == bytes.size(),
+          "reading " + path);
+  return bytes;
+}
+
+void writeBytes(const std::string& path, std::string_view bytes) {
+  const win32::OwnedFile file = openFile(path, GENERIC_WRITE, 0, CREATE_ALWAYS);
+  DWORD written = 0;
+  require(WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written,
+                    nullptr) != FALSE &&
+              written == bytes.size(),
+          "writing " + path);
+}
+
+/// Deletes a folder with its contents; links in it are removed, not followed. Failures leave it:
+/// a test's rubbish is no failure of the next test, whose folder has another name.
+void removeTree(const std::wstring& folder) {
+  WIN32_FIND_DATAW data{};
+  {
+    const win32::OwnedSearch search(FindFirstFileW((folder + L"\\*").c_str(), &data));
+    BOOL more = search ? TRUE : FALSE;
+    for (; more != FALSE; more = FindNextFileW(search.get(), &data)) {
+      const std::wstring name = data.cFileName;
+      const std::wstring path = folder + L"\\" + name;
+      const bool link = (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+      if (name == L"." || name == L"..") {
+        continue;
+      }
+      SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+      if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+        DeleteFileW(path.c_str());
+      } else if (link) {
+        RemoveDirectoryW(path.c_str());
+      } else {
+        removeTree(path);
+      }
+    }
+  }
+  RemoveDirectoryW(folder.c_str());
+}
+
+/// Deletes a key with its sub-keys.
+void removeKeys(HKEY parent, const std::wstring& path) {
+  {
+    HKEY opened = nullptr;
+    if (RegOpenKeyExW(parent, path.c_str(), 0, KEY_READ, &opened) != ERROR_SUCCESS) {
+      return;
+    }
+    const win32::OwnedKey key(opened);
+    std::array<wchar_t, 256> name{};
+    auto length = static_cast<DWORD>(name.size());
+    while (RegEnumKeyExW(key.get(), 0, name.data(), &length, nullptr, nullptr, nullptr, nullptr) ==
+           ERROR_SUCCESS) {
+      removeKeys(key.get(), name.data());
+      length = static_cast<DWORD>(name.size());
+    }
+  }
+  RegDeleteKeyW(parent, path.c_str());
+}
+
+template <class Function>
+Function* kernelFunction(const char* name) {
+  return std::bit_cast<Function*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), name));
+}
+
+/// The name of a path on the Unix side, where this Windows is Wine; empty elsewhere.
+std::string unixName(const std::string& path) {
+  using UnixName = char* CDECL(const wchar_t* path);
+  auto* const ask = kernelFunction<UnixName>("wine_get_unix_file_name");
+  char* const found = ask != nullptr ? ask(wide(path).c_str()) : nullptr;
+  const std::string result = found != nullptr ? found : "";
+  HeapFree(GetProcessHeap(), 0, found);
+  return result;
+}
+
+DWORD exitCodeOf(std::wstring commandLine) {
+  STARTUPINFOW startup{};
+  startup.cb = sizeof(startup);
+  PROCESS_INFORMATION started{};
+  require(CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                         &startup, &started) != FALSE,
+          "starting " + utf8(commandLine));
+  const win32::OwnedProcess process(started.hProcess);
+  const win32::OwnedProcess thread(started.hThread);
+  WaitForSingleObject(process.get(), INFINITE);
+  DWORD code = 0;
+  GetExitCodeProcess(process.get(), &code);
+  return code;
+}
+
+class Win32HeldFile : public HeldFile {
+ public:
+  explicit Win32HeldFile(win32::OwnedFile file) : file_(std::move(file)) {}
+
+ private:
+  win32::OwnedFile file_;
+};
+
+class Win32ContractMachine : public ContractMachine {
+ public:
+  Win32ContractMachine();
+  ~Win32ContractMachine() override;
+
+  machine::Machine& machine() override { return machine_; }
+  bool can(Ability ability) const override;
+  std::string folder() override { return folder_; }
+  void putFile(const std::string& path, std::string_view bytes) override {
+    writeBytes(path, bytes);
+  }
+  std::string fileBytes(const std::string& path) override { return readBytes(path); }
+  bool exists(const std::string& path) override {
+    return GetFileAttributesW(wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+  }
+  void putFolder(const std::string& path) override {
+    require(CreateDirectoryW(wide(path).c_str(), nullptr) != FALSE, "making " + path);
+  }
+  void putFolderLink(const std::string& link, const std::string& target) override;
+  std::int64_t modifiedSeconds(const std::string& path) override;
+  void makeOld(const std::string& path) override;
+  std::unique_ptr<HeldFile> hold(const std::string& path, Sharing sharing) override;
+  std::string registryKey() override;
+  void storeValue(const std::string& path, const std::string& name, std::uint32_t type,
+                  std::string_view data) override;
+  void putProgram(const std::string& path) override;
+  void putVersionedFile(const std::string& path, const machine::FileVersion& version) override;
+  void putUnversionedFile(const std::string& path) override;
+
+ private:
+  bool readOnlyRefusesWriting() const;
+
+  win32::Win32Machine windows_;
+  machine::Machine machine_ = windows_.machine(windows_.hostConfiguration);
+  std::string folder_;
+  std::string key_;
+};
+
+Win32ContractMachine::Win32ContractMachine() {
+  std::array<wchar_t, MAX_PATH> temporary{};
+  std::array<wchar_t, MAX_PATH> withoutBlanks{};
+  GetTempPathW(static_cast<DWORD>(temporary.size()), temporary.data());
+  require(GetShortPathNameW(temporary.data(), withoutBlanks.data(),
+                            static_cast<DWORD>(withoutBlanks.size())) != 0,
+          "the temporary folder");
+  folder_ = utf8(withoutBlanks.data()) + uniqueName();
+  putFolder(folder_);
+}
+
+Win32ContractMachine::~Win32ContractMachine() {
+  removeTree(wide(folder_));
+  if (!key_.empty()) {
+    removeKeys(HKEY_CURRENT_USER, wide(key_));
+  }
+}
+
+bool Win32ContractMachine::can(Ability ability) const {
+  switch (ability) {
+    case Ability::ReadOnlyRefusesWriting:
+      return readOnlyRefusesWriting();
+    case Ability::FolderLinks:
+      // Under Wine links are made on the Unix side; on Windows their making needs rights that a
+      // test run does not have.
+      return !unixName("C:\\").empty();
+    case Ability::HoldFiles:
+      return true;
+  }
+  return false;
+}
+
+bool Win32ContractMachine::readOnlyRefusesWriting() const {
+  const std::string path = folder_ + "\\read-only-probe";
+  writeBytes(path, "x");
+  SetFileAttributesW(wide(path).c_str(), FILE_ATTRIBUTE_READONLY);
+  const bool refused =
+      !win32::OwnedFile(CreateFileW(wide(path).c_str(), GENERIC_WRITE, kShareAll, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  SetFileAttributesW(wide(path).c_str(), FILE_ATTRIBUTE_NORMAL);
+  DeleteFileW(wide(path).c_str());
+  return refused;
+}
+
+void Win32ContractMachine::putFolderLink(const std::string& link, const std::string& target) {
+  const DWORD code = exitCodeOf(wide("Z:\\bin\\ln -s " + unixName(target) + " " + unixName(link)));
+  require(code == 0 && exists(link), "linking " + link);
+}
+
+std::int64_t Win32ContractMachine::modifiedSeconds(const std::string& path) {
+  WIN32_FILE_ATTRIBUTE_DATA data{};
+  require(GetFileAttributesExW(wide(path).c_str(), GetFileExInfoStandard, &data) != FALSE,
+          "looking at " + path);
+  return static_cast<std::int64_t>(std::bit_cast<std::uint64_t>(data.ftLastWriteTime) / 10000000U);
+}
+
+void Win32ContractMachine::makeOld(const std::string& path) {
+  const SYSTEMTIME day{2001, 5, 0, 4, 3, 2, 1, 0};
+  FILETIME time{};
+  SystemTimeToFileTime(&day, &time);
+  const win32::OwnedFile file = openFile(path, FILE_WRITE_ATTRIBUTES, kShareAll, OPEN_EXISTING);
+  require(SetFileTime(file.get(), nullptr, nullptr, &time) != FALSE, "dating " + path);
+}
+
+std::unique_ptr<HeldFile> Win32ContractMachine::hold(const std::string& path, Sharing sharing) {
+  const DWORD shared = (sharing.read ? FILE_SHARE_READ : 0U) |
+                       (sharing.write ? FILE_SHARE_WRITE : 0U) |
+                       (sharing.remove ? FILE_SHARE_DELETE : 0U);
+  return std::make_unique<Win32HeldFile>(openFile(path, GENERIC_READ, shared, OPEN_EXISTING));
+}
+
+std::string Win32ContractMachine::registryKey() {
+  if (key_.empty()) {
+    key_ = "Software\\" + uniqueName();
+    HKEY made = nullptr;
+    require(RegCreateKeyExW(HKEY_CURRENT_USER, wide(key_).c_str(), 0, nullptr, 0, KEY_READ, nullptr,
+                            &made, nullptr),
+            "making " + key_);
+    RegCloseKey(made);
+  }
+  return key_;
+}
+
+void Win32ContractMachine::storeValue(const std::string& path, const std::string& name,
+                                      std::uint32_t type, std::string_view data) {
+  HKEY opened = nullptr;
+  require(RegCreateKeyExW(HKEY_CURRENT_USER, wide(path).c_str(), 0, nullptr, 0, KEY_WRITE, nullptr,
+                          &opened, nullptr),
+          "making " + path);
+  const win32::OwnedKey key(opened);
+  require(
+      RegSetValueExW(key.get(), wide(name).c_str(), 0, type,
+                     reinterpret_cast<const BYTE*>(data.data()), static_cast<DWORD>(data.size())),
+      "storing " + name);
+}
+
+void Win32ContractMachine::putProgram(const std::string& path) {
+  require(CopyFileW(testProgramPath().c_str(), wide(path).c_str(), FALSE) != FALSE,
+          "copying to " + path);
+}
+
+void Win32ContractMachine::putVersionedFile(const std::string& path,
+                                            const machine::FileVersion& version) {
+  // This program has a version resource; only its numbers are changed, behind its signature.
+  std::string bytes = readBytes(utf8(testProgramPath()));
+  const std::string signature("\xBD\x04\xEF\xFE\x00\x00\x01\x00", 8);
+  const std::size_t at = bytes.rfind(signature);
+  require(at != std::string::npos, "no version resource in the test program");
+  const std::array<std::uint16_t, 4> stored{version[1], version[0], version[3], version[2]};
+  std::memcpy(bytes.data() + at + signature.size(), stored.data(), sizeof(stored));
+  writeBytes(path, bytes);
+}
+
+void Win32ContractMachine::putUnversionedFile(const std::string& path) {
+  std::string bytes = readBytes(utf8(testProgramPath()));
+  std::uint32_t headers = 0;
+  std::memcpy(&headers, bytes.data() + offsetof(IMAGE_DOS_HEADER, e_lfanew), sizeof(headers));
+  const std::size_t resources = headers + offsetof(IMAGE_NT_HEADERS32, OptionalHeader) +
+                                offsetof(IMAGE_OPTIONAL_HEADER32, DataDirectory) +
+                                IMAGE_DIRECTORY_ENTRY_RESOURCE * sizeof(IMAGE_DATA_DIRECTORY);
+  const IMAGE_DATA_DIRECTORY none{};
+  std::memcpy(bytes.data() + resources, &none, sizeof(none));
+  writeBytes(path, bytes);
+}
+
+}  // namespace
+
+std::unique_ptr<ContractMachine> makeContractMachine() {
+  return std::make_unique<Win32ContractMachine>();
+}
+
+}  // namespace trelv::contract
