@@ -191,9 +191,6 @@ void LogAndReporter::askForLogFolder() {
 }
 
 void LogAndReporter::makeLogFolder() {
-  if (makingFolder_) {
-    return;
-  }
   makingFolder_ = true;
   resumeNext(ignore, [&] {
     const std::string folder = temporaryFolder(*program_);
@@ -208,6 +205,8 @@ void LogAndReporter::makeLogFolder() {
   makingFolder_ = false;
 }
 
+// Making the folder writes lines itself. Those find it missing too and must not make it again:
+// where it cannot be made, that would never end.
 void LogAndReporter::append(const std::string& text) {
   const std::string& logFile = program_->state.runLog.logFile;
   const std::string bytes = program_->machine.locale.toAnsi(dateText() + " -- " + text + kCrLf);
