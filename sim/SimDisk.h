@@ -20,7 +20,10 @@ class SimProcess;
 using ProgramScript = std::function<std::uint32_t(SimProcess&)>;
 
 /// What others may do with a file while someone holds it open.
-enum class Sharing { None, Read, Write, ReadWrite };
+enum class Sharing : unsigned { None = 0, Read = 1, Write = 2, ReadWrite = 3, Delete = 4, All = 7 };
+constexpr Sharing operator|(Sharing left, Sharing right) {
+  return static_cast<Sharing>(static_cast<unsigned>(left) | static_cast<unsigned>(right));
+}
 
 /// Ticks of 100 nanoseconds since 1601, as file times are.
 using FileTicks = std::int64_t;

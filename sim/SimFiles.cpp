@@ -71,12 +71,8 @@ FileFacts factsOf(const SimNode& node) {
   return facts;
 }
 
-bool sharesReading(const SimNode& node) {
-  return !node.held || *node.held == Sharing::Read || *node.held == Sharing::ReadWrite;
-}
-
-bool sharesWriting(const SimNode& node) {
-  return !node.held || *node.held == Sharing::Write || *node.held == Sharing::ReadWrite;
+bool shares(const SimNode& node, Sharing way) {
+  return !node.held || (static_cast<unsigned>(*node.held) & static_cast<unsigned>(way)) != 0;
 }
 
 // Why an existing file cannot be opened for writing.
@@ -84,7 +80,7 @@ SystemCode writeRefusal(const SimNode& node) {
   if (node.folder || node.readOnly) {
     return kAccessDenied;
   }
-  return node.running() || !sharesWriting(node) ? kSharingViolation : kSuccess;
+  return node.running() || !shares(node, Sharing::Write) ? kSharingViolation : kSuccess;
 }
 
 // Why a file cannot be replaced by another one in one step.
@@ -248,7 +244,7 @@ SystemCode SimFiles::quietRead(const std::string& path, std::string& content) {
   if (place.node->folder) {
     return kAccessDenied;
   }
-  if (!sharesReading(*place.node)) {
+  if (!shares(*place.node, Sharing::Read)) {
     return kSharingViolation;
   }
   content = place.node->bytes;
@@ -337,7 +333,7 @@ SystemCode SimFiles::doRemoveFile(const std::string& path) {
   if (node.folder || node.readOnly || node.running()) {
     return kAccessDenied;
   }
-  if (node.held) {
+  if (!shares(node, Sharing::Delete)) {
     return kSharingViolation;
   }
   const SystemCode denied = place.disk->denied(place.diskPath, true);
@@ -479,7 +475,7 @@ SystemCode SimFiles::doReplace(const std::string& source, const std::string& tar
   if (from.disk != to.disk) {
     return kNotSameDevice;
   }
-  if (from.node->held) {
+  if (!shares(*from.node, Sharing::Delete)) {
     return kSharingViolation;
   }
   const SystemCode denied =

@@ -1,0 +1,101 @@
+#include <gtest/gtest.h>
+
+#include "sim/FailingMachine.h"
+
+namespace trelv::sim {
+namespace {
+
+using namespace system_code;
+
+TEST(FailingMachine, FailsExactlyTheCallOfItsNumber) {
+  SimMachine machine;
+  machine.files().write("C:\\before.txt", "");
+  {
+    const FailingMachine failing(machine, 2);
+    EXPECT_EQ(machine.files().write("C:\\1.txt", ""), kSuccess);
+    EXPECT_FALSE(failing.reached());
+    EXPECT_EQ(machine.files().write("C:\\2.txt", ""), kAccessDenied);
+    EXPECT_EQ(machine.files().write("C:\\3.txt", ""), kSuccess);
+    EXPECT_TRUE(failing.reached());
+    EXPECT_EQ(failing.failedCall(), "files.write C:\\2.txt");
+    EXPECT_EQ(failing.calls(), 3U);
+  }
+  EXPECT_FALSE(machine.fileExists("C:\\2.txt"));
+  EXPECT_EQ(machine.files().write("C:\\2.txt", ""), kSuccess);
+}
+
+TEST(FailingMachine, FailsEveryCallFromItsNumberOn) {
+  SimMachine machine;
+  const FailingMachine failing(machine, 2, FailureSpan::FromThenOn);
+
+  EXPECT_EQ(machine.files().write("C:\\1.txt", ""), kSuccess);
+  EXPECT_EQ(machine.files().write("C:\\2.txt", ""), kAccessDenied);
+  EXPECT_EQ(machine.files().write("C:\\3.txt", ""), kAccessDenied);
+  EXPECT_EQ(failing.failedCall(), "files.write C:\\2.txt");
+}
+
+TEST(FailingMachine, ARunThatNeverGetsThereSaysSo) {
+  SimMachine machine;
+  const FailingMachine failing(machine, 5);
+  machine.files().write("C:\\1.txt", "");
+
+  EXPECT_FALSE(failing.reached());
+  EXPECT_EQ(failing.failedCall(), "");
+}
+
+TEST(FailingMachine, EachKindOfCallFailsInItsOwnWay) {
+  SimMachine machine;
+  machine.putFile("C:\\a.ini", "[S]\r\nk=v\r\n");
+  machine.programs().define("C:\\a.exe");
+  machine.registry().makeKey(machine::Hive::LocalMachine, "SOFTWARE\\LUMO");
+  machine.environment().put("X", "1");
+  const FailingMachine failing(machine, 1, FailureSpan::FromThenOn);
+
+  std::string text = "before";
+  std::unique_ptr<machine::RunningProcess> process;
+  std::unique_ptr<machine::RegistryKey> key;
+  VersionRecord record;
+  record.size = kShortVersionRecord;
+  machine::Machine& parts = machine.machine();
+  EXPECT_EQ(parts.files.read("C:\\a.ini", 10, text), kSharingViolation);
+  EXPECT_EQ(parts.profiles.readValue("S", "k", "default", 100, "C:\\a.ini"), "default");
+  EXPECT_EQ(parts.profiles.writeValue("S", "k", "w", "C:\\a.ini"), 0U);
+  EXPECT_EQ(parts.registry.openKey(machine::Hive::LocalMachine, "SOFTWARE\\LUMO", 1, key),
+            kAccessDenied);
+  EXPECT_EQ(parts.processes.start("C:\\a.exe", true, process), kFileNotFound);
+  EXPECT_FALSE(parts.environment.get("X", text));
+  EXPECT_FALSE(parts.system.queryVersion(record));
+  EXPECT_EQ(parts.configuration.getParameter("P", "S", "K", "A", "D", 10, text), -3000);
+  EXPECT_EQ(parts.desktop.messageBox("", "", machine::BoxIcon::None, machine::BoxButtons::Ok),
+            machine::BoxAnswer::None);
+  EXPECT_EQ(text, "before");
+  EXPECT_EQ(machine.fileText("C:\\a.ini"), "[S]\r\nk=v\r\n");
+  EXPECT_TRUE(machine.started().empty());
+  EXPECT_TRUE(machine.boxes().empty());
+}
+
+TEST(FailingMachine, AVariantFailsWithAnotherCode) {
+  SimMachine machine;
+  machine.putFile("C:\\a.txt", "old");
+  machine.programs().define("C:\\a.exe");
+  std::unique_ptr<machine::RunningProcess> process;
+  const FailingMachine failing(machine, 1, FailureSpan::FromThenOn, 2);
+
+  EXPECT_EQ(machine.programs().start("C:\\a.exe", true, process), kElevationRequired);
+  EXPECT_EQ(machine.files().write("C:\\a.txt", "new"), kDiskFull);
+  EXPECT_EQ(machine.fileText("C:\\a.txt"), "");
+}
+
+TEST(FailingMachine, ClockAndLocaleAreNotCounted) {
+  SimMachine machine;
+  const FailingMachine failing(machine, 1, FailureSpan::FromThenOn);
+
+  EXPECT_EQ(machine.machine().clock.now().year, 2026);
+  EXPECT_EQ(machine.machine().locale.truthText(true), "Vero");
+  EXPECT_EQ(machine.machine().desktop.activeForm(), nullptr);
+  machine.machine().desktop.processEvents();
+  EXPECT_EQ(failing.calls(), 0U);
+}
+
+}  // namespace
+}  // namespace trelv::sim
