@@ -151,12 +151,12 @@ void putFiveProducts(Installation& installation) {
     installation.putConfiguration(product.entry.conf,
                                   configurationText({{"Setup01",
                                                       product.version,
-                                                      {commands + "\\server.exe /S"},
-                                                      {commands + "\\client.exe /S"}},
+                                                      {commands + "\\server.exe -S"},
+                                                      {commands + "\\client.exe -S"}},
                                                      {"Update01",
                                                       product.version,
-                                                      {commands + "\\update.exe /S"},
-                                                      {commands + "\\updatecl.exe /S"}}},
+                                                      {commands + "\\update.exe -S"},
+                                                      {commands + "\\updatecl.exe -S"}}},
                                                     product.programs));
     const std::string folder = "S:\\Lumo\\prg\\com\\setup\\aggdovra\\" + product.folder;
     installation.share().putProgram(folder + "\\server.exe", installing(programPaths(product)));

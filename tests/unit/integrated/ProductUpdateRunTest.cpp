@@ -77,19 +77,19 @@ TEST(VersionNumber, SaturatesWhereItIsTooLong) {
 
 TEST_F(UpdateRun, RunsTheSectionsAboveTheVersionAndRaisesIt) {
   configure({{"Update01", "03.10.00.00", {"S:\\Lumo\\a.exe"}, {}},
-             {"Update02", "03.20.30.00", {"S:\\Lumo\\b.exe /S"}, {}}});
+             {"Update02", "03.20.30.00", {"S:\\Lumo\\b.exe -S"}, {}}});
   version_ = "03.00.00.00";
   EXPECT_TRUE(updateServer());
   EXPECT_EQ(version_, "03.20.30.00");
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe /S"));
+  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe -S"));
   EXPECT_TRUE(machine().started()[0].waited);
   EXPECT_THAT(lines(),
               ElementsAre("Gestione ProdTrelv - Esecuzione comando: \"S:\\Lumo\\a.exe\"",
                           "Gestione ProdTrelv - esecuzione effettuata: Tipo=Update - "
                           "Oggetto=Server - Comando=S:\\Lumo\\a.exe",
-                          "Gestione ProdTrelv - Esecuzione comando: \"S:\\Lumo\\b.exe /S\"",
+                          "Gestione ProdTrelv - Esecuzione comando: \"S:\\Lumo\\b.exe -S\"",
                           "Gestione ProdTrelv - esecuzione effettuata: Tipo=Update - "
-                          "Oggetto=Server - Comando=S:\\Lumo\\b.exe /S",
+                          "Oggetto=Server - Comando=S:\\Lumo\\b.exe -S",
                           "Cancellazione file: S:\\Lumo\\prg\\tempterm\\agdv.lck effettuata con "
                           "successo"));
 }
@@ -228,7 +228,7 @@ TEST_F(UpdateRun, FolderInThePlaceOfTheConfigurationFileIsNone) {
 // --- Run kinds
 
 TEST_F(UpdateRun, OfKindFourCutsCommandsAtTheirFirstBlank) {
-  configure({{"Setup01", "01.00", {"S:\\Lumo\\a.exe /S /X"}, {}},
+  configure({{"Setup01", "01.00", {"S:\\Lumo\\a.exe -S -X"}, {}},
              {"Setup02", "02.00", {"S:\\Lumo\\b.exe"}, {}}});
   EXPECT_TRUE(run(Operation::Setup, Side::Server, 4));
   EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe"));
@@ -496,9 +496,9 @@ TEST_F(UpdateRun, CommandOnAPathWithBlanksRunsQuoted) {
   installation_.share().putProgram("S:\\Lumo\\nuovi file\\a.exe");
   installation_.share().put(
       kConfiguration,
-      "[Update01]\r\nversion=01.00\r\nServer01=\"%PATHSETUP%\\nuovi file\\a.exe\" /S\r\n");
+      "[Update01]\r\nversion=01.00\r\nServer01=\"%PATHSETUP%\\nuovi file\\a.exe\" -S\r\n");
   EXPECT_TRUE(updateServer());
-  EXPECT_THAT(started(), ElementsAre("\"S:\\Lumo\\nuovi file\\a.exe\" /S"));
+  EXPECT_THAT(started(), ElementsAre("\"S:\\Lumo\\nuovi file\\a.exe\" -S"));
   EXPECT_EQ(machine().started()[0].program, "S:\\Lumo\\nuovi file\\a.exe");
 }
 

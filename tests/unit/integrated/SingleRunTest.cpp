@@ -17,7 +17,7 @@ class SingleRun : public testing::Test {
  protected:
   SingleRun() {
     installation_.putCatalogue({{"NERIO", "Nerio", "nerio.ini"},
-                                {"ZB", "Bilancio Più", "zb.ini"},
+                                {"ZB", "Bilancio Pi\xF9", "zb.ini"},
                                 {"Q2", "Tarsena2", "q2.ini"},
                                 {"LUDA", "Luda", "luda.ini"}});
   }
@@ -117,9 +117,9 @@ TEST_F(SingleRun, ProgramThatIsNotOnDiskIsTold) {
 }
 
 TEST_F(SingleRun, CommandThatCarriesArgumentsCountsAsNotInstalled) {
-  install("nerio.ini", "NERIO", "S:\\Lumo\\programma.exe /v");
+  install("nerio.ini", "NERIO", "S:\\Lumo\\programma.exe -v");
   run(12, std::nullopt);
-  EXPECT_THAT(lines(), ElementsAre("Gestione ProdTrelv - Il programma: S:\\Lumo\\programma.exe /v "
+  EXPECT_THAT(lines(), ElementsAre("Gestione ProdTrelv - Il programma: S:\\Lumo\\programma.exe -v "
                                    "non è stato trovato su disco"));
 }
 

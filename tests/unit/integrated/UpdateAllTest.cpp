@@ -248,7 +248,7 @@ TEST_F(UpdateAll, ValuesThatOthersRecordMeanwhileSurvive) {
   putOneProduct();
   installation_.putServerRecord("[ZB]\r\nversion=02.00\r\n[NERIO]\r\nversion=01.00\r\n");
   station_.putClientRecord("[ZB]\r\nversion=02.00\r\n");
-  machine().onCall("profiles.write " + std::string(Installation::kServerRecord), [this] {
+  machine().onCall("profiles.writeValue " + std::string(Installation::kServerRecord), [this] {
     installation_.putServerRecord(
         "[ZB]\r\nversion=02.00\r\n[NERIO]\r\nversion=03.00\r\nsite=Roma\r\n[Q2]\r\nversion=04.00"
         "\r\n");
@@ -315,14 +315,19 @@ TEST_F(UpdateAll, RefusedCommandsAreTriedAgainAtTheNextStart) {
   EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe"));
 }
 
-TEST_F(UpdateAll, StoreThatCannotBeCalledStopsAtTheFirstClientSide) {
-  // A store that is gone half-way: the record was read, the client folder is asked for in vain.
+TEST_F(UpdateAll, StoreThatIsGoneHalfWayIsReportedAndTheWalkGoesOn) {
   putOneProduct();
   machine().onCall("files.read " + std::string(Installation::kCatalogue),
                    [this] { machine().configuration().setCallable(false); });
   updateAll(station_);
-  EXPECT_THAT(started(), Contains("S:\\Lumo\\a.exe"));
+  EXPECT_FALSE(station_.program().reports().empty());
+  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe"));
   EXPECT_EQ(station_.serverVersion("ZB"), "01.00");
+  EXPECT_EQ(station_.clientVersion("ZB"), "01.00");
+  // Without a client folder the lock is the bare name, in the current folder, and goes as any
+  // other.
+  EXPECT_FALSE(machine().fileExists("C:\\Lumo\\Programmi\\agdv.lck"));
+  EXPECT_EQ(lines().back(), kClosing);
 }
 
 // --- Several workstations on one share

@@ -1,0 +1,91 @@
+// How often a start that finds nothing to do opens files on the share: on a busy network each
+// opening costs more than everything else.
+
+#include <gtest/gtest.h>
+
+#include "unit/integrated/Installation.h"
+#include "unit/support/RealProgram.h"
+
+namespace trelv::tests {
+namespace {
+
+std::string numbered(const std::string& name, int index) {
+  return name + (index < 10 ? "0" : "") + std::to_string(index);
+}
+
+/// `products` products with `sections` update sections each, all at the recorded versions, on a
+/// Dovra host.
+class UpToDateInstallation : public Installation {
+ public:
+  UpToDateInstallation(int products, int sections) {
+    std::vector<ProductEntry> entries{{"NERIO", "Nerio", configurationOf(1)}};
+    for (int i = 2; i <= products; ++i) {
+      entries.push_back({numbered("P", i), numbered("Prodotto", i), configurationOf(i)});
+    }
+    putCatalogue(entries);
+    std::vector<Section> all;
+    for (int i = 1; i <= sections; ++i) {
+      all.push_back({numbered("Update", i), "01.00", {"S:\\Lumo\\a.exe"}, {"S:\\Lumo\\a.exe"}});
+    }
+    for (int i = 1; i <= products; ++i) {
+      putConfiguration(configurationOf(i), configurationText(all, {"NERIO=%PATHSETUP%\\n.exe"}));
+      record_ += "[" + entries[static_cast<std::size_t>(i - 1)].id + "]\r\nversion=01.00\r\n";
+    }
+    putServerRecord(record_);
+    share().putProgram("S:\\Lumo\\n.exe");
+    share().makeFolders("S:\\Lumo\\prg\\com\\dovra\\plugin");
+    share().put("S:\\Lumo\\prg\\etc\\dvrel", "11.00.00\r\n");
+  }
+
+  static std::string configurationOf(int product) { return numbered("conf\\p", product) + ".ini"; }
+  const std::string& record() const { return record_; }
+
+ private:
+  std::string record_;
+};
+
+sim::SimMachine& startOnce(Station& station, const UpToDateInstallation& installation) {
+  station.putClientRecord(installation.record());
+  station.machine().callLog().clear();
+  RealProgram program(station.machine());
+  program.run("INTEGRATEDRUN S:\\Lumo S:\\Lumo NERIO");
+  EXPECT_EQ(station.commandLines().size(), 1U);
+  return station.machine();
+}
+
+void expectFewOpenings(int products, int sections) {
+  UpToDateInstallation installation(products, sections);
+  Station station(installation);
+  sim::SimMachine& machine = startOnce(station, installation);
+  const auto budget = static_cast<std::size_t>(products);
+  const sim::Openings share = machine.openings("S:\\");
+  EXPECT_LE(share.files(), 2 * budget + 6);
+  EXPECT_LE(share.lists, 2 * budget + 3);
+  // Catalogue, version record, release of Dovra and the configuration files, each once; the record
+  // is written once for each product.
+  EXPECT_EQ(share.reads, budget + 3);
+  EXPECT_EQ(share.profileReads, 0U);
+  EXPECT_EQ(share.profileWrites, budget);
+  for (int i = 1; i <= products; ++i) {
+    const std::string conf = "S:\\Lumo\\" + UpToDateInstallation::configurationOf(i);
+    EXPECT_EQ(machine.openings(conf).files(), 1U) << conf;
+  }
+}
+
+TEST(ShareOpenings, AreFewForFiveProductsOfTwentySections) { expectFewOpenings(5, 20); }
+
+TEST(ShareOpenings, AreFewForThreeProductsOfHundredSections) { expectFewOpenings(3, 100); }
+
+TEST(ShareOpenings, AreFewForTwentyProducts) { expectFewOpenings(20, 5); }
+
+TEST(ShareOpenings, DoNotGrowWithTheSections) {
+  UpToDateInstallation small(4, 1);
+  UpToDateInstallation large(4, 100);
+  Station first(small);
+  Station second(large);
+  EXPECT_EQ(startOnce(first, small).openings("S:\\").files(),
+            startOnce(second, large).openings("S:\\").files());
+}
+
+}  // namespace
+}  // namespace trelv::tests
