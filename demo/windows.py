@@ -61,7 +61,8 @@ def control_names():
 
 @dataclasses.dataclass
 class Box:
-    """A message box or dialog as it was on the screen. `texts` are the texts by control name,
+    """A message box or dialog as it was on the screen. `buttons` are captions in capitals, `texts`
+    the texts by control name,
     or by identifier where the control has none."""
 
     title: str
@@ -75,7 +76,7 @@ class Box:
         controls = event["controls"]
         texts = {names.get(each["id"], each["id"]): each["text"] for each in controls}
         return Box(event["title"], texts.get(MESSAGE_TEXT, ""),
-                   [each["text"].replace("&", "") for each in controls if each["class"] == "Button"],
+                   [each["text"].replace("&", "").upper() for each in controls if each["class"] == "Button"],
                    texts)
 
 

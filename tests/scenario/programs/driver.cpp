@@ -7,7 +7,8 @@
 //       its boxes. LIMIT: seconds after which it is ended. KILL: a file; the program is ended as
 //       soon as it exists (empty: never). RESTRICTED: 1 takes the administrators from its token.
 //       PAUSE: milliseconds that a box stays before it is answered. ANSWERS: captions of buttons
-//       to press, one for each box, separated by "|"; "OK" when there are no more.
+//       to press, one for each box, separated by "|"; "OK" when there are no more; "-" leaves a
+//       box to whoever sits before the screen.
 //       One line for each box as it shows, then {"done": true, "exit": …, "milliseconds": …}.
 //   registry-set HIVE KEY NAME VALUE      a text; the key is made
 //   registry-get HIVE KEY NAME            {"done": true, "value": text or null}
@@ -216,6 +217,12 @@ void letItSettle(HWND box) {
   Sleep(30);
 }
 
+void leaveToTheUser(HWND box, HANDLE process) {
+  while (IsWindow(box) && IsWindowVisible(box) &&
+         WaitForSingleObject(process, 50) == WAIT_TIMEOUT) {
+  }
+}
+
 void press(HWND box, const std::wstring& caption) {
   HWND button = buttonOf(box, caption);
   if (button == nullptr) {
@@ -259,8 +266,13 @@ void attend(const Run& run, const PROCESS_INFORMATION& process) {
     letItSettle(boxes.front());
     answer(describe(boxes.front()));
     Sleep(run.pause);
-    press(boxes.front(), next < run.answers.size() ? run.answers[next] : L"OK");
+    const std::wstring caption = next < run.answers.size() ? run.answers[next] : L"OK";
     ++next;
+    if (caption == L"-") {
+      leaveToTheUser(boxes.front(), process.hProcess);
+    } else {
+      press(boxes.front(), caption);
+    }
   }
   DWORD code = 0;
   GetExitCodeProcess(process.hProcess, &code);

@@ -1,0 +1,112 @@
+"""The raw command line: how it is split and what reaches the product."""
+
+import pytest
+
+from conftest import INTEGRATED
+import installation
+
+ZB = installation.ZB
+PROGRAM = "S:\\Lumo\\mv\\bilancio\\bilancio.exe"
+
+
+def command_line(station):
+    return station.started("bilancio.exe")[0].removeprefix("Linea di comando: ")
+
+
+def test_further_arguments_follow_the_program(installed):
+    installed.run(f'{INTEGRATED} MVBIL /ditta "12 A" ultimo')
+    assert command_line(installed) == f"{PROGRAM} /ditta 12 A ultimo"
+    assert (f"Gestione ProdTrelv - Esecuzione di: {PROGRAM} /ditta 12 A ultimo"
+            in installed.texts())
+
+
+def test_at_most_twenty_arguments_count(installed):
+    words = [f"a{number}" for number in range(5, 24)]
+    installed.run(f"{INTEGRATED} MVBIL {' '.join(words)}")
+    assert command_line(installed) == f"{PROGRAM} {' '.join(words[:16])}"
+    assert any(text.endswith("\t Numero parametri = 20") for text in installed.texts())
+
+
+def test_the_mode_is_taken_in_any_case_and_tabs_separate(installed):
+    run = installed.run(f"integratedRun\tS:\\Lumo \t S:\\Lumo MVBIL")
+    assert run.boxes == []
+    assert command_line(installed) == f"{PROGRAM} "
+
+
+def test_a_lone_quote_takes_all_that_follows(installed):
+    run = installed.run(f'{INTEGRATED} MVBIL "tutto il resto')
+    assert run.boxes == []
+    assert command_line(installed) == f"{PROGRAM} tutto il resto"
+
+
+def test_a_quote_inside_a_word_splits_it(installed):
+    installed.run(f'{INTEGRATED} MVBIL ab"cd')
+    assert command_line(installed) == f"{PROGRAM} ab cd"
+
+
+def test_empty_quotes_give_no_argument(installed):
+    run = installed.run('INTEGRATEDRUN "" S:\\Lumo S:\\Lumo MVBIL')
+    assert run.boxes == []
+    assert command_line(installed) == f"{PROGRAM} "
+
+
+def test_accents_in_arguments_reach_the_product_and_the_log(installed):
+    installed.run(f"{INTEGRATED} MVBIL Società perché €")
+    assert command_line(installed) == f"{PROGRAM} Società perché €"
+    assert b"bilancio.exe Societ\xe0 perch\xe9 \x80\r\n" in installed.log.read_bytes()
+
+
+def test_a_host_folder_with_blanks_stands_in_quotes(workstation):
+    workstation.lay_out(products=[ZB])
+    # The same host at another place of the share.
+    workstation.server.rename(workstation.share / "Programmi Lumo")
+    workstation.__init__(workstation.prefix, workstation.share)
+    workstation.server = workstation.share / "Programmi Lumo"
+    folder = '"S:\\Programmi Lumo"'
+    run = workstation.run(f"INTEGRATEDRUN {folder} {folder} MVBIL a")
+    assert run.boxes == []
+    setups = (workstation.server / "prg/com/setup/aggdovra/installazioni.txt").read_text()
+    assert ('"S:\\Programmi Lumo\\prg\\com\\setup\\aggdovra\\bilancio\\setup.exe" ZB 09.93.00.00 Server '
+            '"S:\\Programmi Lumo\\mv\\bilancio" bilancio.exe') in setups
+    assert (workstation.server / "mv/bilancio/bilancio.exe").exists()
+    texts = workstation.texts()
+    assert "Gestione ProdTrelv - scrittura integrazione su macchina: S:\\Programmi Lumo" in texts
+    # The command to start a program stands without quotes: it starts because nothing is called
+    # "S:\Programmi.exe".
+    assert ("Gestione ProdTrelv - Esecuzione di: S:\\Programmi Lumo\\mv\\bilancio\\bilancio.exe a"
+            in texts)
+
+
+def test_a_command_line_of_32000_characters_is_taken_whole(installed):
+    start = f"{INTEGRATED} MVBIL "
+    arguments = "x" * (32000 - len(start))
+    run = installed.run(start + arguments)
+    assert run.boxes == []
+    assert command_line(installed) == f"{PROGRAM} {arguments}"
+    assert f"Gestione ProdTrelv - Esecuzione di: {PROGRAM} {arguments}" in installed.texts()
+
+
+@pytest.mark.parametrize("code, file, variables", [
+    ("Q2", "tarsena2.exe", ["MVQ2_Analisi=Yes", "MVQ2_HostedByLumo=Yes", "MVQ2_Rating=Yes",
+                            "MVQ2_Valutazione=Yes"]),
+    ("LUDA", "LUDA2003.exe", ["LUDAComRap=1", "LUDAIndFin=1", "LUDAIntermed=1", "LUDAProf=1"]),
+    ("NERIO", "nerio.exe", []),
+    ("VIRADO", "virado.exe", []),
+    ("ZM", "zeltomodelli.exe", []),
+    ("MVPERS", "personalizza.exe", [
+        "MVBil_BIL-COOSOC=Yes", "MVBil_BIL-ENTFIN=Yes", "MVBil_BIL-IASCON=Yes",
+        "MVBil_BIL-IASIFR=Yes", "MVBil_Bilancio=Yes", "MVBil_Consolidato=Yes",
+        "MVBil_HostedByLumo=Yes", "MVBil_ICAD=Yes"]),
+])
+def test_each_program_gets_the_variables_of_its_product(installed, code, file, variables):
+    run = installed.run(f"{INTEGRATED} {code}")
+    assert run.boxes == []
+    assert installed.started(file)[2:] == variables
+
+
+def test_undefined_is_a_code_without_program(installed):
+    run = installed.run(f"{INTEGRATED} UNDEFINED")
+    assert [box.text for box in run.boxes] == [
+        "Il prodotto selezionato  non risulta installato\r\n\r\nPremere Ok per interrompere"]
+    assert ("Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari"
+            in installed.texts())
