@@ -29,7 +29,7 @@ endif()
 
 if(WIN32)
   trelv_test(contract_win32 SOURCES "contract/*.cpp" EXCEPT "/contract/sim/"
-             LINKS main xmlstore win32 win32_resources)
+             LINKS main xmlstore win32 win32_resources sim)
   if(TARGET contract_win32)
     trelv_check_delay_load(contract_win32)
   endif()

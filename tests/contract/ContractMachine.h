@@ -72,9 +72,9 @@ class ContractMachine {
   virtual void storeValue(const std::string& path, const std::string& name, std::uint32_t type,
                           std::string_view data) = 0;
 
-  /// Puts a program at `path` (ends in ".exe") that takes its exit code from its first argument
-  /// ("7"; without argument 0) and where a second argument is given, writes its whole command line
-  /// to that path, and where a third, the value of that environment variable behind a line feed.
+  /// Puts a program at `path` (any name). Its first argument is its exit code ("7"; none is 0).
+  /// Where there is a second one, it writes its whole command line to that path; with a third, a
+  /// line feed and the value of the environment variable of that name follow.
   virtual void putProgram(const std::string& path) = 0;
 
   /// Puts a program file with this fixed file version at `path`; and one without version resource.

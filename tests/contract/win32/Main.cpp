@@ -4,6 +4,7 @@
 #include <shellapi.h>
 
 #include <array>
+#include <cwchar>
 #include <string>
 #include <vector>
 
@@ -56,7 +57,8 @@ int play(const std::vector<std::wstring>& given) {
     }
     writeFile(given[2], told);
   }
-  return given.size() > 1 ? std::stoi(given[1]) : 0;
+  // A first argument that is no number counts as 0.
+  return given.size() > 1 ? static_cast<int>(std::wcstoul(given[1].c_str(), nullptr, 10)) : 0;
 }
 
 }  // namespace

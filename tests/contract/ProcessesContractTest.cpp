@@ -1,0 +1,172 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "contract/Contract.h"
+
+namespace trelv::contract {
+namespace {
+
+class ProcessesContract : public Contract {
+ protected:
+  std::string program(const std::string& name = "p.exe") {
+    world().putProgram(path(name));
+    return path(name);
+  }
+
+  SystemCode start(const std::string& commandLine, bool visible = false) {
+    process_.reset();
+    return machine().processes.start(commandLine, visible, process_);
+  }
+
+  /// Starts, waits, and gives the exit code.
+  std::uint32_t run(const std::string& commandLine, bool visible = false) {
+    std::uint32_t code = 99999;
+    EXPECT_EQ(start(commandLine, visible), system_code::kSuccess) << commandLine;
+    if (process_ == nullptr) return code;
+    EXPECT_EQ(process_->wait(), system_code::kSuccess);
+    EXPECT_EQ(process_->exitCode(code), system_code::kSuccess);
+    return code;
+  }
+
+  bool started() const { return process_ != nullptr; }
+  std::string report() { return path("report.txt"); }
+
+ private:
+  std::unique_ptr<machine::RunningProcess> process_;
+};
+
+TEST_F(ProcessesContract, TheExitCodeIsTheProgramsOwn) {
+  const std::string file = program();
+  EXPECT_EQ(run(file), 0U);
+  EXPECT_EQ(run(file + " 7"), 7U);
+  EXPECT_EQ(run(file + " 4000000000"), 4000000000U);
+}
+
+TEST_F(ProcessesContract, VisibleAndHiddenProgramsRunAlike) {
+  const std::string file = program();
+  EXPECT_EQ(run(file + " 3", true), 3U);
+  EXPECT_EQ(run(file + " 3", false), 3U);
+}
+
+TEST_F(ProcessesContract, AQuotedPathMayHoldBlanks) {
+  world().putFolder(path("A B"));
+  const std::string file = program("A B\\c d.exe");
+  EXPECT_EQ(run("\"" + file + "\" 5"), 5U);
+}
+
+TEST_F(ProcessesContract, TheProgramSeesItsCommandLine) {
+  const std::string line = "\"" + program() + "\" 0 \"" + report() + "\"";
+  ASSERT_EQ(run(line), 0U);
+  EXPECT_EQ(world().fileBytes(report()), line);
+}
+
+TEST_F(ProcessesContract, ATrailingBlankReachesTheProgram) {
+  const std::string line = program() + " 0 " + report() + " ";
+  ASSERT_EQ(run(line), 0U);
+  EXPECT_EQ(world().fileBytes(report()), line);
+}
+
+TEST_F(ProcessesContract, APathWithATrailingBlankStarts) { EXPECT_EQ(run(program() + " "), 0U); }
+
+TEST_F(ProcessesContract, AnUnquotedPathWithBlanksIsCompletedFromTheLeft) {
+  world().putFolder(path("A B"));
+  const std::string file = program("A B\\c d.exe");
+  ASSERT_EQ(run(file + " 4 " + report()), 4U);
+  EXPECT_EQ(world().fileBytes(report()), "\"" + file + "\" 4 " + report());
+}
+
+TEST_F(ProcessesContract, AProgramNamedLikeTheFirstWordOfAPathIsStartedInstead) {
+  world().putFolder(path("A B"));
+  program("A.exe");
+  const std::string file = program("A B\\c.exe");
+  // To A.exe the rest of the path is its first argument, which is no number: it ends with 0.
+  EXPECT_EQ(run(file + " 4"), 0U);
+}
+
+TEST_F(ProcessesContract, AMissingExtensionIsCompleted) {
+  program("q.exe");
+  EXPECT_EQ(run(path("q") + " 6"), 6U);
+}
+
+TEST_F(ProcessesContract, TheExtensionDoesNotMatter) {
+  EXPECT_EQ(run(program("q.dat") + " 6"), 6U);
+  EXPECT_EQ(run(program("noext") + " 6"), 6U);
+}
+
+TEST_F(ProcessesContract, ForwardSlashesWork) {
+  std::string file = program();
+  for (char& character : file) {
+    if (character == '\\') character = '/';
+  }
+  EXPECT_EQ(run(file + " 6"), 6U);
+}
+
+TEST_F(ProcessesContract, AccentedPathsWork) {
+  EXPECT_EQ(run(program("perch\u00E9.exe") + " 6"), 6U);
+}
+
+TEST_F(ProcessesContract, WhatIsMissingAnswers2) {
+  EXPECT_EQ(start(path("none.exe")), 2U);
+  EXPECT_EQ(start("\"" + path("none.exe") + "\" x"), 2U);
+  EXPECT_EQ(start("trelvnone.exe x"), 2U);
+  EXPECT_EQ(start(path("none\\a.exe")), 2U);
+  EXPECT_EQ(start("Q:\\a.exe"), 2U);
+  EXPECT_EQ(start("regsrv32 /u /s x.ocx"), 2U);
+  EXPECT_FALSE(started());
+}
+
+TEST_F(ProcessesContract, AFolderIsNoProgram) {
+  world().putFolder(path("sub"));
+  EXPECT_EQ(start(path("sub")), 2U);
+}
+
+TEST_F(ProcessesContract, WithoutProgramNameItAnswers2) {
+  EXPECT_EQ(start(""), 2U);
+  EXPECT_EQ(start("  "), 2U);
+  EXPECT_EQ(start(" " + program()), 2U);
+}
+
+TEST_F(ProcessesContract, EmptyQuotesAnswer87) { EXPECT_EQ(start("\"\""), 87U); }
+
+TEST_F(ProcessesContract, WhatIsNoProgramAnswers193) {
+  putFile("text.exe", "this is no program, only text that is long enough to look at\r\n");
+  putFile("empty.exe", "");
+  putFile("a.txt", "text\r\n");
+  putFile("a.msi", "text\r\n");
+  for (const char* name : {"text.exe", "empty.exe", "a.txt", "a.msi"}) {
+    EXPECT_EQ(start(path(name)), 193U) << name;
+  }
+}
+
+TEST_F(ProcessesContract, ACommandLineOfMoreThan32767CharactersAnswers87) {
+  EXPECT_EQ(start(program() + " 0 " + std::string(33000, 'x')), 87U);
+}
+
+TEST_F(ProcessesContract, VariablesReachTheProgram) {
+  ASSERT_TRUE(machine().environment.set("TRELV-CONTRACT", "perche' no"));
+  ASSERT_EQ(run(program() + " 0 " + report() + " TRELV-CONTRACT"), 0U);
+  const std::string text = world().fileBytes(report());
+  EXPECT_EQ(text.substr(text.find('\n') + 1), "perche' no");
+}
+
+TEST_F(ProcessesContract, AProgramGoesOnWhenItsHandleIsDropped) {
+  const std::string file = program();
+  ASSERT_EQ(start(file + " 0 " + report()), system_code::kSuccess);
+  ASSERT_EQ(run(file + " 2"), 2U);
+  EXPECT_EQ(run(file + " 3"), 3U);
+}
+
+TEST_F(ProcessesContract, WaitingTwiceAnswersAtOnce) {
+  std::unique_ptr<machine::RunningProcess> process;
+  ASSERT_EQ(machine().processes.start(program() + " 8", false, process), system_code::kSuccess);
+  EXPECT_EQ(process->wait(), system_code::kSuccess);
+  EXPECT_EQ(process->wait(), system_code::kSuccess);
+  std::uint32_t code = 0;
+  EXPECT_EQ(process->exitCode(code), system_code::kSuccess);
+  EXPECT_EQ(code, 8U);
+}
+
+}  // namespace
+}  // namespace trelv::contract

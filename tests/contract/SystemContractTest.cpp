@@ -1,0 +1,254 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "base/Text.h"
+#include "contract/Contract.h"
+
+namespace trelv::contract {
+namespace {
+
+using machine::LocalTime;
+
+class SystemContract : public Contract {
+ protected:
+  machine::SystemFacts& system() { return machine().system; }
+  machine::Locale& locale() { return machine().locale; }
+
+  bool isFolder(const std::string& folder) {
+    machine::FileFacts facts;
+    return machine().files.look(folder, facts) == system_code::kSuccess && facts.folder;
+  }
+};
+
+// --- Environment
+
+TEST_F(SystemContract, AVariableThatWasSetIsRead) {
+  ASSERT_TRUE(machine().environment.set("TRELV_CONTRACT_A", "one two"));
+  std::string value;
+  ASSERT_TRUE(machine().environment.get("trelv_contract_a", value));
+  EXPECT_EQ(value, "one two");
+}
+
+TEST_F(SystemContract, AVariableIsReplaced) {
+  ASSERT_TRUE(machine().environment.set("TRELV_CONTRACT_B", "a longer value"));
+  ASSERT_TRUE(machine().environment.set("TRELV_CONTRACT_B", "x"));
+  std::string value;
+  ASSERT_TRUE(machine().environment.get("TRELV_CONTRACT_B", value));
+  EXPECT_EQ(value, "x");
+}
+
+TEST_F(SystemContract, AMissingVariableLeavesTheValue) {
+  std::string value = "old";
+  EXPECT_FALSE(machine().environment.get("TRELV_CONTRACT_NONE", value));
+  EXPECT_EQ(value, "old");
+}
+
+TEST_F(SystemContract, NamesThatAreNoneAreRefused) {
+  EXPECT_FALSE(machine().environment.set("", "x"));
+  EXPECT_FALSE(machine().environment.set("A=B", "x"));
+}
+
+TEST_F(SystemContract, ALongAccentedValueComesBack) {
+  const std::string text = std::string(2000, 'x') + "\u00E8\u20AC";
+  ASSERT_TRUE(machine().environment.set("TRELV-CONTRACT-C", text));
+  std::string value;
+  ASSERT_TRUE(machine().environment.get("TRELV-CONTRACT-C", value));
+  EXPECT_EQ(value, text);
+}
+
+TEST_F(SystemContract, TheUsersProfileIsSet) {
+  std::string value;
+  ASSERT_TRUE(machine().environment.get("USERPROFILE", value));
+  EXPECT_TRUE(isFolder(value)) << value;
+}
+
+// --- System facts
+
+TEST_F(SystemContract, BothFormsOfTheVersionBlockAgree) {
+  VersionRecord brief;
+  brief.size = kShortVersionRecord;
+  ASSERT_TRUE(system().queryVersion(brief));
+  VersionRecord extended;
+  extended.size = kExtendedVersionRecord;
+  ASSERT_TRUE(system().queryVersion(extended));
+  EXPECT_GT(brief.major, 3U);
+  EXPECT_EQ(brief.major, extended.major);
+  EXPECT_EQ(brief.minor, extended.minor);
+  EXPECT_EQ(brief.build, extended.build);
+  EXPECT_EQ(brief.platform, extended.platform);
+  EXPECT_EQ(brief.servicePack, extended.servicePack);
+  EXPECT_EQ(brief.size, kShortVersionRecord);
+  EXPECT_EQ(brief.suiteMask, 0U);
+  EXPECT_EQ(brief.productType, 0U);
+}
+
+TEST_F(SystemContract, AnyOtherSizeOfTheVersionBlockFails) {
+  for (const std::uint32_t size : {0U, 147U, 149U, 157U, 284U}) {
+    VersionRecord record;
+    record.size = size;
+    record.major = 77;
+    EXPECT_FALSE(system().queryVersion(record)) << size;
+    EXPECT_EQ(record.major, 77U);
+    EXPECT_EQ(record.size, size);
+  }
+}
+
+TEST_F(SystemContract, TheSuiteTestAgreesWithTheVersionBlock) {
+  VersionRecord record;
+  record.size = kExtendedVersionRecord;
+  ASSERT_TRUE(system().queryVersion(record));
+  EXPECT_TRUE(system().suiteIncludes(record.suiteMask));
+  EXPECT_TRUE(system().suiteIncludes(0));
+  for (std::uint16_t bit = 1; bit != 0; bit = static_cast<std::uint16_t>(bit << 1U)) {
+    EXPECT_EQ(system().suiteIncludes(bit), (record.suiteMask & bit) != 0) << bit;
+  }
+}
+
+TEST_F(SystemContract, TheAdministratorQueryAnswers) {
+  bool member = false;
+  EXPECT_EQ(system().isAdministrator(member), system_code::kSuccess);
+}
+
+TEST_F(SystemContract, TheUserHasAName) {
+  std::string name;
+  ASSERT_EQ(system().userName(257, name), system_code::kSuccess);
+  EXPECT_FALSE(name.empty());
+  EXPECT_EQ(name.find('\0'), std::string::npos);
+}
+
+TEST_F(SystemContract, TheUserNameNeedsRoomForItsNul) {
+  std::string name;
+  ASSERT_EQ(system().userName(257, name), system_code::kSuccess);
+  const auto length = static_cast<std::uint32_t>(locale().toAnsi(name).size());
+  std::string again;
+  EXPECT_EQ(system().userName(length + 1, again), system_code::kSuccess);
+  EXPECT_EQ(again, name);
+  EXPECT_EQ(system().userName(length, again), 122U);
+}
+
+TEST_F(SystemContract, TheSystemsFoldersExistAndDoNotEndInABackslash) {
+  std::string windows;
+  ASSERT_EQ(system().systemWindowsFolder(windows), system_code::kSuccess);
+  std::string programs;
+  ASSERT_EQ(system().shellFolder(machine::kProgramFilesFolder, programs), system_code::kSuccess);
+  for (const std::string& folder : {windows, programs}) {
+    EXPECT_TRUE(isFolder(folder)) << folder;
+    EXPECT_NE(folder.back(), '\\');
+  }
+}
+
+TEST_F(SystemContract, TheTemporaryFolderEndsInABackslash) {
+  std::string folder;
+  ASSERT_EQ(system().temporaryFolder(folder), system_code::kSuccess);
+  EXPECT_EQ(folder.back(), '\\');
+  EXPECT_TRUE(isFolder(folder.substr(0, folder.size() - 1))) << folder;
+}
+
+TEST_F(SystemContract, TheTemporaryFolderIsTheVariables) {
+  std::string old;
+  const bool hadOne = machine().environment.get("TMP", old);
+  ASSERT_TRUE(hadOne);
+  const auto folderFor = [&](const std::string& value) {
+    EXPECT_TRUE(machine().environment.set("TMP", value));
+    std::string folder;
+    EXPECT_EQ(system().temporaryFolder(folder), system_code::kSuccess);
+    return folder;
+  };
+  EXPECT_EQ(folderFor("C:\\trelv none"), "C:\\trelv none\\");
+  EXPECT_EQ(folderFor("C:\\trelv none\\"), "C:\\trelv none\\");
+  EXPECT_EQ(folderFor("C:/trelv/none"), "C:\\trelv\\none\\");
+  EXPECT_TRUE(machine().environment.set("TMP", old));
+}
+
+TEST_F(SystemContract, TheRunningProgramIsAFileOnTheCommandLine) {
+  const std::string program = system().executablePath();
+  machine::FileFacts facts;
+  ASSERT_EQ(machine().files.look(program, facts), system_code::kSuccess) << program;
+  EXPECT_FALSE(facts.folder);
+  const std::string name = program.substr(program.rfind('\\') + 1);
+  EXPECT_NE(upperCase(system().commandLine()).find(upperCase(name)), std::string::npos);
+}
+
+// --- Clock and locale
+
+TEST_F(SystemContract, TheClockGivesADate) {
+  const LocalTime now = machine().clock.now();
+  EXPECT_GE(now.year, 2024);
+  EXPECT_TRUE(now.month >= 1 && now.month <= 12);
+  EXPECT_TRUE(now.day >= 1 && now.day <= 31);
+  EXPECT_TRUE(now.hour >= 0 && now.hour <= 23);
+  EXPECT_TRUE(now.minute >= 0 && now.minute <= 59);
+  EXPECT_TRUE(now.second >= 0 && now.second <= 60);
+}
+
+TEST_F(SystemContract, ItalianDatesAndTimes) {
+  const LocalTime time{2009, 3, 5, 1, 2, 3};
+  EXPECT_EQ(locale().shortDate(time), "05/03/2009");
+  EXPECT_EQ(locale().longTime(time), "01:02:03");
+  EXPECT_EQ(locale().longTime({2009, 3, 5, 23, 59, 0}), "23:59:00");
+}
+
+TEST_F(SystemContract, ItalianMonthsAndTruth) {
+  EXPECT_EQ(locale().monthName(1), "gennaio");
+  EXPECT_EQ(locale().monthName(3), "marzo");
+  EXPECT_EQ(locale().monthName(12), "dicembre");
+  EXPECT_EQ(locale().truthText(true), "Vero");
+  EXPECT_EQ(locale().truthText(false), "Falso");
+}
+
+TEST_F(SystemContract, AnsiTextComesBack) {
+  EXPECT_EQ(locale().toAnsi("\u00E8\u00E0\u20AC abc"), "\xE8\xE0\x80 abc");
+  EXPECT_EQ(locale().fromAnsi("\xE8\xE0\x80 abc"), "\u00E8\u00E0\u20AC abc");
+  EXPECT_EQ(locale().toAnsi(""), "");
+  EXPECT_EQ(locale().fromAnsi(""), "");
+}
+
+TEST_F(SystemContract, EveryByteOfTheCodePageComesBack) {
+  for (int code = 0; code < 256; ++code) {
+    const std::string byte(1, static_cast<char>(code));
+    EXPECT_EQ(locale().toAnsi(locale().fromAnsi(byte)), byte) << code;
+  }
+}
+
+TEST_F(SystemContract, WhatTheCodePageLacksBecomesAQuestionMark) {
+  EXPECT_EQ(locale().toAnsi("a\u4E2Db"), "a?b");
+  EXPECT_EQ(locale().toAnsi("\u0416"), "?");
+}
+
+TEST_F(SystemContract, ASimilarCharacterIsNoSubstitute) {
+  EXPECT_EQ(locale().toAnsi("\u0101\u03B1\u2260"), "???");
+}
+
+// --- Version resources
+
+TEST_F(SystemContract, AFilesVersionIsItsFourNumbers) {
+  world().putVersionedFile(path("v.exe"), {3, 20, 30, 65535});
+  machine::FileVersion version{};
+  ASSERT_EQ(machine().versions.read(path("v.exe"), version), system_code::kSuccess);
+  EXPECT_EQ(version, (machine::FileVersion{3, 20, 30, 65535}));
+}
+
+TEST_F(SystemContract, WithoutVersionResourceItAnswers1812) {
+  world().putUnversionedFile(path("u.exe"));
+  machine::FileVersion version{1, 2, 3, 4};
+  EXPECT_EQ(machine().versions.read(path("u.exe"), version), 1812U);
+  EXPECT_EQ(version, (machine::FileVersion{1, 2, 3, 4}));
+}
+
+TEST_F(SystemContract, TheVersionOfAMissingFileAnswers2) {
+  machine::FileVersion version{};
+  EXPECT_EQ(machine().versions.read(path("none.exe"), version), 2U);
+}
+
+// --- Host libraries
+
+TEST_F(SystemContract, TheSupportLibraryIsAbsentWhereTheSuiteIsNotInstalled) {
+  EXPECT_EQ(machine().support.isAdministrator(), machine::SupportAnswer::Absent);
+  std::string buffer(100, ' ');
+  EXPECT_EQ(machine().support.temporaryPath(buffer), machine::SupportAnswer::Absent);
+  EXPECT_EQ(buffer, std::string(100, ' '));
+}
+
+}  // namespace
+}  // namespace trelv::contract

@@ -1,0 +1,107 @@
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "contract/ContractMachine.h"
+#include "sim/SimMachine.h"
+
+namespace trelv::contract {
+namespace {
+
+constexpr const char* kFolder = "C:\\Contract";
+constexpr const char* kKey = "Software\\TrelvManagerContract";
+constexpr sim::FileTicks kTicksPerSecond = 10000000;
+
+sim::Sharing simulated(Sharing sharing) {
+  if (sharing.read) return sharing.write ? sim::Sharing::ReadWrite : sim::Sharing::Read;
+  return sharing.write ? sim::Sharing::Write : sim::Sharing::None;
+}
+
+class SimHeldFile : public HeldFile {
+ public:
+  SimHeldFile(sim::SimDisk& disk, std::string path, Sharing sharing)
+      : disk_(disk), path_(std::move(path)) {
+    disk_.holdOpen(path_, simulated(sharing));
+  }
+  ~SimHeldFile() override { disk_.release(path_); }
+
+ private:
+  sim::SimDisk& disk_;
+  std::string path_;
+};
+
+/// What putProgram promises of its programs.
+std::uint32_t runProgram(sim::SimProcess& process) {
+  const std::vector<std::string>& arguments = process.arguments();
+  if (arguments.size() > 1) {
+    std::string report = process.commandLine();
+    if (arguments.size() > 2) report += "\n" + process.variable(arguments[2]);
+    process.machine().putFile(arguments[1], report);
+  }
+  return arguments.empty()
+             ? 0
+             : static_cast<std::uint32_t>(std::strtoul(arguments.front().c_str(), nullptr, 10));
+}
+
+class SimContractMachine : public ContractMachine {
+ public:
+  SimContractMachine() {
+    simulated_.makeFolders(kFolder);
+    simulated_.registry().makeKey(machine::Hive::CurrentUser, kKey);
+  }
+
+  machine::Machine& machine() override { return simulated_.machine(); }
+  bool can(Ability) const override { return true; }
+
+  std::string folder() override { return kFolder; }
+  void putFile(const std::string& path, std::string_view bytes) override {
+    simulated_.putFile(path, bytes);
+  }
+  std::string fileBytes(const std::string& path) override { return simulated_.fileText(path); }
+  bool exists(const std::string& path) override {
+    return simulated_.fileExists(path) || simulated_.folderExists(path);
+  }
+  void putFolder(const std::string& path) override { simulated_.makeFolders(path); }
+  void putFolderLink(const std::string& link, const std::string& target) override {
+    disk().putLink(link, target);
+  }
+  std::int64_t modifiedSeconds(const std::string& path) override {
+    return disk().modifiedTicks(path) / kTicksPerSecond;
+  }
+  void makeOld(const std::string& path) override {
+    disk().setModified(path, {2009, 3, 5, 10, 5, 3});
+  }
+  std::unique_ptr<HeldFile> hold(const std::string& path, Sharing sharing) override {
+    return std::make_unique<SimHeldFile>(disk(), path, sharing);
+  }
+
+  std::string registryKey() override { return kKey; }
+  void storeValue(const std::string& path, const std::string& name, std::uint32_t type,
+                  std::string_view data) override {
+    simulated_.registry().setStored(machine::Hive::CurrentUser, path, name, type,
+                                    std::string(data));
+  }
+
+  void putProgram(const std::string& path) override {
+    simulated_.programs().define(path, runProgram);
+  }
+  void putVersionedFile(const std::string& path, const machine::FileVersion& version) override {
+    simulated_.putFile(path, "MZ");
+    simulated_.setFileVersion(path, version);
+  }
+  void putUnversionedFile(const std::string& path) override { simulated_.putFile(path, "MZ"); }
+
+ private:
+  sim::SimDisk& disk() { return simulated_.diskOf(kFolder); }
+
+  sim::SimMachine simulated_;
+};
+
+}  // namespace
+
+std::unique_ptr<ContractMachine> makeContractMachine() {
+  return std::make_unique<SimContractMachine>();
+}
+
+}  // namespace trelv::contract
