@@ -65,6 +65,23 @@ SystemCode readAll(const OwnedFile& file, std::size_t limit, std::string& conten
   return system_code::kSuccess;
 }
 
+bool isFile(const std::string& path) {
+  const DWORD attributes = GetFileAttributesW(wide(path).c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+/// The answer of a listing that gave no first entry, from the last error.
+SystemCode withoutSearch(const std::string& folder, std::vector<machine::FolderEntry>& entries) {
+  const SystemCode code = GetLastError();
+  // The empty root of a drive has not even "." in it.
+  if (code == system_code::kFileNotFound) {
+    entries.clear();
+    return system_code::kSuccess;
+  }
+  // Systems differ in what they call a file in the place of a folder.
+  return isFile(folder) ? system_code::kDirectoryName : code;
+}
+
 bool isSelfOrParent(const wchar_t* name) {
   const std::wstring_view text(name);
   return text == L"." || text == L"..";
@@ -131,13 +148,7 @@ SystemCode Win32Files::list(const std::string& folder, std::vector<machine::Fold
   WIN32_FIND_DATAW data{};
   const OwnedSearch search(FindFirstFileW(wide(folder + (root ? "*" : "\\*")).c_str(), &data));
   if (!search) {
-    // The empty root of a drive has not even "." in it.
-    const SystemCode code = GetLastError();
-    if (code == system_code::kFileNotFound) {
-      entries.clear();
-      return system_code::kSuccess;
-    }
-    return code;
+    return withoutSearch(folder, entries);
   }
   std::vector<machine::FolderEntry> found;
   do {

@@ -8,6 +8,10 @@
 namespace trelv::win32 {
 namespace {
 
+// With the closing NUL the system takes 32,768 characters; some versions do not refuse more but
+// start the program with what is left after counting in 16 bits.
+constexpr std::size_t kLongestCommandLine = 32767;
+
 static_assert(sizeof(STARTUPINFOW) == 68, "the start-up record of a 32-bit program");
 
 /// Waits while other programs' sent messages are served: a set-up that broadcasts a change waits
@@ -55,12 +59,15 @@ class Win32RunningProcess : public machine::RunningProcess {
 
 SystemCode Win32Processes::start(const std::string& commandLine, bool visible,
                                  std::unique_ptr<machine::RunningProcess>& process) {
+  std::wstring writable = wide(commandLine);
+  if (writable.size() > kLongestCommandLine) {
+    return system_code::kInvalidParameter;
+  }
   STARTUPINFOW startup{};
   startup.cb = sizeof(startup);
   startup.dwFlags = STARTF_USESHOWWINDOW;
   startup.wShowWindow = visible ? SW_SHOWNORMAL : SW_HIDE;
   PROCESS_INFORMATION started{};
-  std::wstring writable = wide(commandLine);
   if (CreateProcessW(nullptr, writable.data(), nullptr, nullptr, FALSE, NORMAL_PRIORITY_CLASS,
                      nullptr, nullptr, &startup, &started) == FALSE) {
     return GetLastError();

@@ -33,7 +33,8 @@ void require(LSTATUS status, const std::string& what) {
 
 std::string uniqueName() {
   static int made = 0;
-  return "trelv-contract-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++made);
+  return "trelv-contract-" + std::to_string(GetTickCount()) + "-" +
+         std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++made);
 }
 
 win32::OwnedFile openFile(const std::string& path, DWORD access, DWORD sharing, DWORD disposition) {
@@ -65,6 +66,53 @@ void writeBytes(const std::string& path, std::string_view bytes) {
           "writing " + path);
 }
 
+template <class Function>
+Function* kernelFunction(const char* name) {
+  return std::bit_cast<Function*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), name));
+}
+
+/// The name of a path on the Unix side, where this Windows is Wine; empty elsewhere.
+std::string unixName(const std::string& path) {
+  using UnixName = char* CDECL(const wchar_t* path);
+  auto* const ask = kernelFunction<UnixName>("wine_get_unix_file_name");
+  char* const found = ask != nullptr ? ask(wide(path).c_str()) : nullptr;
+  const std::string result = found != nullptr ? found : "";
+  HeapFree(GetProcessHeap(), 0, found);
+  return result;
+}
+
+void start(std::wstring commandLine) {
+  STARTUPINFOW startup{};
+  startup.cb = sizeof(startup);
+  PROCESS_INFORMATION started{};
+  require(CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                         &startup, &started) != FALSE,
+          "starting " + utf8(commandLine));
+  const win32::OwnedProcess process(started.hProcess);
+  const win32::OwnedProcess thread(started.hThread);
+}
+
+bool isThere(const std::string& path) {
+  return GetFileAttributesW(wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+/// Runs a program of the Unix side until `path` is there, or is gone. Its end cannot be waited for
+/// from this side.
+void runUnix(const std::string& commandLine, const std::string& path, bool there) {
+  start(wide("Z:\\bin\\" + commandLine));
+  for (int i = 0; i < 500 && isThere(path) != there; ++i) {
+    Sleep(10);
+  }
+  require(isThere(path) == there, commandLine);
+}
+
+void removeLink(const std::string& path) {
+  // Wine looks at the folder that the link leads to and refuses.
+  if (RemoveDirectoryW(wide(path).c_str()) == FALSE && !unixName(path).empty()) {
+    runUnix("rm " + unixName(path), path, false);
+  }
+}
+
 /// Deletes a folder with its contents; links in it are removed, not followed. Failures leave it:
 /// a test's rubbish is no failure of the next test, whose folder has another name.
 void removeTree(const std::wstring& folder) {
@@ -83,7 +131,7 @@ void removeTree(const std::wstring& folder) {
       if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
         DeleteFileW(path.c_str());
       } else if (link) {
-        RemoveDirectoryW(path.c_str());
+        removeLink(utf8(path));
       } else {
         removeTree(path);
       }
@@ -111,36 +159,6 @@ void removeKeys(HKEY parent, const std::wstring& path) {
   RegDeleteKeyW(parent, path.c_str());
 }
 
-template <class Function>
-Function* kernelFunction(const char* name) {
-  return std::bit_cast<Function*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), name));
-}
-
-/// The name of a path on the Unix side, where this Windows is Wine; empty elsewhere.
-std::string unixName(const std::string& path) {
-  using UnixName = char* CDECL(const wchar_t* path);
-  auto* const ask = kernelFunction<UnixName>("wine_get_unix_file_name");
-  char* const found = ask != nullptr ? ask(wide(path).c_str()) : nullptr;
-  const std::string result = found != nullptr ? found : "";
-  HeapFree(GetProcessHeap(), 0, found);
-  return result;
-}
-
-DWORD exitCodeOf(std::wstring commandLine) {
-  STARTUPINFOW startup{};
-  startup.cb = sizeof(startup);
-  PROCESS_INFORMATION started{};
-  require(CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                         &startup, &started) != FALSE,
-          "starting " + utf8(commandLine));
-  const win32::OwnedProcess process(started.hProcess);
-  const win32::OwnedProcess thread(started.hThread);
-  WaitForSingleObject(process.get(), INFINITE);
-  DWORD code = 0;
-  GetExitCodeProcess(process.get(), &code);
-  return code;
-}
-
 class Win32HeldFile : public HeldFile {
  public:
   explicit Win32HeldFile(win32::OwnedFile file) : file_(std::move(file)) {}
@@ -161,9 +179,7 @@ class Win32ContractMachine : public ContractMachine {
     writeBytes(path, bytes);
   }
   std::string fileBytes(const std::string& path) override { return readBytes(path); }
-  bool exists(const std::string& path) override {
-    return GetFileAttributesW(wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
-  }
+  bool exists(const std::string& path) override { return isThere(path); }
   void putFolder(const std::string& path) override {
     require(CreateDirectoryW(wide(path).c_str(), nullptr) != FALSE, "making " + path);
   }
@@ -232,8 +248,7 @@ bool Win32ContractMachine::readOnlyRefusesWriting() const {
 }
 
 void Win32ContractMachine::putFolderLink(const std::string& link, const std::string& target) {
-  const DWORD code = exitCodeOf(wide("Z:\\bin\\ln -s " + unixName(target) + " " + unixName(link)));
-  require(code == 0 && exists(link), "linking " + link);
+  runUnix("ln -s " + unixName(target) + " " + unixName(link), link, true);
 }
 
 std::int64_t Win32ContractMachine::modifiedSeconds(const std::string& path) {
