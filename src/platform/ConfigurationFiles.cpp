@@ -38,6 +38,13 @@ bool isAnsi(machine::Locale& locale, const std::string& path) {
   return isAscii(path) || locale.fromAnsi(locale.toAnsi(path)) == path;
 }
 
+/// The file is not there, or its server is gone. A connection that was dropped does not count: the
+/// next use of the share makes it anew.
+bool isMissing(SystemCode code) {
+  return code == system_code::kFileNotFound || code == system_code::kPathNotFound ||
+         code == system_code::kBadNetPath;
+}
+
 /// True when the value comes whole out of a buffer of `size` characters. Quotes that were taken off
 /// count, because the platform takes them off after it has cut the text.
 bool fits(std::string_view value, std::uint32_t size) { return value.size() + 2 < size; }
@@ -55,9 +62,10 @@ struct ConfigurationFiles::Kept {
   static File open(machine::Machine& machine, const std::string& path) {
     if (!isAnsi(machine.locale, path)) return {true, std::nullopt};
     std::string bytes;
-    if (machine.files.read(path, kLargestKept + 1, bytes) != system_code::kSuccess) {
-      return {false, std::nullopt};
-    }
+    const SystemCode code = machine.files.read(path, kLargestKept + 1, bytes);
+    // A file that is there and cannot be read at this moment (another workstation writes to it)
+    // must not look empty until the next forget(): versions would be lost.
+    if (code != system_code::kSuccess) return {!isMissing(code), std::nullopt};
     if (bytes.size() > kLargestKept || !IniDocument::understands(bytes)) {
       return {true, std::nullopt};
     }

@@ -10,10 +10,11 @@ namespace trelv {
 
 /// Reads the values of ini files with few openings: each file is opened and read once and kept
 /// until forget() is called, because a start reads tens of thousands of values over a network
-/// share. A file that cannot be read is remembered as such just as long. Everything that our reader
+/// share. A file that is missing is remembered as such just as long. Everything that our reader
 /// cannot prove to answer as the platform does goes to the platform's functions call by call: bare
-/// and relative file names, odd or huge files, names beyond ASCII, values near the cut. Writing
-/// always goes to the platform's functions and is not kept.
+/// and relative file names, files that cannot be read at this moment, odd or huge files, names
+/// beyond ASCII, values near the cut. Writing always goes to the platform's functions and is not
+/// kept.
 class ConfigurationFiles {
  public:
   explicit ConfigurationFiles(machine::Machine& machine);
