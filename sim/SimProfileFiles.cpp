@@ -37,7 +37,9 @@ struct Layout {
   std::vector<Section> sections{Section{}};
 };
 
-bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\v' || c == '\f' || c == '\x1A'; }
+bool isBlank(char c) {
+  return std::string_view(" \t\r\n\v\f\x1A").find(c) != std::string_view::npos;
+}
 
 std::string stripped(std::string_view text) {
   while (!text.empty() && isBlank(text.front())) {
@@ -49,10 +51,38 @@ std::string stripped(std::string_view text) {
   return std::string(text);
 }
 
-std::string withoutQuotes(const std::string& text) {
-  const bool quoted = text.size() >= 2 && text.front() == text.back() &&
-                      (text.front() == '"' || text.front() == '\'');
-  return quoted ? text.substr(1, text.size() - 2) : text;
+std::string withoutLeadingBlanks(const std::string& text) {
+  const auto first = std::find_if_not(text.begin(), text.end(), isBlank);
+  return std::string(first, text.end());
+}
+
+// Lines are kept as texts that end at a NUL.
+std::string untilNul(const std::string& text) { return text.substr(0, text.find('\0')); }
+
+// Names are compared by their ASCII letters only.
+bool sameName(const std::string& left, const std::string& right) {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                    [&](char a, char b) { return lower(a) == lower(b); });
+}
+
+// A value as it arrives in a buffer of `size` characters. Of a quoted one that just fits, the
+// system cuts the last character instead of the closing quote, which the buffer already cut.
+std::string inBuffer(const std::string& value, std::uint32_t size) {
+  if (size == 0) {
+    return "";
+  }
+  const bool quoted = value.size() >= 2 && value.front() == value.back() &&
+                      (value.front() == '"' || value.front() == '\'');
+  if (!quoted) {
+    return value.substr(0, size - 1);
+  }
+  const std::string rest = value.substr(1);
+  std::string copied = rest.substr(0, size - 1);
+  if (size >= rest.size() && !copied.empty()) {
+    copied.pop_back();
+  }
+  return copied;
 }
 
 std::string throughAnsi(const std::string& text) { return textOfAnsi(ansiOf(text)); }
@@ -93,16 +123,18 @@ void addLine(Layout& layout, const std::string& line) {
   if (line.empty()) {
     return;
   }
+  const std::string_view view(line);
   const std::size_t end = line.rfind(']');
   if (line.front() == '[' && end != std::string::npos) {
-    layout.sections.push_back({stripped(std::string_view(line).substr(1, end - 1)), {}});
+    layout.sections.push_back({untilNul(stripped(view.substr(1, end - 1))), {}});
     return;
   }
-  const std::size_t equals = line.front() == ';' ? std::string::npos : line.find('=');
+  // A comment is a key like any other, one that nobody asks for.
+  const std::size_t equals = line.find('=');
   Line entry;
   entry.hasValue = equals != std::string::npos;
-  entry.key = stripped(std::string_view(line).substr(0, equals));
-  entry.value = entry.hasValue ? stripped(std::string_view(line).substr(equals + 1)) : "";
+  entry.key = untilNul(stripped(view.substr(0, equals)));
+  entry.value = entry.hasValue ? untilNul(stripped(view.substr(equals + 1))) : "";
   layout.sections.back().lines.push_back(entry);
 }
 
@@ -120,7 +152,7 @@ Layout parsed(const std::string& bytes) {
 std::string written(const Layout& layout) {
   std::string text;
   for (const Section& section : layout.sections) {
-    text += &section == &layout.sections.front() ? "" : "[" + section.name + "]\r\n";
+    text += section.name.empty() ? "" : "[" + section.name + "]\r\n";
     for (const Line& line : section.lines) {
       text += line.key + (line.hasValue ? "=" + line.value : "") + "\r\n";
     }
@@ -134,7 +166,7 @@ Section* findSection(Layout& layout, const std::string& name) {
     return &layout.sections.front();
   }
   for (std::size_t i = 1; i < layout.sections.size(); ++i) {
-    if (equalNoCase(layout.sections[i].name, name)) {
+    if (sameName(layout.sections[i].name, name)) {
       return &layout.sections[i];
     }
   }
@@ -143,7 +175,7 @@ Section* findSection(Layout& layout, const std::string& name) {
 
 Line* findKey(Section& section, const std::string& key) {
   for (Line& line : section.lines) {
-    if (equalNoCase(line.key, key)) {
+    if (sameName(line.key, key)) {
       return &line;
     }
   }
@@ -158,20 +190,20 @@ std::optional<std::string> valueIn(const std::string& bytes, const std::string& 
   if (line == nullptr || !line->hasValue) {
     return std::nullopt;
   }
-  return withoutQuotes(stripped(line->value.substr(0, line->value.find('\0'))));
+  return line->value;
 }
 
-// False when the value stands there already.
+// False when the value stands there already. New names keep the blanks behind them.
 bool change(Layout& layout, const std::string& sectionName, const std::string& key,
             const std::string& value) {
-  Section* section = findSection(layout, sectionName);
+  Section* section = findSection(layout, stripped(sectionName));
   if (section == nullptr) {
-    layout.sections.push_back({sectionName, {}});
+    layout.sections.push_back({withoutLeadingBlanks(sectionName), {}});
     section = &layout.sections.back();
   }
-  Line* line = findKey(*section, key);
+  Line* line = findKey(*section, stripped(key));
   if (line == nullptr) {
-    section->lines.push_back({key, value, true});
+    section->lines.push_back({withoutLeadingBlanks(key), value, true});
     return true;
   }
   if (line->hasValue && line->value == value) {
@@ -182,12 +214,18 @@ bool change(Layout& layout, const std::string& sectionName, const std::string& k
   return true;
 }
 
+// Trailing blanks go, but never the first character.
 std::string defaultText(const std::string& text) {
   std::string trimmed = text;
-  while (!trimmed.empty() && trimmed.back() == ' ') {
+  while (trimmed.size() > 1 && trimmed.back() == ' ') {
     trimmed.pop_back();
   }
-  return withoutQuotes(trimmed);
+  return trimmed;
+}
+
+std::string answer(const std::optional<std::string>& value, const std::string& defaultValue,
+                   std::uint32_t size) {
+  return textOfAnsi(inBuffer(ansiOf(value ? *value : defaultText(defaultValue)), size));
 }
 
 bool isBareName(const std::string& file) { return file.find_first_of("\\/:") == std::string::npos; }
@@ -212,7 +250,7 @@ std::string SimProfileFiles::readValue(const std::string& section, const std::st
   const auto injected = calls_.enter(CallKind::ProfileRead, "profiles.readValue", placeOf(file), "",
                                      "[" + section + "] " + key);
   if (injected) {
-    return throughAnsi(defaultText(defaultValue));
+    return answer(std::nullopt, defaultValue, size);
   }
   return quietRead(section, key, defaultValue, size, file);
 }
@@ -223,10 +261,9 @@ std::string SimProfileFiles::quietRead(const std::string& section, const std::st
   std::string bytes;
   std::optional<std::string> value;
   if (files_.quietRead(placeOf(file), bytes) == kSuccess) {
-    value = valueIn(bytes, stripped(section), stripped(key));
+    value = valueIn(bytes, throughAnsi(stripped(section)), throughAnsi(stripped(key)));
   }
-  const std::string ansi = ansiOf(value.value_or(defaultText(defaultValue)));
-  return size == 0 ? "" : textOfAnsi(ansi.substr(0, size - 1));
+  return answer(value, defaultValue, size);
 }
 
 std::uint32_t SimProfileFiles::writeValue(const std::string& section, const std::string& key,
@@ -247,8 +284,8 @@ std::uint32_t SimProfileFiles::quietWrite(const std::string& section, const std:
     return 0;
   }
   Layout layout = parsed(bytes);
-  const bool changed = change(layout, throughAnsi(stripped(section)), throughAnsi(stripped(key)),
-                              throughAnsi(stripped(value)));
+  const bool changed = change(layout, throughAnsi(section), throughAnsi(key),
+                              throughAnsi(withoutLeadingBlanks(value)));
   return !changed || files_.quietWrite(path, written(layout)) == kSuccess ? 1 : 0;
 }
 

@@ -41,7 +41,12 @@ TEST_F(SimProfileFilesTest, ReadsAsTheSystemDoes) {
 }
 
 TEST_F(SimProfileFilesTest, GivesTheDefaultWithoutTrailingBlanksAndQuotes) {
-  EXPECT_EQ(machine_.profiles().readValue("S", "k", "\"a \"  ", 100, "C:\\no.ini"), "a ");
+  const auto defaultAs = [&](const std::string& text) {
+    return machine_.profiles().readValue("S", "k", text, 100, "C:\\no.ini");
+  };
+  EXPECT_EQ(defaultAs("\"a \"  "), "a ");
+  EXPECT_EQ(defaultAs(" a\t "), " a\t");
+  EXPECT_EQ(defaultAs("  "), " ");
 }
 
 TEST_F(SimProfileFilesTest, CutsAtTheSizeOfTheBuffer) {
@@ -50,6 +55,9 @@ TEST_F(SimProfileFilesTest, CutsAtTheSizeOfTheBuffer) {
   EXPECT_EQ(read("[S]\r\nk=" + longest + "y\r\n", "S", "k"), longest);
   EXPECT_EQ(read("[S]\r\nk=abc\r\n", "S", "k", 3), "ab");
   EXPECT_EQ(read("[S]\r\nk=abc\r\n", "S", "k", 0), "");
+  EXPECT_EQ(read("[S]\r\nk='abc'\r\n", "S", "k", 5), "abc");
+  EXPECT_EQ(read("[S]\r\nk='abc'\r\n", "S", "k", 4), "ab");
+  EXPECT_EQ(read("[S]\r\nk='abc'\r\n", "S", "k", 3), "ab");
 }
 
 TEST_F(SimProfileFilesTest, ReadsEveryEncoding) {
@@ -70,7 +78,7 @@ TEST_F(SimProfileFilesTest, ANewFileHasNoBlankLineAndNoMark) {
 TEST_F(SimProfileFilesTest, AChangeRewritesTheWholeFile) {
   EXPECT_EQ(
       bytesAfterWriting("; testa\n\n  [S]  \n  a = 1\n;nota\n bare\n\n[T]\nb=2\n", "s", "c", " 3 "),
-      "; testa\r\n[S]\r\na=1\r\n;nota\r\nbare\r\nc=3\r\n[T]\r\nb=2\r\n");
+      "; testa\r\n[S]\r\na=1\r\n;nota\r\nbare\r\nc=3 \r\n[T]\r\nb=2\r\n");
   EXPECT_EQ(bytesAfterWriting("[S]\r\nKey=1\r\nb=2\r\n", "S", "kEY", "9"),
             "[S]\r\nKey=9\r\nb=2\r\n");
   EXPECT_EQ(bytesAfterWriting("[S]\r\na=1\r\n", "N", "k", "v"), "[S]\r\na=1\r\n[N]\r\nk=v\r\n");
