@@ -153,17 +153,20 @@ class Installation:
     the prefix's drive C, `programs` the folder of the built setup.exe and product.exe."""
 
     def __init__(self, server, disk, programs):
-        self.server = pathlib.Path(server)
         self.disk = pathlib.Path(disk)
         self.programs = pathlib.Path(programs)
-        self.setups = self.server / SETUP_FOLDER
+        self.place_server(server)
         self.client = self.disk / "Lumo/Client"
-        self.server_record = self.server / "prg/etc/agdvver.ini"
         self.client_record = self.client / "agdvver.ini"
-        self.server_lock = self.server / "prg/tempterm/agdv.lck"
         # The client folder's text with the file's name directly behind it.
         self.client_lock = self.disk / "Lumo/Clientagdv.lck"
         self.store = self.client / "lumoconf.xml"
+
+    def place_server(self, folder):
+        self.server = pathlib.Path(folder)
+        self.setups = self.server / SETUP_FOLDER
+        self.server_record = self.server / "prg/etc/agdvver.ini"
+        self.server_lock = self.server / "prg/tempterm/agdv.lck"
 
     def lay_out(self, products=PRODUCTS, release="11.00.00", dovra=True):
         """The state before the first start: nothing is installed, nothing recorded."""

@@ -19,18 +19,23 @@ MESSAGE_TEXT = 65535  # identifier of the text of a message box
 
 @dataclasses.dataclass
 class Build:
-    """The built programs below a build folder of CMake's "windows" preset."""
+    """The built programs: a build folder of CMake's "windows" preset, and the folder that holds the
+    manager as it is shipped."""
 
     folder: pathlib.Path
+    release: pathlib.Path
 
     @staticmethod
     def of_environment():
-        """The folder that TRELV_BUILD names, else build/windows."""
-        return Build(pathlib.Path(os.environ.get("TRELV_BUILD", PROJECT / "build/windows")))
+        """What tools/build made; or the build folder that TRELV_BUILD names, without a release."""
+        if "TRELV_BUILD" in os.environ:
+            folder = pathlib.Path(os.environ["TRELV_BUILD"])
+            return Build(folder, folder / "bin")
+        return Build(PROJECT / "build/windows", PROJECT / "build/release")
 
     @property
     def manager(self):
-        return self.folder / "bin/TrelvManager.exe"
+        return self.release / "TrelvManager.exe"
 
     @property
     def driver(self):
@@ -191,6 +196,10 @@ class Prefix:
 
     def delete_key(self, hive, key):
         self.ask_once("registry-delete", hive, key)
+
+    def close_window(self, window_class):
+        """Closes the window of a class that shows within ten seconds; its title."""
+        return self.ask_once("close", window_class)["title"]
 
     def path(self, windows_path):
         """Where a path of drive C lies on this system."""

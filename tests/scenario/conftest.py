@@ -22,7 +22,7 @@ def build():
     build = windows.Build.of_environment()
     for program in (build.manager, build.driver, build.demo_programs / "setup.exe"):
         if not program.exists():
-            pytest.exit(f"{program} is missing: build the preset \"windows\", or name its folder in "
+            pytest.exit(f"{program} is missing: run tools/build, or name a build folder in "
                         "TRELV_BUILD", returncode=1)
     return build
 
@@ -77,6 +77,11 @@ class Workstation(installation.Installation):
     def write_pointers(self):
         for key, name, value in self.registry_values():
             self.prefix.set_value("HKLM", key, name, value)
+
+    def rename_host(self, name):
+        """Gives the host folder another name on the share."""
+        self.server = self.server.rename(self.share / name)
+        self.place_server(self.server)
 
     def integrate(self, path=installation.HOST_FOLDER, *more):
         """Records the integration with a server folder in the store."""

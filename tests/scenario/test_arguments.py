@@ -28,7 +28,7 @@ def test_at_most_twenty_arguments_count(installed):
 
 
 def test_the_mode_is_taken_in_any_case_and_tabs_separate(installed):
-    run = installed.run(f"integratedRun\tS:\\Lumo \t S:\\Lumo MVBIL")
+    run = installed.run("integratedRun\tS:\\Lumo \t S:\\Lumo MVBIL")
     assert run.boxes == []
     assert command_line(installed) == f"{PROGRAM} "
 
@@ -58,16 +58,13 @@ def test_accents_in_arguments_reach_the_product_and_the_log(installed):
 
 def test_a_host_folder_with_blanks_stands_in_quotes(workstation):
     workstation.lay_out(products=[ZB])
-    # The same host at another place of the share.
-    workstation.server.rename(workstation.share / "Programmi Lumo")
-    workstation.__init__(workstation.prefix, workstation.share)
-    workstation.server = workstation.share / "Programmi Lumo"
+    workstation.rename_host("Programmi Lumo")
     folder = '"S:\\Programmi Lumo"'
     run = workstation.run(f"INTEGRATEDRUN {folder} {folder} MVBIL a")
     assert run.boxes == []
-    setups = (workstation.server / "prg/com/setup/aggdovra/installazioni.txt").read_text()
-    assert ('"S:\\Programmi Lumo\\prg\\com\\setup\\aggdovra\\bilancio\\setup.exe" ZB 09.93.00.00 Server '
-            '"S:\\Programmi Lumo\\mv\\bilancio" bilancio.exe') in setups
+    assert workstation.commands_run()[0] == (
+        '"S:\\Programmi Lumo\\prg\\com\\setup\\aggdovra\\bilancio\\setup.exe" ZB 09.93.00.00 Server '
+        '"S:\\Programmi Lumo\\mv\\bilancio" bilancio.exe consolidato.exe icad.exe personalizza.exe')
     assert (workstation.server / "mv/bilancio/bilancio.exe").exists()
     texts = workstation.texts()
     assert "Gestione ProdTrelv - scrittura integrazione su macchina: S:\\Programmi Lumo" in texts

@@ -1,36 +1,12 @@
 """The first start on a new installation: real set-ups of five products on both sides."""
 
-import pathlib
 import re
 
 from conftest import INTEGRATED
+from golden_log import assert_log
 import installation
-import windows
 
-GOLDEN = pathlib.Path(__file__).parent / "golden"
 DATED = re.compile(rb"\d\d/\d\d/\d{4} \d\d:\d\d:\d\d -- ")
-
-
-def not_built():
-    """The units that docs/not-built.txt lists."""
-    listed = (windows.PROJECT / "docs/not-built.txt").read_text().splitlines()
-    return {line.split()[0] for line in listed if line and not line.startswith("#")}
-
-
-def golden_log(name, facts):
-    """The expected log: folders of this Windows put in, and without the lines of units that are
-    not built yet, each of which begins with its unit in brackets. They are expected as soon as
-    their unit leaves docs/not-built.txt."""
-    missing = not_built()
-    lines = []
-    for line in (GOLDEN / name).read_text(encoding="utf-8").split("\n")[:-1]:
-        unit = re.match(r"\(([a-z]+/\w+)\) ", line)
-        if unit and unit[1] in missing:
-            continue
-        line = line[unit.end():] if unit else line
-        lines.append(line.replace("{TEMP}", facts["temporary"])
-                     .replace("{PROGRAMFILES}", facts["program files"]))
-    return lines
 
 
 def setup_command(product, side, facts):
@@ -72,11 +48,7 @@ def test_what_the_set_ups_put_in_place_is_there(laid_out):
 
 def test_the_whole_log_is_the_expected_one(laid_out):
     laid_out.run(f"{INTEGRATED} MVBIL")
-    expected = golden_log("first-install.log", laid_out.facts)
-    found = laid_out.texts()
-    for number, (wanted, line) in enumerate(zip(expected, found), 1):
-        assert line == wanted, f"line {number} of the log"
-    assert len(found) == len(expected)
+    assert_log(laid_out, "first-install.log")
 
 
 def test_every_log_line_is_dated_and_in_the_ansi_code_page(laid_out):

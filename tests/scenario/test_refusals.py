@@ -8,12 +8,6 @@ ZB = installation.ZB
 PROGRAM_NOT_INSTALLED = "Il programma selezionato non risulta installato\r\n\r\nPremere Ok per interrompere"
 
 
-def only(station, product, **named):
-    """An installation with one product."""
-    station.lay_out(products=[product], **named)
-    return station
-
-
 def shown(run):
     return [(box.title, box.text, box.buttons) for box in run.boxes]
 
@@ -166,7 +160,8 @@ REFUSED_COMMAND = ("Errore", "Per il corretto funzionamento il sistema richiede 
 
 
 def test_a_user_who_is_no_administrator_gets_one_box_for_each_refused_command(workstation):
-    station = only(workstation, ZB)
+    station = workstation
+    station.lay_out(products=[ZB])
     run = station.run(f"{INTEGRATED} MVBIL", restricted=True)
     assert shown(run) == [REFUSED_COMMAND, REFUSED_COMMAND,
                           ("TrelvManager", PROGRAM_NOT_INSTALLED, ["OK"])]

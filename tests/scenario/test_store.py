@@ -149,8 +149,7 @@ def test_an_empty_value_counts_as_recorded(installed):
 
 def test_an_accented_path_is_recorded_and_found_again(workstation):
     workstation.lay_out(products=[installation.ZB])
-    workstation.server.rename(workstation.share / "Contabilità")
-    workstation.server = workstation.share / "Contabilità"
+    workstation.rename_host("Contabilità")
     folder = "S:\\Contabilità"
     assert workstation.run(f"INTEGRATEDRUN {folder} {folder} MVBIL").boxes == []
     assert "S:\\Contabilità" in workstation.store.read_text(encoding="utf-8")

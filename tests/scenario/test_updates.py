@@ -4,6 +4,7 @@ import threading
 import time
 
 from conftest import INTEGRATED
+from golden_log import assert_log
 import installation
 import windows
 
@@ -46,14 +47,21 @@ def test_only_the_product_with_a_newer_version_is_updated(installed):
     installed.started("consolidato.exe")
 
 
+def test_the_whole_log_of_an_update_is_the_expected_one(installed):
+    offer_update(installed)
+    # What an earlier start has put there.
+    for name in ("nerio.ini", "luda.ini"):
+        installation.write_text(installed.windows_folder / name, "[Parametri]\nTipo=Client\n")
+    installed.run(f"{INTEGRATED} Q2 -ditta 7")
+    assert_log(installed, "update-of-one-product.log")
+
+
 def test_a_side_that_is_behind_is_updated_alone(installed):
     offer_update(installed)
     server = installation.ini_text({"ZB": {"version": "09.94.00.00"}})
     installation.write_text(installed.server_record, server)
-    installed.write_configuration(installation.NERIO, {"Exec": {}})
-    installed.write_configuration(installation.LUDA, {"Exec": {}})
-    installed.write_configuration(installation.Q2, {"Exec": {}})
-    installed.write_configuration(installation.ZM, {"Exec": {}})
+    installation.write_text(installed.setups / "agdvcomp.ini",
+                            installation.ini_text(installation.catalogue([ZB])))
     installed.run(f"{INTEGRATED} MVBIL")
     assert [command.split('"')[2].split()[2] for command in installed.commands_run()] == ["Client"]
 
@@ -86,6 +94,16 @@ def test_a_command_that_cannot_be_started_is_reported_and_leaves_the_version(ins
     assert f"Gestione ProdTrelv - Esecuzione non effettuata di: {command}" in installed.texts()
     assert installed.versions()["ZB"] == ("09.93.00.00", "09.94.00.00")
     installed.started("bilancio.exe")
+
+
+def test_the_details_of_a_report_open_the_log(installed):
+    sections = installation.configuration(ZB, ["09.94.00.00"])
+    sections["Update02"]["Server01"] = "S:\\manca.exe"
+    installed.write_configuration(ZB, sections)
+    run = installed.run(f"{INTEGRATED} MVBIL", answers=["Dettagli...", "OK"])
+    assert [box.texts["txtProcedura"] for box in run.boxes] == ["Execute", "Execute"]
+    title = installed.prefix.close_window("Notepad")
+    assert "TrelvManager.log" in title
 
 
 def test_a_lock_of_the_server_is_told_left_alone_and_stops_all_updating(installed):

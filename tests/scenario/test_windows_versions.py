@@ -46,3 +46,9 @@ def test_on_windows_xp_rights_are_asked_for(workstation, played):
     run = workstation.run(f"{INTEGRATED} MVBIL", restricted=True)
     assert [box.title for box in run.boxes] == ["Errore", "Errore", "TrelvManager"]
     assert workstation.commands_run() == []
+
+
+def test_the_two_windows_are_a_32_bit_and_a_64_bit_one(prefix):
+    facts = prefix.facts()
+    assert facts["wow64"] == (prefix.kind == "win64")
+    assert facts["code page"] == 1252

@@ -16,6 +16,8 @@
 //   facts                                 folders, code page, WoW64 of a 32-bit program
 //   boxes                                 the dialogs of all programs of this desktop
 //   press CAPTION                         presses the first button of that caption
+//   close CLASS                           closes the top window of a class, waits for it first;
+//                                         {"done": true, "title": …}
 #include <windows.h>
 
 #include <cstdio>
@@ -231,7 +233,7 @@ void press(HWND box, const std::wstring& caption) {
     return;
   }
   PostMessageW(button, BM_CLICK, 0, 0);
-  for (int i = 0; i < 500 && IsWindow(box) && IsWindowVisible(box); ++i) {
+  for (int i = 0; i < 100 && IsWindow(box) && IsWindowVisible(box); ++i) {
     Sleep(10);
   }
 }
@@ -393,6 +395,20 @@ void pressAnywhere(const Words& words) {
   failed("no such button");
 }
 
+void closeWindow(const Words& words) {
+  for (int i = 0; i < 1000; ++i) {
+    const HWND window = FindWindowW(words[1].c_str(), nullptr);
+    const std::wstring title = window == nullptr ? std::wstring() : textOf(window);
+    if (!title.empty()) {
+      PostMessageW(window, WM_CLOSE, 0, 0);
+      done(", \"title\": " + quoted(title));
+      return;
+    }
+    Sleep(10);
+  }
+  failed("no such window");
+}
+
 void serve(const Words& words) {
   const std::size_t count = words.size();
   if (words[0] == L"run" && count >= 9) {
@@ -410,6 +426,8 @@ void serve(const Words& words) {
     listBoxes();
   } else if (words[0] == L"press" && count == 2) {
     pressAnywhere(words);
+  } else if (words[0] == L"close" && count == 2) {
+    closeWindow(words);
   } else {
     failed("unknown request");
   }
