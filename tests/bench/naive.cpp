@@ -1,0 +1,22 @@
+// The manager's peer that asks the platform for every value by itself, as its own code would with
+// the profile functions: the same program, linked with these members instead of the real ones.
+#include "platform/ConfigurationFiles.h"
+
+namespace trelv {
+
+struct ConfigurationFiles::Kept {};
+
+ConfigurationFiles::ConfigurationFiles(machine::Machine& machine) : machine_(machine) {}
+ConfigurationFiles::~ConfigurationFiles() = default;
+
+std::string ConfigurationFiles::read(const std::string& section, const std::string& key,
+                                     const std::string& file, std::uint32_t size) {
+  return machine_.profiles.readValue(section, key, "", size, file);
+}
+
+void ConfigurationFiles::forget() {}
+void ConfigurationFiles::forget(const std::string& /*file*/) {}
+void ConfigurationFiles::written(const std::string& /*section*/, const std::string& /*key*/,
+                                 const std::string& /*file*/, const std::string& /*value*/) {}
+
+}  // namespace trelv
