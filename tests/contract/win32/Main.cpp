@@ -48,8 +48,18 @@ void writeFile(const std::wstring& path, const std::string& bytes) {
   WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
 }
 
+/// Waits for the named event, where a test names one: a program that takes its time.
+void waitAsTold() {
+  const std::string name = environmentValue(kWaitForEvent);
+  if (!name.empty()) {
+    const win32::OwnedProcess event(OpenEventW(SYNCHRONIZE, FALSE, win32::wide(name).c_str()));
+    WaitForSingleObject(event.get(), 10000);
+  }
+}
+
 /// What the small program does.
 int play(const std::vector<std::wstring>& given) {
+  waitAsTold();
   if (given.size() > 2) {
     std::string told = win32::utf8(GetCommandLineW());
     if (given.size() > 3) {
