@@ -37,7 +37,7 @@ class FormWindow {
   virtual bool progress(const std::string& control, ProgressNumbers& numbers) const = 0;
   virtual bool setProgress(const std::string& control, const ProgressNumbers& numbers) = 0;
 
-  /// Unloads the form; its handler's closed() is called, and a modal show returns.
+  /// Unloads the form: it hears nothing more, and the modal show returns once its handlers have.
   virtual void close() = 0;
 };
 
