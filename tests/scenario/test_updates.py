@@ -1,5 +1,6 @@
 """Later starts: what is updated, what is left alone, and what a lock does."""
 
+import re
 import threading
 import time
 
@@ -88,6 +89,10 @@ def test_a_command_that_cannot_be_started_is_reported_and_leaves_the_version(ins
     assert report["txtModulo"] == "modLibrary"
     assert report["txtProcedura"] == "Execute"
     assert report["txtProgetto"] == "TrelvManager"
+    # The last line that stands in the log when the report shows.
+    assert report["txtErrTrace"] == f'Gestione ProdTrelv - Esecuzione comando: "{command}"'
+    assert re.fullmatch(r".+ - \d\d (gennaio|febbraio|marzo|aprile|maggio|giugno|luglio|agosto|"
+                        r"settembre|ottobre|novembre|dicembre) \d{4}  \d\d:\d\d", run.boxes[0].title)
     assert report["txtErrLabel"] == (
         "Si è verificato un errore non previsto durante l'esecuzione del programma. Riportare la "
         "segnalazione al servizio di assistenza.")
