@@ -19,6 +19,9 @@ constexpr const char* kPointerKey = "SOFTWARE\\LUMO\\Configurazione";
 
 /// A longer file is no configuration of ours, bytes.
 constexpr std::size_t kMostBytes = 4U * 1024U * 1024U;
+/// Nor is one with more elements in each other: written with its indentation it would grow with the
+/// square of their number.
+constexpr int kMostLevels = 100;
 
 namespace code {
 constexpr std::int32_t kDone = 0;
@@ -99,9 +102,19 @@ bool isXmlText(std::string_view text) {
   return true;
 }
 
+/// A name has no line ends and tabs, which readers of XML turn into blanks.
+bool isName(const std::string& text) {
+  return !text.empty() && isXmlText(text) && text.find_first_of("\t\r\n") == std::string::npos;
+}
+
+/// A value has no carriage return, which readers of XML turn into a line feed.
+bool isValue(const std::string& text) {
+  return isXmlText(text) && text.find('\r') == std::string::npos;
+}
+
 std::int32_t checkNames(const Address& address) {
   for (const Level& level : address) {
-    if (level.name.empty() || !isXmlText(level.name)) {
+    if (!isName(level.name)) {
       return level.invalid;
     }
   }
@@ -150,6 +163,9 @@ class StrictReader : public pugi::xml_tree_walker {
  public:
   bool for_each(pugi::xml_node& node) override {
     const bool top = depth() == 0;
+    if (depth() >= kMostLevels) {
+      return false;
+    }
     switch (node.type()) {
       case pugi::node_element:
         roots_ += top ? 1 : 0;
@@ -399,7 +415,7 @@ std::int32_t XmlStore::setParameter(const std::string& product, const std::strin
   if (type < 1) {
     return code::kTypeInvalid;
   }
-  if (!isXmlText(value)) {
+  if (!isValue(value)) {
     return code::kValueInvalid;
   }
   // Read anew for every write: another program may have written meanwhile.
