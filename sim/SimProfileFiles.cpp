@@ -131,11 +131,16 @@ void addLine(Layout& layout, const std::string& line) {
   }
   // A comment is a key like any other, one that nobody asks for.
   const std::size_t equals = line.find('=');
+  const std::string key = stripped(view.substr(0, equals));
   Line entry;
   entry.hasValue = equals != std::string::npos;
-  entry.key = untilNul(stripped(view.substr(0, equals)));
+  entry.key = untilNul(key);
   entry.value = entry.hasValue ? untilNul(stripped(view.substr(equals + 1))) : "";
-  layout.sections.back().lines.push_back(entry);
+  // Of nameless keys that follow each other only the first is kept.
+  std::vector<Line>& lines = layout.sections.back().lines;
+  if (!key.empty() || lines.empty() || !lines.back().key.empty()) {
+    lines.push_back(entry);
+  }
 }
 
 Layout parsed(const std::string& bytes) {
