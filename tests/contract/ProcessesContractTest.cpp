@@ -81,8 +81,9 @@ TEST_F(ProcessesContract, AProgramNamedLikeTheFirstWordOfAPathIsStartedInstead) 
   world().putFolder(path("A B"));
   program("A.exe");
   const std::string file = program("A B\\c.exe");
-  // To A.exe the rest of the path is its first argument, which is no number: it ends with 0.
-  EXPECT_EQ(run(file + " 4"), 0U);
+  // To A.exe the rest of the path is its first argument, so that it finds a second one.
+  EXPECT_EQ(run(file + " " + report()), 0U);
+  EXPECT_TRUE(world().exists(report()));
 }
 
 TEST_F(ProcessesContract, AMissingExtensionIsCompleted) {

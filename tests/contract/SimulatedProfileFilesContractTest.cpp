@@ -72,27 +72,27 @@ class SimulatedProfileFilesContract : public Contract {
 };
 
 TEST_F(SimulatedProfileFilesContract, UsualFilesReadAlike) {
-  compareReads(IniManner::Usual, 11000, 1200);
+  compareReads(IniManner::Usual, 11000, 700);
 }
 
 TEST_F(SimulatedProfileFilesContract, OddFilesReadAlike) {
-  compareReads(IniManner::Odd, 12000, 1200);
+  compareReads(IniManner::Odd, 12000, 700);
 }
 
 TEST_F(SimulatedProfileFilesContract, EncodedFilesReadAlike) {
-  compareReads(IniManner::Encoded, 13000, 400);
+  compareReads(IniManner::Encoded, 13000, 300);
 }
 
 TEST_F(SimulatedProfileFilesContract, UsualFilesAreWrittenAlike) {
-  compareWrites(IniManner::Usual, 14000, 600);
+  compareWrites(IniManner::Usual, 14000, 300);
 }
 
 TEST_F(SimulatedProfileFilesContract, OddFilesAreWrittenAlike) {
-  compareWrites(IniManner::Odd, 15000, 600);
+  compareWrites(IniManner::Odd, 15000, 300);
 }
 
 TEST_F(SimulatedProfileFilesContract, EncodedFilesAreWrittenAlike) {
-  compareWrites(IniManner::Encoded, 16000, 200);
+  compareWrites(IniManner::Encoded, 16000, 150);
 }
 
 }  // namespace
