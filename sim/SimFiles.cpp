@@ -1,6 +1,7 @@
 #include "sim/SimFiles.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 #include "base/Text.h"
 
@@ -122,6 +123,14 @@ std::shared_ptr<SimDisk> SimVolumes::diskOf(const std::string& path) const {
     }
   }
   return nullptr;
+}
+
+SimDisk& SimVolumes::disk(const std::string& path) const {
+  const std::shared_ptr<SimDisk> found = diskOf(fullPath(path));
+  if (found == nullptr) {
+    throw std::out_of_range("no disk is mounted for " + path);
+  }
+  return *found;
 }
 
 std::string SimVolumes::fullPath(const std::string& path) const {

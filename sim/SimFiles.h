@@ -21,6 +21,9 @@ class SimVolumes {
   /// The disk of a full path; null when nothing is mounted there.
   std::shared_ptr<SimDisk> diskOf(const std::string& path) const;
 
+  /// The disk of any path; raises std::out_of_range when nothing is mounted there.
+  SimDisk& disk(const std::string& path) const;
+
   const std::string& currentFolder() const { return currentFolder_; }
   void setCurrentFolder(const std::string& folder) { currentFolder_ = folder; }
 

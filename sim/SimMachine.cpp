@@ -86,13 +86,7 @@ std::shared_ptr<SimDisk> SimMachine::mount(const std::string& name, std::shared_
   return disk;
 }
 
-SimDisk& SimMachine::diskOf(const std::string& path) {
-  const std::shared_ptr<SimDisk> disk = volumes_.diskOf(volumes_.fullPath(path));
-  if (disk == nullptr) {
-    throw std::out_of_range("no disk is mounted for " + path);
-  }
-  return *disk;
-}
+SimDisk& SimMachine::diskOf(const std::string& path) { return volumes_.disk(path); }
 
 void SimMachine::setEdition(WindowsEdition edition) {
   system_.setVersion(versionOf(edition));

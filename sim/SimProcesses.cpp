@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "base/Text.h"
-#include "sim/SimMachine.h"
 
 namespace trelv::sim {
 
@@ -121,7 +120,7 @@ SystemCode SimProcesses::start(const std::string& commandLine, bool visible,
 }
 
 void SimProcesses::define(const std::string& path, ProgramScript script) {
-  machine_.diskOf(path).putProgram(path, std::move(script));
+  volumes_.disk(path).putProgram(path, std::move(script));
 }
 
 std::vector<std::string> SimProcesses::startedCommandLines() const {

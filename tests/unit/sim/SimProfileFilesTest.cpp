@@ -87,6 +87,11 @@ TEST_F(SimProfileFilesTest, AChangeRewritesTheWholeFile) {
   EXPECT_EQ(bytesAfterWriting("[S]\r\n", "S", "q", "\"x\""), "[S]\r\nq=\"x\"\r\n");
 }
 
+TEST_F(SimProfileFilesTest, OfNamelessKeysInARowOnlyTheFirstIsKept) {
+  EXPECT_EQ(bytesAfterWriting("[S]\r\n=1\r\n=2\r\na=1\r\n=3\r\n", "S", "k", "v"),
+            "[S]\r\n=1\r\na=1\r\n=3\r\nk=v\r\n");
+}
+
 TEST_F(SimProfileFilesTest, AnEqualValueLeavesTheFileAlone) {
   EXPECT_EQ(bytesAfterWriting("[S]\n\n a = 1\n", "S", "a", "1"), "[S]\n\n a = 1\n");
 }
