@@ -12,7 +12,9 @@ namespace trelv {
 
 /// The configuration store of ours, used where the host's library does not stand beside the
 /// program: HKEY_LOCAL_MACHINE "SOFTWARE\LUMO\Configurazione" names the schema file ("Schema") and
-/// the XML file ("Config"), both full paths. Answers with the library's codes.
+/// the XML file ("Config"), both full paths. Answers with the library's codes. The file is UTF-8
+/// without document type, of at most 4 MB and 100 levels (else -3000); each write puts a new file
+/// in its place in one step.
 class XmlStore : public machine::ConfigurationLibrary {
  public:
   XmlStore(machine::Files& files, machine::Registry& registry, machine::Locale& locale);

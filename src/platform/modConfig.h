@@ -32,7 +32,8 @@ bool SetParameterXML(Program& program, std::int32_t productCode, const std::stri
                      std::int32_t attributeType, const std::string& value);
 
 /// Path of the configuration store, without trailing backslash: programs path and client folder.
-/// 0, or the library's code with an empty path.
+/// 0, or the library's code (-4001, -4002, -4011, -4012) with an empty path; -9999 after a report
+/// when the library cannot be called.
 std::int32_t GetConfigPath(Program& program, std::string& path);
 
 /// English text of a library code.

@@ -38,7 +38,8 @@ void CreaKvarTemp(Program& program, const std::string& folder);
 
 /// True when the file was there and is gone; a missing file answers false.
 bool DeleteFile(Program& program, const std::string& path);
-/// True when the folder is gone (or was not there); one trailing backslash is dropped.
+/// True when the folder is gone (or was not there); one trailing backslash is dropped. Read-only
+/// content is not deleted: false after a report, as for DeleteFile.
 bool DeleteFolder(Program& program, const std::string& path);
 
 /// True when the path is an existing file (not a folder).
