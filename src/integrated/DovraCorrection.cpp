@@ -1,7 +1,6 @@
 #include "integrated/DovraCorrection.h"
 
 #include <array>
-#include <utility>
 
 #include "base/Text.h"
 #include "integrated/HostPaths.h"
@@ -11,9 +10,12 @@
 namespace trelv::modProdTrelvManager {
 namespace {
 
-using Correction = std::pair<const char*, const char*>;
+struct Correction {
+  const char* section;
+  const char* version;
+};
 
-/// Section and version, in the order of writing.
+/// In the order of writing.
 constexpr std::array<Correction, 5> kCorrections{{{"Q2", "02.92.00.00"},
                                                   {"LUDA", "07.10.00.00"},
                                                   {"ZB", "09.93.00.00"},
@@ -44,13 +46,11 @@ void correctRecord(Program& program, const std::string& record, const std::strin
     return;
   }
   program.log.WriteLog(startLine);
-  for (const auto& [section, version] : kCorrections) {
+  for (const Correction& correction : kCorrections) {
     orGoOn(program, [&]() -> void {
-      modLibrary::WriteSetting(program, section, "version", record, version);
+      modLibrary::WriteSetting(program, correction.section, "version", record, correction.version);
     });
   }
-  // The versions that the walk over the catalogue reads next are those just written.
-  program.configurationFiles.forget();
 }
 
 }  // namespace

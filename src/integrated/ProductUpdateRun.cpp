@@ -210,10 +210,7 @@ bool RunCommand(Program& program, std::string& command, const std::string& serve
     return refuseForLackOfRights(program);
   }
   program.log.WriteLog("Gestione ProdTrelv - Esecuzione comando: \"" + command + "\"");
-  const bool started = modLibrary::Execute(program, command, true);
-  // The command may have written any of the files that were read before it.
-  program.configurationFiles.forget();
-  return started;
+  return modLibrary::Execute(program, command, true);
 }
 
 std::uint64_t VersionNumber(const std::string& version) {

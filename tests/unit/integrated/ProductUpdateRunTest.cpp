@@ -323,10 +323,10 @@ TEST(LockPath, JoinsWithoutBackslashOnTheClientOnly) {
 }
 
 TEST_F(UpdateRun, LockOfAnotherSessionIsLeftAlone) {
-  installation_.share().put(kLock, "16/11/2026 08:00:00\r\n");
+  installation_.share().put(kLock, "01/01/2001 08:00:00\r\n");
   configure({{"Update01", "01.00", {"%PATHSETUP%\\a.exe"}, {}}});
   EXPECT_FALSE(updateServer());
-  EXPECT_EQ(installation_.share().text(kLock), "16/11/2026 08:00:00\r\n");
+  EXPECT_EQ(installation_.share().text(kLock), "01/01/2001 08:00:00\r\n");
   EXPECT_THAT(started(), IsEmpty());
   EXPECT_EQ(version_, "");
   EXPECT_THAT(lines(), ElementsAre("Gestione ProdTrelv - esecuzione non effettuata per presenza "

@@ -356,6 +356,17 @@ TEST_F(UpdateAll, WorkstationThatMeetsARunningUpdateIsTurnedAway) {
   EXPECT_EQ(station_.serverVersion("ZB"), "01.00");
 }
 
+TEST_F(UpdateAll, WorkstationsThatMeetBetweenTestAndCreationOfTheLockBothRun) {
+  putOneProduct();
+  Station other(installation_);
+  machine().onCall("files.write " + std::string(Installation::kServerLock),
+                   [&other] { updateAll(other); });
+  updateAll(station_);
+  EXPECT_THAT(other.commandLines(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe"));
+  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe"));
+  EXPECT_FALSE(installation_.serverLockExists());
+}
+
 TEST_F(UpdateAll, WorkstationWithoutServerWorkFreesTheLockOfARunningUpdate) {
   putOneProduct();
   installation_.putServerRecord("[NERIO]\r\nversion=01.00\r\n");
