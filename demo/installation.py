@@ -231,7 +231,11 @@ class Installation:
         file = self.setups / "installazioni.txt"
         return file.read_bytes().decode().splitlines() if file.exists() else []
 
+    def reports(self):
+        """The files in which programs have told what they were started with."""
+        return sorted((self.server / "mv").glob("*/*.avvio.txt"))
+
     def starts(self):
         """{program file: lines of what it was started with} of the products' programs."""
         return {file.name.replace(".avvio.txt", ".exe"): file.read_bytes().decode().splitlines()
-                for file in sorted((self.server / "mv").glob("*/*.avvio.txt"))}
+                for file in self.reports()}

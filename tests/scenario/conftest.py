@@ -95,10 +95,21 @@ class Workstation(installation.Installation):
         self.integrate()
 
     def run(self, arguments, **named):
-        """Runs the manager; it must end by itself, unless the run was to be ended."""
+        """Runs the manager, which must end by itself unless the run was to be ended, and waits for
+        the report of the program that it started, so that none is left for the next test."""
+        for report in self.reports():
+            report.unlink()
         run = self.prefix.run(self.manager, arguments, **named)
         assert not run.late, f"the manager did not end; its boxes were {run.boxes}"
+        self.wait_for_started()
         return run
+
+    def wait_for_started(self):
+        last = (self.texts() or [""])[-1]
+        start = "Gestione ProdTrelv - Esecuzione di: S:\\"
+        if last.startswith(start):
+            program = last[len(start):].split(".exe")[0].replace("\\", "/")
+            assert windows.wait_for_file(self.share / (program + ".avvio.txt")), f"{last}: not seen"
 
     def texts(self):
         """Texts of the log lines, without date and time."""
@@ -106,12 +117,9 @@ class Workstation(installation.Installation):
                 for line in windows.log_lines(self.log)]
 
     def started(self, file):
-        """What a product's program was started with, line by line; waits for it, since the manager
-        does not."""
-        place = next((product for product in installation.PRODUCTS if file in product.files))
-        report = self.server / "mv" / place.folder / file.replace(".exe", ".avvio.txt")
-        assert windows.wait_for_file(report), f"{file} was not started"
-        return report.read_bytes().decode().splitlines()
+        """What a product's program was started with by the last run, line by line."""
+        assert list(self.starts()) == [file]
+        return self.starts()[file]
 
     def started_nothing(self):
         return self.starts() == {}
