@@ -14,7 +14,8 @@ option(TRELV_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitize
 # Compiles again only what no build folder has compiled before, where ccache is installed.
 find_program(TRELV_CCACHE ccache)
 if(TRELV_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env CCACHE_NOHASHDIR=1 "${TRELV_CCACHE}")
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env CCACHE_NOHASHDIR=1
+      CCACHE_SLOPPINESS=pch_defines,time_macros "${TRELV_CCACHE}")
 endif()
 
 # What every target of ours compiles and links with; libraries of others are built without it.
