@@ -24,6 +24,8 @@ bool isLetter(char character) {
   return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z');
 }
 
+bool isDigit(char character) { return character >= '0' && character <= '9'; }
+
 /// A path with drive or share that names the same file for everyone: the platform looks for other
 /// names in the Windows folder or the current one.
 bool isFullPath(std::string_view path) {
@@ -48,6 +50,12 @@ bool isMissing(SystemCode code) {
 /// True when the value comes whole out of a buffer of `size` characters. Quotes that were taken off
 /// count, because the platform takes them off after it has cut the text.
 bool fits(std::string_view value, std::uint32_t size) { return value.size() + 2 < size; }
+
+/// True when a written value is read back as it is: no blanks or quotes that could get lost.
+bool survivesWriting(std::string_view value) {
+  const auto plain = [](char character) { return isLetter(character) || isDigit(character); };
+  return value.empty() || (plain(value.front()) && plain(value.back()));
+}
 
 }  // namespace
 
@@ -108,7 +116,8 @@ void ConfigurationFiles::forget(const std::string& file) { kept_->files.erase(up
 void ConfigurationFiles::written(const std::string& section, const std::string& key,
                                  const std::string& file, const std::string& value) {
   const auto known = kept_->files.find(upperCase(file));
-  const bool unchanged = known != kept_->files.end() && known->second.document && isAscii(value) &&
+  const bool unchanged = known != kept_->files.end() && known->second.document &&
+                         survivesWriting(value) && isAscii(value) &&
                          IniDocument::canFind(section, key) &&
                          known->second.document->value(section, key) == value;
   if (!unchanged) {

@@ -270,6 +270,20 @@ TEST_F(ProfileFilesContract, ABareNameMeansTheWindowsFolder) {
   EXPECT_EQ(machine().files.removeFile(windows + "\\" + name), system_code::kSuccess);
 }
 
+TEST_F(ProfileFilesContract, APathThatTheCodePageLacksIsNotFound) {
+  const std::string name = putFile("\u4E2D.ini", "[s]\r\nk=v\r\n");
+  EXPECT_EQ(machine().profiles.readValue("s", "k", "d", kSize, name), "d");
+  EXPECT_EQ(machine().profiles.writeValue("s", "k", "w", name), 0U);
+  EXPECT_EQ(world().fileBytes(name), "[s]\r\nk=v\r\n");
+}
+
+TEST_F(ProfileFilesContract, AccentedPathsWork) {
+  const std::string name = path("citt\u00E0.ini");
+  ASSERT_NE(machine().profiles.writeValue("s", "k", "v", name), 0U);
+  EXPECT_EQ(machine().profiles.readValue("s", "k", "", kSize, name), "v");
+  EXPECT_TRUE(world().exists(name));
+}
+
 TEST_F(ProfileFilesContract, ForwardSlashesWork) {
   ASSERT_EQ(valueIn("[s]\r\nk=v\r\n", "s", "k"), "v");
   std::string slashes = file();
