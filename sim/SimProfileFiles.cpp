@@ -265,7 +265,7 @@ std::string SimProfileFiles::quietRead(const std::string& section, const std::st
                                        const std::string& file) {
   std::string bytes;
   std::optional<std::string> value;
-  if (files_.quietRead(placeOf(file), bytes) == kSuccess) {
+  if (files_.quietRead(placeOf(throughAnsi(file)), bytes) == kSuccess) {
     value = valueIn(bytes, throughAnsi(stripped(section)), throughAnsi(stripped(key)));
   }
   return answer(value, defaultValue, size);
@@ -280,7 +280,7 @@ std::uint32_t SimProfileFiles::writeValue(const std::string& section, const std:
 
 std::uint32_t SimProfileFiles::quietWrite(const std::string& section, const std::string& key,
                                           const std::string& value, const std::string& file) {
-  const std::string path = placeOf(file);
+  const std::string path = placeOf(throughAnsi(file));
   std::string bytes;
   const SystemCode readCode = files_.quietRead(path, bytes);
   SimVolumes::Place place;
