@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "base/Text.h"
 #include "contract/Contract.h"
 #include "contract/IniCases.h"
 #include "platform/ConfigurationFiles.h"
@@ -70,8 +71,7 @@ TEST_F(ConfigurationFilesContract, EveryByteOfANameOrValueReadsAsThePlatformRead
   ConfigurationFiles ours(machine());
   for (int code = 1; code < 256; ++code) {
     const std::string byte(1, static_cast<char>(code));
-    const std::string bytes = byte + "[" + byte + "s" + byte + "]" + byte + "\r\n" + byte + "k" +
-                              byte + "=" + byte + "v" + byte + "w" + byte + "\r\nz=1" + byte;
+    const std::string bytes = replaceAll("~[~s~]~\r\n~k~=~v~w~\r\nz=1~", "~", byte);
     const std::string file = putFile("a.ini", bytes);
     ours.forget();
     for (const char* key : {"k", "z"}) {
