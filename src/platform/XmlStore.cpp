@@ -326,18 +326,15 @@ bool isMissing(SystemCode code) {
 }
 
 /// A text value of the pointer key; empty when it is missing or no text.
-std::string pointer(machine::Registry& registry, machine::Locale& locale, const std::string& name) {
-  std::unique_ptr<machine::RegistryKey> key;
+std::string pointer(machine::RegistryKey& key, machine::Locale& locale, const std::string& name) {
   std::uint32_t type = 0;
   std::uint32_t size = 0;
-  if (registry.openKey(machine::Hive::LocalMachine, kPointerKey, machine::key_access::kQueryValue,
-                       key) != system_code::kSuccess ||
-      key->describeValue(name, type, size) != system_code::kSuccess ||
+  if (key.describeValue(name, type, size) != system_code::kSuccess ||
       type != machine::value_type::kText) {
     return {};
   }
   std::string data(size, '\0');
-  if (key->readValue(name, data) != system_code::kSuccess) {
+  if (key.readValue(name, data) != system_code::kSuccess) {
     return {};
   }
   return locale.fromAnsi(data.substr(0, data.find('\0')));
@@ -346,8 +343,13 @@ std::string pointer(machine::Registry& registry, machine::Locale& locale, const 
 /// Finds the XML file; 0 or the code of what is missing.
 std::int32_t locate(machine::Files& files, machine::Registry& registry, machine::Locale& locale,
                     std::string& configFile) {
-  const std::string schemaFile = pointer(registry, locale, "Schema");
-  configFile = pointer(registry, locale, "Config");
+  std::unique_ptr<machine::RegistryKey> key;
+  if (registry.openKey(machine::Hive::LocalMachine, kPointerKey, machine::key_access::kQueryValue,
+                       key) != system_code::kSuccess) {
+    return code::kNoSchemaPointer;
+  }
+  const std::string schemaFile = pointer(*key, locale, "Schema");
+  configFile = pointer(*key, locale, "Config");
   if (schemaFile.empty()) {
     return code::kNoSchemaPointer;
   }

@@ -61,6 +61,8 @@ SystemCode readAll(const OwnedFile& file, std::size_t limit, std::string& conten
     }
     piece = std::min<std::size_t>(piece * 2, 0x1000000);
   }
+  // Callers may keep what they read: a short file must not hold a long piece.
+  bytes.shrink_to_fit();
   content = std::move(bytes);
   return system_code::kSuccess;
 }
