@@ -197,8 +197,11 @@ std::uint64_t Dice::next() {
 }
 
 std::string iniFile(Dice& dice, IniManner manner) {
-  const std::string text = lines(dice, manner);
-  return manner == IniManner::Encoded ? encoded(dice, text) : text;
+  std::string text = lines(dice, manner);
+  if (manner != IniManner::Encoded) return text;
+  // Into an empty file Wine writes in the encoding that the file had before.
+  if (text.empty()) text = "[s]\r\n";
+  return encoded(dice, text);
 }
 
 IniQuestion iniQuestion(Dice& dice) {

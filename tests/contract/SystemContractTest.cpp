@@ -50,7 +50,8 @@ TEST_F(SystemContract, NamesThatAreNoneAreRefused) {
 }
 
 TEST_F(SystemContract, ALongAccentedValueComesBack) {
-  const std::string text = std::string(2000, 'x') + "\u00E8\u20AC";
+  std::string text(2000, 'x');
+  text += "\u00E8\u20AC";
   ASSERT_TRUE(machine().environment.set("TRELV-CONTRACT-C", text));
   std::string value;
   ASSERT_TRUE(machine().environment.get("TRELV-CONTRACT-C", value));
