@@ -101,17 +101,19 @@ void Win32FormWindow::guarded(Handler&& handler) {
   }
 }
 
-HWND Win32FormWindow::control(const std::string& name) const {
-  const int id = controlId(name);
+HWND Win32FormWindow::windowOf(const std::string& control) const {
+  const int id = controlId(control);
   return dialog_ != nullptr && id != 0 ? GetDlgItem(dialog_, id) : nullptr;
 }
 
-HWND Win32FormWindow::progressBar(const std::string& name) const {
-  HWND const bar = control(name);
+HWND Win32FormWindow::progressBar(const std::string& control) const {
+  HWND const bar = windowOf(control);
   return bar != nullptr && isProgressBar(bar) ? bar : nullptr;
 }
 
-bool Win32FormWindow::hasControl(const std::string& name) const { return control(name) != nullptr; }
+bool Win32FormWindow::hasControl(const std::string& control) const {
+  return windowOf(control) != nullptr;
+}
 
 std::string Win32FormWindow::title() const { return windowText(dialog_); }
 
@@ -119,19 +121,19 @@ void Win32FormWindow::setTitle(const std::string& title) {
   SetWindowTextW(dialog_, wide(title).c_str());
 }
 
-std::string Win32FormWindow::text(const std::string& name) const {
-  HWND const window = control(name);
+std::string Win32FormWindow::text(const std::string& control) const {
+  HWND const window = windowOf(control);
   return window != nullptr ? windowText(window) : std::string();
 }
 
-void Win32FormWindow::setText(const std::string& name, const std::string& text) {
-  if (HWND const window = control(name)) {
+void Win32FormWindow::setText(const std::string& control, const std::string& text) {
+  if (HWND const window = windowOf(control)) {
     SetWindowTextW(window, wide(text).c_str());
   }
 }
 
-void Win32FormWindow::setEnabled(const std::string& name, bool enabled) {
-  HWND const window = control(name);
+void Win32FormWindow::setEnabled(const std::string& control, bool enabled) {
+  HWND const window = windowOf(control);
   if (window == nullptr) {
     return;
   }
@@ -142,29 +144,30 @@ void Win32FormWindow::setEnabled(const std::string& name, bool enabled) {
   EnableWindow(window, enabled ? TRUE : FALSE);
 }
 
-void Win32FormWindow::setFocus(const std::string& name) {
-  if (HWND const window = control(name)) {
+void Win32FormWindow::setFocus(const std::string& control) {
+  if (HWND const window = windowOf(control)) {
     focusSet_ = true;
     SendMessageW(dialog_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(window), TRUE);
   }
 }
 
-bool Win32FormWindow::progress(const std::string& name, machine::ProgressNumbers& numbers) const {
-  if (progressBar(name) == nullptr) {
+bool Win32FormWindow::progress(const std::string& control,
+                               machine::ProgressNumbers& numbers) const {
+  if (progressBar(control) == nullptr) {
     return false;
   }
-  const auto kept = progress_.find(controlId(name));
+  const auto kept = progress_.find(controlId(control));
   numbers = kept != progress_.end() ? kept->second : machine::ProgressNumbers();
   return true;
 }
 
-bool Win32FormWindow::setProgress(const std::string& name,
+bool Win32FormWindow::setProgress(const std::string& control,
                                   const machine::ProgressNumbers& numbers) {
-  HWND const bar = progressBar(name);
+  HWND const bar = progressBar(control);
   if (bar == nullptr) {
     return false;
   }
-  progress_[controlId(name)] = numbers;
+  progress_[controlId(control)] = numbers;
   SendMessageW(bar, PBM_SETRANGE32, static_cast<WPARAM>(numbers.min), numbers.max);
   SendMessageW(bar, PBM_SETPOS, static_cast<WPARAM>(numbers.value), 0);
   return true;

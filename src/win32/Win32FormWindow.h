@@ -45,8 +45,9 @@ class Win32FormWindow : public machine::FormWindow {
   template <class Handler>
   void guarded(Handler&& handler);
 
-  HWND control(const std::string& name) const;
-  HWND progressBar(const std::string& name) const;
+  /// Window of a control, or null.
+  HWND windowOf(const std::string& control) const;
+  HWND progressBar(const std::string& control) const;
 
   machine::Form& form_;
   HWND dialog_ = nullptr;
