@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,8 @@ namespace trelv {
 struct StartupFacts {
   /// Host suite's programs folder from the configuration store; empty when it cannot be had.
   std::string programsPath;
+  /// Client folder of the workstation, once someone asked for it; empty when it cannot be had.
+  std::optional<std::string> clientFolder;
   bool workstation = false;
   bool win9x = false;
   bool administrator = false;

@@ -1,5 +1,7 @@
 #include "integrated/UpdateAll.h"
 
+#include <cstdint>
+
 #include "base/Codes.h"
 #include "base/ProductName.h"
 #include "base/Text.h"
@@ -134,20 +136,40 @@ void correctForDovra(Program& program, const Inputs& inputs, const HostFiles& fi
   }
 }
 
+/// Puts the version that a run left behind into its side's record. The platform writes and reads
+/// the file afresh, so that what another workstation recorded meanwhile for other products
+/// survives. A version that the run did not raise is looked at afresh first: writing it over an
+/// equal one would leave the file as it is, and over one that another workstation raised meanwhile
+/// would lower that.
+void recordVersion(Program& program, const SideOfProduct& product, const std::string& before,
+                   const std::string& after) {
+  const bool raised = after != before;
+  if (!raised) {
+    program.configurationFiles.forget(product.record);
+    if (!settingOf(program, product.id, "version", product.record).empty()) {
+      return;
+    }
+  }
+  const std::uint32_t written =
+      modLibrary::WriteSetting(program, product.id, "version", product.record, after);
+  if (raised && written == 0 && !product.id.empty()) {
+    throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",
+                       "Impossibile registrare la versione " + after + " di " + product.id +
+                           " nel file: " + product.record);
+  }
+}
+
 /// False: the whole procedure stops.
 bool updateSide(Program& program, const Inputs& inputs, const SideOfProduct& product,
-                std::string version) {
-  const Operation operation = version.empty() ? Operation::Setup : Operation::Update;
+                const std::string& recorded) {
+  const Operation operation = recorded.empty() ? Operation::Setup : Operation::Update;
+  std::string version = recorded;
   if (!ProductUpdateRun(program, run_kind::kUpdateAll, inputs.serverPath, inputs.integrationPath,
                         inputs.programsPath, product.configuration, operation, product.side,
                         version)) {
     return false;
   }
-  // Written even when unchanged, and by the platform, which reads the file afresh: what another
-  // workstation recorded meanwhile for other products survives.
-  orGoOn(program, [&]() -> void {
-    modLibrary::WriteSetting(program, product.id, "version", product.record, version);
-  });
+  orGoOn(program, [&]() -> void { recordVersion(program, product, recorded, version); });
   return true;
 }
 

@@ -49,7 +49,7 @@ const std::vector<Telling> kTellings{
     {"files.read C:\\Lumo\\Client\\", Told::Nowhere, "the platform's functions are asked instead"},
     {"files.look S:\\Lumo\\prg\\com\\setup\\aggdovra\\", Told::InLog,
      "Prodotto non rilevato, file di config non presente "},
-    {"profiles.writeValue", Told::Nowhere, "the next start writes the version again"},
+    {"profiles.writeValue", Told::InLog, "Impossibile registrare la versione "},
     // Locks and commands.
     {"files.look S:\\Lumo\\prg\\tempterm\\agdv.lck", Told::Nowhere, "counts as missing"},
     {"files.look C:\\Lumo\\Clientagdv.lck", Told::Nowhere, "counts as missing"},

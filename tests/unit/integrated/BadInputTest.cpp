@@ -184,7 +184,11 @@ TEST_F(BadInput, CommandThatLacksItsQuotesStartsWhatThePlatformFinds) {
 TEST_F(BadInput, ReadOnlyVersionRecordMakesEveryStartRepeat) {
   installation_.putServerRecord("[KXK]\r\nversion=01.00\r\n");
   installation_.share().setReadOnly(Installation::kServerRecord);
-  EXPECT_THAT(start(), Contains(kClosing));
+  const std::vector<std::string> lines = start();
+  EXPECT_THAT(lines, Contains(kClosing));
+  EXPECT_THAT(lines, Contains("Gestione ProdTrelv - Errore in GestioneProdottiComplementari "
+                              "(Impossibile registrare la versione 01.00 di NERIO nel file: "
+                              "S:\\Lumo\\prg\\etc\\agdvver.ini)"));
   EXPECT_EQ(installation_.serverRecord(), "[KXK]\r\nversion=01.00\r\n");
   EXPECT_EQ(station_.clientVersion("NERIO"), "01.00");
   start();

@@ -318,8 +318,16 @@ TEST(LockPath, JoinsWithoutBackslashOnTheClientOnly) {
   EXPECT_EQ(LockPath(station.program(), Side::Server, "\\\\srv\\Lumo"),
             "\\\\srv\\Lumo\\prg\\tempterm\\agdv.lck");
   EXPECT_EQ(LockPath(station.program(), Side::Client, "S:\\Lumo"), "C:\\Lumo\\Clientagdv.lck");
+}
+
+TEST(LockPath, OfAMissingStoreIsTheBareNameAndTheStoreIsReportedOnce) {
+  Installation installation;
+  Station station(installation);
+  using modProdTrelvManager::LockPath;
   station.machine().configuration().answerAlways(-4011);
   EXPECT_EQ(LockPath(station.program(), Side::Client, "S:\\Lumo"), "agdv.lck");
+  EXPECT_EQ(LockPath(station.program(), Side::Client, "S:\\Lumo"), "agdv.lck");
+  EXPECT_EQ(station.program().reports().size(), 1U);
 }
 
 TEST_F(UpdateRun, LockOfAnotherSessionIsLeftAlone) {

@@ -62,10 +62,10 @@ void expectFewOpenings(int products, int sections) {
   EXPECT_LE(share.files(), 2 * budget + 6);
   EXPECT_LE(share.lists, 2 * budget + 3);
   // Catalogue, version record, release of Dovra and the configuration files, each once; the record
-  // is written once for each product.
-  EXPECT_EQ(share.reads, budget + 3);
+  // once more for each product, whose version may have been raised meanwhile.
+  EXPECT_EQ(share.reads, 2 * budget + 3);
   EXPECT_EQ(share.profileReads, 0U);
-  EXPECT_EQ(share.profileWrites, budget);
+  EXPECT_EQ(share.profileWrites, 0U);
   for (int i = 1; i <= products; ++i) {
     const std::string conf = "S:\\Lumo\\" + UpToDateInstallation::configurationOf(i);
     EXPECT_EQ(machine.openings(conf).files(), 1U) << conf;

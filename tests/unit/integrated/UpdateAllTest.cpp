@@ -227,14 +227,23 @@ TEST_F(UpdateAll, PassesTheIntegrationPathToTheCommands) {
   EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe \"S:\\Work\" []"));
 }
 
-TEST_F(UpdateAll, WritesUnchangedVersionsBack) {
+TEST_F(UpdateAll, UnchangedVersionsLeaveTheRecordsUntouched) {
+  putOneProduct();
+  installation_.putServerRecord("[ZB]\n  version = 02.00\n");
+  station_.putClientRecord("[ZB]\n\nversion=02.00\n");
+  updateAll(station_);
+  EXPECT_EQ(installation_.serverRecord(), "[ZB]\n  version = 02.00\n");
+  EXPECT_EQ(machine().fileText(Station::kClientRecord), "[ZB]\n\nversion=02.00\n");
+}
+
+TEST_F(UpdateAll, VersionThatAnotherWorkstationRaisedMeanwhileIsNotLowered) {
   putOneProduct();
   installation_.putServerRecord("[ZB]\r\nversion=02.00\r\n");
   station_.putClientRecord("[ZB]\r\nversion=02.00\r\n");
+  machine().onCall("files.look S:\\Lumo\\zb.ini",
+                   [this] { installation_.putServerRecord("[ZB]\r\nversion=05.00\r\n"); });
   updateAll(station_);
-  EXPECT_EQ(machine().openings(Installation::kServerRecord).profileWrites, 1U);
-  EXPECT_EQ(machine().openings(Station::kClientRecord).profileWrites, 1U);
-  EXPECT_EQ(station_.serverVersion("ZB"), "02.00");
+  EXPECT_EQ(installation_.serverRecord(), "[ZB]\r\nversion=05.00\r\n");
 }
 
 TEST_F(UpdateAll, ProductThatIsNoPartOfTheInstallationGetsAnEmptyVersion) {
@@ -246,11 +255,11 @@ TEST_F(UpdateAll, ProductThatIsNoPartOfTheInstallationGetsAnEmptyVersion) {
 
 TEST_F(UpdateAll, ValuesThatOthersRecordMeanwhileSurvive) {
   putOneProduct();
-  installation_.putServerRecord("[ZB]\r\nversion=02.00\r\n[NERIO]\r\nversion=01.00\r\n");
+  installation_.putServerRecord("[ZB]\r\nversion=01.00\r\n[NERIO]\r\nversion=01.00\r\n");
   station_.putClientRecord("[ZB]\r\nversion=02.00\r\n");
   machine().onCall("profiles.writeValue " + std::string(Installation::kServerRecord), [this] {
     installation_.putServerRecord(
-        "[ZB]\r\nversion=02.00\r\n[NERIO]\r\nversion=03.00\r\nsite=Roma\r\n[Q2]\r\nversion=04.00"
+        "[ZB]\r\nversion=01.00\r\n[NERIO]\r\nversion=03.00\r\nsite=Roma\r\n[Q2]\r\nversion=04.00"
         "\r\n");
   });
   updateAll(station_);
@@ -315,18 +324,16 @@ TEST_F(UpdateAll, RefusedCommandsAreTriedAgainAtTheNextStart) {
   EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe"));
 }
 
-TEST_F(UpdateAll, StoreThatIsGoneHalfWayIsReportedAndTheWalkGoesOn) {
+TEST_F(UpdateAll, StoreThatIsGoneHalfWayChangesNothing) {
   putOneProduct();
   machine().onCall("files.read " + std::string(Installation::kCatalogue),
                    [this] { machine().configuration().setCallable(false); });
   updateAll(station_);
-  EXPECT_FALSE(station_.program().reports().empty());
+  EXPECT_TRUE(station_.program().reports().empty());
   EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe"));
   EXPECT_EQ(station_.serverVersion("ZB"), "01.00");
   EXPECT_EQ(station_.clientVersion("ZB"), "01.00");
-  // Without a client folder the lock is the bare name, in the current folder, and goes as any
-  // other.
-  EXPECT_FALSE(machine().fileExists("C:\\Lumo\\Programmi\\agdv.lck"));
+  EXPECT_FALSE(machine().fileExists(Station::kClientLock));
   EXPECT_EQ(lines().back(), kClosing);
 }
 
