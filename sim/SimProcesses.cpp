@@ -208,7 +208,7 @@ std::string SimProcesses::search(const std::string& name) const {
     folders.push_back(folder);
   }
   for (const std::string& folder : folders) {
-    const std::string path = existing(volumes_.fullPath(folder + "\\" + name));
+    std::string path = existing(volumes_.fullPath(folder + "\\" + name));
     if (!path.empty()) {
       return path;
     }

@@ -18,7 +18,7 @@ namespace {
 constexpr const char* kPointerKey = "SOFTWARE\\LUMO\\Configurazione";
 
 /// A longer file is no configuration of ours, bytes.
-constexpr std::size_t kMostBytes = 4U * 1024U * 1024U;
+constexpr std::size_t kMostBytes = std::size_t{4} * 1024 * 1024;
 /// Nor is one with more elements in each other: written with its indentation it would grow with the
 /// square of their number.
 constexpr int kMostLevels = 100;
