@@ -92,6 +92,18 @@ TEST_F(Start, IntegratedRunWithThreeArgumentsIsRefusedAndLogged) {
   EXPECT_FALSE(logged(kAnalysed));
 }
 
+TEST_F(Start, BoxOfMissingParametersComesBeforeItsLogLine) {
+  Lines before;
+  machine_.desktop().onBox([&](const sim::SimBox&) { before = program_.logLines(); });
+  run("INTEGRATEDRUN S:\\Lumo S:\\Integrazione");
+  ASSERT_FALSE(before.empty());
+  EXPECT_EQ(
+      "Gestione ProdTrelv - Linea di comando ArgV = INTEGRATEDRUN S:\\Lumo S:\\Integrazione\t "
+      "Numero parametri = 3",
+      before.back());
+  EXPECT_EQ(before.size() + 1, program_.logLines().size());
+}
+
 TEST_F(Start, OtherModesDoNotCountTheirArguments) {
   run("INTEGRATEDMAINTAIN");
   EXPECT_TRUE(machine_.boxes().empty());
@@ -208,6 +220,7 @@ TEST_F(Start, ThatCannotMakeTheFileSystemObjectEndsInTheMainHandler) {
   EXPECT_EQ(1U, machine_.boxes().size());
   EXPECT_EQ(0U,
             program_.logLines().back().find("Gestione ProdTrelv - Errore in modulo principale: "));
+  EXPECT_TRUE(logged(kAnalysed)) << "the command line was read before the plugin was looked for";
   EXPECT_FALSE(logged("Gestione ProdTrelv - Esecuzione in modalità interattiva"));
 }
 

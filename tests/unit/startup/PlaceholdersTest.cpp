@@ -107,6 +107,32 @@ TEST_F(Placeholders, SlashesOfInsertedPathsStay) {
   EXPECT_EQ("C:\\Lumo\\D:/x", text);
 }
 
+TEST_F(Placeholders, EachStepSeesWhatTheStepBeforeItInserted) {
+  machine_.system().setShellFolder(machine::kProgramFilesFolder, "%INSTALLTYPE%");
+  std::string paths = "%PATHSETUP%";
+  ReplacePlaceholders(program_, paths, "%PATHWORK%", "%PATHCLIENT%", "%PROGRAMFILES%");
+  EXPECT_EQ("rete", paths);
+
+  const std::string system = "Software\\Microsoft\\Windows\\CurrentVersion\\";
+  sim::SimRegistry& registry = machine_.registry();
+  registry.setText(kMachineWide, "Software\\AutoSetupInfo\\GASTRIM", "ProgramPath", "%BNAPPDIR%");
+  registry.setText(kMachineWide, system + "App Paths\\Brundel", "Path", "%OLV2007APPDIR%");
+  registry.setText(kMachineWide, system + "uninstall\\Olvamar2007", "InstallLocation",
+                   "%OLV2008APPDIR%");
+  registry.setText(kMachineWide, system + "uninstall\\Olvamar2008", "InstallLocation",
+                   "%KXKAPPDIR%");
+  registry.setText(kMachineWide, system + "App Paths\\Kexora.exe", "Path", "a%%b");
+  std::string values = "%PATHSETUP%";
+  ReplacePlaceholders(program_, values, "%RRAPPDIR%", "w", "c");
+  EXPECT_EQ("ab", values);
+}
+
+TEST_F(Placeholders, ValuesOfTheRegistryAreNoPathsAnyMore) {
+  machine_.registry().setText(kMachineWide, "Software\\AutoSetupInfo\\GASTRIM", "ProgramPath",
+                              "%PATHSETUP% %INSTALLTYPE% %PROGRAMFILES%");
+  EXPECT_EQ("%PATHSETUP% %INSTALLTYPE% %PROGRAMFILES%", replaced("%RRAPPDIR%"));
+}
+
 TEST_F(Placeholders, InsertedTextIsSeenByLaterStepsOnly) {
   std::string later = "%PATHSETUP%";
   ReplacePlaceholders(program_, later, "%INSTALLTYPE%", "w", "c");

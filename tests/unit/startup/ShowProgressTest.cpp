@@ -152,6 +152,20 @@ TEST(ShowProgress, OnAFormWithoutALineEndsBeforeThePercentage) {
   EXPECT_TRUE(window.textsOf("lblProgress").empty());
 }
 
+TEST(ShowProgress, OfAFreshBarWithoutALineEndsBeforeItsFirstStep) {
+  sim::SimMachine machine;
+  const sim::SimFormControls controls{{"lblProgress"}, {"prgProgress"}};
+  sim::SimFormWindow window("frmProva", nullptr, &controls);
+  window.setProgress("prgProgress", {.min = 0, .max = 1, .value = 0});
+  machine.desktop().activate(window);
+  ShowProgress(machine.desktop(), "riga");
+  machine::ProgressNumbers numbers;
+  ASSERT_TRUE(window.progress("prgProgress", numbers));
+  EXPECT_EQ(2, numbers.max);
+  EXPECT_EQ(0, numbers.value);
+  EXPECT_TRUE(window.textsOf("lblProgress").empty());
+}
+
 TEST(ShowProgress, OnAFormWithoutAPercentageStillShowsTheLine) {
   sim::SimMachine machine;
   const sim::SimFormControls controls{{"txtProgress"}, {"prgProgress"}};

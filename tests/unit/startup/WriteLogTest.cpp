@@ -330,6 +330,21 @@ TEST_F(WriteLog, DebugBoxShowsTheFirst200CharactersAndTheLogAll) {
   EXPECT_EQ("16/11/2026 09:30:00 -- " + ansi + "\r\n", logText());
 }
 
+TEST_F(WriteLog, DebugBoxComesAfterTheLineIsWrittenAndBeforeTheProgress) {
+  const sim::SimFormControls controls{{"txtProgress", "lblProgress"}, {"prgProgress"}};
+  sim::SimFormWindow window("frmProva", nullptr, &controls);
+  machine_.makeFolders(kLogFolder);
+  machine_.desktop().activate(window);
+  state().debugSwitch = true;
+  Lines seen;
+  machine_.desktop().onBox([&](const sim::SimBox&) {
+    seen = {logText(), state().lastLine, window.text("txtProgress")};
+  });
+  write("uno");
+  EXPECT_EQ((Lines{"16/11/2026 09:30:00 -- uno\r\n", "uno", ""}), seen);
+  EXPECT_EQ("uno", window.text("txtProgress"));
+}
+
 TEST_F(WriteLog, CancelTurnsTheDebugSwitchOff) {
   machine_.makeFolders(kLogFolder);
   state().debugSwitch = true;
