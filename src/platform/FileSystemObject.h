@@ -30,9 +30,9 @@ class FileSystemObject {
   /// when missing, 70 for a root; the first failure ends it.
   void deleteFolder(const std::string& path, bool force);
 
-  /// Parent of a path, as text only: C:\a\b gives C:\a, C:\a gives C:\, C:\ and a bare name give
-  /// "",
-  /// \\srv\share\x gives \\srv\share, that gives \\srv, that "".
+  /// Parent of a path, as text only: C:\a\b gives C:\a, C:\a gives C:\,
+  /// \\srv\share\x gives \\srv\share, that gives \\srv;
+  /// C:\, \\srv and a bare name give "".
   static std::string parentFolderName(const std::string& path);
 
  private:
