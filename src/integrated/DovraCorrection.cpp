@@ -46,10 +46,17 @@ void correctRecord(Program& program, const std::string& record, const std::strin
     return;
   }
   program.log.WriteLog(startLine);
+  bool allWritten = true;
   for (const Correction& correction : kCorrections) {
     orGoOn(program, [&]() -> void {
-      modLibrary::WriteSetting(program, correction.section, "version", record, correction.version);
+      allWritten = modLibrary::WriteSetting(program, correction.section, "version", record,
+                                            correction.version) != 0 &&
+                   allWritten;
     });
+  }
+  if (!allWritten) {
+    throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",
+                       "Impossibile correggere le versioni nel file: " + record);
   }
 }
 

@@ -110,6 +110,25 @@ TEST_F(DovraCorrection, EmptyReleaseFileIsAFailureToo) {
   EXPECT_EQ(lines().back(), "Gestione ProdTrelv - Release rilevata: ");
 }
 
+TEST_F(DovraCorrection, RecordThatCannotBeWrittenIsOneLineAndTheOtherIsCorrected) {
+  release("10.70.00");
+  installation_.putServerRecord("[KXK]\r\nversion=01.00\r\n");
+  installation_.share().setReadOnly(Installation::kServerRecord);
+  correct();
+  EXPECT_EQ(installation_.serverRecord(), "[KXK]\r\nversion=01.00\r\n");
+  EXPECT_EQ(station_.machine().fileText(Station::kClientRecord), kCorrected);
+  EXPECT_THAT(
+      lines(),
+      ElementsAre("Gestione ProdTrelv - Prodotto Dovra riconosciuto",
+                  "Gestione ProdTrelv - Verifica del valore del file: S:\\Lumo\\prg\\etc\\dvrel",
+                  "Gestione ProdTrelv - Release rilevata: 10.70.00",
+                  "Gestione ProdTrelv - Riconosciuta versione Dovra 05.70.00",
+                  "Gestione ProdTrelv - Inizio correzione file di versione server per Dovra",
+                  "Gestione ProdTrelv - Errore in GestioneProdottiComplementari (Impossibile "
+                  "correggere le versioni nel file: S:\\Lumo\\prg\\etc\\agdvver.ini)",
+                  "Gestione ProdTrelv - Inizio correzione file di versione client per Dovra"));
+}
+
 TEST_F(DovraCorrection, OnlyHappensWhereTheHostIsDovra) {
   release("10.70.00");
   modProdTrelvManager::UpdateAllProdottiComplementari(station_.program(), "S:\\Lumo", "", "");
