@@ -136,6 +136,14 @@ void correctForDovra(Program& program, const Inputs& inputs, const HostFiles& fi
   }
 }
 
+/// Does the record, looked at afresh, have a version of the product? One that cannot be read has
+/// none.
+bool isRecorded(Program& program, const SideOfProduct& product) {
+  program.configurationFiles.forget(product.record);
+  return program.configurationFiles.holds(product.id, "version", product.record) ||
+         !settingOf(program, product.id, "version", product.record).empty();
+}
+
 /// Puts the version that a run left behind into its side's record. The platform writes and reads
 /// the file afresh, so that what another workstation recorded meanwhile for other products
 /// survives. A version that the run did not raise is looked at afresh first: writing it over an
@@ -144,11 +152,8 @@ void correctForDovra(Program& program, const Inputs& inputs, const HostFiles& fi
 void recordVersion(Program& program, const SideOfProduct& product, const std::string& before,
                    const std::string& after) {
   const bool raised = after != before;
-  if (!raised) {
-    program.configurationFiles.forget(product.record);
-    if (!settingOf(program, product.id, "version", product.record).empty()) {
-      return;
-    }
+  if (!raised && isRecorded(program, product)) {
+    return;
   }
   const std::uint32_t written =
       modLibrary::WriteSetting(program, product.id, "version", product.record, after);

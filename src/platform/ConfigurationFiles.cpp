@@ -109,6 +109,13 @@ std::string ConfigurationFiles::read(const std::string& section, const std::stri
   return isAscii(*value) ? std::string(*value) : machine_.locale.fromAnsi(std::string(*value));
 }
 
+bool ConfigurationFiles::holds(const std::string& section, const std::string& key,
+                               const std::string& file) {
+  if (!isFullPath(file) || !IniDocument::canFind(section, key)) return false;
+  const Kept::File& kept = kept_->file(machine_, file);
+  return kept.document && kept.document->value(section, key).has_value();
+}
+
 void ConfigurationFiles::forget() { kept_->files.clear(); }
 
 void ConfigurationFiles::forget(const std::string& file) { kept_->files.erase(upperCase(file)); }

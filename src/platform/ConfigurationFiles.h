@@ -27,13 +27,17 @@ class ConfigurationFiles {
   std::string read(const std::string& section, const std::string& key, const std::string& file,
                    std::uint32_t size);
 
+  /// True when the key stands in the file, be its value empty. False also where only the platform
+  /// could tell. Reads the file like read().
+  bool holds(const std::string& section, const std::string& key, const std::string& file);
+
   /// Drops what was read: to be called after a command ran or a pack was opened, since either may
   /// have written any of the files.
   void forget();
   /// Drops what was read of one file: to be called after a value was written to it.
   void forget(const std::string& file);
-  /// The same, unless the file was read and the key had exactly this value: versions are written
-  /// back even when unchanged, which is no reason to read the record anew over the share.
+  /// The same, unless the file was read and the key had exactly this value: a write that changes
+  /// nothing is no reason to read the file anew over the share.
   void written(const std::string& section, const std::string& key, const std::string& file,
                const std::string& value);
 

@@ -78,6 +78,21 @@ TEST(ShareOpenings, AreFewForThreeProductsOfHundredSections) { expectFewOpenings
 
 TEST(ShareOpenings, AreFewForTwentyProducts) { expectFewOpenings(20, 5); }
 
+TEST(ShareOpenings, AreFewWhereTheServerHasNothingToInstall) {
+  constexpr std::size_t kProducts = 8;
+  UpToDateInstallation installation(kProducts, 0);
+  installation.putServerRecord("[KXK]\r\nversion=01.00\r\n");
+  Station station(installation);
+  startOnce(station, installation);
+  const std::string record = installation.serverRecord();
+  EXPECT_NE(record.find("[NERIO]\r\nversion=\r\n"), std::string::npos) << record;
+  station.machine().callLog().clear();
+  RealProgram program(station.machine());
+  program.run("INTEGRATEDRUN S:\\Lumo S:\\Lumo NERIO");
+  EXPECT_LE(station.machine().openings("S:\\").files(), 2 * kProducts + 6);
+  EXPECT_EQ(installation.serverRecord(), record);
+}
+
 TEST(ShareOpenings, DoNotGrowWithTheSections) {
   UpToDateInstallation small(4, 1);
   UpToDateInstallation large(4, 100);

@@ -90,6 +90,18 @@ TEST_F(ConfigurationFilesTest, AChangeIsSeenAfterForgetting) {
   EXPECT_EQ(openings("S:\\").reads, 2U);
 }
 
+TEST_F(ConfigurationFilesTest, AKeyThatStandsWithoutValueIsToldFromAMissingOne) {
+  put("[s]\r\nempty=\r\nfull=v\r\nbare\r\n");
+  EXPECT_TRUE(files_.holds("S", "EMPTY", kFile));
+  EXPECT_TRUE(files_.holds("s", "full", kFile));
+  EXPECT_FALSE(files_.holds("s", "bare", kFile));
+  EXPECT_FALSE(files_.holds("s", "missing", kFile));
+  EXPECT_FALSE(files_.holds("t", "full", kFile));
+  EXPECT_FALSE(files_.holds("s", "full", "S:\\missing.ini"));
+  EXPECT_FALSE(files_.holds("s", "full", "win.ini"));
+  EXPECT_EQ(openings(kFile).reads, 1U);
+}
+
 TEST_F(ConfigurationFilesTest, ForgettingOneFileKeepsTheOthers) {
   put("[s]\r\nk=old\r\n");
   machine_.putFile("S:\\b.ini", "[s]\r\nk=b\r\n");
