@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/XmlStore.h"
 #include "unit/integrated/Installation.h"
 #include "unit/support/RealProgram.h"
 
@@ -200,7 +201,11 @@ TEST_F(BadInput, ReadOnlyVersionRecordMakesEveryStartRepeat) {
 TEST_F(BadInput, LockedVersionRecordIsLeftAsItIs) {
   installation_.putServerRecord("[NERIO]\r\nversion=01.00\r\n");
   installation_.share().holdOpen(Installation::kServerRecord, sim::Sharing::None);
-  EXPECT_THAT(start(), Contains(kClosing));
+  const std::vector<std::string> lines = start();
+  EXPECT_THAT(lines, Contains(kClosing));
+  EXPECT_THAT(lines, Contains("Gestione ProdTrelv - Errore in GestioneProdottiComplementari "
+                              "(Impossibile registrare la versione 01.00 di NERIO nel file: "
+                              "S:\\Lumo\\prg\\etc\\agdvver.ini)"));
   EXPECT_EQ(started().back(), "S:\\Lumo\\nerio.exe ");
   installation_.share().release(Installation::kServerRecord);
   EXPECT_EQ(installation_.serverRecord(), "[NERIO]\r\nversion=01.00\r\n");
@@ -234,7 +239,7 @@ TEST_F(BadInput, FullDiskOfTheLogLosesLinesAndNothingElse) {
                                  configurationText({{"Setup01", "01.00", {"S:\\Lumo\\a.exe"}, {}}},
                                                    {"NERIO=%PATHSETUP%\\nerio.exe"}));
   installation_.putConfiguration("zb.ini", configurationText({}));
-  start();
+  EXPECT_THAT(start(), Not(Contains(kClosing)));
   EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\nerio.exe "));
   EXPECT_EQ(station_.serverVersion("NERIO"), "01.00");
 }
@@ -248,6 +253,108 @@ TEST_F(BadInput, UserWithoutRightsGetsBoxesAndTheProgram) {
   EXPECT_EQ(station_.serverVersion("NERIO"), "");
   EXPECT_FALSE(installation_.serverLockExists());
   EXPECT_FALSE(machine().fileExists(Station::kClientLock));
+}
+
+// --- Configuration store: ours, in the place of the host's
+
+constexpr const char* kStoreFile = "C:\\Lumo\\Client\\lumoconf.xml";
+constexpr const char* kStorePointers = "SOFTWARE\\LUMO\\Configurazione";
+
+std::string storeText(const std::string& server) {
+  return "<configuration><product name=\"SYSTEM\"><section name=\"Complementary_Products\"><key "
+         "name=\"Integration\"><attribute name=\"Path\" type=\"1\">" +
+         server + "</attribute></key></section></product></configuration>";
+}
+
+class BadStore : public BadInput {
+ protected:
+  BadStore() {
+    setPointer("Schema", "C:\\Lumo\\Client\\lumoconf.xsd");
+    setPointer("Config", kStoreFile);
+    machine().putFile("C:\\Lumo\\Client\\lumoconf.xsd", "<schema/>");
+    machine().useConfigurationLibrary(store_);
+  }
+
+  void setPointer(const std::string& name, const std::string& path) {
+    machine().registry().setText(machine::Hive::LocalMachine, kStorePointers, name, path);
+  }
+
+  /// A store of these bytes is reported, refused like another server's and left as it is.
+  void expectRefused(const std::string& bytes) {
+    machine().putFile(kStoreFile, bytes);
+    const std::vector<std::string> lines = start();
+    EXPECT_THAT(machine().desktop().shownForms(), ElementsAre("frmError"));
+    EXPECT_THAT(machine().boxes(), SizeIs(1));
+    EXPECT_THAT(lines, Contains("Gestione ProdTrelv - Integrazione disponibile ma su altro server "
+                                "- Impossibile proseguire"));
+    EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\nerio.exe "));
+    EXPECT_EQ(machine().fileText(kStoreFile), bytes);
+  }
+
+  XmlStore store_{machine().machine().files, machine().machine().registry,
+                  machine().machine().locale};
+};
+
+TEST_F(BadStore, ThatIsWholeIsUsed) {
+  machine().putFile(kStoreFile, storeText("S:\\Lumo"));
+  EXPECT_THAT(start(), Contains(kClosing));
+  EXPECT_THAT(machine().desktop().shownForms(), IsEmpty());
+  EXPECT_THAT(started(), SizeIs(5));
+}
+
+TEST_F(BadStore, WithoutPointersIsReportedAndEverythingElseIsDone) {
+  setPointer("Schema", "");
+  setPointer("Config", "");
+  machine().putFile(kStoreFile, storeText("S:\\Altro"));
+  const std::vector<std::string> lines = start();
+  EXPECT_THAT(lines, Contains("Suite Lumo non trovata in registro: Errore riscontrato -4001"));
+  EXPECT_THAT(lines, Contains(kClosing));
+  EXPECT_THAT(machine().desktop().shownForms(), Contains("frmError"));
+  EXPECT_THAT(started(), SizeIs(5));
+  EXPECT_EQ(machine().fileText(kStoreFile), storeText("S:\\Altro"));
+}
+
+TEST_F(BadStore, Empty) { expectRefused(""); }
+
+TEST_F(BadStore, Truncated) {
+  const std::string whole = storeText("S:\\Lumo");
+  expectRefused(whole.substr(0, whole.size() / 2));
+}
+
+TEST_F(BadStore, IllFormed) { expectRefused("<configuration></product></configuration>"); }
+
+TEST_F(BadStore, Huge) {
+  expectRefused(storeText("S:\\Lumo") + std::string(5U * 1024U * 1024U, ' '));
+}
+
+TEST_F(BadStore, WithEntitiesThatMultiply) {
+  std::string entities = "<!ENTITY a \"S:\\Lumo\">";
+  for (char name = 'b'; name <= 'j'; ++name) {
+    const char inner = static_cast<char>(name - 1);
+    entities += std::string("<!ENTITY ") + name + " \"";
+    for (int i = 0; i < 10; ++i) {
+      entities += std::string("&") + inner + ";";
+    }
+    entities += "\">";
+  }
+  expectRefused("<!DOCTYPE configuration [" + entities + "]>" + storeText("&j;"));
+}
+
+// --- Command line
+
+TEST_F(BadInput, CommandLineWithALoneQuoteTakesTheRestAsOneArgument) {
+  RealProgram program(station_.machine());
+  program.run("INTEGRATEDRUN S:\\Lumo S:\\Lumo NERIO \"archivio 2026 resto");
+  EXPECT_THAT(program.logLines(), Contains(kClosing));
+  EXPECT_EQ(started().back(), "S:\\Lumo\\nerio.exe archivio 2026 resto");
+}
+
+TEST_F(BadInput, CommandLineOfThirtyTwoThousandCharactersReachesTheProgram) {
+  const std::string rest(32000, 'x');
+  RealProgram program(station_.machine());
+  program.run("INTEGRATEDRUN S:\\Lumo S:\\Lumo NERIO " + rest);
+  EXPECT_THAT(program.logLines(), Contains(kClosing));
+  EXPECT_EQ(started().back(), "S:\\Lumo\\nerio.exe " + rest);
 }
 
 }  // namespace

@@ -217,6 +217,17 @@ TEST_F(UpdateAll, EachSideGoesByItsOwnRecord) {
   EXPECT_EQ(station_.clientVersion("ZB"), "01.00");
 }
 
+TEST_F(UpdateAll, BothVersionsAreReadBeforeTheServersRun) {
+  putOneProduct();
+  installation_.share().putProgram("S:\\Lumo\\a.exe", [this](sim::SimProcess&) {
+    station_.putClientRecord("[ZB]\r\nversion=02.00\r\n");
+    return 0U;
+  });
+  updateAll(station_);
+  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe"));
+  EXPECT_EQ(station_.clientVersion("ZB"), "01.00");
+}
+
 TEST_F(UpdateAll, PassesTheIntegrationPathToTheCommands) {
   putOneProduct();
   installation_.putConfiguration(
@@ -244,6 +255,24 @@ TEST_F(UpdateAll, VersionThatAnotherWorkstationRaisedMeanwhileIsNotLowered) {
                    [this] { installation_.putServerRecord("[ZB]\r\nversion=05.00\r\n"); });
   updateAll(station_);
   EXPECT_EQ(installation_.serverRecord(), "[ZB]\r\nversion=05.00\r\n");
+}
+
+TEST_F(UpdateAll, VersionThatAnotherWorkstationRemovedMeanwhileIsWrittenBack) {
+  putOneProduct();
+  installation_.putServerRecord("[ZB]\r\nversion=02.00\r\n");
+  machine().onCall("files.look S:\\Lumo\\zb.ini",
+                   [this] { installation_.putServerRecord("[Q2]\r\nversion=05.00\r\n"); });
+  updateAll(station_);
+  EXPECT_EQ(installation_.serverRecord(), "[Q2]\r\nversion=05.00\r\n[ZB]\r\nversion=02.00\r\n");
+}
+
+TEST_F(UpdateAll, EmptyVersionIsNotPutOverOneThatAnotherWorkstationRecordedMeanwhile) {
+  putOneProduct();
+  station_.program().state.startup.administrator = false;
+  machine().onCall("files.look S:\\Lumo\\zb.ini",
+                   [this] { installation_.putServerRecord("[ZB]\r\nversion=01.00\r\n"); });
+  updateAll(station_);
+  EXPECT_EQ(installation_.serverRecord(), "[ZB]\r\nversion=01.00\r\n");
 }
 
 TEST_F(UpdateAll, ProductThatIsNoPartOfTheInstallationGetsAnEmptyVersion) {

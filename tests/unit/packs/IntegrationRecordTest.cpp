@@ -106,6 +106,32 @@ TEST_F(IntegrationRecord, RunTimeFailureIsReportedAndAnswersNo) {
   EXPECT_EQ(program_.reports()[0].kind, report_kind::kProgramError);
 }
 
+/// A log whose first line raises, which the real log never does.
+class LogOfOneFailure : public FakeRunLog {
+ public:
+  void WriteLog(const std::string& text) override {
+    if (!failed_) {
+      failed_ = true;
+      throw RuntimeError(runtime_number::kDeviceFailure, "test", "log guasto");
+    }
+    FakeRunLog::WriteLog(text);
+  }
+
+ private:
+  bool failed_ = false;
+};
+
+TEST_F(IntegrationRecord, RunTimeFailureIsLoggedBehindItsReport) {
+  LogOfOneFailure log;
+  Program failing{program_.program.machine, program_.state,      log,
+                  program_.errors,          program_.fileSystem, program_.configurationFiles};
+  std::string path;
+  EXPECT_FALSE(modMain::VerifyConfig(failing, path));
+  EXPECT_EQ(program_.reports().size(), 1U);
+  EXPECT_THAT(log.lines, ElementsAre("Gestione ProdTrelv - Errore in Determinazione "
+                                     "configurazione: log guasto"));
+}
+
 TEST_F(IntegrationRecord, IsWrittenWhenMissing) {
   station_.forgetIntegration();
   EXPECT_TRUE(modMain::WriteIntegrationConfig(program_, "S:\\Lumo"));
