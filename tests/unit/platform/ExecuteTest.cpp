@@ -62,6 +62,19 @@ TEST(Execute, AnswersTrueWhenTheWaitFails) {
   EXPECT_THAT(program.reports(), IsEmpty());
 }
 
+TEST(Execute, ReportsAnUnexpectedFailureAndAnswersFalse) {
+  FakeProgram program;
+  program.sim.programs().define("C:\\p.exe", [](sim::SimProcess&) -> std::uint32_t {
+    throw RuntimeError(7, "prova", "guasto");
+  });
+  EXPECT_FALSE(Execute(program, "C:\\p.exe", true));
+  ASSERT_EQ(program.reports().size(), 1U);
+  EXPECT_EQ(program.reports()[0].module, "modLibrary");
+  EXPECT_EQ(program.reports()[0].procedure, "Execute");
+  EXPECT_EQ(program.reports()[0].message, "Errore in esecuzione programma: C:\\p.exe");
+  EXPECT_EQ(program.reports()[0].failure.number(), 7);
+}
+
 TEST(Execute, HidesTheWindowOnlyWhenToldSo) {
   FakeProgram program;
   program.sim.programs().define("C:\\p.exe");

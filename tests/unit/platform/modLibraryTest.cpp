@@ -285,6 +285,32 @@ TEST(DeleteFile, ReportsAndLogsAFileThatStays) {
                                            "Autorizzazione negata: C:\\a.txt"));
 }
 
+/// The system says that it deleted, and what it deleted is still there.
+void deleteInNameOnly(FakeProgram& program) {
+  program.sim.callLog().setInjector([](const sim::SimCall& call) -> std::optional<SystemCode> {
+    const bool deletes =
+        call.kind == sim::CallKind::FileRemove || call.kind == sim::CallKind::FolderRemove;
+    return deletes ? std::optional<SystemCode>(system_code::kSuccess) : std::nullopt;
+  });
+}
+
+TEST(DeleteFile, AnswersFalseInSilenceWhenTheFileIsStillThere) {
+  FakeProgram program;
+  program.sim.putFile("C:\\a.txt", "x");
+  deleteInNameOnly(program);
+  EXPECT_FALSE(DeleteFile(program, "C:\\a.txt"));
+  EXPECT_THAT(program.lines(), IsEmpty());
+  EXPECT_THAT(program.reports(), IsEmpty());
+}
+
+TEST(DeleteFolder, AnswersFalseInSilenceWhenTheFolderIsStillThere) {
+  FakeProgram program;
+  program.sim.makeFolders("C:\\d");
+  deleteInNameOnly(program);
+  EXPECT_FALSE(DeleteFolder(program, "C:\\d"));
+  EXPECT_THAT(program.reports(), IsEmpty());
+}
+
 TEST(DeleteFolder, DropsOneTrailingBackslash) {
   FakeProgram program;
   program.sim.putFile("C:\\d\\e\\a.txt", "x");
