@@ -25,6 +25,19 @@ bool isFile(const std::wstring& path) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
+/// `code` receives the system's answer. A library that is damaged, or lacks one of its own, is an
+/// answer like others: without this the system shows a box of its own for it, before ours. Only
+/// while loading, because started programs inherit the mode.
+OwnedLibrary loaded(const std::wstring& path, SystemCode& code) {
+  const UINT before = SetErrorMode(SEM_FAILCRITICALERRORS);
+  SetErrorMode(before | SEM_FAILCRITICALERRORS);
+  // The library's own dependencies are looked for beside it, not beside this program.
+  OwnedLibrary library(LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+  code = library ? system_code::kSuccess : GetLastError();
+  SetErrorMode(before);
+  return library;
+}
+
 }  // namespace
 
 LibraryFolders LibraryFolders::ofThisProcess() { return {ownFolder(), systemFolder()}; }
@@ -39,10 +52,12 @@ HostLibraryFile::HostLibraryFile(const LibraryFolders& folders, const wchar_t* n
 
 FARPROC HostLibraryFile::address(const char* name, SystemCode& code) {
   if (!library_) {
-    // The library's own dependencies are looked for beside it, not beside this program.
-    library_ = OwnedLibrary(LoadLibraryExW(path_.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+    library_ = loaded(path_, code);
   }
-  FARPROC found = library_ ? GetProcAddress(library_.get(), name) : nullptr;
+  if (!library_) {
+    return nullptr;
+  }
+  FARPROC found = GetProcAddress(library_.get(), name);
   code = found != nullptr ? system_code::kSuccess : GetLastError();
   return found;
 }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <bit>
 #include <string>
 
 #include "base/RuntimeError.h"
@@ -64,6 +65,26 @@ TEST_F(HostLibraries, ThatAreNoLibraryFail) {
   Win32ConfigurationLibrary configuration(folders());
   EXPECT_TRUE(configuration.stands());
   EXPECT_THROW(configuration.getConfigPath(1, buffer), RuntimeError);
+}
+
+UINT errorMode() {
+  const UINT mode = SetErrorMode(0);
+  SetErrorMode(mode);
+  return mode;
+}
+
+TEST_F(HostLibraries, AreLoadedWithoutTheSystemsBoxesAndProgramsDoNotInheritThat) {
+  install("tovrautil.dll", own_ + "\\tovrautil.dll");
+  SetErrorMode(SEM_NOOPENFILEERRORBOX);
+  Win32SupportLibrary library(folders());
+  EXPECT_EQ(SupportAnswer::Yes, library.isAdministrator());
+  EXPECT_EQ(SEM_NOOPENFILEERRORBOX, static_cast<int>(errorMode()));
+  SetErrorMode(0);
+  using ErrorModeAtLoad = UINT WINAPI();
+  auto* const atLoad = std::bit_cast<ErrorModeAtLoad*>(
+      GetProcAddress(GetModuleHandleW(L"tovrautil.dll"), "ErrorModeAtLoad"));
+  ASSERT_NE(nullptr, atLoad);
+  EXPECT_EQ(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, static_cast<int>(atLoad()));
 }
 
 TEST_F(HostLibraries, ThatLackTheEntryFail) {

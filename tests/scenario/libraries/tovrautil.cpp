@@ -1,6 +1,7 @@
 // A support library of the host suite for tests: answers as the section [tovrautil] of
 // "tovrautil.ini" beside it says (keys "administrator", 0 or 1, and "temporary") and adds one line
-// to "tovrautil.txt" for each call.
+// to "tovrautil.txt" for each call. ErrorModeAtLoad tells the process's error mode when it was
+// loaded.
 #include <windows.h>
 
 #include <string>
@@ -28,7 +29,19 @@ void note(const std::string& line) {
   CloseHandle(file);
 }
 
+UINT errorModeAtLoad = 0;
+
 }  // namespace
+
+BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
+  if (reason == DLL_PROCESS_ATTACH) {
+    errorModeAtLoad = SetErrorMode(0);
+    SetErrorMode(errorModeAtLoad);
+  }
+  return TRUE;
+}
+
+extern "C" UINT __stdcall ErrorModeAtLoad() { return errorModeAtLoad; }
 
 extern "C" int __stdcall IsAdministrator() {
   note("IsAdministrator");
