@@ -36,7 +36,6 @@ namespace runtime_number {
 constexpr std::int32_t kInvalidCall = 5;
 constexpr std::int32_t kOverflow = 6;
 constexpr std::int32_t kOutOfMemory = 7;
-constexpr std::int32_t kSubscript = 9;
 constexpr std::int32_t kFileNotFound = 53;
 constexpr std::int32_t kDeviceFailure = 57;
 constexpr std::int32_t kFileExists = 58;
@@ -46,7 +45,6 @@ constexpr std::int32_t kPermissionDenied = 70;
 constexpr std::int32_t kPathAccess = 75;
 constexpr std::int32_t kPathNotFound = 76;
 constexpr std::int32_t kNoObject = 91;
-constexpr std::int32_t kCannotCreateObject = 429;
 constexpr std::int32_t kApplicationDefined = 440;
 }  // namespace runtime_number
 

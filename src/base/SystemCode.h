@@ -10,7 +10,6 @@ using SystemCode = std::uint32_t;
 /// The system codes that the program or its tests tell apart; every other value is passed on as is.
 namespace system_code {
 constexpr SystemCode kSuccess = 0;
-constexpr SystemCode kInvalidFunction = 1;
 constexpr SystemCode kFileNotFound = 2;
 constexpr SystemCode kPathNotFound = 3;
 constexpr SystemCode kAccessDenied = 5;
@@ -30,7 +29,6 @@ constexpr SystemCode kDirectoryNotEmpty = 145;
 constexpr SystemCode kBadPathname = 161;
 constexpr SystemCode kAlreadyExists = 183;
 constexpr SystemCode kBadExeFormat = 193;
-constexpr SystemCode kEnvironmentVariableNotFound = 203;
 constexpr SystemCode kMoreData = 234;
 constexpr SystemCode kNoMoreItems = 259;
 constexpr SystemCode kDirectoryName = 267;

@@ -41,6 +41,15 @@ SystemCode writeAll(const OwnedFile& file, std::string_view bytes) {
   return written == bytes.size() ? system_code::kSuccess : system_code::kDiskFull;
 }
 
+/// Puts what was written to a file on the disk; as far as it can, since a read-only file refuses.
+void flush(const std::string& path) {
+  const OwnedFile file =
+      open(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, OPEN_EXISTING);
+  if (file) {
+    FlushFileBuffers(file.get());
+  }
+}
+
 /// Reads to the end or the limit. A file's read that gives less than was asked for has met the
 /// end, so that a usual file costs one call.
 SystemCode readAll(const OwnedFile& file, std::size_t limit, std::string& content) {
@@ -171,6 +180,8 @@ SystemCode Win32Files::copyFile(const std::string& source, const std::string& ta
 }
 
 SystemCode Win32Files::replaceFile(const std::string& source, const std::string& target) {
+  // After a power failure the name must not stand for content that was still on its way.
+  flush(source);
   return codeOf(MoveFileExW(wide(source).c_str(), wide(target).c_str(), MOVEFILE_REPLACE_EXISTING));
 }
 
