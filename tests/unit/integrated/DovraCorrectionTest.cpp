@@ -63,6 +63,12 @@ TEST_F(DovraCorrection, OtherReleaseIsOnlyTold) {
   EXPECT_THAT(lines(), Not(Contains("Gestione ProdTrelv - Riconosciuta versione Dovra 05.70.00")));
 }
 
+TEST_F(DovraCorrection, LooksAtTheFirstLineOnly) {
+  release("10.70\r\n.00");
+  correct();
+  EXPECT_EQ(lines().back(), "Gestione ProdTrelv - Release rilevata: 10.70");
+}
+
 TEST_F(DovraCorrection, RecordAlreadyCorrectedIsLeftAlone) {
   release("10.70.00");
   installation_.putServerRecord("[ZB]\r\nversion=09.93.00\r\n");

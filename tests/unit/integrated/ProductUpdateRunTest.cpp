@@ -384,6 +384,20 @@ TEST_F(UpdateRun, LockThatHasNoRoomLeavesNoEmptyFileBehind) {
             "S:\\Lumo\\prg\\tempterm\\agdv.lck)");
 }
 
+TEST_F(UpdateRun, LockThatAnotherSessionWasFasterToTakeIsLeftAlone) {
+  configure({{"Update01", "01.00", {"S:\\Lumo\\a.exe"}, {}}});
+  machine().callLog().setInjector([this](const sim::SimCall& call) -> std::optional<SystemCode> {
+    if (call.text.rfind("files.write " + std::string(kLock), 0) != 0) {
+      return std::nullopt;
+    }
+    installation_.share().put(kLock, "other");
+    return system_code::kAccessDenied;
+  });
+  EXPECT_FALSE(updateServer());
+  EXPECT_THAT(started(), IsEmpty());
+  EXPECT_EQ(installation_.share().text(kLock), "other");
+}
+
 TEST_F(UpdateRun, FolderOfTheLockThatCannotBeMadeEndsTheRun) {
   installation_.share().removeTree("S:\\Lumo\\prg\\tempterm");
   installation_.share().denyWriting("S:\\Lumo\\prg\\tempterm");

@@ -282,6 +282,15 @@ TEST_F(UpdateAll, ProductThatIsNoPartOfTheInstallationGetsAnEmptyVersion) {
   EXPECT_EQ(lines().back(), kClosing);
 }
 
+TEST_F(UpdateAll, EmptyVersionThatCannotBeWrittenIsNotTold) {
+  installation_.putCatalogue({{"ZB", "Bilancio", "zb.ini"}});
+  installation_.putServerRecord("[KXK]\r\nversion=01.00\r\n");
+  installation_.share().setReadOnly(Installation::kServerRecord);
+  updateAll(station_);
+  EXPECT_THAT(lines(), Not(Contains(HasSubstr("Errore"))));
+  EXPECT_EQ(lines().back(), kClosing);
+}
+
 TEST_F(UpdateAll, ValuesThatOthersRecordMeanwhileSurvive) {
   putOneProduct();
   installation_.putServerRecord("[ZB]\r\nversion=01.00\r\n[NERIO]\r\nversion=01.00\r\n");
@@ -306,6 +315,7 @@ TEST_F(UpdateAll, ProductWithoutIdentifierRecordsNothingAndRunsAgain) {
   EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe", "S:\\Lumo\\a.exe",
                                      "S:\\Lumo\\b.exe"));
   EXPECT_FALSE(installation_.share().exists(Installation::kServerRecord));
+  EXPECT_THAT(lines(), Not(Contains(HasSubstr("Impossibile registrare"))));
   EXPECT_EQ(lines().back(), kClosing);
 }
 
