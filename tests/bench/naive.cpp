@@ -14,6 +14,11 @@ std::string ConfigurationFiles::read(const std::string& section, const std::stri
   return machine_.profiles.readValue(section, key, "", size, file);
 }
 
+bool ConfigurationFiles::holds(const std::string& /*section*/, const std::string& /*key*/,
+                               const std::string& /*file*/) {
+  return false;
+}
+
 void ConfigurationFiles::forget() {}
 void ConfigurationFiles::forget(const std::string& /*file*/) {}
 void ConfigurationFiles::written(const std::string& /*section*/, const std::string& /*key*/,
