@@ -83,11 +83,43 @@ struct PlatformProbes {
   bool win2008SingleUser = false;
 };
 
+/// What the last presence check found out about one product; each check overwrites it whole.
+struct ProductInformation {
+  /// One of the product codes; 0 before the first check.
+  std::int32_t productCode = 0;
+  std::string productName;
+  /// Versions found, empty when none.
+  std::string serverVersion;
+  std::string clientVersion;
+  /// Setup: the product is not there yet. Update: it is.
+  Operation kind{};
+  Side side = Side::None;
+  /// The product's folders, empty when not found.
+  std::string serverFolder;
+  std::string clientFolder;
+};
+
+/// A product that is to be set up directly.
+struct SelectedProduct {
+  /// Compared without regard to case with the identifiers of the catalogue.
+  std::string identifier;
+};
+
+/// What the inventory remembers for the whole process.
+struct InventoryState {
+  ProductInformation product;
+  /// Full path of the product report; empty until one was begun.
+  std::string reportFile;
+};
+
 /// All program-wide state of one process, passed explicitly.
 struct ProgramState {
   StartupFacts startup;
   RunLogState runLog;
   PlatformProbes platform;
+  InventoryState inventory;
+  /// The products that the direct set-up runs.
+  std::vector<SelectedProduct> selectedProducts;
 };
 
 }  // namespace trelv
