@@ -17,6 +17,8 @@ struct FileFacts {
   bool reparsePoint = false;
   /// Length in bytes; 0 for a folder.
   std::uint64_t size = 0;
+  /// Last change, in units of 100 ns since 1601-01-01 UTC.
+  std::uint64_t modified = 0;
 };
 
 /// One entry of a folder, without "." and "..".

@@ -9,4 +9,15 @@ bool OpenZipPacksInFolder(Program& /*program*/, const std::string& /*folder*/,
   return true;
 }
 
+bool OpenZipPack(Program& /*program*/, const std::string& /*zipPath*/,
+                 const std::string& /*destination*/, bool /*removePack*/) {
+  return true;
+}
+
+void OpenFolderPacks(Program& /*program*/, const std::string& /*folder*/,
+                     const std::string& /*target*/) {}
+
+void OpenSinglePacks(Program& /*program*/, const std::string& /*packPath*/,
+                     const std::string& /*target*/) {}
+
 }  // namespace trelv::modProdTrelvManager

@@ -1,8 +1,11 @@
 #include "platform/FileSystemObject.h"
 
+#include <algorithm>
+#include <limits>
 #include <vector>
 
 #include "base/RuntimeError.h"
+#include "base/Text.h"
 
 namespace trelv {
 namespace {
@@ -80,6 +83,80 @@ void removeTree(machine::Files& files, const std::string& folder, const machine:
   require(files.removeFolder(folder), folder);
 }
 
+/// Full path of the copy: a target with a trailing backslash is the folder that gets it.
+std::string copyPath(const std::string& source, const std::string& target) {
+  const std::string named = bareFolder(source);
+  return endsWithSeparator(target) ? child(target, named.substr(named.find_last_of("\\/") + 1))
+                                   : target;
+}
+
+bool liesAtOrIn(const std::string& path, const std::string& folder) {
+  return equalNoCase(path.substr(0, folder.size()), folder) &&
+         (path.size() == folder.size() || endsWithSeparator(folder) ||
+          isSeparator(path[folder.size()]));
+}
+
+struct CopyMode {
+  bool overwrite = true;
+  bool force = false;
+};
+
+/// The code of a copy onto a file that may be read-only, which a copy refuses.
+SystemCode copyForced(machine::Files& files, const std::string& source, const std::string& target) {
+  const SystemCode code = files.copyFile(source, target);
+  machine::FileFacts facts;
+  if (code != system_code::kAccessDenied || files.look(target, facts) != system_code::kSuccess ||
+      facts.folder || !facts.readOnly ||
+      files.setReadOnly(target, false) != system_code::kSuccess) {
+    return code;
+  }
+  return files.copyFile(source, target);
+}
+
+void copyOneFile(machine::Files& files, const std::string& source, const std::string& target,
+                 const CopyMode& mode) {
+  machine::FileFacts facts;
+  if (!mode.overwrite && files.look(target, facts) == system_code::kSuccess) {
+    throw failureFromSystemCode(system_code::kFileExists, target);
+  }
+  require(mode.force ? copyForced(files, source, target) : files.copyFile(source, target), target);
+}
+
+/// Makes the folder unless it is there.
+void makeSure(machine::Files& files, const std::string& folder) {
+  const SystemCode code = files.makeFolder(folder);
+  if (code != system_code::kAlreadyExists) {
+    require(code, folder);
+    return;
+  }
+  machine::FileFacts facts;
+  require(files.look(folder, facts), folder);
+  if (!facts.folder) {
+    throw failureFromSystemCode(system_code::kFileExists, folder);
+  }
+}
+
+void copyTree(machine::Files& files, const std::string& source, const std::string& target,
+              const CopyMode& mode) {
+  std::vector<machine::FolderEntry> entries;
+  require(files.list(source, entries), source);
+  makeSure(files, target);
+  for (const machine::FolderEntry& entry : entries) {
+    const std::string from = child(source, entry.name);
+    const std::string to = child(target, entry.name);
+    // What a link points to was not put into this folder.
+    if (entry.facts.reparsePoint) {
+      throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",
+                         "Collegamento non copiato: " + from);
+    }
+    if (entry.facts.folder) {
+      copyTree(files, from, to, mode);
+    } else {
+      copyOneFile(files, from, to, mode);
+    }
+  }
+}
+
 }  // namespace
 
 bool FileSystemObject::fileExists(const std::string& path) {
@@ -119,6 +196,79 @@ void FileSystemObject::deleteFolder(const std::string& path, bool force) {
   }
   require(code, path);
   removeTree(files_, folder, facts, force);
+}
+
+void FileSystemObject::copyFile(const std::string& source, const std::string& target,
+                                bool overwrite) {
+  if (!fileExists(source)) {
+    throw failureFromSystemCode(system_code::kFileNotFound, source);
+  }
+  copyOneFile(files_, source, copyPath(source, target), {overwrite, false});
+}
+
+void FileSystemObject::copyFolder(const std::string& source, const std::string& target,
+                                  bool overwrite, bool force) {
+  const std::string from = bareFolder(source);
+  const std::string to = copyPath(from, target);
+  if (!folderExists(from)) {
+    throw failureFromSystemCode(system_code::kPathNotFound, source);
+  }
+  if (liesAtOrIn(to, from)) {
+    throw failureFromSystemCode(system_code::kAccessDenied, target);
+  }
+  copyTree(files_, from, to, {overwrite, force});
+}
+
+std::vector<machine::FolderEntry> FileSystemObject::fileEntries(const std::string& folder) {
+  std::vector<machine::FolderEntry> entries;
+  require(files_.list(bareFolder(folder), entries), folder);
+  std::erase_if(entries, [](const machine::FolderEntry& entry) { return entry.facts.folder; });
+  return entries;
+}
+
+std::vector<std::string> FileSystemObject::files(const std::string& folder) {
+  std::vector<std::string> names;
+  for (const machine::FolderEntry& entry : fileEntries(folder)) {
+    names.push_back(entry.name);
+  }
+  return names;
+}
+
+std::uint64_t FileSystemObject::dateLastModified(const std::string& path) {
+  constexpr std::uint64_t kUnitsPerSecond = 10'000'000;
+  machine::FileFacts facts;
+  const SystemCode code = files_.look(path, facts);
+  if (code == system_code::kPathNotFound || (code == system_code::kSuccess && facts.folder)) {
+    throw failureFromSystemCode(system_code::kFileNotFound, path);
+  }
+  require(code, path);
+  return facts.modified / kUnitsPerSecond;
+}
+
+std::vector<std::string> FileSystemObject::readLines(const std::string& path) {
+  std::string bytes;
+  require(files_.read(path, std::numeric_limits<std::size_t>::max(), bytes), path);
+  std::vector<std::string> lines;
+  for (std::size_t at = 0; at < bytes.size();) {
+    const std::size_t end = std::min(bytes.find('\n', at), bytes.size());
+    const bool carriageReturn = end < bytes.size() && end > at && bytes[end - 1] == '\r';
+    lines.push_back(bytes.substr(at, end - at - (carriageReturn ? 1 : 0)));
+    at = end + 1;
+  }
+  return lines;
+}
+
+void FileSystemObject::writeText(const std::string& path, const std::string& bytes) {
+  require(files_.write(path, bytes), path);
+}
+
+FileSystemObject& FileSystemObjects::requiredFileSystemObject() {
+  FileSystemObject* const object = fileSystemObject();
+  if (object == nullptr) {
+    throw RuntimeError(runtime_number::kNoObject, "TrelvManager",
+                       "Oggetto FileSystemObject non disponibile");
+  }
+  return *object;
 }
 
 std::string FileSystemObject::parentFolderName(const std::string& path) {

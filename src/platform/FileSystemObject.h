@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,40 @@ class FileSystemObject {
   /// when missing, 70 for a root; the first failure ends it.
   void deleteFolder(const std::string& path, bool force);
 
+  /// Copies one file, its last-modified time and its attributes included. `target` names the copy;
+  /// with a trailing backslash it is an existing folder that gets a copy of the same name. Raises
+  /// 53 when the source is missing or a folder, 76 when the target's folder is missing, 58 when the
+  /// target exists and not `overwrite`, 70 for a target that is a folder, is read-only (also with
+  /// `overwrite`) or is in use.
+  void copyFile(const std::string& source, const std::string& target, bool overwrite = true);
+
+  /// Copies a folder with everything in it. `target` names the copy (with a trailing backslash: the
+  /// existing folder that gets it); it is made when missing, its parent must exist (else 76). Into
+  /// a folder that exists the content is merged: what both have is overwritten, or raises 58 when
+  /// not `overwrite`; what only the target has stays. `force` overwrites read-only files too, else
+  /// they raise 70. Raises 76 when the source is missing or a file, 58 where a file stands in the
+  /// place of a folder, 70 for a folder that is to be copied into itself, 75 for a link or junction
+  /// below the source, which is never followed. The first failure ends it, what was copied stays.
+  void copyFolder(const std::string& source, const std::string& target, bool overwrite = true,
+                  bool force = false);
+
+  /// The files of a folder, without its folders, in the order in which the file system gives them.
+  /// One opening. Raises 76 when it is missing.
+  std::vector<machine::FolderEntry> fileEntries(const std::string& folder);
+  /// Their names.
+  std::vector<std::string> files(const std::string& folder);
+
+  /// When a file was last changed, in whole seconds since 1601-01-01 UTC: changes within the same
+  /// second are equal. Raises 53 when it is missing or a folder.
+  std::uint64_t dateLastModified(const std::string& path);
+
+  /// The lines of a text file as bytes, without their ends: CR LF or LF ends a line, a lone CR does
+  /// not; a last line without end counts, nothing after the last end does not. Raises 53 or 76 when
+  /// missing.
+  std::vector<std::string> readLines(const std::string& path);
+  /// Makes or replaces a text file with exactly these bytes.
+  void writeText(const std::string& path, const std::string& bytes);
+
   /// Parent of a path, as text only: C:\a\b gives C:\a, C:\a gives C:\,
   /// \\srv\share\x gives \\srv\share, that gives \\srv;
   /// C:\, \\srv and a bare name give "".
@@ -45,6 +80,8 @@ class FileSystemObjects {
   virtual ~FileSystemObjects() = default;
   /// The shared object, made on first use; null (after a report) when it cannot be made.
   virtual FileSystemObject* fileSystemObject() = 0;
+  /// The same, but raises 91 when it cannot be made.
+  FileSystemObject& requiredFileSystemObject();
 };
 
 }  // namespace trelv

@@ -33,15 +33,6 @@ std::string required(SystemCode code, std::string text, const std::string& subje
   return text;
 }
 
-FileSystemObject& sharedObject(Program& program) {
-  FileSystemObject* const object = program.fileSystem.fileSystemObject();
-  if (object == nullptr) {
-    throw RuntimeError(runtime_number::kNoObject, "TrelvManager",
-                       "Oggetto FileSystemObject non disponibile");
-  }
-  return *object;
-}
-
 /// Position after the part of a path that no one can make: the drive, or server and share.
 std::size_t endOfRoot(const std::string& path) {
   if (path.rfind("\\\\", 0) != 0) {
@@ -191,7 +182,7 @@ void CreaCartella(Program& program, const std::string& folder) {
         if (folder.size() > endOfRoot(folder)) {
           CreaCartella(program, FileSystemObject::parentFolderName(folder));
         }
-        sharedObject(program).createFolder(folder);
+        program.fileSystem.requiredFileSystemObject().createFolder(folder);
         program.log.WriteLog("Creazione path avvenuta correttamente:" + folder);
       });
 }
@@ -229,7 +220,7 @@ bool DeleteFile(Program& program, const std::string& path) {
     if (!FileExists(program, path)) {
       return false;
     }
-    sharedObject(program).deleteFile(path, false);
+    program.fileSystem.requiredFileSystemObject().deleteFile(path, false);
     if (FileExists(program, path)) {
       return false;
     }
@@ -246,7 +237,7 @@ bool DeleteFolder(Program& program, const std::string& path) {
                      folder.pop_back();
                    }
                    if (FolderExists(program, folder)) {
-                     sharedObject(program).deleteFolder(folder, false);
+                     program.fileSystem.requiredFileSystemObject().deleteFolder(folder, false);
                    }
                    return !FolderExists(program, folder);
                  });
