@@ -1,0 +1,137 @@
+#include "packs/ProductRemoval.h"
+
+#include "base/RuntimeError.h"
+#include "base/Text.h"
+#include "base/Trap.h"
+#include "integrated/HostPaths.h"
+#include "packs/NumberedFailure.h"
+#include "packs/SetupFolderGuard.h"
+#include "platform/modLibrary.h"
+#include "startup/modProdTrelvLibrary.h"
+
+namespace trelv::modProdTrelvManager {
+namespace {
+
+constexpr int kMostCommands = 100;
+constexpr int kProgressMaximum = 200;
+
+struct Paths {
+  const std::string& server;
+  const std::string& parameter1;
+  const std::string& parameter2;
+};
+
+/// One removal: one product, one side.
+class Removal {
+ public:
+  Removal(Program& program, const Paths& paths, const std::string& productId, Side side,
+          RemovalProgress& progress)
+      : program_(program), paths_(paths), productId_(productId), side_(side), progress_(progress) {}
+
+  void run();
+  bool anyExecuted() const { return anyExecuted_; }
+
+ private:
+  void runCommands(const std::string& sideName);
+  void runCommand(std::string command);
+  void removeSetupFolder(const std::string& folder);
+  void zeroVersion();
+  void removeConfiguration();
+
+  Program& program_;
+  const Paths paths_;
+  const std::string& productId_;
+  const Side side_;
+  RemovalProgress& progress_;
+  std::string configuration_;
+  bool anyExecuted_ = false;
+};
+
+void Removal::run() {
+  const std::string sideName = modProdTrelvLibrary::ConvertClientServerToString(side_);
+  configuration_ = hostPaths::productConfiguration(
+      paths_.server, modProdTrelvLibrary::GetCatalogueProductConf(
+                         program_, hostPaths::catalogue(paths_.server), productId_));
+  progress_.begin(kProgressMaximum);
+  runCommands(sideName);
+  zeroVersion();
+  if (side_ == Side::Server) {
+    removeConfiguration();
+  }
+}
+
+void Removal::runCommands(const std::string& sideName) {
+  const std::string section = modProdTrelvLibrary::ConvertSetupUpdateToString(Operation::Remove);
+  for (int index = 1; index <= kMostCommands; ++index) {
+    const std::string command =
+        modLibrary::ReadSetting(program_, section, sideName + twoDigits(index), configuration_);
+    progress_.advance();
+    if (command.empty()) {
+      progress_.finish();
+      return;
+    }
+    runCommand(command);
+  }
+}
+
+void Removal::runCommand(std::string command) {
+  modProdTrelvLibrary::ReplacePlaceholders(program_, command, paths_.server, paths_.parameter1,
+                                           paths_.parameter2);
+  // Looked up before it runs: a removal program may delete itself.
+  const std::string folder = side_ == Side::Server ? FolderOfCommand(program_, command) : "";
+  program_.log.WriteLog("Gestione ProdTrelv - Esecuzione comando di rimozione prodotto: " +
+                        command);
+  anyExecuted_ = true;
+  modLibrary::Execute(program_, command, true);
+  if (side_ == Side::Server) {
+    // Kept: deleted behind each command, so a further command from the same folder finds no
+    // program. Configuration files have one command for each folder.
+    removeSetupFolder(folder);
+  }
+}
+
+void Removal::removeSetupFolder(const std::string& folder) {
+  program_.log.WriteLog("Gestione ProdTrelv - Rimozione cartella server di setup: " + folder);
+  if (!IsRemovableSetupFolder(program_, paths_.server, folder)) {
+    program_.log.WriteLog(
+        "Gestione ProdTrelv - Cartella non rimossa, non è una cartella di setup: " + folder);
+    return;
+  }
+  modLibrary::DeleteFolder(program_, folder);
+}
+
+void Removal::zeroVersion() {
+  const bool server = side_ == Side::Server;
+  program_.log.WriteLog((server ? "Gestione ProdTrelv - Azzeramento versione server prodotto: "
+                                : "Gestione ProdTrelv - Azzeramento versione client prodotto: ") +
+                        productId_);
+  const std::string record = server ? hostPaths::serverVersionRecord(paths_.server)
+                                    : hostPaths::clientVersionRecord(program_);
+  if (modLibrary::WriteSetting(program_, productId_, "version", record, "") == 0) {
+    throw RuntimeError(
+        runtime_number::kPathAccess, "TrelvManager",
+        "Impossibile azzerare la versione di " + productId_ + " nel file: " + record);
+  }
+}
+
+void Removal::removeConfiguration() {
+  program_.log.WriteLog("Gestione ProdTrelv - Rimozione file di configurazione: " + configuration_);
+  modLibrary::DeleteFile(program_, configuration_);
+  program_.configurationFiles.forget(configuration_);
+}
+
+}  // namespace
+
+bool RemoveProduct(Program& program, const std::string& serverPath,
+                   const std::string& runParameter1, const std::string& runParameter2,
+                   const std::string& productId, Side side, RemovalProgress& progress) {
+  Removal removal(program, {serverPath, runParameter1, runParameter2}, productId, side, progress);
+  trap([&]() -> void { removal.run(); },
+       [&](const RuntimeError& failure) -> void {
+         // Kept: "definzione" and "integrazione" are the line that support knows.
+         logNumbered(program, "Gestione ProdTrelv - Errore in definzione integrazione (", failure);
+       });
+  return removal.anyExecuted();
+}
+
+}  // namespace trelv::modProdTrelvManager

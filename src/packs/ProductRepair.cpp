@@ -1,0 +1,96 @@
+#include "packs/ProductRepair.h"
+
+#include <array>
+
+#include "base/Text.h"
+#include "base/Trap.h"
+#include "integrated/HostPaths.h"
+#include "packs/NumberedFailure.h"
+#include "platform/modLibrary.h"
+#include "startup/modProdTrelvLibrary.h"
+
+namespace trelv::modProdTrelvManager {
+namespace {
+
+constexpr int kMostProducts = 100;
+constexpr int kMostSections = 100;
+constexpr int kMostCommands = 100;
+
+/// A repair brings a product to a version; who wants it removed presses the other button.
+constexpr std::array<Operation, 3> kRepairKinds{Operation::Setup, Operation::Update,
+                                                Operation::Exec};
+
+std::string configurationOf(Program& program, const std::string& serverPath,
+                            const std::string& productId) {
+  return hostPaths::productConfiguration(serverPath,
+                                         modProdTrelvLibrary::GetCatalogueProductConf(
+                                             program, hostPaths::catalogue(serverPath), productId));
+}
+
+bool runAgain(Program& program, const std::string& command) {
+  const bool started = modLibrary::Execute(program, command, true);
+  program.log.WriteLog((started ? "Gestione ProdTrelv - Esecuzione comando: "
+                                : "Gestione ProdTrelv - Comando non eseguito: ") +
+                       command);
+  return started;
+}
+
+}  // namespace
+
+std::vector<std::string> CatalogueProducts(Program& program, const std::string& serverPath) {
+  const std::string catalogue = hostPaths::catalogue(serverPath);
+  std::vector<std::string> products;
+  for (int index = 1; index <= kMostProducts; ++index) {
+    const std::string id = modLibrary::ReadSetting(
+        program, modProdTrelvLibrary::CatalogueSection(index), "id", catalogue);
+    if (!id.empty()) {
+      products.push_back(id);
+    }
+  }
+  return products;
+}
+
+std::vector<RepairVersion> ProductVersions(Program& program, const std::string& serverPath,
+                                           const std::string& productId) {
+  const std::string configuration = configurationOf(program, serverPath, productId);
+  std::vector<RepairVersion> versions;
+  for (const Operation kind : kRepairKinds) {
+    const std::string name = modProdTrelvLibrary::ConvertSetupUpdateToString(kind);
+    for (int index = 1; index <= kMostSections; ++index) {
+      const std::string section = name + twoDigits(index);
+      const std::string version =
+          modLibrary::ReadSetting(program, section, "version", configuration);
+      if (!version.empty()) {
+        versions.push_back({section, kind, index, version});
+      }
+    }
+  }
+  return versions;
+}
+
+bool RepairProduct(Program& program, const std::string& serverPath,
+                   const std::string& runParameter1, const std::string& runParameter2,
+                   const std::string& productId, const std::string& section, Side side) {
+  bool anyStarted = false;
+  trap(
+      [&]() -> void {
+        const std::string configuration = configurationOf(program, serverPath, productId);
+        const std::string sideName = modProdTrelvLibrary::ConvertClientServerToString(side);
+        for (int index = 1; index <= kMostCommands; ++index) {
+          std::string command =
+              modLibrary::ReadSetting(program, section, sideName + twoDigits(index), configuration);
+          if (command.empty()) {
+            return;
+          }
+          modProdTrelvLibrary::ReplacePlaceholders(program, command, serverPath, runParameter1,
+                                                   runParameter2);
+          anyStarted = runAgain(program, command) || anyStarted;
+        }
+      },
+      [&](const RuntimeError& failure) -> void {
+        logNumbered(program, "Gestione ProdTrelv - Errore in ripristino prodotto (", failure);
+      });
+  return anyStarted;
+}
+
+}  // namespace trelv::modProdTrelvManager

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/Codes.h"
+#include "platform/Program.h"
+
+/// What the maintenance form shows and runs again. `serverPath` has no trailing backslash.
+namespace trelv::modProdTrelvManager {
+
+/// One section of a product's configuration file that brings the product to a version.
+struct RepairVersion {
+  /// Name of the section: kind and index, "Setup01".
+  std::string section;
+  Operation kind{};
+  /// From 1 to 100.
+  int index = 0;
+  /// As the file has it, "09.93.00.00"; not empty.
+  std::string version;
+};
+
+/// Identifiers of the catalogue's products in its order; entries without one are left out. Empty
+/// without a catalogue.
+std::vector<std::string> CatalogueProducts(Program& program, const std::string& serverPath);
+
+/// The versions of the product's configuration file: every section of a kind and an index that has
+/// a "version", set-ups before updates, each in the order of their indexes. Removals are not among
+/// them. Empty for a product that the catalogue does not have.
+std::vector<RepairVersion> ProductVersions(Program& program, const std::string& serverPath,
+                                           const std::string& productId);
+
+/// Runs the commands of one section of the product's configuration file on a side again, each
+/// waited for; records nothing. Serverpath and run parameters are what "%PATHSETUP%", "%PATHWORK%"
+/// and "%PATHCLIENT%" stand for. True when at least one command was started. Never raises: a
+/// run-time failure ends it with one log line.
+bool RepairProduct(Program& program, const std::string& serverPath,
+                   const std::string& runParameter1, const std::string& runParameter2,
+                   const std::string& productId, const std::string& section, Side side);
+
+}  // namespace trelv::modProdTrelvManager
