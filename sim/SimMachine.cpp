@@ -17,6 +17,8 @@ constexpr std::uint32_t kWholeBuffer = 65535;
 
 std::string parentOf(const std::string& path) { return path.substr(0, path.rfind('\\')); }
 
+bool isDrive(const std::string& name) { return name.size() == 2 && name[1] == ':'; }
+
 }  // namespace
 
 SystemCode SimVersionResources::read(const std::string& path, machine::FileVersion& version) {
@@ -83,7 +85,15 @@ std::shared_ptr<SimDisk> SimMachine::mount(const std::string& name, std::shared_
     disk = std::make_shared<SimDisk>();
   }
   volumes_.mount(name, disk);
+  if (isDrive(name)) {
+    system_.addLocalDrive(name);
+  }
   return disk;
+}
+
+void SimMachine::unmount(const std::string& name) {
+  volumes_.unmount(name);
+  system_.removeDrive(name);
 }
 
 SimDisk& SimMachine::diskOf(const std::string& path) { return volumes_.disk(path); }

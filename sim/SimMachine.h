@@ -62,9 +62,9 @@ class SimMachine {
   // --- Set-up
 
   /// Mounts a disk under a drive ("S:") or share name ("\\server\share"); a new one when none is
-  /// given. Gives the disk.
+  /// given. Gives the disk. A drive counts as local until system() connects it to a share.
   std::shared_ptr<SimDisk> mount(const std::string& name, std::shared_ptr<SimDisk> disk = nullptr);
-  void unmount(const std::string& name) { volumes_.unmount(name); }
+  void unmount(const std::string& name);
   /// The disk that a full path lies on; raises std::out_of_range when none is mounted there.
   SimDisk& diskOf(const std::string& path);
   /// Version block, product type, suite bits, NT 4.0's "ProductSuite" value and, on terminal

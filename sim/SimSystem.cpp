@@ -35,6 +35,10 @@ void nextDay(LocalTime& time) {
   }
 }
 
+// What asking for the share of a drive answers where there is none.
+constexpr SystemCode kBadDevice = 1200;
+constexpr SystemCode kNotConnected = 2250;
+
 constexpr std::int64_t kSecondsPerDay = 86400;
 
 std::string fourDigits(int year) {
@@ -327,6 +331,84 @@ SystemCode SimSystem::temporaryFolder(std::string& folder) {
     folder += "\\";
   }
   return kSuccess;
+}
+
+std::uint32_t SimSystem::driveType(const std::string& root) {
+  const bool injected = calls_.enter(CallKind::Other, "system.driveType", root).has_value();
+  const auto found = drives_.find(upperCase(root.substr(0, 2)));
+  return injected || found == drives_.end() ? machine::drive_type::kNoRoot : found->second.type;
+}
+
+SystemCode SimSystem::connectionName(const std::string& drive, std::uint32_t size,
+                                     std::string& name) {
+  const auto injected = calls_.enter(CallKind::Other, "system.connectionName", drive);
+  const auto found = drives_.find(upperCase(drive));
+  const SystemCode code = injected.value_or(connectionCode_);
+  if (code != kSuccess) {
+    return code;
+  }
+  if (found == drives_.end()) {
+    return kBadDevice;
+  }
+  if (found->second.share.empty()) {
+    return kNotConnected;
+  }
+  if (characterCount(found->second.share) + 1 > size) {
+    return kMoreData;
+  }
+  name = found->second.share;
+  return kSuccess;
+}
+
+SystemCode SimSystem::deviceNames(const std::string& drive, std::uint32_t size,
+                                  std::string& names) {
+  const auto injected = calls_.enter(CallKind::Other, "system.deviceNames", drive);
+  const auto found = drives_.find(upperCase(drive));
+  const SystemCode code = injected.value_or(deviceCode_);
+  if (code != kSuccess) {
+    return code;
+  }
+  if (found == drives_.end()) {
+    return kFileNotFound;
+  }
+  std::string all;
+  for (const std::string& device : found->second.devices) {
+    all += device + '\0';
+  }
+  all += '\0';
+  if (characterCount(all) > size) {
+    return kInsufficientBuffer;
+  }
+  names = all;
+  return kSuccess;
+}
+
+SystemCode SimSystem::computerName(std::string& name) {
+  const auto injected = calls_.enter(CallKind::Other, "system.computerName", "");
+  const SystemCode code = injected.value_or(computerNameCode_);
+  if (code == kSuccess) {
+    name = computerName_;
+  }
+  return code;
+}
+
+void SimSystem::addLocalDrive(const std::string& drive) {
+  drives_.try_emplace(
+      upperCase(drive),
+      SimDrive{machine::drive_type::kFixed, "", {"\\Device\\HarddiskVolume" + drive.substr(0, 1)}});
+}
+
+void SimSystem::connectDrive(const std::string& drive, const std::string& share) {
+  drives_[upperCase(drive)] = {
+      machine::drive_type::kNetwork,
+      share,
+      {"\\Device\\LanmanRedirector\\;" + drive + "000000000000a1b2" + share.substr(1)}};
+}
+
+void SimSystem::removeDrive(const std::string& drive) { drives_.erase(upperCase(drive)); }
+
+void SimSystem::setDevices(const std::string& drive, const std::vector<std::string>& devices) {
+  drives_[upperCase(drive)].devices = devices;
 }
 
 }  // namespace trelv::sim

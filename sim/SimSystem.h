@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "machine/Clock.h"
 #include "machine/Environment.h"
@@ -96,6 +97,15 @@ bool isTerminalServer(WindowsEdition edition);
 /// The version block of an edition in its extended form.
 VersionRecord versionOf(WindowsEdition edition);
 
+/// What stands behind a drive's letter.
+struct SimDrive {
+  std::uint32_t type = machine::drive_type::kFixed;
+  /// Share of a network drive.
+  std::string share;
+  /// Devices, the current one first.
+  std::vector<std::string> devices;
+};
+
 /// What the system tells of itself. SimMachine::setEdition chooses the Windows.
 class SimSystem : public machine::SystemFacts {
  public:
@@ -109,6 +119,11 @@ class SimSystem : public machine::SystemFacts {
   SystemCode systemWindowsFolder(std::string& folder) override;
   SystemCode shellFolder(int number, std::string& folder) override;
   SystemCode temporaryFolder(std::string& folder) override;
+  std::uint32_t driveType(const std::string& root) override;
+  SystemCode connectionName(const std::string& drive, std::uint32_t size,
+                            std::string& name) override;
+  SystemCode deviceNames(const std::string& drive, std::uint32_t size, std::string& names) override;
+  SystemCode computerName(std::string& name) override;
   std::string executablePath() override { return executablePath_; }
   std::string commandLine() override { return commandLine_; }
 
@@ -128,6 +143,20 @@ class SimSystem : public machine::SystemFacts {
   void setWindowsFolder(const std::string& folder) { windowsFolder_ = folder; }
   const std::string& windowsFolder() const { return windowsFolder_; }
   void setShellFolder(int number, const std::string& folder) { shellFolders_[number] = folder; }
+  /// A local drive ("S:") with a device of its own; does nothing where the drive is known.
+  void addLocalDrive(const std::string& drive);
+  /// A network drive that is connected to a share ("\\server\share").
+  void connectDrive(const std::string& drive, const std::string& share);
+  void removeDrive(const std::string& drive);
+  /// The names of a network drive cannot be had: asking for its share, or for its devices too,
+  /// answers this code (0 = it works).
+  void failConnectionName(SystemCode code) { connectionCode_ = code; }
+  void failDeviceNames(SystemCode code) { deviceCode_ = code; }
+  /// What a drive stands for, in the place of what addLocalDrive or connectDrive gave it.
+  void setDevices(const std::string& drive, const std::vector<std::string>& devices);
+  void setComputerName(const std::string& name) { computerName_ = name; }
+  /// The computer's name cannot be read: the query answers this code (0 = it works).
+  void failComputerName(SystemCode code) { computerNameCode_ = code; }
   void setExecutablePath(const std::string& path) { executablePath_ = path; }
   void setCommandLine(const std::string& line) { commandLine_ = line; }
 
@@ -144,6 +173,12 @@ class SimSystem : public machine::SystemFacts {
   std::string userName_ = "mario";
   std::string windowsFolder_ = "C:\\WINDOWS";
   std::map<int, std::string> shellFolders_;
+  /// By upper-case name ("S:").
+  std::map<std::string, SimDrive> drives_;
+  SystemCode connectionCode_ = system_code::kSuccess;
+  SystemCode deviceCode_ = system_code::kSuccess;
+  std::string computerName_ = "STAZIONE";
+  SystemCode computerNameCode_ = system_code::kSuccess;
   std::string executablePath_;
   std::string commandLine_;
 };

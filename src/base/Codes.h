@@ -28,6 +28,8 @@ constexpr std::int16_t kLuda = 20;
 constexpr std::int16_t kZeltobilancio = 30;
 constexpr std::int16_t kTarsena2 = 40;
 constexpr std::int16_t kZeltomodelli = 50;
+constexpr std::int16_t kKxk = 60;
+constexpr std::int16_t kRr = 70;
 }  // namespace product
 
 /// Values of the plugin product number: the host is Dovra, or it is not.

@@ -110,6 +110,9 @@ struct InventoryState {
   ProductInformation product;
   /// Full path of the product report; empty until one was begun.
   std::string reportFile;
+  /// Folder in which Nerio's component is registered, empty when in none; nothing until somebody
+  /// searched for it, and again after a program ran that may have registered components.
+  std::optional<std::string> componentFolder;
 };
 
 /// All program-wide state of one process, passed explicitly.

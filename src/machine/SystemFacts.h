@@ -11,6 +11,13 @@ namespace trelv::machine {
 /// Shell folder number of Program Files.
 constexpr int kProgramFilesFolder = 38;
 
+/// Drive types that the program tells apart.
+namespace drive_type {
+constexpr std::uint32_t kNoRoot = 1;
+constexpr std::uint32_t kFixed = 3;
+constexpr std::uint32_t kNetwork = 4;
+}  // namespace drive_type
+
 /// What the system tells of itself, its user and this process.
 class SystemFacts {
  public:
@@ -42,6 +49,23 @@ class SystemFacts {
 
   /// The user's temporary folder, with trailing backslash; its existence is not tested.
   virtual SystemCode temporaryFolder(std::string& folder) = 0;
+
+  /// Type of the drive with this root ("S:\"), a value of drive_type or another of the system's.
+  virtual std::uint32_t driveType(const std::string& root) = 0;
+
+  /// Name of the share ("\\server\share") that a drive ("S:") is connected to; at most `size` - 1
+  /// characters, a longer one answers 234. A local drive answers 2250, one that is not there 1200.
+  virtual SystemCode connectionName(const std::string& drive, std::uint32_t size,
+                                    std::string& name) = 0;
+
+  /// Names of the devices that a drive ("S:") stands for, the current one first, each followed by a
+  /// NUL and the last one by another. `size` is the buffer's size in characters; too small a buffer
+  /// answers 122, a drive that is not there 2.
+  virtual SystemCode deviceNames(const std::string& drive, std::uint32_t size,
+                                 std::string& names) = 0;
+
+  /// Name of this computer, without leading backslashes.
+  virtual SystemCode computerName(std::string& name) = 0;
 
   /// Full path of the running executable.
   virtual std::string executablePath() = 0;

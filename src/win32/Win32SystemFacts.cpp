@@ -108,6 +108,45 @@ SystemCode Win32SystemFacts::temporaryFolder(std::string& folder) {
                      [](wchar_t* buffer, DWORD size) { return GetTempPathW(size, buffer); });
 }
 
+std::uint32_t Win32SystemFacts::driveType(const std::string& root) {
+  static_assert(machine::drive_type::kNoRoot == DRIVE_NO_ROOT_DIR);
+  static_assert(machine::drive_type::kFixed == DRIVE_FIXED);
+  static_assert(machine::drive_type::kNetwork == DRIVE_REMOTE);
+  return GetDriveTypeW(wide(root).c_str());
+}
+
+SystemCode Win32SystemFacts::connectionName(const std::string& drive, std::uint32_t size,
+                                            std::string& name) {
+  std::wstring buffer(size, L'\0');
+  DWORD length = size;
+  const DWORD code = WNetGetConnectionW(wide(drive).c_str(), buffer.data(), &length);
+  if (code == NO_ERROR) {
+    name = utf8(buffer.c_str());
+  }
+  return code;
+}
+
+SystemCode Win32SystemFacts::deviceNames(const std::string& drive, std::uint32_t size,
+                                         std::string& names) {
+  std::wstring buffer(size, L'\0');
+  const DWORD length = QueryDosDeviceW(wide(drive).c_str(), buffer.data(), size);
+  if (length == 0) {
+    return GetLastError();
+  }
+  names = utf8(buffer.substr(0, length));
+  return system_code::kSuccess;
+}
+
+SystemCode Win32SystemFacts::computerName(std::string& name) {
+  std::array<wchar_t, MAX_COMPUTERNAME_LENGTH + 1> buffer{};
+  auto length = static_cast<DWORD>(buffer.size());
+  if (GetComputerNameW(buffer.data(), &length) == FALSE) {
+    return GetLastError();
+  }
+  name = utf8(buffer.data());
+  return system_code::kSuccess;
+}
+
 std::string Win32SystemFacts::executablePath() {
   std::string path;
   fetchFolder(

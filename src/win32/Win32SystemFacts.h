@@ -15,6 +15,11 @@ class Win32SystemFacts : public machine::SystemFacts {
   SystemCode systemWindowsFolder(std::string& folder) override;
   SystemCode shellFolder(int number, std::string& folder) override;
   SystemCode temporaryFolder(std::string& folder) override;
+  std::uint32_t driveType(const std::string& root) override;
+  SystemCode connectionName(const std::string& drive, std::uint32_t size,
+                            std::string& name) override;
+  SystemCode deviceNames(const std::string& drive, std::uint32_t size, std::string& names) override;
+  SystemCode computerName(std::string& name) override;
   std::string executablePath() override;
   std::string commandLine() override;
 };

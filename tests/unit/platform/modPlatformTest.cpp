@@ -132,6 +132,16 @@ class MeasuringSystem : public machine::SystemFacts {
     return inner_.shellFolder(number, f);
   }
   SystemCode temporaryFolder(std::string& f) override { return inner_.temporaryFolder(f); }
+  std::uint32_t driveType(const std::string& root) override { return inner_.driveType(root); }
+  SystemCode connectionName(const std::string& drive, std::uint32_t size,
+                            std::string& name) override {
+    return inner_.connectionName(drive, size, name);
+  }
+  SystemCode deviceNames(const std::string& drive, std::uint32_t size,
+                         std::string& names) override {
+    return inner_.deviceNames(drive, size, names);
+  }
+  SystemCode computerName(std::string& name) override { return inner_.computerName(name); }
   std::string executablePath() override { return inner_.executablePath(); }
   std::string commandLine() override { return inner_.commandLine(); }
 
