@@ -6,12 +6,13 @@ What lies where, as Windows sees it:
     prg\\com\\setup\\aggdovra\\agdvcomp.ini     product catalogue
     prg\\com\\setup\\aggdovra\\PRODUCT.ini      configuration file of each product
     prg\\com\\setup\\aggdovra\\PRODUCT\\        its set-up
-    prg\\etc\\agdvver.ini, dvrel               version record and release of the host
+    prg\\com\\bin\\cpy\\client                 TrelvManager.exe and what it opens packs with
+    prg\\etc\\agdvver.ini, dvrel, ambver       version record, release, environment of the host
     prg\\tempterm                             update locks
     prg\\com\\dovra\\plugin                    marks the host as Dovra
     mv\\PRODUCT                               the programs, put there by the set-ups
   C:\\Lumo\\Client                            the workstation: configuration store, version record
-  C:\\Lumo\\Manager                           TrelvManager.exe
+  C:\\Lumo\\Consegna                          a delivery: a newer TrelvManager.exe with a pack
 
 Ini files are written as the suite writes them: code page 1252, lines ended by CR LF.
 """
@@ -22,8 +23,9 @@ import shutil
 
 HOST_FOLDER = "S:\\Lumo"
 CLIENT_FOLDER = "C:\\Lumo\\Client"
-MANAGER_FOLDER = "C:\\Lumo\\Manager"
 STORE_KEY = "SOFTWARE\\LUMO\\Configurazione"
+CLIENT_COPY = HOST_FOLDER + "\\prg\\com\\bin\\cpy\\client"
+DELIVERY_FOLDER = "C:\\Lumo\\Consegna"
 SETUP_FOLDER = "prg/com/setup/aggdovra"
 
 
@@ -55,10 +57,15 @@ ZM = Product("ZM", "Zeltomodelli", "06.50.30.00", "ZM", {"ZM": "zeltomodelli.exe
 PRODUCTS = (NERIO, LUDA, ZB, Q2, ZM)
 
 
+def text_bytes(text):
+    """A text as the suite's programs write it."""
+    return text.replace("\r\n", "\n").replace("\n", "\r\n").encode("cp1252")
+
+
 def write_text(path, text):
     """Writes a file as the suite's programs do."""
     path.parent.mkdir(parents=True, exist_ok=True)
-    path.write_bytes(text.replace("\r\n", "\n").replace("\n", "\r\n").encode("cp1252"))
+    path.write_bytes(text_bytes(text))
 
 
 def ini_text(sections):
@@ -109,6 +116,13 @@ def configuration(product, updates=()):
     sections["Exec"] = {code: f"%PATHWORK%\\mv\\{product.folder}\\{file}"
                         for code, file in product.programs.items()}
     return sections
+
+
+def standalone_configuration(product, version):
+    """What a set-up reads that is started without arguments, as on a machine without the host."""
+    return {"Standalone": {"Product": product.id, "Version": version,
+                           "Folder": f"%ProgramFiles%\\Lumo\\{product.name}",
+                           "Programs": " ".join(product.files)}}
 
 
 def catalogue(products):
@@ -165,16 +179,19 @@ class Installation:
     def place_server(self, folder):
         self.server = pathlib.Path(folder)
         self.setups = self.server / SETUP_FOLDER
+        self.client_copy = self.server / "prg/com/bin/cpy/client"
+        self.environment = self.server / "prg/etc/ambver"
         self.server_record = self.server / "prg/etc/agdvver.ini"
         self.server_lock = self.server / "prg/tempterm/agdv.lck"
 
     def lay_out(self, products=PRODUCTS, release="11.00.00", dovra=True):
         """The state before the first start: nothing is installed, nothing recorded."""
-        for folder in ("prg/etc", "prg/tempterm", "mv"):
+        for folder in ("prg/etc", "prg/tempterm", "prg/com/bin/cpy/client", "mv"):
             (self.server / folder).mkdir(parents=True, exist_ok=True)
         if dovra:
             (self.server / "prg/com/dovra/plugin").mkdir(parents=True, exist_ok=True)
         write_text(self.server / "prg/etc/dvrel", release + "\n")
+        write_text(self.environment, "000011 14/09/26 17:40\n000012 20/10/26 08:15\n")
         write_text(self.server_record, "; versioni dei prodotti complementari sul server\n")
         write_text(self.setups / "agdvcomp.ini", ini_text(catalogue(products)))
         for product in products:
@@ -193,10 +210,23 @@ class Installation:
                    ini_text(sections or configuration(product)))
 
     def put_setup(self, product):
-        folder = self.setups / product.folder
-        folder.mkdir(parents=True, exist_ok=True)
-        shutil.copy(self.programs / "setup.exe", folder / "setup.exe")
-        shutil.copy(self.programs / "product.exe", folder / "product.exe")
+        for name, content in self.setup_files(product, product.version).items():
+            file = self.setups / name
+            file.parent.mkdir(parents=True, exist_ok=True)
+            file.write_bytes(content)
+
+    def setup_files(self, product, version):
+        """The set-up of a product: {path below the setup folder: content}."""
+        return {f"{product.folder}/setup.exe": (self.programs / "setup.exe").read_bytes(),
+                f"{product.folder}/product.exe": (self.programs / "product.exe").read_bytes(),
+                f"{product.folder}/setup.ini":
+                    text_bytes(ini_text(standalone_configuration(product, version)))}
+
+    def pack_files(self, product, version):
+        """What a pack brings that updates a product: {path from the pack's root: content}."""
+        files = {f"{product.id.lower()}.ini": text_bytes(ini_text(configuration(product, [version]))),
+                 **self.setup_files(product, version)}
+        return {f"{SETUP_FOLDER}/{name}": content for name, content in files.items()}
 
     def registry_values(self):
         """The pointers of the configuration store: (key, name, value) below HKEY_LOCAL_MACHINE."""

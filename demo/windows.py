@@ -38,6 +38,24 @@ class Build:
         return self.release / "TrelvManager.exe"
 
     @property
+    def seven_zip(self):
+        """The files of 7-Zip that are shipped, by name; {} where they could not be fetched."""
+        done = subprocess.run([PROJECT / "tools/seven-zip", "--check"], capture_output=True, text=True,
+                              check=False)
+        folder = pathlib.Path(done.stdout.strip())
+        return {} if done.returncode else {name: folder / name for name in ("7z.exe", "7z.dll")}
+
+    def put_release(self, folder):
+        """Puts what is shipped into a folder, with its dates; the manager and what it opens packs
+        with where the build has no release."""
+        if self.release.name == "release":
+            shutil.copytree(self.release, folder, dirs_exist_ok=True)
+            return
+        folder.mkdir(parents=True, exist_ok=True)
+        for file in (*self.release.glob("*.exe"), *self.seven_zip.values()):
+            shutil.copy2(file, folder)
+
+    @property
     def driver(self):
         return self.folder / "tests/programs/driver.exe"
 
@@ -67,8 +85,7 @@ def control_names():
 @dataclasses.dataclass
 class Box:
     """A message box or dialog as it was on the screen. `buttons` are captions in capitals, `texts`
-    the texts by control name,
-    or by identifier where the control has none."""
+    the texts by control name, or by identifier where the control has none."""
 
     title: str
     text: str
@@ -87,9 +104,11 @@ class Box:
 
 @dataclasses.dataclass
 class Run:
-    """What a run of the manager did on the screen."""
+    """What a run of the manager did on the screen: the boxes that were answered, and the windows
+    that only told something."""
 
     boxes: list
+    notices: list
     exit_code: int
     milliseconds: int
     late: bool
@@ -212,12 +231,13 @@ class Prefix:
         return found
 
     def run(self, program, arguments, *, limit=30, kill_when="", restricted=False, pause=0,
-            folder="", answers=(), on_box=None):
+            folder="", answers=(), on_box=None, on_missing=None):
         """Starts a program (Windows path) with raw arguments and answers its boxes: "OK", or the
         captions in `answers` in turn. `kill_when` is a file (Windows path) whose appearance ends
         the program; `restricted` takes the administrators from its user. `on_box` is called with
-        each box while it is on the screen (for `pause` milliseconds)."""
-        boxes, late = [], False
+        each box while it is on the screen (for `pause` milliseconds), `on_missing` with a button
+        that a box does not have: then its close box is pressed."""
+        boxes, notices, late = [], [], False
         for event in self.ask("run", str(limit), kill_when, str(int(restricted)), str(pause), folder,
                               "|".join(answers), program, f'"{program}" {arguments}',
                               limit=limit + 30):
@@ -225,10 +245,14 @@ class Prefix:
                 boxes.append(Box.of(event))
                 if on_box:
                     on_box(boxes[-1])
+            elif "notice" in event:
+                notices.append(Box.of(event))
+            elif "missing button" in event and on_missing:
+                on_missing(event["missing button"])
             elif "missing button" in event:
                 raise AssertionError(f"{boxes[-1]} has no button {event['missing button']}")
             late = late or "late" in event
-        return Run(boxes, event["exit"], event["milliseconds"], late)
+        return Run(boxes, notices, event["exit"], event["milliseconds"], late)
 
 
 def log_lines(path):

@@ -1,6 +1,7 @@
 // The set-up of the demonstration's products:
 //
 //   setup.exe PRODUCT VERSION SIDE FOLDER PROGRAM...
+//   setup.exe                                            all of it as "setup.ini" beside it says
 //
 // puts each program into the folder (a copy of product.exe, which stands beside the set-up), notes
 // the version in the folder and in the registry, and adds its own command line to the list
@@ -8,6 +9,7 @@
 #include <windows.h>
 
 #include <cstdlib>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -86,6 +88,36 @@ std::vector<std::wstring> arguments() {
   return result;
 }
 
+std::wstring configured(const wchar_t* key) {
+  std::wstring value(1024, L'\0');
+  const std::wstring file = parent(ownPath()) + L"\\setup.ini";
+  value.resize(GetPrivateProfileStringW(L"Standalone", key, L"", value.data(),
+                                        static_cast<DWORD>(value.size()), file.c_str()));
+  return value;
+}
+
+std::wstring withVariables(const std::wstring& text) {
+  std::wstring result(32768, L'\0');
+  const DWORD length =
+      ExpandEnvironmentStringsW(text.c_str(), result.data(), static_cast<DWORD>(result.size()));
+  result.resize(length == 0 ? 0 : length - 1);
+  return result;
+}
+
+/// The arguments that a set-up on its own stands for; none where it is not told.
+std::vector<std::wstring> configuredArguments() {
+  std::vector<std::wstring> result = {configured(L"Product"), configured(L"Version"), L"Standalone",
+                                      withVariables(configured(L"Folder"))};
+  if (result[0].empty() || result[3].empty()) {
+    return {};
+  }
+  std::wistringstream programs(configured(L"Programs"));
+  for (std::wstring program; programs >> program;) {
+    result.push_back(program);
+  }
+  return result;
+}
+
 bool install(const std::vector<std::wstring>& words) {
   const std::wstring& version = words[1];
   const std::wstring& folder = words[3];
@@ -107,6 +139,9 @@ bool install(const std::vector<std::wstring>& words) {
 }  // namespace
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, LPWSTR, int) {
-  const std::vector<std::wstring> words = arguments();
+  std::vector<std::wstring> words = arguments();
+  if (words.empty()) {
+    words = configuredArguments();
+  }
   return words.size() >= 4 && install(words) ? 0 : 1;
 }

@@ -14,6 +14,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "demo"))
 import installation  # noqa: E402
 import windows  # noqa: E402
 
+MANAGER_FOLDER = "C:\\Lumo\\Manager"
 INTEGRATED = f"INTEGRATEDRUN {installation.HOST_FOLDER} {installation.HOST_FOLDER}"
 
 
@@ -51,7 +52,7 @@ class Workstation(installation.Installation):
         self.prefix = prefix
         self.share = share
         self.facts = prefix.facts()
-        self.manager = installation.MANAGER_FOLDER + "\\TrelvManager.exe"
+        self.manager = MANAGER_FOLDER + "\\TrelvManager.exe"
         self.manager_folder = self.disk / "Lumo/Manager"
         self.log = prefix.path(self.facts["temporary"] + "log\\TrelvManager.log")
         self.windows_folder = prefix.path(self.facts["windows"])
@@ -70,8 +71,7 @@ class Workstation(installation.Installation):
 
     def lay_out(self, *arguments, **named):
         super().lay_out(*arguments, **named)
-        self.manager_folder.mkdir(parents=True)
-        shutil.copy(self.prefix.build.manager, self.manager_folder)
+        self.prefix.build.put_release(self.manager_folder)
         self.write_pointers()
 
     def write_pointers(self):

@@ -9,7 +9,9 @@
 //       PAUSE: milliseconds that a box stays before it is answered. ANSWERS: captions of buttons
 //       to press, one for each box, separated by "|"; "OK" when there are no more; "-" leaves a
 //       box to whoever sits before the screen.
-//       One line for each box as it shows, then {"done": true, "exit": …, "milliseconds": …}.
+//       One line for each box as it shows ({"box": true, …}) and one for each window without
+//       buttons, which is not answered ({"notice": true, …}), then
+//       {"done": true, "exit": …, "milliseconds": …}.
 //   registry-set HIVE KEY NAME VALUE      a text; the key is made
 //   registry-get HIVE KEY NAME            {"done": true, "value": text or null}
 //   registry-delete HIVE KEY              the key with all below it
@@ -20,6 +22,7 @@
 //                                         {"done": true, "title": …}
 #include <windows.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <utility>
@@ -155,7 +158,17 @@ HWND buttonOf(HWND box, const std::wstring& caption) {
   return nullptr;
 }
 
-std::string describe(HWND box) {
+/// Whether a window only tells something: it has no button and goes by itself.
+bool asksNothing(HWND box) {
+  for (const HWND child : childrenOf(box)) {
+    if (classOf(child) == L"Button") {
+      return false;
+    }
+  }
+  return true;
+}
+
+std::string describe(const std::string& kind, HWND box) {
   std::string controls;
   for (const HWND child : childrenOf(box)) {
     controls += std::string(controls.empty() ? "" : ", ") +
@@ -163,8 +176,8 @@ std::string describe(HWND box) {
                 ", \"class\": " + quoted(classOf(child)) + ", \"text\": " + quoted(textOf(child)) +
                 "}";
   }
-  return "{\"box\": true, \"title\": " + quoted(textOf(box)) + ", \"controls\": [" + controls +
-         "]}";
+  return "{\"" + kind + "\": true, \"title\": " + quoted(textOf(box)) + ", \"controls\": [" +
+         controls + "]}";
 }
 
 // --- Running the manager
@@ -253,27 +266,44 @@ bool endIfDue(const Run& run, HANDLE process, DWORD began) {
   return true;
 }
 
+/// The first dialog of the process that asks something. Those that do not are told once each.
+HWND nextBox(DWORD process, std::vector<HWND>& told) {
+  for (const HWND box : boxesOf(process)) {
+    if (std::find(told.begin(), told.end(), box) != told.end()) {
+      continue;
+    }
+    if (!asksNothing(box)) {
+      return box;
+    }
+    answer(describe("notice", box));
+    told.push_back(box);
+  }
+  return nullptr;
+}
+
+void answerBox(const Run& run, HWND box, const std::wstring& caption, HANDLE process) {
+  letItSettle(box);
+  answer(describe("box", box));
+  Sleep(run.pause);
+  if (caption == L"-") {
+    leaveToTheUser(box, process);
+  } else {
+    press(box, caption);
+  }
+}
+
 void attend(const Run& run, const PROCESS_INFORMATION& process) {
   const DWORD began = GetTickCount();
   std::size_t next = 0;
+  std::vector<HWND> told;
   while (WaitForSingleObject(process.hProcess, 10) == WAIT_TIMEOUT) {
     if (endIfDue(run, process.hProcess, began)) {
       WaitForSingleObject(process.hProcess, 5000);
       break;
     }
-    const std::vector<HWND> boxes = boxesOf(process.dwProcessId);
-    if (boxes.empty()) {
-      continue;
-    }
-    letItSettle(boxes.front());
-    answer(describe(boxes.front()));
-    Sleep(run.pause);
-    const std::wstring caption = next < run.answers.size() ? run.answers[next] : L"OK";
-    ++next;
-    if (caption == L"-") {
-      leaveToTheUser(boxes.front(), process.hProcess);
-    } else {
-      press(boxes.front(), caption);
+    if (const HWND box = nextBox(process.dwProcessId, told); box != nullptr) {
+      answerBox(run, box, next < run.answers.size() ? run.answers[next] : L"OK", process.hProcess);
+      ++next;
     }
   }
   DWORD code = 0;
@@ -379,7 +409,7 @@ void facts() {
 
 void listBoxes() {
   for (const HWND box : boxesOf(0)) {
-    answer(describe(box));
+    answer(describe("box", box));
   }
   done();
 }
