@@ -115,12 +115,32 @@ struct InventoryState {
   std::optional<std::string> componentFolder;
 };
 
+/// A zip pack that is still there and that this process does not open again: opening it failed, or
+/// it was opened and could not be removed. A file of other size or time is another pack.
+struct SettledPack {
+  /// Full paths of the pack and of the folder it was opened into, upper case.
+  std::string path;
+  std::string target;
+  std::uint64_t size = 0;
+  /// As machine::FileFacts tells it.
+  std::uint64_t modified = 0;
+
+  bool operator==(const SettledPack&) const = default;
+};
+
+/// What the opening of packs remembers for the whole process: a start looks for packs once for each
+/// product and side.
+struct PackState {
+  std::vector<SettledPack> settled;
+};
+
 /// All program-wide state of one process, passed explicitly.
 struct ProgramState {
   StartupFacts startup;
   RunLogState runLog;
   PlatformProbes platform;
   InventoryState inventory;
+  PackState packs;
   /// The products that the direct set-up runs.
   std::vector<SelectedProduct> selectedProducts;
 };

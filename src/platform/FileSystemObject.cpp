@@ -90,12 +90,6 @@ std::string copyPath(const std::string& source, const std::string& target) {
                                    : target;
 }
 
-bool liesAtOrIn(const std::string& path, const std::string& folder) {
-  return equalNoCase(path.substr(0, folder.size()), folder) &&
-         (path.size() == folder.size() || endsWithSeparator(folder) ||
-          isSeparator(path[folder.size()]));
-}
-
 struct CopyMode {
   bool overwrite = true;
   bool force = false;
@@ -234,6 +228,18 @@ std::vector<std::string> FileSystemObject::files(const std::string& folder) {
   return names;
 }
 
+std::vector<std::string> FileSystemObject::folders(const std::string& folder) {
+  std::vector<machine::FolderEntry> entries;
+  require(files_.list(bareFolder(folder), entries), folder);
+  std::vector<std::string> names;
+  for (const machine::FolderEntry& entry : entries) {
+    if (entry.facts.folder) {
+      names.push_back(entry.name);
+    }
+  }
+  return names;
+}
+
 std::uint64_t FileSystemObject::dateLastModified(const std::string& path) {
   constexpr std::uint64_t kUnitsPerSecond = 10'000'000;
   machine::FileFacts facts;
@@ -269,6 +275,12 @@ FileSystemObject& FileSystemObjects::requiredFileSystemObject() {
                        "Oggetto FileSystemObject non disponibile");
   }
   return *object;
+}
+
+bool FileSystemObject::liesAtOrIn(const std::string& path, const std::string& folder) {
+  return equalNoCase(path.substr(0, folder.size()), folder) &&
+         (path.size() == folder.size() || endsWithSeparator(folder) ||
+          isSeparator(path[folder.size()]));
 }
 
 std::string FileSystemObject::parentFolderName(const std::string& path) {

@@ -51,8 +51,9 @@ class FileSystemObject {
   /// The files of a folder, without its folders, in the order in which the file system gives them.
   /// One opening. Raises 76 when it is missing.
   std::vector<machine::FolderEntry> fileEntries(const std::string& folder);
-  /// Their names.
+  /// Their names, and the names of the folders in the same order.
   std::vector<std::string> files(const std::string& folder);
+  std::vector<std::string> folders(const std::string& folder);
 
   /// When a file was last changed, in whole seconds since 1601-01-01 UTC: changes within the same
   /// second are equal. Raises 53 when it is missing or a folder.
@@ -64,6 +65,10 @@ class FileSystemObject {
   std::vector<std::string> readLines(const std::string& path);
   /// Makes or replaces a text file with exactly these bytes.
   void writeText(const std::string& path, const std::string& bytes);
+
+  /// Does the path name the folder, or something in it? Told from the texts, without regard to
+  /// case.
+  static bool liesAtOrIn(const std::string& path, const std::string& folder);
 
   /// Parent of a path, as text only: C:\a\b gives C:\a, C:\a gives C:\,
   /// \\srv\share\x gives \\srv\share, that gives \\srv;

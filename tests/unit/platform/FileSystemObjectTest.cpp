@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "base/RuntimeError.h"
@@ -159,6 +160,276 @@ TEST_F(FileSystemObjectTest, NeverDeletesARoot) {
   }
   EXPECT_TRUE(machine.fileExists("\\\\srv\\dati\\a.txt"));
   EXPECT_TRUE(machine.folderExists("C:\\WINDOWS"));
+}
+
+// --- Copying a file
+
+TEST_F(FileSystemObjectTest, CopiesAFileWithItsTime) {
+  machine.putFile("C:\\a.txt", "new");
+  machine.diskOf("C:\\").setModified("C:\\a.txt", {2008, 1, 2, 3, 4, 5});
+  machine.putFile("C:\\d\\b.txt", "old and longer");
+  object.copyFile("C:\\a.txt", "C:\\d\\b.txt");
+  EXPECT_EQ(machine.fileText("C:\\d\\b.txt"), "new");
+  EXPECT_EQ(object.dateLastModified("C:\\a.txt"), object.dateLastModified("C:\\d\\b.txt"));
+  EXPECT_EQ(machine.fileText("C:\\a.txt"), "new");
+}
+
+TEST_F(FileSystemObjectTest, CopiesAFileIntoAFolderNamedWithABackslash) {
+  machine.putFile("C:\\a.txt", "x");
+  machine.makeFolders("C:\\d");
+  object.copyFile("C:\\a.txt", "C:\\d\\");
+  EXPECT_EQ(machine.fileText("C:\\d\\a.txt"), "x");
+}
+
+TEST_F(FileSystemObjectTest, CopyingOverAnExistingFileIs58WhenItMustNotBeOverwritten) {
+  machine.putFile("C:\\a.txt", "new");
+  machine.putFile("C:\\b.txt", "old");
+  EXPECT_EQ(failureOf([&] { object.copyFile("C:\\a.txt", "C:\\b.txt", false); }), 58);
+  EXPECT_EQ(machine.fileText("C:\\b.txt"), "old");
+  object.copyFile("C:\\a.txt", "C:\\c.txt", false);
+  EXPECT_EQ(machine.fileText("C:\\c.txt"), "new");
+}
+
+TEST_F(FileSystemObjectTest, CopyingAMissingFileOrAFolderAsFileIs53) {
+  machine.makeFolders("C:\\d");
+  EXPECT_EQ(failureOf([&] { object.copyFile("C:\\a.txt", "C:\\b.txt"); }), 53);
+  EXPECT_EQ(failureOf([&] { object.copyFile("C:\\no\\a.txt", "C:\\b.txt"); }), 53);
+  EXPECT_EQ(failureOf([&] { object.copyFile("C:\\d", "C:\\b.txt"); }), 53);
+  EXPECT_FALSE(machine.fileExists("C:\\b.txt"));
+}
+
+TEST_F(FileSystemObjectTest, CopyingIntoAMissingFolderIs76) {
+  machine.putFile("C:\\a.txt", "x");
+  EXPECT_EQ(failureOf([&] { object.copyFile("C:\\a.txt", "C:\\no\\b.txt"); }), 76);
+}
+
+TEST_F(FileSystemObjectTest, CopyingOntoAFolderOrAReadOnlyOrABusyFileIs70) {
+  machine.putFile("C:\\a.txt", "new");
+  machine.makeFolders("C:\\d");
+  machine.putFile("C:\\r.txt", "old");
+  machine.diskOf("C:\\").setReadOnly("C:\\r.txt");
+  machine.putFile("C:\\busy.txt", "old");
+  machine.diskOf("C:\\").holdOpen("C:\\busy.txt", sim::Sharing::Read);
+  for (const char* const target : {"C:\\d", "C:\\r.txt", "C:\\busy.txt"}) {
+    EXPECT_EQ(failureOf([&] { object.copyFile("C:\\a.txt", target, true); }), 70) << target;
+  }
+  EXPECT_EQ(machine.fileText("C:\\r.txt"), "old");
+  EXPECT_TRUE(machine.diskOf("C:\\").isReadOnly("C:\\r.txt"));
+}
+
+// --- Copying a folder
+
+TEST_F(FileSystemObjectTest, CopiesAFolderWithEverythingInIt) {
+  machine.putFile("C:\\s\\a.txt", "1");
+  machine.putFile("C:\\s\\e\\f\\b.txt", "22");
+  machine.makeFolders("C:\\s\\empty");
+  machine.makeFolders("C:\\d");
+  object.copyFolder("C:\\s", "C:\\d\\t");
+  EXPECT_EQ(machine.diskOf("C:\\").tree("C:\\d\\t"),
+            "d\\t\\a.txt 1\nd\\t\\e\\\nd\\t\\e\\f\\\nd\\t\\e\\f\\b.txt 2\nd\\t\\empty\\\n");
+  EXPECT_EQ(machine.fileText("C:\\s\\e\\f\\b.txt"), "22");
+}
+
+TEST_F(FileSystemObjectTest, CopyMergesIntoAnExistingTreeOnAnotherDrive) {
+  machine.mount("S:");
+  machine.putFile("C:\\s\\both\\a.txt", "new");
+  machine.putFile("C:\\s\\both\\only.txt", "source");
+  machine.putFile("S:\\t\\BOTH\\A.TXT", "old");
+  machine.putFile("S:\\t\\both\\kept.txt", "target");
+  object.copyFolder("C:\\s\\", "S:\\t");
+  EXPECT_EQ(machine.fileText("S:\\t\\both\\a.txt"), "new");
+  EXPECT_EQ(machine.fileText("S:\\t\\both\\only.txt"), "source");
+  EXPECT_EQ(machine.fileText("S:\\t\\both\\kept.txt"), "target");
+  EXPECT_THAT(machine.diskOf("S:\\").names("S:\\t\\both"),
+              testing::ElementsAre("A.TXT", "kept.txt", "only.txt"));
+}
+
+TEST_F(FileSystemObjectTest, CopiesAFolderIntoTheOneNamedWithABackslash) {
+  machine.putFile("C:\\s\\a.txt", "1");
+  machine.makeFolders("C:\\d");
+  object.copyFolder("C:\\s", "C:\\d\\");
+  EXPECT_EQ(machine.fileText("C:\\d\\s\\a.txt"), "1");
+}
+
+TEST_F(FileSystemObjectTest, CopyingAFolderNeedsTheParentOfItsTarget) {
+  machine.putFile("C:\\s\\a.txt", "1");
+  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\no\\t"); }), 76);
+}
+
+TEST_F(FileSystemObjectTest, CopyingAMissingFolderOrAFileAsFolderIs76) {
+  machine.putFile("C:\\a.txt", "x");
+  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t"); }), 76);
+  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\a.txt", "C:\\t"); }), 76);
+  EXPECT_FALSE(machine.folderExists("C:\\t"));
+}
+
+TEST_F(FileSystemObjectTest, CopyingAFolderWithoutOverwritingStopsAtAnExistingFile) {
+  machine.putFile("C:\\s\\1.txt", "new");
+  machine.putFile("C:\\s\\2.txt", "new");
+  machine.putFile("C:\\s\\3.txt", "new");
+  machine.putFile("C:\\t\\2.txt", "old");
+  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t", false); }), 58);
+  EXPECT_EQ(machine.fileText("C:\\t\\2.txt"), "old");
+  EXPECT_TRUE(machine.fileExists("C:\\t\\1.txt"));
+  EXPECT_FALSE(machine.fileExists("C:\\t\\3.txt"));
+}
+
+TEST_F(FileSystemObjectTest, CopyingAFolderOverwritesReadOnlyFilesWithForceOnly) {
+  machine.putFile("C:\\s\\e\\a.txt", "new");
+  machine.putFile("C:\\t\\e\\a.txt", "old");
+  machine.diskOf("C:\\").setReadOnly("C:\\t\\e\\a.txt");
+  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t", true); }), 70);
+  EXPECT_EQ(machine.fileText("C:\\t\\e\\a.txt"), "old");
+  EXPECT_TRUE(machine.diskOf("C:\\").isReadOnly("C:\\t\\e\\a.txt"));
+  object.copyFolder("C:\\s", "C:\\t", true, true);
+  EXPECT_EQ(machine.fileText("C:\\t\\e\\a.txt"), "new");
+}
+
+TEST_F(FileSystemObjectTest, ForceDoesNotHelpAgainstOtherRefusals) {
+  machine.putFile("C:\\s\\a.txt", "new");
+  machine.putFile("C:\\t\\a.txt", "old");
+  machine.diskOf("C:\\").denyWriting("C:\\t");
+  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t", true, true); }), 70);
+  machine.diskOf("C:\\").setReadOnly("C:\\t\\a.txt");
+  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t", true, true); }), 70);
+  EXPECT_EQ(machine.fileText("C:\\t\\a.txt"), "old");
+}
+
+TEST_F(FileSystemObjectTest, CopyOfAFolderStopsAtABusyFileAndNamesIt) {
+  machine.putFile("C:\\s\\1.txt", "new");
+  machine.putFile("C:\\s\\2.txt", "new");
+  machine.putFile("C:\\s\\3.txt", "new");
+  machine.putFile("C:\\t\\2.txt", "old");
+  machine.diskOf("C:\\").holdOpen("C:\\t\\2.txt", sim::Sharing::Read);
+  try {
+    object.copyFolder("C:\\s", "C:\\t", true, true);
+    FAIL() << "copied";
+  } catch (const RuntimeError& failure) {
+    EXPECT_EQ(failure.number(), 70);
+    EXPECT_EQ(failure.description(), "File in uso da un altro programma: C:\\t\\2.txt");
+  }
+  EXPECT_EQ(machine.fileText("C:\\t\\1.txt"), "new");
+  EXPECT_EQ(machine.fileText("C:\\t\\2.txt"), "old");
+  EXPECT_FALSE(machine.fileExists("C:\\t\\3.txt"));
+}
+
+TEST_F(FileSystemObjectTest, AFileInThePlaceOfAFolderIs58) {
+  machine.makeFolders("C:\\s\\e");
+  machine.putFile("C:\\t\\e", "file");
+  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t"); }), 58);
+  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t\\e"); }), 58);
+  EXPECT_EQ(machine.fileText("C:\\t\\e"), "file");
+}
+
+TEST_F(FileSystemObjectTest, NeverCopiesAFolderOntoOrIntoItself) {
+  machine.putFile("C:\\s\\a.txt", "x");
+  const std::string before = machine.diskOf("C:\\").tree("C:\\s");
+  for (const char* const target : {"C:\\s", "c:\\S\\", "C:\\s\\t", "C:\\S\\a\\b"}) {
+    EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", target); }), 70) << target;
+  }
+  EXPECT_EQ(machine.diskOf("C:\\").tree("C:\\s"), before);
+  object.copyFolder("C:\\s", "C:\\s2");
+  EXPECT_TRUE(machine.fileExists("C:\\s2\\a.txt"));
+}
+
+TEST_F(FileSystemObjectTest, NeverFollowsALinkOutOfAFolderThatIsCopied) {
+  machine.putFile("C:\\secret\\a.txt", "x");
+  machine.makeFolders("C:\\s");
+  machine.diskOf("C:\\").putLink("C:\\s\\link", "C:\\secret");
+  try {
+    object.copyFolder("C:\\s", "C:\\t");
+    FAIL() << "copied";
+  } catch (const RuntimeError& failure) {
+    EXPECT_EQ(failure.number(), 75);
+    EXPECT_EQ(failure.description(), "Collegamento non copiato: C:\\s\\link");
+  }
+  machine.removeTree("C:\\s\\link");
+  machine.diskOf("C:\\").putLink("C:\\s\\link.txt", "C:\\secret\\a.txt", false);
+  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t"); }), 75);
+  EXPECT_EQ(machine.diskOf("C:\\").tree("C:\\t"), "");
+}
+
+// --- Listing, dates, text
+
+TEST_F(FileSystemObjectTest, ListsFilesOnlyInTheOrderOfTheFileSystem) {
+  for (const char* const name : {"b.zip", "A.zip", "c.zip"}) {
+    machine.putFile(std::string("C:\\d\\") + name, "xy");
+  }
+  machine.makeFolders("C:\\d\\e.zip");
+  machine.diskOf("C:\\").setListingOrder("C:\\d", {"c.zip", "e.zip", "A.zip", "b.zip"});
+  EXPECT_THAT(object.files("C:\\d"), testing::ElementsAre("c.zip", "A.zip", "b.zip"));
+  EXPECT_THAT(object.files("C:\\d\\"), testing::SizeIs(3));
+  EXPECT_EQ(object.fileEntries("C:\\d").at(0).facts.size, 2U);
+}
+
+TEST_F(FileSystemObjectTest, ListsFoldersOnlyInTheOrderOfTheFileSystem) {
+  machine.putFile("C:\\d\\a.txt", "x");
+  machine.makeFolders("C:\\d\\z");
+  machine.makeFolders("C:\\d\\b");
+  EXPECT_THAT(object.folders("C:\\d\\"), testing::ElementsAre("z", "b"));
+}
+
+TEST_F(FileSystemObjectTest, ListingAMissingFolderIs76) {
+  EXPECT_EQ(failureOf([&] { object.files("C:\\no"); }), 76);
+  EXPECT_EQ(failureOf([&] { object.folders("C:\\no"); }), 76);
+}
+
+TEST_F(FileSystemObjectTest, TellsFromTheTextsWhatLiesInAFolder) {
+  EXPECT_TRUE(FileSystemObject::liesAtOrIn("C:\\d", "c:\\D"));
+  EXPECT_TRUE(FileSystemObject::liesAtOrIn("C:\\d\\e", "c:\\D"));
+  EXPECT_TRUE(FileSystemObject::liesAtOrIn("C:\\d", "C:\\"));
+  EXPECT_FALSE(FileSystemObject::liesAtOrIn("C:\\de", "C:\\d"));
+  EXPECT_FALSE(FileSystemObject::liesAtOrIn("C:\\", "C:\\d"));
+}
+
+TEST_F(FileSystemObjectTest, DatesAreWholeSeconds) {
+  constexpr sim::FileTicks kSecond = 10'000'000;
+  sim::SimDisk& disk = machine.diskOf("C:\\");
+  const auto dateAt = [&](sim::FileTicks ticks) {
+    machine.putFile("C:\\a.txt", "x");
+    disk.setModifiedTicks("C:\\a.txt", ticks);
+    return object.dateLastModified("C:\\a.txt");
+  };
+  EXPECT_EQ(dateAt(1000 * kSecond), 1000U);
+  EXPECT_EQ(dateAt(1000 * kSecond + kSecond - 1), 1000U);
+  EXPECT_EQ(dateAt(1001 * kSecond), 1001U);
+}
+
+TEST_F(FileSystemObjectTest, TheDateOfAMissingFileOrAFolderIs53) {
+  machine.makeFolders("C:\\d");
+  for (const char* const path : {"C:\\a.txt", "C:\\no\\a.txt", "C:\\d"}) {
+    EXPECT_EQ(failureOf([&] { object.dateLastModified(path); }), 53) << path;
+  }
+}
+
+TEST_F(FileSystemObjectTest, ReadsLinesWithBothEnds) {
+  const auto linesOf = [&](const std::string& text) {
+    machine.putFile("C:\\a.txt", text);
+    return object.readLines("C:\\a.txt");
+  };
+  using Lines = std::vector<std::string>;
+  EXPECT_EQ(linesOf("a\r\nb\nc"), (Lines{"a", "b", "c"}));
+  EXPECT_EQ(linesOf("a\r\n\r\n"), (Lines{"a", ""}));
+  EXPECT_EQ(linesOf("a\rb\r\n"), (Lines{"a\rb"}));
+  EXPECT_EQ(linesOf("a\r"), (Lines{"a\r"}));
+  EXPECT_EQ(linesOf("\x1A"
+                    "a\n"),
+            (Lines{"\x1A"
+                   "a"}));
+  EXPECT_EQ(linesOf("\n"), (Lines{""}));
+  EXPECT_EQ(linesOf(""), (Lines{}));
+}
+
+TEST_F(FileSystemObjectTest, ReadingAMissingTextIs53Or76) {
+  EXPECT_EQ(failureOf([&] { object.readLines("C:\\a.txt"); }), 53);
+  EXPECT_EQ(failureOf([&] { object.readLines("C:\\no\\a.txt"); }), 76);
+}
+
+TEST_F(FileSystemObjectTest, WritesATextInThePlaceOfAnother) {
+  object.writeText("C:\\a.txt", "long text\r\n");
+  object.writeText("C:\\a.txt", "x\r\n");
+  EXPECT_EQ(machine.fileText("C:\\a.txt"), "x\r\n");
+  EXPECT_EQ(failureOf([&] { object.writeText("C:\\no\\a.txt", "x"); }), 76);
 }
 
 struct ParentRow {
