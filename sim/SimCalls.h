@@ -55,6 +55,7 @@ enum class CallKind {
   SupportTemporaryPath,
   BoxShow,
   FormShow,
+  PictureShow,
   /// Questions that came later than those above; the text says which.
   Other
 };

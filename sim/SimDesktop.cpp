@@ -17,6 +17,23 @@ bool contains(const std::vector<std::string>& names, const std::string& name) {
                      [&](const std::string& other) { return equalNoCase(other, name); });
 }
 
+bool isWholeJpeg(const std::string& bytes) {
+  return bytes.size() > 4 && bytes.compare(0, 3, "\xFF\xD8\xFF") == 0 &&
+         bytes.compare(bytes.size() - 2, 2, "\xFF\xD9") == 0;
+}
+
+// A bitmap tells its length behind "BM", low byte first.
+bool isWholeBitmap(const std::string& bytes) {
+  if (bytes.size() < 14 || bytes.compare(0, 2, "BM") != 0) {
+    return false;
+  }
+  std::size_t length = 0;
+  for (std::size_t i = 0; i < 4; ++i) {
+    length |= static_cast<std::size_t>(static_cast<unsigned char>(bytes[2 + i])) << (8 * i);
+  }
+  return bytes.size() >= length;
+}
+
 }  // namespace
 
 // --- Windows
@@ -95,15 +112,123 @@ bool SimFormWindow::setProgress(const std::string& control,
   return true;
 }
 
-bool SimFormWindow::click(const std::string& control) {
+const SimFormWindow::Item* SimFormWindow::findItem(const std::string& control, int index) const {
+  const Control* found = find(control);
+  const auto at = static_cast<std::size_t>(index);
+  return found == nullptr || index < 0 || at >= found->items.size() ? nullptr : &found->items[at];
+}
+
+void SimFormWindow::clearItems(const std::string& control) {
+  if (hasControl(control)) {
+    make(control).items.clear();
+    make(control).selected = -1;
+  }
+}
+
+void SimFormWindow::addItem(const std::string& control, const std::string& text, int data) {
+  if (hasControl(control)) {
+    make(control).items.push_back({text, data});
+  }
+}
+
+int SimFormWindow::itemCount(const std::string& control) const {
+  const Control* found = find(control);
+  return found == nullptr ? 0 : static_cast<int>(found->items.size());
+}
+
+std::string SimFormWindow::itemText(const std::string& control, int index) const {
+  const Item* found = findItem(control, index);
+  return found == nullptr ? "" : found->text;
+}
+
+int SimFormWindow::itemData(const std::string& control, int index) const {
+  const Item* found = findItem(control, index);
+  return found == nullptr ? 0 : found->data;
+}
+
+int SimFormWindow::selected(const std::string& control) const {
+  const Control* found = find(control);
+  return found == nullptr ? -1 : found->selected;
+}
+
+void SimFormWindow::select(const std::string& control, int index) {
+  if (index == -1 || findItem(control, index) != nullptr) {
+    make(control).selected = index;
+  }
+}
+
+bool SimFormWindow::checked(const std::string& control) const {
+  const Control* found = find(control);
+  return found != nullptr && found->checked;
+}
+
+void SimFormWindow::setChecked(const std::string& control, bool checked) {
+  if (!hasControl(control)) {
+    return;
+  }
+  for (const std::vector<std::string>& group :
+       declared_ ? declared_->optionGroups : std::vector<std::vector<std::string>>{}) {
+    if (checked && contains(group, control)) {
+      for (const std::string& other : group) {
+        make(other).checked = false;
+      }
+    }
+  }
+  make(control).checked = checked;
+}
+
+bool SimFormWindow::setPicture(const std::string& control, const std::string& path) {
+  if (!hasControl(control) || (pictureTest_ && !pictureTest_(path))) {
+    return false;
+  }
+  make(control).picture = path;
+  return true;
+}
+
+bool SimFormWindow::usable(const std::string& control) const {
   demand(control);
-  if (!open_ || !isEnabled(control)) {
+  return open_ && isEnabled(control);
+}
+
+bool SimFormWindow::click(const std::string& control) {
+  if (!usable(control)) {
     return false;
   }
   if (form_ != nullptr) {
     form_->clicked(*this, control);
   }
   return true;
+}
+
+bool SimFormWindow::choose(const std::string& control, int index) {
+  if (!usable(control)) {
+    return false;
+  }
+  if (findItem(control, index) == nullptr) {
+    throw std::out_of_range(control + " has no item " + std::to_string(index));
+  }
+  if (selected(control) != index) {
+    select(control, index);
+    tellOfSelection(control);
+  }
+  return true;
+}
+
+bool SimFormWindow::check(const std::string& control, bool on) {
+  if (!usable(control)) {
+    return false;
+  }
+  if (checked(control) != on) {
+    setChecked(control, on);
+    tellOfSelection(control);
+  }
+  return true;
+}
+
+void SimFormWindow::tellOfSelection(const std::string& control) {
+  if (form_ != nullptr) {
+    form_->selectionChanged(*this, control);
+  }
 }
 
 void SimFormWindow::type(const std::string& control, const std::string& text) {
@@ -122,6 +247,19 @@ void SimFormWindow::closeBox() {
 bool SimFormWindow::isEnabled(const std::string& control) const {
   const Control* found = find(control);
   return found == nullptr || found->enabled;
+}
+
+std::vector<std::string> SimFormWindow::items(const std::string& control) const {
+  std::vector<std::string> texts;
+  for (int i = 0; i < itemCount(control); ++i) {
+    texts.push_back(itemText(control, i));
+  }
+  return texts;
+}
+
+std::string SimFormWindow::picture(const std::string& control) const {
+  const Control* found = find(control);
+  return found == nullptr ? "" : found->picture;
 }
 
 std::vector<std::string> SimFormWindow::textsOf(const std::string& control) const {
@@ -188,8 +326,7 @@ bool SimDesktop::showModal(machine::Form& form) {
     return false;
   }
   shownForms_.push_back(name);
-  const auto declared = declared_.find(name);
-  SimFormWindow window(name, &form, declared == declared_.end() ? nullptr : &declared->second);
+  SimFormWindow window = windowFor(form);
   windows_.push_back(&window);
   try {
     live(form, window);
@@ -199,6 +336,58 @@ bool SimDesktop::showModal(machine::Form& form) {
   }
   takeAway(window);
   return true;
+}
+
+SimFormWindow SimDesktop::windowFor(machine::Form& form) {
+  const auto declared = declared_.find(form.name());
+  SimFormWindow window(form.name(), &form,
+                       declared == declared_.end() ? nullptr : &declared->second);
+  window.setPictureTest([this](const std::string& path) { return showsPicture(path); });
+  return window;
+}
+
+bool SimDesktop::showsPicture(const std::string& path) {
+  std::string bytes;
+  return !calls_.enter(CallKind::PictureShow, "form.setPicture", path) &&
+         files_.quietRead(path, bytes) == system_code::kSuccess &&
+         (isWholeJpeg(bytes) || isWholeBitmap(bytes));
+}
+
+/// A modeless window; takes itself from the desktop.
+class SimShownForm : public machine::ShownForm {
+ public:
+  SimShownForm(SimDesktop& desktop, SimFormWindow window)
+      : desktop_(desktop), window_(std::move(window)) {
+    desktop_.windows_.push_back(&window_);
+  }
+  ~SimShownForm() override {
+    desktop_.takeAway(window_);
+    desktop_.unloadedForms_.push_back(window_.formName());
+  }
+  SimShownForm(const SimShownForm&) = delete;
+  SimShownForm& operator=(const SimShownForm&) = delete;
+
+  SimFormWindow& window() { return window_; }
+
+ private:
+  SimDesktop& desktop_;
+  SimFormWindow window_;
+};
+
+std::unique_ptr<machine::ShownForm> SimDesktop::showModeless(machine::Form& form) {
+  const std::string name = form.name();
+  const bool injected = calls_.enter(CallKind::FormShow, "desktop.showModeless", name).has_value();
+  if (injected || !present_) {
+    return nullptr;
+  }
+  shownForms_.push_back(name);
+  auto shown = std::make_unique<SimShownForm>(*this, windowFor(form));
+  form.loaded(shown->window());
+  const UserAction script = shown->window().isOpen() ? scriptFor(name) : nullptr;
+  if (script) {
+    script(shown->window());
+  }
+  return shown;
 }
 
 // From load to unload: the user's script, then the close box.
@@ -256,6 +445,18 @@ void SimDesktop::deactivate() {
   if (!windows_.empty()) {
     windows_.pop_back();
   }
+}
+
+void SimDesktop::setHourglass(bool on) {
+  if (hourglass_ != on) {
+    hourglass_ = on;
+    hourglassChanges_.push_back(on);
+  }
+}
+
+void SimDesktop::endProgram() {
+  windows_.clear();
+  hourglass_ = false;
 }
 
 // --- Messages

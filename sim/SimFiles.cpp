@@ -69,6 +69,7 @@ FileFacts factsOf(const SimNode& node) {
   facts.readOnly = node.readOnly;
   facts.reparsePoint = !node.linkTarget.empty();
   facts.size = node.folder ? 0 : node.bytes.size();
+  facts.modified = static_cast<std::uint64_t>(node.modified);
   return facts;
 }
 

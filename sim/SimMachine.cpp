@@ -46,7 +46,7 @@ SimMachine::SimMachine()
       versions_(volumes_, calls_),
       configurationSocket_(calls_, configuration_),
       support_(calls_),
-      desktop_(calls_),
+      desktop_(calls_, files_),
       machine_{files_, profiles_, registry_, processes_,           environment_, system_,
                clock_, locale_,   versions_, configurationSocket_, support_,     desktop_} {
   mount("C:");

@@ -66,11 +66,14 @@ class Files {
   /// answers 3, a file 267; `entries` is replaced on success only.
   virtual SystemCode list(const std::string& folder, std::vector<FolderEntry>& entries) = 0;
 
-  /// Copies one file with its last-modified time onto `target` (full path of a file), overwriting.
-  /// A read-only target answers 5.
+  /// Copies one file with its last-modified time and its read-only attribute onto `target` (full
+  /// path of a file), overwriting. A read-only target or a folder on either side answers 5, a
+  /// target that is open without write sharing, runs, or is the source itself 32.
   virtual SystemCode copyFile(const std::string& source, const std::string& target) = 0;
 
-  /// Puts `source` in the place of `target` on the same volume in one step, replacing it.
+  /// Puts `source` in the place of `target` on the same volume in one step, replacing it. A target
+  /// that is a folder, open or runs answers 5. A program that runs can be the source: that is how
+  /// it is put aside.
   virtual SystemCode replaceFile(const std::string& source, const std::string& target) = 0;
 };
 

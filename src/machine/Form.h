@@ -37,6 +37,27 @@ class FormWindow {
   virtual bool progress(const std::string& control, ProgressNumbers& numbers) const = 0;
   virtual bool setProgress(const std::string& control, const ProgressNumbers& numbers) = 0;
 
+  /// Items of a list (of single choice) or a combo, index from 0; each carries a number of the
+  /// program's own. New items come last. Changing items or the selection by these methods calls no
+  /// handler. -1: nothing is selected. An index that there is not: empty text, number 0, the
+  /// selection stays.
+  virtual void clearItems(const std::string& control) = 0;
+  virtual void addItem(const std::string& control, const std::string& text, int data = 0) = 0;
+  virtual int itemCount(const std::string& control) const = 0;
+  virtual std::string itemText(const std::string& control, int index) const = 0;
+  virtual int itemData(const std::string& control, int index) const = 0;
+  virtual int selected(const std::string& control) const = 0;
+  virtual void select(const std::string& control, int index) = 0;
+
+  /// Option buttons and check boxes. Checking an option takes the check from the others of its
+  /// group; no handler is called.
+  virtual bool checked(const std::string& control) const = 0;
+  virtual void setChecked(const std::string& control, bool checked) = 0;
+
+  /// Shows the picture file (full path, JPEG or bitmap) in a picture control, as large as fits with
+  /// its proportions kept; false when it cannot be shown, the control then stays as it was.
+  virtual bool setPicture(const std::string& control, const std::string& path) = 0;
+
   /// Unloads the form: it hears nothing more, and the modal show returns once its handlers have.
   virtual void close() = 0;
 };
@@ -50,8 +71,10 @@ class Form {
   virtual std::string name() const = 0;
   /// The window is made and not yet shown: fill it.
   virtual void loaded(FormWindow& window) = 0;
-  /// A button was pressed (mouse, accelerator, Enter on it, or as the default button).
+  /// A push button was pressed (mouse, accelerator, Enter on it, or as the default button).
   virtual void clicked(FormWindow& window, const std::string& control) = 0;
+  /// The user chose another item of a list or combo, or changed an option or a check box.
+  virtual void selectionChanged(FormWindow& /*window*/, const std::string& /*control*/) {}
   /// The user asked to close the window (close box, Esc). The form decides; the usual answer is
   /// window.close().
   virtual void closeRequested(FormWindow& window) = 0;

@@ -64,19 +64,47 @@ void registerControlClasses() {
   InitCommonControlsEx(&classes);
 }
 
+const LPCWSTR kArrowPointer = MAKEINTRESOURCEW(32512);
+
 /// Keeps a form in the list while it is shown.
 class Shown {
  public:
-  Shown(std::vector<Win32FormWindow*>& forms, Win32FormWindow& form) : forms_(forms) {
+  Shown(std::vector<Win32FormWindow*>& forms, Win32FormWindow& form) : forms_(forms), form_(form) {
     forms_.push_back(&form);
   }
   Shown(const Shown&) = delete;
   Shown& operator=(const Shown&) = delete;
-  ~Shown() { forms_.pop_back(); }
+  ~Shown() { std::erase(forms_, &form_); }
 
  private:
   std::vector<Win32FormWindow*>& forms_;
+  Win32FormWindow& form_;
 };
+
+class ModelessForm : public machine::ShownForm {
+ public:
+  ModelessForm(std::vector<Win32FormWindow*>& forms, machine::Form& form, const bool& hourglass)
+      : window_(form, hourglass), shown_(forms, window_) {}
+
+  Win32FormWindow& window() { return window_; }
+
+ private:
+  Win32FormWindow window_;
+  Shown shown_;
+};
+
+/// Lets the window under the pointer, where it is one of ours, choose the pointer anew: the system
+/// asks it only when the pointer is moved.
+void askForPointer() {
+  POINT at{};
+  GetCursorPos(&at);
+  HWND const window = WindowFromPoint(at);
+  if (window != nullptr && GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId()) {
+    const LRESULT area = SendMessageW(window, WM_NCHITTEST, 0, MAKELPARAM(at.x, at.y));
+    SendMessageW(window, WM_SETCURSOR, reinterpret_cast<WPARAM>(window),
+                 MAKELPARAM(area, WM_MOUSEMOVE));
+  }
+}
 
 }  // namespace
 
@@ -89,9 +117,16 @@ BoxAnswer Win32Desktop::messageBox(const std::string& title, const std::string& 
 bool Win32Desktop::showModal(machine::Form& form) {
   registerControlClasses();
   HWND const over = owner();
-  Win32FormWindow window(form);
+  Win32FormWindow window(form, hourglass_);
   const Shown shown(forms_, window);
   return window.show(over);
+}
+
+std::unique_ptr<machine::ShownForm> Win32Desktop::showModeless(machine::Form& form) {
+  registerControlClasses();
+  HWND const over = owner();
+  auto shown = std::make_unique<ModelessForm>(forms_, form, hourglass_);
+  return shown->window().showModeless(over) ? std::move(shown) : nullptr;
 }
 
 machine::FormWindow* Win32Desktop::activeForm() { return topmost(); }
@@ -111,6 +146,7 @@ void Win32Desktop::processEvents() {
       TranslateMessage(&message);
       DispatchMessageW(&message);
     }
+    rethrowModelessFailure();
   }
 }
 
@@ -129,6 +165,24 @@ bool Win32Desktop::takenByDialog(MSG& message) const {
   return std::any_of(forms_.begin(), forms_.end(), [&message](const Win32FormWindow* form) {
     return form->open() && IsDialogMessageW(form->handle(), &message) != FALSE;
   });
+}
+
+void Win32Desktop::rethrowModelessFailure() const {
+  const auto failed = std::find_if(forms_.begin(), forms_.end(), [](const Win32FormWindow* form) {
+    return form->modeless() && form->failed();
+  });
+  if (failed != forms_.end()) {
+    (*failed)->rethrowFailure();
+  }
+}
+
+void Win32Desktop::setHourglass(bool on) {
+  hourglass_ = on;
+  // Without a form there is no window that the pointer could be over.
+  if (!forms_.empty()) {
+    SetCursor(LoadCursorW(nullptr, on ? kHourglassPointer : kArrowPointer));
+    askForPointer();
+  }
 }
 
 }  // namespace trelv::win32

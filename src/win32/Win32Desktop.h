@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "machine/Desktop.h"
@@ -13,17 +14,21 @@ class Win32Desktop : public machine::Desktop {
   machine::BoxAnswer messageBox(const std::string& title, const std::string& text,
                                 machine::BoxIcon icon, machine::BoxButtons buttons) override;
   bool showModal(machine::Form& form) override;
+  std::unique_ptr<machine::ShownForm> showModeless(machine::Form& form) override;
   machine::FormWindow* activeForm() override;
   void processEvents() override;
+  void setHourglass(bool on) override;
 
  private:
   /// The topmost form that is not closed, or null.
   Win32FormWindow* topmost() const;
   HWND owner() const;
   bool takenByDialog(MSG& message) const;
+  void rethrowModelessFailure() const;
 
   /// The forms that are shown, in the order of their opening.
   std::vector<Win32FormWindow*> forms_;
+  bool hourglass_ = false;
 };
 
 }  // namespace trelv::win32

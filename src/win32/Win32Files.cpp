@@ -23,6 +23,8 @@ machine::FileFacts factsOf(const Data& data) {
   if (!facts.folder) {
     facts.size = (static_cast<std::uint64_t>(data.nFileSizeHigh) << 32U) | data.nFileSizeLow;
   }
+  facts.modified = (static_cast<std::uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32U) |
+                   data.ftLastWriteTime.dwLowDateTime;
   return facts;
 }
 

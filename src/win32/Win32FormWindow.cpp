@@ -3,10 +3,10 @@
 // The common controls' header needs the one of our own above it.
 #include <commctrl.h>
 
-#include <array>
-
 #include "win32/ControlNames.h"
+#include "win32/ListControl.h"
 #include "win32/Win32Text.h"
+#include "win32/WindowClass.h"
 #include "win32/resource.h"
 
 namespace trelv::win32 {
@@ -19,10 +19,50 @@ std::string windowText(HWND window) {
   return utf8(buffer);
 }
 
-bool isProgressBar(HWND window) {
-  std::array<wchar_t, 64> name{};
-  GetClassNameW(window, name.data(), static_cast<int>(name.size()));
-  return lstrcmpiW(name.data(), PROGRESS_CLASSW) == 0;
+enum class ButtonKind { None, Push, Option, Check };
+
+ButtonKind buttonKind(HWND window) {
+  if (!isOfClass(window, L"Button")) {
+    return ButtonKind::None;
+  }
+  switch (GetWindowLongW(window, GWL_STYLE) & BS_TYPEMASK) {
+    case BS_RADIOBUTTON:
+    case BS_AUTORADIOBUTTON:
+      return ButtonKind::Option;
+    case BS_CHECKBOX:
+    case BS_AUTOCHECKBOX:
+      return ButtonKind::Check;
+    case BS_GROUPBOX:
+      return ButtonKind::None;
+    default:
+      return ButtonKind::Push;
+  }
+}
+
+bool isChoice(HWND window) {
+  const ButtonKind kind = buttonKind(window);
+  return kind == ButtonKind::Option || kind == ButtonKind::Check;
+}
+
+bool isChecked(HWND window) { return SendMessageW(window, BM_GETCHECK, 0, 0) == BST_CHECKED; }
+
+/// What is chosen in a control: the index of a list's item, 1 for a checked button.
+int choiceIn(HWND control) {
+  if (const ListControl list(control); list) {
+    return list.selected();
+  }
+  return isChecked(control) ? 1 : 0;
+}
+
+bool isPictureControl(HWND window) {
+  return isOfClass(window, L"Static") &&
+         (GetWindowLongW(window, GWL_STYLE) & SS_TYPEMASK) == SS_BITMAP;
+}
+
+SIZE clientSize(HWND window) {
+  RECT area{};
+  GetClientRect(window, &area);
+  return {area.right, area.bottom};
 }
 
 void setWindowIcons(HWND dialog) {
@@ -41,10 +81,34 @@ bool Win32FormWindow::show(HWND owner) {
       DialogBoxParamW(GetModuleHandleW(nullptr), wide(form_.name()).c_str(), owner,
                       &Win32FormWindow::dialogProcedure, reinterpret_cast<LPARAM>(this));
   dialog_ = nullptr;
-  if (failure_) {
-    std::rethrow_exception(failure_);
-  }
+  rethrowFailure();
   return outcome > 0;
+}
+
+bool Win32FormWindow::showModeless(HWND owner) {
+  modeless_ = true;
+  CreateDialogParamW(GetModuleHandleW(nullptr), wide(form_.name()).c_str(), owner,
+                     &Win32FormWindow::dialogProcedure, reinterpret_cast<LPARAM>(this));
+  rethrowFailure();
+  if (open()) {
+    ShowWindow(dialog_, SW_SHOW);
+    RedrawWindow(dialog_, nullptr, nullptr,
+                 RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+  }
+  return dialog_ != nullptr;
+}
+
+Win32FormWindow::~Win32FormWindow() {
+  closed_ = true;
+  if (modeless_ && dialog_ != nullptr) {
+    DestroyWindow(dialog_);
+  }
+}
+
+void Win32FormWindow::rethrowFailure() {
+  if (failure_) {
+    std::rethrow_exception(std::exchange(failure_, nullptr));
+  }
 }
 
 INT_PTR CALLBACK Win32FormWindow::dialogProcedure(HWND dialog, UINT message, WPARAM first,
@@ -63,6 +127,12 @@ INT_PTR Win32FormWindow::receive(UINT message, WPARAM first, LPARAM second) {
       return loadForm() ? TRUE : FALSE;
     case WM_COMMAND:
       return command(LOWORD(first), HIWORD(first), reinterpret_cast<HWND>(second)) ? TRUE : FALSE;
+    case WM_NCDESTROY:
+      // A dialog ends with its owner, whoever holds it.
+      dialog_ = nullptr;
+      return FALSE;
+    case WM_SETCURSOR:
+      return showHourglass() ? TRUE : FALSE;
     default:
       return FALSE;
   }
@@ -84,11 +154,52 @@ bool Win32FormWindow::command(WORD id, WORD notification, HWND sender) {
     return true;
   }
   const std::string name = controlName(id);
-  if (name.empty() || sender == nullptr || notification != BN_CLICKED) {
-    return false;
+  return !name.empty() && sender != nullptr && notified(name, notification, sender);
+}
+
+/// Numbers of notifications mean something for one class of controls only.
+bool Win32FormWindow::notified(const std::string& control, WORD notification, HWND sender) {
+  if (buttonKind(sender) == ButtonKind::Push && notification == BN_CLICKED) {
+    guarded([this, &control] { form_.clicked(*this, control); });
+    return true;
   }
-  guarded([this, &name] { form_.clicked(*this, name); });
-  return true;
+  const bool ofChoice =
+      (isChoice(sender) && notification == BN_CLICKED) ||
+      (isOfClass(sender, L"ListBox") && notification == LBN_SELCHANGE) ||
+      // Where the list is closed without a choice, the system may have put back the earlier one.
+      (isOfClass(sender, L"ComboBox") &&
+       (notification == CBN_SELCHANGE || notification == CBN_CLOSEUP));
+  if (ofChoice) {
+    choiceMayHaveChanged(control, sender);
+  }
+  return ofChoice;
+}
+
+void Win32FormWindow::choiceMayHaveChanged(const std::string& control, HWND sender) {
+  const int now = choiceIn(sender);
+  const auto known = choices_.find(GetDlgCtrlID(sender));
+  const int before = known != choices_.end() ? known->second : (isChoice(sender) ? 0 : -1);
+  if (now == before) {
+    return;
+  }
+  if (buttonKind(sender) == ButtonKind::Option) {
+    uncheckOthersOfGroup(sender);
+  }
+  remember(sender);
+  guarded([this, &control] { form_.selectionChanged(*this, control); });
+}
+
+void Win32FormWindow::remember(HWND control) {
+  choices_[GetDlgCtrlID(control)] = choiceIn(control);
+}
+
+/// Every window of this dialog and its controls ask here before they show their own pointer.
+bool Win32FormWindow::showHourglass() const {
+  if (hourglass_) {
+    SetCursor(LoadCursorW(nullptr, kHourglassPointer));
+    SetWindowLongPtrW(dialog_, DWLP_MSGRESULT, TRUE);
+  }
+  return hourglass_;
 }
 
 template <class Handler>
@@ -108,7 +219,7 @@ HWND Win32FormWindow::windowOf(const std::string& control) const {
 
 HWND Win32FormWindow::progressBar(const std::string& control) const {
   HWND const bar = windowOf(control);
-  return bar != nullptr && isProgressBar(bar) ? bar : nullptr;
+  return isOfClass(bar, PROGRESS_CLASSW) ? bar : nullptr;
 }
 
 bool Win32FormWindow::hasControl(const std::string& control) const {
@@ -173,9 +284,93 @@ bool Win32FormWindow::setProgress(const std::string& control,
   return true;
 }
 
+void Win32FormWindow::clearItems(const std::string& control) {
+  HWND const window = windowOf(control);
+  if (const ListControl list(window); list) {
+    list.clear();
+    remember(window);
+  }
+}
+
+void Win32FormWindow::addItem(const std::string& control, const std::string& text, int data) {
+  ListControl(windowOf(control)).add(text, data);
+}
+
+int Win32FormWindow::itemCount(const std::string& control) const {
+  return ListControl(windowOf(control)).count();
+}
+
+std::string Win32FormWindow::itemText(const std::string& control, int index) const {
+  return ListControl(windowOf(control)).text(index);
+}
+
+int Win32FormWindow::itemData(const std::string& control, int index) const {
+  return ListControl(windowOf(control)).data(index);
+}
+
+int Win32FormWindow::selected(const std::string& control) const {
+  return ListControl(windowOf(control)).selected();
+}
+
+void Win32FormWindow::select(const std::string& control, int index) {
+  HWND const window = windowOf(control);
+  if (const ListControl list(window); list) {
+    list.select(index);
+    remember(window);
+  }
+}
+
+bool Win32FormWindow::checked(const std::string& control) const {
+  HWND const window = windowOf(control);
+  return isChoice(window) && isChecked(window);
+}
+
+void Win32FormWindow::setChecked(const std::string& control, bool checked) {
+  HWND const window = windowOf(control);
+  if (!isChoice(window)) {
+    return;
+  }
+  if (checked && buttonKind(window) == ButtonKind::Option) {
+    uncheckOthersOfGroup(window);
+  }
+  SendMessageW(window, BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED, 0);
+  remember(window);
+}
+
+/// The system does so only where the user picks the option. The keyboard reaches the group at the
+/// option that is checked.
+void Win32FormWindow::uncheckOthersOfGroup(HWND option) {
+  HWND other = option;
+  while ((other = GetNextDlgGroupItem(dialog_, other, FALSE)) != option && other != nullptr) {
+    if (buttonKind(other) == ButtonKind::Option) {
+      SendMessageW(other, BM_SETCHECK, BST_UNCHECKED, 0);
+      remember(other);
+    }
+  }
+}
+
+bool Win32FormWindow::setPicture(const std::string& control, const std::string& path) {
+  HWND const window = windowOf(control);
+  if (!isPictureControl(window)) {
+    return false;
+  }
+  OwnedBitmap bitmap = loadPicture(path, clientSize(window));
+  if (!bitmap) {
+    return false;
+  }
+  SendMessageW(window, STM_SETIMAGE, IMAGE_BITMAP, reinterpret_cast<LPARAM>(bitmap.get()));
+  pictures_[GetDlgCtrlID(window)] = std::move(bitmap);
+  return true;
+}
+
 void Win32FormWindow::close() {
-  if (open()) {
-    closed_ = true;
+  if (!open()) {
+    return;
+  }
+  closed_ = true;
+  if (modeless_) {
+    ShowWindow(dialog_, SW_HIDE);
+  } else {
     EndDialog(dialog_, 1);
   }
 }
