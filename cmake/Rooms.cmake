@@ -93,6 +93,18 @@ function(trelv_manager)
   trelv_symbols(TrelvManager)
 endfunction()
 
+# The decoder of "gz" packs.
+function(trelv_decoder)
+  set(source "${PROJECT_SOURCE_DIR}/src/app/decoder/main.cpp")
+  add_executable(qalbunex "${source}")
+  trelv_entry_point(qalbunex "${source}")
+  target_compile_options(qalbunex PRIVATE -g1)
+  target_link_libraries(qalbunex PRIVATE win32_decoder decoder_resources)
+  set_target_properties(qalbunex PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+  trelv_check_delay_load(qalbunex)
+  trelv_symbols(qalbunex)
+endfunction()
+
 # trelv_small_programs(<folder> <output>): every source of the folder is a program of its own name;
 # a resource script of the same name goes into it.
 function(trelv_small_programs folder output)

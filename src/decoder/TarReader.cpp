@@ -1,0 +1,185 @@
+#include "decoder/TarReader.h"
+
+#include <archive.h>
+#include <archive_entry.h>
+
+#include <new>
+
+#include "decoder/Refusal.h"
+
+namespace trelv::decoder {
+namespace {
+
+constexpr const char* kDamaged = "archivio tar non valido";
+constexpr const char* kNameNotUtf8 = "nome che non è in UTF-8";
+constexpr const char* kHole = "file con parti mancanti";
+constexpr const char* kNoEnd = "archivio tar senza la sua fine";
+constexpr const char* kAfterEnd = "dati estranei dopo la fine dell'archivio tar";
+
+/// An archive ends with two blocks of zeros.
+constexpr std::uint64_t kEndMark = 1024;
+
+/// Seconds from 1601 to 1970, and the last second that the system's file times can tell.
+constexpr std::int64_t kSecondsTo1970 = 11644473600;
+constexpr std::int64_t kLastSecond = 900000000000;
+constexpr std::uint64_t kTicksPerSecond = 10000000;
+
+void append(std::string& text, std::uint32_t character) {
+  const auto put = [&text](std::uint32_t byte) { text += static_cast<char>(byte); };
+  if (character < 0x80) {
+    put(character);
+  } else if (character < 0x800) {
+    put(0xC0U | (character >> 6U));
+    put(0x80U | (character & 0x3FU));
+  } else if (character < 0x10000) {
+    put(0xE0U | (character >> 12U));
+    put(0x80U | ((character >> 6U) & 0x3FU));
+    put(0x80U | (character & 0x3FU));
+  } else {
+    put(0xF0U | (character >> 18U));
+    put(0x80U | ((character >> 12U) & 0x3FU));
+    put(0x80U | ((character >> 6U) & 0x3FU));
+    put(0x80U | (character & 0x3FU));
+  }
+}
+
+bool isHighSurrogate(std::uint32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
+bool isLowSurrogate(std::uint32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
+
+/// Wide text is UTF-16 on Windows and UTF-32 elsewhere. A lone surrogate stays one: its three bytes
+/// are no UTF-8 and are refused as a name.
+std::string utf8(const wchar_t* text) {
+  std::string result;
+  for (; *text != L'\0'; ++text) {
+    auto character = static_cast<std::uint32_t>(*text);
+    const auto next = static_cast<std::uint32_t>(text[1]);
+    if (isHighSurrogate(character) && isLowSurrogate(next)) {
+      character = 0x10000 + ((character - 0xD800) << 10U) + (next - 0xDC00);
+      ++text;
+    }
+    append(result, character);
+  }
+  return result;
+}
+
+EntryKind kindOf(archive_entry* header) {
+  if (archive_entry_hardlink_w(header) != nullptr || archive_entry_hardlink(header) != nullptr) {
+    return EntryKind::kLink;
+  }
+  switch (archive_entry_filetype(header)) {
+    case AE_IFREG:
+      return EntryKind::kFile;
+    case AE_IFDIR:
+      return EntryKind::kFolder;
+    case AE_IFLNK:
+      return EntryKind::kLink;
+    default:
+      return EntryKind::kOther;
+  }
+}
+
+std::uint64_t modifiedOf(archive_entry* header) {
+  const std::int64_t seconds = archive_entry_mtime(header);
+  if (archive_entry_mtime_is_set(header) == 0 || seconds <= -kSecondsTo1970 ||
+      seconds > kLastSecond) {
+    return 0;
+  }
+  return static_cast<std::uint64_t>(seconds + kSecondsTo1970) * kTicksPerSecond +
+         static_cast<std::uint64_t>(archive_entry_mtime_nsec(header)) / 100;
+}
+
+}  // namespace
+
+void TarReader::Closer::operator()(archive* reader) const { archive_read_free(reader); }
+
+TarReader::TarReader(GzipReader& packed) : packed_(packed), reader_(archive_read_new()) {
+  if (!reader_) {
+    throw std::bad_alloc();
+  }
+  check(archive_read_support_format_tar(reader_.get()));
+  check(archive_read_set_format_option(reader_.get(), "tar", "hdrcharset", "UTF-8"));
+  check(archive_read_open(reader_.get(), this, nullptr, readPacked, nullptr));
+}
+
+std::ptrdiff_t TarReader::readPacked(archive* /*reader*/, void* self, const void** bytes) {
+  auto& that = *static_cast<TarReader*>(self);
+  try {
+    const std::string_view block = that.packed_.next();
+    *bytes = block.data();
+    return static_cast<std::ptrdiff_t>(block.size());
+  } catch (...) {
+    that.failure_ = std::current_exception();
+    return ARCHIVE_FATAL;
+  }
+}
+
+/// Ends the work unless the library is content: with the pack's own failure where that is the
+/// cause.
+void TarReader::check(int result) {
+  if (failure_) {
+    std::rethrow_exception(failure_);
+  }
+  if (result != ARCHIVE_OK && result != ARCHIVE_EOF) {
+    const char* const told = archive_error_string(reader_.get());
+    refuse(std::string(kDamaged) + " (" + (told != nullptr ? told : "?") + ")");
+  }
+}
+
+void TarReader::fillIn(TarEntry& entry, archive_entry* header) {
+  const wchar_t* const name = archive_entry_pathname_w(header);
+  if (name == nullptr) {
+    refuse(kNameNotUtf8);
+  }
+  entry.name = utf8(name);
+  entry.kind = kindOf(header);
+  entry.size = static_cast<std::uint64_t>(archive_entry_size(header));
+  entry.modified = modifiedOf(header);
+  size_ = entry.kind == EntryKind::kFile ? entry.size : 0;
+  given_ = 0;
+}
+
+/// The library stops at the first sign of an end. Reads the rest, which also compares the check
+/// sum.
+void TarReader::checkEnd() {
+  const auto end = static_cast<std::uint64_t>(archive_read_header_position(reader_.get()));
+  while (!packed_.next().empty()) {
+  }
+  if (packed_.contentEnd() > end) {
+    refuse(kAfterEnd);
+  }
+  if (packed_.position() - end < kEndMark) {
+    refuse(kNoEnd);
+  }
+}
+
+bool TarReader::next(TarEntry& entry) {
+  archive_entry* header = nullptr;
+  const int result = archive_read_next_header(reader_.get(), &header);
+  check(result);
+  if (result == ARCHIVE_EOF) {
+    checkEnd();
+    return false;
+  }
+  fillIn(entry, header);
+  return true;
+}
+
+std::string_view TarReader::data() {
+  const void* bytes = nullptr;
+  std::size_t count = 0;
+  la_int64_t offset = 0;
+  int result = ARCHIVE_OK;
+  do {
+    result = archive_read_data_block(reader_.get(), &bytes, &count, &offset);
+    check(result);
+  } while (result == ARCHIVE_OK && count == 0);
+  const std::size_t given = result == ARCHIVE_EOF ? 0 : count;
+  const bool gap = given > 0 && static_cast<std::uint64_t>(offset) != given_;
+  given_ += given;
+  if (gap || (given == 0 && given_ != size_)) {
+    refuse(kHole);
+  }
+  return {static_cast<const char*>(bytes), given};
+}
+
+}  // namespace trelv::decoder
