@@ -1,16 +1,93 @@
 #include "packs/ProductInstall.h"
 
-// Not built yet
+#include "base/ProductName.h"
+#include "base/Text.h"
+#include "base/Trap.h"
+#include "packs/DirectSetup.h"
+#include "packs/PackExtraction.h"
+#include "packs/SelfUpdate.h"
+#include "platform/modLibrary.h"
 
 namespace trelv::modProdTrelvManager {
+namespace {
 
-void InstallSingleProdottoComplementareIntegrato(Program& /*program*/,
-                                                 const std::string& /*productName*/,
-                                                 std::string& /*targetFolder*/,
-                                                 const std::string& /*packName*/) {}
+constexpr const char* kModule = "ModProdTrelvManager";
 
-void InstallSingleProdottoComplementareStandAlone(Program& /*program*/,
-                                                  const std::string& /*productId*/,
-                                                  const std::string& /*packName*/) {}
+void dropTrailingBackslash(std::string& folder) {
+  if (!folder.empty() && folder.back() == '\\') {
+    folder.pop_back();
+  }
+}
+
+/// Opens a pack of the manager's own folder.
+void openPack(Program& program, const std::string& packName, const std::string& target) {
+  const std::string managerFolder = modLibrary::ParentPath(program.machine.system.executablePath());
+  OpenSinglePacks(program, managerFolder + "\\" + packName, target);
+  // The pack may have brought any of the ini files.
+  program.configurationFiles.forget();
+}
+
+void installIntegrated(Program& program, const std::string& productName, std::string& targetFolder,
+                       const std::string& packName) {
+  dropTrailingBackslash(targetFolder);
+  program.log.WriteLog("Apertura pacco in: " + targetFolder);
+  openPack(program, packName, targetFolder);
+  UpdateTrelvManager(program, targetFolder);
+  // Kept: shown also when the pack could not be opened, which has had its own box then.
+  program.machine.desktop.messageBox(TRELV_PRODUCT_NAME,
+                                     "Installazione completata correttamente del prodotto " +
+                                         productName + " in: " + upperCase(targetFolder),
+                                     machine::BoxIcon::Information, machine::BoxButtons::Ok);
+}
+
+void removeUnpacked(Program& program, const std::string& folder) {
+  if (!modLibrary::FolderExists(program, folder)) {
+    return;
+  }
+  program.fileSystem.requiredFileSystemObject().deleteFolder(folder, true);
+  program.configurationFiles.forget();
+}
+
+void installStandAlone(Program& program, const std::string& productId,
+                       const std::string& packName) {
+  std::string workFolder = modLibrary::GetTempDirectory(program);
+  dropTrailingBackslash(workFolder);
+  program.log.WriteLog("Apertura pacchi in: " + workFolder);
+  if (workFolder.empty()) {
+    // What follows would work in, and delete, \prg of whatever drive is current.
+    throw RuntimeError(runtime_number::kPathNotFound, "TrelvManager",
+                       "Cartella temporanea non disponibile");
+  }
+  openPack(program, packName, workFolder);
+  program.state.selectedProducts = {{productId}};
+  program.log.WriteLog("Gestione ProdTrelv - Esecuzione diretta Setup del prodotto " + productId +
+                       ". Sono caso Standard");
+  ExecuteDirectSetup(program, workFolder);
+  removeUnpacked(program, workFolder + "\\prg");
+}
+
+}  // namespace
+
+void InstallSingleProdottoComplementareIntegrato(Program& program, const std::string& productName,
+                                                 std::string& targetFolder,
+                                                 const std::string& packName) {
+  loggedTrap(program.log, program.errors, kModule, "InstallSingleProdottoComplementareIntegrato",
+             "Errore in installazione singolo prodotto integrato: ", false, [&]() -> bool {
+               installIntegrated(program, productName, targetFolder, packName);
+               return true;
+             });
+}
+
+void InstallSingleProdottoComplementareStandAlone(Program& program, const std::string& productId,
+                                                  const std::string& packName) {
+  trap([&]() -> void { installStandAlone(program, productId, packName); },
+       [&](const RuntimeError& failure) -> void {
+         constexpr const char* kText = "Errore in installazione prodotto";
+         program.errors.VisualizzaErrore(kModule, "InstallSingleProdottoComplementareStandAlone",
+                                         kText, report_kind::kProgramError, failure);
+         program.log.WriteLog(std::string("Gestione ProdTrelv - ") + kText + ": " +
+                              failure.description());
+       });
+}
 
 }  // namespace trelv::modProdTrelvManager

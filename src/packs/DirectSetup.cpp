@@ -1,0 +1,98 @@
+#include "packs/DirectSetup.h"
+
+#include <cstdint>
+
+#include "base/Codes.h"
+#include "base/Text.h"
+#include "base/Trap.h"
+#include "integrated/HostPaths.h"
+#include "integrated/ProductUpdateRun.h"
+#include "inventory/PresenceChecks.h"
+#include "platform/modLibrary.h"
+#include "startup/modProdTrelvLibrary.h"
+
+namespace trelv::modProdTrelvManager {
+namespace {
+
+void runSide(Program& program, const std::string& rootFolder, const std::string& configuration,
+             Operation kind, Side side) {
+  std::string version;
+  ProductUpdateRun(program, run_kind::kProgramOnly, rootFolder, rootFolder,
+                   program.state.startup.programsPath, configuration, kind, side, version);
+}
+
+void setUp(Program& program, const std::string& rootFolder, const std::string& configuration,
+           const std::string& identifier) {
+  // Kept: the catalogue's spelling is converted, and codes are upper case.
+  const std::int16_t code = modProdTrelvLibrary::ConvertProductToNumber(identifier);
+  modProdTrelvInfo::CheckProduct(program, code);
+  // A product without a check leaves the record as the check of another product filled it.
+  if (code == product::kUndefined || program.state.inventory.product.productCode != code) {
+    program.log.WriteLog("Gestione ProdTrelv - Prodotto senza verifica di presenza: " + identifier);
+    return;
+  }
+  const Operation kind = program.state.inventory.product.kind;
+  const Side side = program.state.inventory.product.side;
+  program.log.WriteLog("Gestione ProdTrelv - Lancio installazione " + identifier);
+  if (side == Side::ClientServer) {
+    runSide(program, rootFolder, configuration, kind, Side::Server);
+    runSide(program, rootFolder, configuration, kind, Side::Client);
+  } else {
+    runSide(program, rootFolder, configuration, kind, side);
+  }
+}
+
+void setUpWhereSelected(Program& program, const std::string& rootFolder,
+                        const std::string& configuration, const std::string& identifier) {
+  for (const SelectedProduct& selected : program.state.selectedProducts) {
+    if (equalNoCase(selected.identifier, identifier)) {
+      setUp(program, rootFolder, configuration, identifier);
+    }
+  }
+}
+
+/// Key "Id" of a section, else its "name"; empty where the catalogue has ended.
+std::string identifierOf(Program& program, const std::string& section,
+                         const std::string& catalogue) {
+  const std::string id = modLibrary::ReadSetting(program, section, "Id", catalogue);
+  return id.empty() ? modLibrary::ReadSetting(program, section, "name", catalogue) : id;
+}
+
+/// Unlike the update of all products: no last index, and an entry without "conf" is passed over.
+void walkCatalogue(Program& program, const std::string& rootFolder) {
+  const std::string catalogue = hostPaths::catalogue(rootFolder);
+  for (int index = 1;; ++index) {
+    const std::string section = "Prod" + twoDigits(index);
+    const std::string identifier = identifierOf(program, section, catalogue);
+    if (identifier.empty()) {
+      return;
+    }
+    const std::string conf = modLibrary::ReadSetting(program, section, "conf", catalogue);
+    if (!conf.empty()) {
+      setUpWhereSelected(program, rootFolder, hostPaths::productConfiguration(rootFolder, conf),
+                         identifier);
+    }
+  }
+}
+
+}  // namespace
+
+void ExecuteDirectSetup(Program& program, const std::string& rootFolder) {
+  trap(
+      [&]() -> void {
+        program.log.WriteLog(
+            "Gestione ProdTrelv - Avvio lancio setup per prodotti complementari in modalità "
+            "standalone");
+        walkCatalogue(program, rootFolder);
+      },
+      [&](const RuntimeError& failure) -> void {
+        constexpr const char* kText = "Errore in esecuzione setup";
+        // Kept: another module name than the one of all other installation procedures.
+        program.errors.VisualizzaErrore("ModTrelvManager", "ExecuteDirectSetup", kText,
+                                        report_kind::kProgramError, failure);
+        program.log.WriteLog(std::string("Gestione ProdTrelv - ") + kText + ": " +
+                             failure.description());
+      });
+}
+
+}  // namespace trelv::modProdTrelvManager

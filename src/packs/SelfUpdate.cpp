@@ -1,0 +1,265 @@
+#include "packs/SelfUpdate.h"
+
+#include <limits>
+#include <string_view>
+
+#include "base/Text.h"
+#include "base/Trap.h"
+#include "platform/modLibrary.h"
+
+namespace trelv::modProdTrelvManager {
+namespace {
+
+constexpr const char* kEnvironmentFile = "ambver";
+/// Length of the field at the head of the environment file's line, whose meaning is the host's.
+constexpr std::size_t kHeadLength = 7;
+
+/// One self-update.
+class SelfUpdate {
+ public:
+  SelfUpdate(Program& program, const std::string& hostServerFolder);
+
+  void run();
+  /// Takes away what an update that ended early has left on the share.
+  void removeOwnTemporaries();
+
+ private:
+  void refreshClientCopy();
+  void copyProgram();
+  void putProgramInPlace();
+  void swapWithProgramInUse(SystemCode refusal);
+  void stampEnvironmentFile();
+  void writeScratchCopy(const std::string& scratch, const std::string& head);
+  void putEnvironmentFileInPlace(const std::string& scratch);
+
+  void copyToShare(const std::string& source, const std::string& temporary);
+  void removeTemporary(const std::string& path);
+
+  Program& program_;
+  FileSystemObject& files_;
+  const std::string clientFolder_;
+  const std::string environmentFolder_;
+  const std::string temporaryFolder_;
+  std::string ownProgram_;
+  std::string clientCopy_;
+  /// Copies on their way. Two workstations may be here at once: each has its own.
+  std::string newProgram_;
+  std::string newEnvironmentFile_;
+  /// A program in use, put aside; not in the client folder, which the host hands out.
+  std::string oldProgram_;
+};
+
+/// Empty when it cannot be had: the copies then have a name that all such workstations share.
+std::string computerName(Program& program) {
+  std::string name;
+  const SystemCode code = program.machine.system.computerName(name);
+  return code == system_code::kSuccess ? name : std::string();
+}
+
+SelfUpdate::SelfUpdate(Program& program, const std::string& hostServerFolder)
+    : program_(program),
+      files_(program.fileSystem.requiredFileSystemObject()),
+      clientFolder_(hostServerFolder + "\\prg\\com\\bin\\cpy\\client"),
+      environmentFolder_(hostServerFolder + "\\prg\\etc"),
+      temporaryFolder_(hostServerFolder + "\\prg\\tempterm") {
+  const std::string running = program.machine.system.executablePath();
+  const std::string file = running.substr(running.rfind('\\') + 1);
+  const std::string name = file.substr(0, file.rfind('.'));
+  const std::string computer = computerName(program);
+  ownProgram_ = modLibrary::ParentPath(running) + "\\" + name + ".exe";
+  clientCopy_ = clientFolder_ + "\\" + name + ".exe";
+  newProgram_ = temporaryFolder_ + "\\" + name + "-" + computer + ".tmp";
+  newEnvironmentFile_ = temporaryFolder_ + "\\" + kEnvironmentFile + "-" + computer + ".tmp";
+  oldProgram_ = temporaryFolder_ + "\\" + name + ".old";
+}
+
+void SelfUpdate::run() {
+  program_.log.WriteLog("Gestione ProdTrelv - Copia Trelvmanager.Exe su " + clientFolder_);
+  // An update that was ended by force may have left some, a program that was put aside may have
+  // ended since.
+  removeOwnTemporaries();
+  removeTemporary(oldProgram_);
+  refreshClientCopy();
+  program_.log.WriteLog(std::string("Gestione ProdTrelv - Modifica file ") + kEnvironmentFile +
+                        " su " + environmentFolder_);
+  stampEnvironmentFile();
+}
+
+void SelfUpdate::removeOwnTemporaries() {
+  removeTemporary(newProgram_);
+  removeTemporary(newEnvironmentFile_);
+}
+
+void SelfUpdate::removeTemporary(const std::string& path) {
+  resumeNext(
+      [&](const RuntimeError& failure) -> void {
+        program_.log.WriteLog("Gestione ProdTrelv - File temporaneo non rimosso: " + path + " (" +
+                              failure.description() + ")");
+      },
+      [&]() -> void {
+        if (files_.fileExists(path)) {
+          files_.deleteFile(path, true);
+        }
+      });
+}
+
+void SelfUpdate::refreshClientCopy() {
+  if (!IsFileNewer(program_, ownProgram_, clientCopy_)) {
+    // Kept: the line says so of equal dates too.
+    program_.log.WriteLog(
+        "Gestione ProdTrelv - Copia Trelvmanager.Exe non eseguita: Il file destinazione è più "
+        "recente");
+    return;
+  }
+  copyProgram();
+  program_.log.WriteLog("Gestione ProdTrelv - Copia Trelvmanager.Exe eseguita");
+}
+
+void SelfUpdate::copyProgram() {
+  copyToShare(ownProgram_, newProgram_);
+  putProgramInPlace();
+}
+
+/// A program on a medium is read-only, and so would be its copy: nobody could replace it any more.
+void SelfUpdate::copyToShare(const std::string& source, const std::string& temporary) {
+  modLibrary::CreaCartella(program_, temporaryFolder_);
+  files_.copyFile(source, temporary);
+  const SystemCode code = program_.machine.files.setReadOnly(temporary, false);
+  if (code != system_code::kSuccess) {
+    throw failureFromSystemCode(code, temporary);
+  }
+}
+
+/// Renaming would get past what a copy has to respect.
+void refuseProtected(Program& program, const std::string& target) {
+  machine::FileFacts facts;
+  const SystemCode code = program.machine.files.look(target, facts);
+  if (code == system_code::kSuccess && (facts.readOnly || facts.folder)) {
+    throw failureFromSystemCode(system_code::kAccessDenied, target);
+  }
+}
+
+void SelfUpdate::putProgramInPlace() {
+  refuseProtected(program_, clientCopy_);
+  const SystemCode code = program_.machine.files.replaceFile(newProgram_, clientCopy_);
+  if (code == system_code::kAccessDenied || code == system_code::kSharingViolation) {
+    swapWithProgramInUse(code);
+  } else if (code != system_code::kSuccess) {
+    throw failureFromSystemCode(code, clientCopy_);
+  }
+}
+
+// A program that runs cannot be replaced but renamed. Between the two renames there is no client
+// copy; whoever ends the manager there by force finds it made at the next self-update.
+void SelfUpdate::swapWithProgramInUse(SystemCode refusal) {
+  machine::Files& files = program_.machine.files;
+  if (files.replaceFile(clientCopy_, oldProgram_) != system_code::kSuccess) {
+    throw failureFromSystemCode(refusal, clientCopy_);
+  }
+  const SystemCode code = files.replaceFile(newProgram_, clientCopy_);
+  if (code == system_code::kSuccess) {
+    removeTemporary(oldProgram_);
+    return;
+  }
+  if (files.replaceFile(oldProgram_, clientCopy_) != system_code::kSuccess) {
+    program_.log.WriteLog("Gestione ProdTrelv - Copia precedente non ripristinata: " + oldProgram_);
+  }
+  throw failureFromSystemCode(code, clientCopy_);
+}
+
+/// The last line as a text stream reads it: CR LF or LF ends a line, a lone CR does not, and there
+/// is no line behind the last end. Bytes. Empty also for an empty file.
+std::string lastLineOf(const std::string& text) {
+  std::string_view lines(text);
+  if (!lines.empty() && lines.back() == '\n') {
+    lines.remove_suffix(1);
+    if (!lines.empty() && lines.back() == '\r') {
+      lines.remove_suffix(1);
+    }
+  }
+  return std::string(lines.substr(lines.rfind('\n') + 1));
+}
+
+/// "dd/mm/yy hh:mm", whatever separators the user's system writes.
+std::string dateStamp(const machine::LocalTime& now) {
+  return twoDigits(now.day) + "/" + twoDigits(now.month) + "/" + twoDigits(now.year % 100) + " " +
+         twoDigits(now.hour) + ":" + twoDigits(now.minute);
+}
+
+void SelfUpdate::stampEnvironmentFile() {
+  const std::string path = environmentFolder_ + "\\" + kEnvironmentFile;
+  std::string text;
+  const SystemCode code =
+      program_.machine.files.read(path, std::numeric_limits<std::size_t>::max(), text);
+  if (code != system_code::kSuccess) {
+    throw failureFromSystemCode(code, path);
+  }
+  const std::string line = lastLineOf(text);
+  if (line.empty()) {
+    return;
+  }
+  const std::string folder = modLibrary::GetTempDirectory(program_);
+  if (folder.empty()) {
+    throw RuntimeError(runtime_number::kPathNotFound, "TrelvManager",
+                       "Cartella temporanea non disponibile");
+  }
+  // Kept: nothing between folder and name. The folder is reported with its trailing backslash.
+  const std::string scratch = folder + kEnvironmentFile;
+  writeScratchCopy(scratch, line.substr(0, kHeadLength));
+  putEnvironmentFileInPlace(scratch);
+}
+
+// Kept: this one line becomes the whole file, all lines before the last one are dropped. The host
+// only looks at the last line.
+void SelfUpdate::writeScratchCopy(const std::string& scratch, const std::string& head) {
+  modLibrary::DeleteFile(program_, scratch);
+  files_.writeText(scratch, head + dateStamp(program_.machine.clock.now()) + kCrLf);
+}
+
+// Never renamed aside: between two renames the file would be missing, and nobody makes it anew.
+void SelfUpdate::putEnvironmentFileInPlace(const std::string& scratch) {
+  const std::string target = environmentFolder_ + "\\" + kEnvironmentFile;
+  copyToShare(scratch, newEnvironmentFile_);
+  refuseProtected(program_, target);
+  const SystemCode code = program_.machine.files.replaceFile(newEnvironmentFile_, target);
+  if (code != system_code::kSuccess) {
+    throw failureFromSystemCode(code, target);
+  }
+}
+
+}  // namespace
+
+void UpdateTrelvManager(Program& program, const std::string& hostServerFolder) {
+  trap(
+      [&]() -> void {
+        SelfUpdate update(program, hostServerFolder);
+        trap([&]() -> void { update.run(); },
+             [&](const RuntimeError& failure) -> void {
+               update.removeOwnTemporaries();
+               throw failure;
+             });
+      },
+      [&](const RuntimeError& failure) -> void {
+        const std::string text =
+            "Gestione ProdTrelv - Errore in aggiornamento TrelvManager " + failure.description();
+        program.errors.VisualizzaErrore("ModProdTrelvManager", "UpdateTrelvManager", text,
+                                        report_kind::kProgramError, failure);
+        program.log.WriteLog(text);
+      });
+}
+
+bool IsFileNewer(Program& program, const std::string& sourcePath, const std::string& targetPath) {
+  FileSystemObject& files = program.fileSystem.requiredFileSystemObject();
+  machine::FileFacts facts;
+  const SystemCode code = program.machine.files.look(targetPath, facts);
+  if (code == system_code::kFileNotFound || code == system_code::kPathNotFound ||
+      (code == system_code::kSuccess && facts.folder)) {
+    return true;
+  }
+  if (code != system_code::kSuccess) {
+    throw failureFromSystemCode(code, targetPath);
+  }
+  return files.dateLastModified(sourcePath) > files.dateLastModified(targetPath);
+}
+
+}  // namespace trelv::modProdTrelvManager
