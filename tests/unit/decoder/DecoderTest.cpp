@@ -1,0 +1,99 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "decoder/Decoder.h"
+#include "unit/decoder/DecoderPacks.h"
+
+namespace trelv::decoder {
+namespace {
+
+using testing::ElementsAre;
+
+/// Hands a pack and an output folder out and remembers what was asked for.
+class FakeMachine : public DecoderMachine {
+ public:
+  SystemCode openPack(const std::string& path, std::unique_ptr<PackInput>& pack) override {
+    asked.push_back(path);
+    if (packCode == system_code::kSuccess) {
+      pack = std::make_unique<MemoryPack>(packBytes);
+    }
+    return packCode;
+  }
+  SystemCode openOutput(const std::string& path, std::unique_ptr<OutputTree>& output) override {
+    asked.push_back(path);
+    if (outputCode == system_code::kSuccess) {
+      output = std::make_unique<MemoryTree>();
+    }
+    return outputCode;
+  }
+
+  std::string packBytes = pack(TarBytes());
+  SystemCode packCode = system_code::kSuccess;
+  SystemCode outputCode = system_code::kSuccess;
+  std::vector<std::string> asked;
+};
+
+class DecoderTest : public testing::Test {
+ protected:
+  DecoderResult run(const std::vector<std::string>& arguments) {
+    return decode(arguments, machine_);
+  }
+
+  FakeMachine machine_;
+};
+
+TEST_F(DecoderTest, EndsWithZeroAndWithoutALineWhenAllIsWell) {
+  const DecoderResult result = run({"C:\\P\\a.gz", "C:\\T"});
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.line, "");
+  EXPECT_THAT(machine_.asked, ElementsAre("C:\\P\\a.gz", "C:\\T"));
+}
+
+TEST_F(DecoderTest, TellsItsUsageForOtherArguments) {
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{}, {"a"}, {"a", "b", "c"}, {"", "b"}, {"a", ""}}) {
+    const DecoderResult result = run(arguments);
+    EXPECT_EQ(result.exitCode, 7);
+    EXPECT_EQ(result.line, "Uso: qalbunex PACCO CARTELLA");
+  }
+  EXPECT_TRUE(machine_.asked.empty());
+}
+
+TEST_F(DecoderTest, ABackslashBeforeTheClosingQuoteDoesNoHarm) {
+  run({"a.gz", "C:\\T\""});
+  EXPECT_EQ(machine_.asked.back(), "C:\\T\\");
+}
+
+TEST_F(DecoderTest, ADriveAloneIsItsRoot) {
+  run({"a.gz", "C:"});
+  EXPECT_EQ(machine_.asked.back(), "C:\\");
+}
+
+TEST_F(DecoderTest, AMissingPackIsToldAndNoFolderMade) {
+  machine_.packCode = system_code::kFileNotFound;
+  const DecoderResult result = run({"C:\\P\\a.gz", "C:\\T"});
+  EXPECT_EQ(result.exitCode, 2);
+  EXPECT_EQ(result.line, "qalbunex: C:\\P\\a.gz: Impossibile trovare il file: C:\\P\\a.gz");
+  EXPECT_EQ(machine_.asked.size(), 1U);
+}
+
+TEST_F(DecoderTest, AnOutputFolderThatCannotBeMadeIsTold) {
+  machine_.outputCode = system_code::kDirectoryName;
+  const DecoderResult result = run({"C:\\P\\a.gz", "C:\\T"});
+  EXPECT_EQ(result.exitCode, 2);
+  EXPECT_EQ(result.line, "qalbunex: C:\\P\\a.gz: Il percorso non è una cartella: C:\\T");
+}
+
+TEST_F(DecoderTest, ARefusedPackIsToldInOneLine) {
+  machine_.packBytes = pack(TarBytes().file("../e", "x"));
+  const DecoderResult result = run({"C:\\P\\a.gz", "C:\\T"});
+  EXPECT_EQ(result.exitCode, 2);
+  EXPECT_EQ(result.line, "qalbunex: C:\\P\\a.gz: percorso che risale: \"../e\"");
+}
+
+}  // namespace
+}  // namespace trelv::decoder

@@ -1,0 +1,264 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "decoder/Extraction.h"
+#include "unit/decoder/DecoderPacks.h"
+
+namespace trelv::decoder {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+/// Unpacks into an empty folder; a refused pack must leave it empty.
+std::string refusalOf(const std::string& packBytes) {
+  MemoryTree tree;
+  const std::string refusal = extracted(packBytes, tree);
+  if (!refusal.empty()) {
+    EXPECT_THAT(tree.names(), IsEmpty());
+  }
+  return refusal;
+}
+
+std::string refusalOf(const TarBytes& archive) { return refusalOf(pack(archive)); }
+
+/// The pack with a good file before and behind what is tested.
+TarBytes between(char type, const std::string& name, const std::string& link = "") {
+  return TarBytes().file("first.zip", "1").entry(name, type, "", link).file("last.zip", "2");
+}
+
+TEST(Extraction, WritesTheTreeOfThePack) {
+  MemoryTree tree;
+  const std::string large(700000, 'x');
+  EXPECT_EQ(extracted(pack(TarBytes()
+                               .folder("prg/")
+                               .folder("prg/com/")
+                               .file("prg/com/a.zip", "content of a")
+                               .file("prg/com/b.zip", large)
+                               .file("empty.txt", "")),
+                      tree),
+            "");
+  EXPECT_THAT(tree.names(),
+              ElementsAre("empty.txt", "prg/", "prg/com/", "prg/com/a.zip", "prg/com/b.zip"));
+  EXPECT_EQ(tree.at("prg/com/a.zip").content, "content of a");
+  EXPECT_TRUE(tree.at("prg/com/b.zip").content == large);
+}
+
+TEST(Extraction, FilesKeepTheirTimes) {
+  MemoryTree tree;
+  EXPECT_EQ(extracted(pack(TarBytes()
+                               .file("plain", "")
+                               .pax({{"mtime", "1767323045.25"}})
+                               .file("exact", "")
+                               .pax({{"mtime", "-99999999999"}})
+                               .file("ancient", "")),
+                      tree),
+            "");
+  // 2026-01-02 03:04:05 UTC.
+  EXPECT_EQ(tree.at("plain").modified, 134117966450000000U);
+  EXPECT_EQ(tree.at("exact").modified, 134117966452500000U);
+  EXPECT_EQ(tree.at("ancient").modified, 0U);
+}
+
+TEST(Extraction, FoldersThatThePackDoesNotNameAreMade) {
+  MemoryTree tree;
+  EXPECT_EQ(extracted(pack(TarBytes().file("a/b/c.zip", "1").file("a/d/e.zip", "2")), tree), "");
+  EXPECT_THAT(tree.names(), ElementsAre("a/", "a/b/", "a/b/c.zip", "a/d/", "a/d/e.zip"));
+}
+
+TEST(Extraction, APackOfTheWorkFolderItselfIsTheSame) {
+  MemoryTree tree;
+  EXPECT_EQ(extracted(pack(TarBytes().folder("./").folder("./prg/").file("./prg/a", "1")), tree),
+            "");
+  EXPECT_THAT(tree.names(), ElementsAre("prg/", "prg/a"));
+}
+
+TEST(Extraction, AFolderMayBeNamedTwiceAndInAnotherCase) {
+  MemoryTree tree;
+  EXPECT_EQ(extracted(pack(TarBytes().folder("prg").folder("prg/").file("PRG/a", "1")), tree), "");
+  EXPECT_THAT(tree.names(), ElementsAre("prg/", "prg/a"));
+}
+
+TEST(Extraction, AnEmptyArchiveWritesNothing) {
+  MemoryTree tree;
+  EXPECT_EQ(extracted(pack(TarBytes()), tree), "");
+  EXPECT_THAT(tree.names(), IsEmpty());
+}
+
+TEST(Extraction, WhatStandsIsOverwrittenAndTheRestKept) {
+  MemoryTree tree;
+  tree.putFolder("prg");
+  tree.put("prg/a.zip", "old", true);
+  tree.put("prg/mine", "mine");
+  EXPECT_EQ(extracted(pack(TarBytes().file("prg/a.zip", "new")), tree), "");
+  EXPECT_EQ(tree.at("prg/a.zip").content, "new");
+  EXPECT_EQ(tree.at("prg/mine").content, "mine");
+}
+
+TEST(Extraction, LongNamesOfGnuAndPaxAreRead) {
+  const std::string longName = std::string(90, 'd') + "/" + std::string(90, 'f') + ".zip";
+  MemoryTree tree;
+  EXPECT_EQ(extracted(pack(TarBytes()
+                               .gnuName("g/" + longName)
+                               .file("cut", "1")
+                               .pax({{"path", "p/" + longName}})
+                               .file("cut", "2")),
+                      tree),
+            "");
+  EXPECT_EQ(tree.at("g/" + longName).content, "1");
+  EXPECT_EQ(tree.at("p/" + longName).content, "2");
+}
+
+TEST(Extraction, NamesAreUtf8InEveryKindOfHeader) {
+  MemoryTree tree;
+  EXPECT_EQ(extracted(pack(TarBytes()
+                               .file("perché.zip", "1")
+                               .gnuName("così.zip")
+                               .file("x", "2")
+                               .pax({{"path", "più Ω 😀.zip"}})
+                               .file("x", "3")),
+                      tree),
+            "");
+  EXPECT_THAT(tree.names(), ElementsAre("così.zip", "perché.zip", "più Ω 😀.zip"));
+  EXPECT_NE(refusalOf(between('0', "perch\xE9.zip")), "");
+  EXPECT_NE(refusalOf(TarBytes().pax({{"path", "perch\xE9"}}).file("x", "")), "");
+  EXPECT_NE(refusalOf(TarBytes().gnuName("perch\xE9").file("x", "")), "");
+}
+
+TEST(Extraction, HostileNamesAreRefusedInEveryKindOfHeader) {
+  for (const std::string name : {"../e", "/e", "C:\\e", "a/NUL", "a:b", "a\\b", "a ", "PROGRA~1"}) {
+    EXPECT_THAT(refusalOf(between('0', name)), HasSubstr("\"" + name + "\""));
+    EXPECT_THAT(refusalOf(between('5', name)), HasSubstr("\"" + name + "\""));
+    EXPECT_THAT(refusalOf(TarBytes().file("first", "").gnuName(name).file("x", "")),
+                HasSubstr("\"" + name + "\""));
+    EXPECT_THAT(refusalOf(TarBytes().file("first", "").pax({{"path", name}}).file("x", "")),
+                HasSubstr("\"" + name + "\""));
+  }
+  EXPECT_EQ(refusalOf(between('0', "../e")), "percorso che risale: \"../e\"");
+}
+
+TEST(Extraction, LinksAreRefused) {
+  EXPECT_EQ(refusalOf(between('2', "l", "/etc")), "collegamento: \"l\"");
+  EXPECT_EQ(refusalOf(between('2', "l", "first.zip")), "collegamento: \"l\"");
+  EXPECT_EQ(refusalOf(between('2', "l", "")), "collegamento: \"l\"");
+  EXPECT_EQ(refusalOf(between('1', "l", "first.zip")), "collegamento: \"l\"");
+  EXPECT_EQ(refusalOf(TarBytes().file("first", "").entry("l", '1', "content", "first")),
+            "collegamento: \"l\"");
+  EXPECT_EQ(refusalOf(TarBytes().pax({{"linkpath", "x"}}).entry("l", '2')), "collegamento: \"l\"");
+}
+
+TEST(Extraction, DevicesAndPipesAreRefused) {
+  for (const char type : {'3', '4', '6'}) {
+    EXPECT_EQ(refusalOf(between(type, "d")), "voce che non è né un file né una cartella: \"d\"");
+  }
+}
+
+TEST(Extraction, AFileWithoutANameIsRefused) {
+  EXPECT_EQ(refusalOf(between('0', ".")), "file senza nome: \".\"");
+}
+
+TEST(Extraction, TwoFilesOfOneNameAreRefusedInAnyCase) {
+  EXPECT_EQ(refusalOf(TarBytes().file("a.zip", "1").file("A.ZIP", "2")),
+            "nome presente due volte nel pacco: \"A.ZIP\"");
+  EXPECT_EQ(refusalOf(TarBytes().file("a.zip", "1").file("a.zip", "1")),
+            "nome presente due volte nel pacco: \"a.zip\"");
+}
+
+TEST(Extraction, AFileAndAFolderOfOneNameAreRefusedInAnyOrder) {
+  EXPECT_EQ(refusalOf(TarBytes().file("a", "1").folder("A/")),
+            "nome presente due volte nel pacco: \"A\"");
+  EXPECT_EQ(refusalOf(TarBytes().folder("a").file("A", "1")),
+            "nome presente due volte nel pacco: \"A\"");
+  EXPECT_EQ(refusalOf(TarBytes().file("a", "1").file("A/b", "2")),
+            "nome presente due volte nel pacco: \"A\"");
+}
+
+TEST(Extraction, APathThatIsTooLongForOtherProgramsIsRefused) {
+  MemoryTree tree;
+  tree.longest = 10;
+  EXPECT_EQ(extracted(pack(TarBytes().file("abcd/efghi", "")), tree), "");
+  EXPECT_EQ(extracted(pack(TarBytes().file("abcd/efghij", "")), tree),
+            "percorso troppo lungo: \"abcd/efghij\"");
+}
+
+TEST(Extraction, AStoredNameIsShownAsOneShortLine) {
+  EXPECT_EQ(refusalOf(TarBytes().pax({{"path", "a\n\x1B[2J"}}).file("x", "")),
+            "carattere che Windows non ammette: \"a??[2J\"");
+  const std::string refusal =
+      refusalOf(TarBytes().pax({{"path", std::string(5000, 'x')}}).file("x", ""));
+  EXPECT_EQ(refusal, "nome troppo lungo: \"" + std::string(200, 'x') + "...\"");
+}
+
+TEST(Extraction, AnArchiveCutOffAnywhereIsRefused) {
+  const std::string archive = TarBytes().file("a", std::string(600, 'a')).folder("b").whole();
+  // Up to the first of the two blocks that end it.
+  for (std::size_t length = 0; length <= 512 + 1024 + 512 + 1023; length += 1 + length % 97) {
+    EXPECT_NE(refusalOf(gzip(archive.substr(0, length))), "") << length;
+  }
+  EXPECT_EQ(refusalOf(gzip(archive.substr(0, 512 + 1024 + 512 + 1024))), "");
+  EXPECT_EQ(refusalOf(gzip(archive.substr(0, 512 + 1024))), "archivio tar senza la sua fine");
+}
+
+TEST(Extraction, WhatFollowsTheEndOfTheArchiveIsRefused) {
+  const std::string hidden = TarBytes().file("hidden", "x").whole();
+  EXPECT_EQ(refusalOf(gzip(TarBytes().file("a", "").whole() + hidden)),
+            "dati estranei dopo la fine dell'archivio tar");
+  EXPECT_EQ(refusalOf(gzip(TarBytes().file("a", "").whole() + std::string(400000, '\0') + "x")),
+            "dati estranei dopo la fine dell'archivio tar");
+  EXPECT_EQ(refusalOf(gzip(TarBytes().file("a", "").whole() + std::string(400000, '\0'))), "");
+}
+
+TEST(Extraction, DamageBehindTheLastFileIsStillNoticed) {
+  std::string bytes = pack(TarBytes().file("a", "1"));
+  bytes[bytes.size() - 8] = static_cast<char>(bytes[bytes.size() - 8] ^ 1);
+  EXPECT_EQ(refusalOf(bytes), "pacco danneggiato (incorrect data check)");
+}
+
+TEST(Extraction, OtherThingsThanTarAreRefused) {
+  EXPECT_THAT(refusalOf(gzip("")), StartsWith("archivio tar non valido"));
+  EXPECT_THAT(refusalOf(gzip("not tar")), StartsWith("archivio tar non valido"));
+  EXPECT_THAT(refusalOf(gzip(std::string(5000, 'x'))), StartsWith("archivio tar non valido"));
+  EXPECT_THAT(refusalOf(gzip(gzip("x"))), StartsWith("archivio tar non valido"));
+}
+
+TEST(Extraction, ADamagedHeaderIsRefused) {
+  std::string archive = TarBytes().file("a", "1").file("b", "2").whole();
+  archive[1024 + 5] = 'x';
+  EXPECT_THAT(refusalOf(gzip(archive)), StartsWith("archivio tar non valido"));
+}
+
+TEST(Extraction, SparseFilesWithHolesAreRefused) {
+  EXPECT_NE(refusalOf(TarBytes()
+                          .pax({{"GNU.sparse.size", "1000000000000"},
+                                {"GNU.sparse.numblocks", "1"},
+                                {"GNU.sparse.offset", "999999999999"},
+                                {"GNU.sparse.numbytes", "1"}})
+                          .file("s", "x")),
+            "");
+}
+
+TEST(Extraction, MoreContentThanTheLimitIsRefused) {
+  MemoryTree tree;
+  EXPECT_EQ(extracted(pack(TarBytes().file("a", std::string(500000, '\0'))), tree, 400000),
+            "il contenuto supera il limite di dimensione");
+  EXPECT_THAT(tree.names(), IsEmpty());
+}
+
+TEST(Extraction, ManyEntriesAreNotRemembered) {
+  TarBytes archive;
+  for (int number = 0; number < 5000; ++number) {
+    archive.file("d/f" + std::to_string(number), "");
+  }
+  MemoryTree tree;
+  EXPECT_EQ(extracted(pack(archive), tree), "");
+  EXPECT_EQ(tree.names().size(), 5001U);
+  // Four calls for a file and a few for the rest: nothing is looked at twice.
+  EXPECT_LT(tree.calls(), 5000 * 4);
+}
+
+}  // namespace
+}  // namespace trelv::decoder
