@@ -33,6 +33,21 @@ constexpr std::array kControls{
     TRELV_CONTROL(txtErrDescrizione),
     TRELV_CONTROL(txtErrDescrizioneInterna),
     TRELV_CONTROL(txtErrTrace),
+    TRELV_CONTROL(cmbProduct),
+    TRELV_CONTROL(optClient),
+    TRELV_CONTROL(optServer),
+    TRELV_CONTROL(optSetup),
+    TRELV_CONTROL(optUpdate),
+    TRELV_CONTROL(lstVersion),
+    TRELV_CONTROL(btnRemove),
+    TRELV_CONTROL(btnRepair),
+    TRELV_CONTROL(btnExit),
+    TRELV_CONTROL(lblServerPath),
+    TRELV_CONTROL(lblClientVersion),
+    TRELV_CONTROL(lblServerVersion),
+    TRELV_CONTROL(lblRemove),
+    TRELV_CONTROL(lblRepair),
+    TRELV_CONTROL(lblOutcome),
 };
 
 #undef TRELV_CONTROL

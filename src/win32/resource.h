@@ -28,3 +28,19 @@
 #define IDC_txtErrDescrizione 1016
 #define IDC_txtErrDescrizioneInterna 1017
 #define IDC_txtErrTrace 1018
+
+#define IDC_cmbProduct 1040
+#define IDC_optClient 1041
+#define IDC_optServer 1042
+#define IDC_optSetup 1043
+#define IDC_optUpdate 1044
+#define IDC_lstVersion 1045
+#define IDC_btnRemove 1046
+#define IDC_btnRepair 1047
+#define IDC_btnExit 1048
+#define IDC_lblServerPath 1049
+#define IDC_lblClientVersion 1050
+#define IDC_lblServerVersion 1051
+#define IDC_lblRemove 1052
+#define IDC_lblRepair 1053
+#define IDC_lblOutcome 1054
