@@ -1,15 +1,271 @@
 #include "integrated/TerminalServerRepairs.h"
 
-// Not built yet
+#include <array>
+#include <utility>
+
+#include "base/Text.h"
+#include "base/Trap.h"
+#include "platform/modLibrary.h"
+#include "platform/modPlatform.h"
 
 namespace trelv::modProdTrelvManager {
+namespace {
 
-bool RiparaCorvelTS(Program& /*program*/) { return false; }
+constexpr const char* kHostIni = "\\lumow.ini";
+constexpr const char* kNerioIni = "\\nerio.ini";
+constexpr const char* kModelsIni = "\\zeltomodelli.ini";
+constexpr const char* kLudaIni = "\\luda.ini";
 
-void RiparaNerioTS(Program& /*program*/, const std::string& /*integrationPath*/) {}
+/// One step of the repair that `repair` names in the log line of a failure.
+template <class Step>
+void orTell(Program& program, const char* repair, Step&& step) {
+  resumeNext(
+      [&](const RuntimeError& failure) -> void {
+        program.log.WriteLog(std::string("Gestione ProdTrelv - Gestione anomalia ") + repair +
+                             ": " + failure.description());
+      },
+      std::forward<Step>(step));
+}
 
-void RiparaZeltomodelliTS(Program& /*program*/, const std::string& /*integrationPath*/) {}
+bool isTerminalSession(Program& program) { return program.state.startup.terminalServer; }
 
-void RiparaLudaTS(Program& /*program*/, const std::string& /*integrationPath*/) {}
+/// Name of the folder that holds the session's profile. A user of a domain whose name was taken
+/// when the profile was made has one that carries the domain too.
+std::string profileFolderName(Program& program, const std::string& profiles) {
+  const std::string user = modPlatform::UserName(program);
+  std::string domain;
+  program.machine.environment.get("USERDOMAIN", domain);
+  const std::string withDomain = user + "." + domain;
+  return !domain.empty() && modLibrary::FolderExists(program, profiles + withDomain) ? withDomain
+                                                                                     : user;
+}
+
+/// The Windows folder in the session's profile, without trailing backslash.
+std::string profileWindowsFolder(Program& program) {
+  const std::string profiles = modLibrary::GetWinDir(program) + "\\..\\..\\";
+  return profiles + profileFolderName(program, profiles) + "\\windows";
+}
+
+void copyFile(Program& program, const std::string& source, const std::string& target) {
+  program.fileSystem.requiredFileSystemObject().copyFile(source, target, true);
+  program.configurationFiles.forget(target);
+}
+
+void copyMissing(Program& program, const std::string& source, const std::string& target) {
+  program.log.WriteLog("Gestione ProdTrelv - copia file ini mancante da: " + source +
+                       " a: " + target);
+  copyFile(program, source, target);
+}
+
+/// Where copies of one ini file lie, full paths.
+struct Copies {
+  /// In the product's folder.
+  std::string master;
+  std::string profile;
+  std::string system;
+};
+
+Copies copiesOf(Program& program, const std::string& master, const char* ini) {
+  return {master, profileWindowsFolder(program) + ini, modLibrary::WindowsFolder(program) + ini};
+}
+
+void putProfileCopy(Program& program, const Copies& copies) {
+  if (modLibrary::FileExists(program, copies.master) &&
+      !modLibrary::FileExists(program, copies.profile)) {
+    copyMissing(program, copies.master, copies.profile);
+  }
+}
+
+void putSystemCopy(Program& program, const Copies& copies) {
+  if (modLibrary::FileExists(program, copies.system)) {
+    return;
+  }
+  program.log.WriteLog("Gestione ProdTrelv - Ricerca mancanza file: " + copies.system);
+  if (modLibrary::FileExists(program, copies.profile)) {
+    copyMissing(program, copies.profile, copies.system);
+  } else if (modLibrary::FileExists(program, copies.master)) {
+    copyMissing(program, copies.master, copies.system);
+  }
+}
+
+void putMissingCopies(Program& program, const char* repair, const Copies& copies) {
+  orTell(program, repair, [&]() -> void { putProfileCopy(program, copies); });
+  orTell(program, repair, [&]() -> void { putSystemCopy(program, copies); });
+}
+
+/// Writes an ini value; raises when the file does not take it.
+void write(Program& program, const std::string& file, const char* section, const char* key,
+           const std::string& value) {
+  if (modLibrary::WriteSetting(program, section, key, file, value) == 0) {
+    throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",
+                       "Impossibile scrivere il file: " + file);
+  }
+}
+
+// --- Nerio
+
+void putUserCopy(Program& program, const std::string& master, const std::string& userCopy) {
+  if (modLibrary::FileExists(program, userCopy)) {
+    return;
+  }
+  program.log.WriteLog("Gestione ProdTrelv - copia file ini mancante da: " + master +
+                       " a: " + userCopy);
+  // Kept: the line stands there before Nerio is installed too, when there is nothing to copy yet.
+  if (modLibrary::FileExists(program, master)) {
+    copyFile(program, master, userCopy);
+  }
+}
+
+// --- Zeltomodelli
+
+constexpr const char* kModels = "ZeltoModelli";
+
+/// Makes the user's ini file, or points one that names another place of the product at this one. A
+/// models folder of the user's own choice stays.
+void pointAtProduct(Program& program, const std::string& ini, const std::string& folder) {
+  if (!modLibrary::FileExists(program, ini)) {
+    program.log.WriteLog("Gestione ProdTrelv - creazione file ini mancante : " + ini);
+    write(program, ini, "Parametri", "PathModelli", folder);
+    return;
+  }
+  const std::string models = modLibrary::ReadSetting(program, "Parametri", "PathModelli", ini);
+  if (!equalNoCase(models, folder) && upperCase(models).find("\\MV\\ZM") != std::string::npos) {
+    write(program, ini, "Parametri", "PathModelli", folder);
+  }
+}
+
+void repairModels(Program& program, const std::string& folder) {
+  orTell(program, kModels, [&]() -> void {
+    pointAtProduct(program, modLibrary::GetWinDir(program) + kModelsIni, folder);
+  });
+  modLibrary::DeleteFile(program, folder + "\\Dovra2010.ini");
+  const Copies copies = copiesOf(program, folder + kModelsIni, kModelsIni);
+  program.log.WriteLog("Gestione ProdTrelv - Ricerca esistenza file: " + copies.master);
+  putMissingCopies(program, kModels, copies);
+}
+
+// --- Luda
+
+constexpr const char* kLuda = "Luda";
+
+struct Setting {
+  const char* section;
+  const char* key;
+  std::string value;
+};
+
+/// All values or none: half a file would count as present at the next start.
+void createLudaIni(Program& program, const std::string& ini, const std::string& integrationPath,
+                   const std::string& version) {
+  const std::string folder = integrationPath + "\\mv\\luda2003";
+  const std::array settings{Setting{"PathNames", "Homedir", folder},
+                            Setting{"PathNames", "DataBase", folder + "\\database"},
+                            Setting{"PathNames", "Exec", folder},
+                            Setting{"PathNames", "FileDir", folder + "\\AscFile"},
+                            Setting{"PathNames", "CrittaDir", folder + "\\critta"},
+                            Setting{"LUDA", "Versione", version},
+                            Setting{"LUDA", "Aggiornamento", version},
+                            Setting{"Drive", "Floppy", "A:"},
+                            Setting{"ConfigViste", "Vista", "0"}};
+  try {
+    for (const Setting& setting : settings) {
+      write(program, ini, setting.section, setting.key, setting.value);
+    }
+  } catch (const RuntimeError&) {
+    modLibrary::DeleteFile(program, ini);
+    throw;
+  }
+}
+
+std::string ludaVersion(Program& program, const std::string& folder) {
+  return modLibrary::FileVersionText(program, folder + "\\LUDA2003.exe", true);
+}
+
+void createMissingLudaIni(Program& program, const std::string& integrationPath,
+                          const std::string& folder) {
+  const std::string ini = modLibrary::GetWinDir(program) + kLudaIni;
+  if (modLibrary::FolderExists(program, folder) && !modLibrary::FileExists(program, ini)) {
+    program.log.WriteLog("Gestione ProdTrelv - creazione file ini mancante : " + ini);
+    createLudaIni(program, ini, integrationPath, ludaVersion(program, folder));
+  }
+}
+
+/// Looks before it writes: an equal value needs no opening for writing on the share, where every
+/// workstation comes by.
+void keepMasterVersion(Program& program, const std::string& folder, const std::string& master) {
+  if (!modLibrary::FileExists(program, master)) {
+    return;
+  }
+  const std::string version = ludaVersion(program, folder);
+  if (!version.empty() && modLibrary::ReadSetting(program, "LUDA", "Versione", master) != version) {
+    write(program, master, "LUDA", "Versione", version);
+  }
+}
+
+}  // namespace
+
+bool RiparaCorvelTS(Program& program) {
+  program.log.WriteLog("Gestione ProdTrelv - Inizio gestione anomalia Corvel");
+  if (!isTerminalSession(program)) {
+    program.log.WriteLog(
+        "Gestione ProdTrelv - Ambiente Terminal Server non rilevato, nessuna gestione anomalia TS "
+        "Corvel");
+    return false;
+  }
+  bool copied = false;
+  orTell(program, "Corvel", [&]() -> void {
+    const std::string target = profileWindowsFolder(program) + kHostIni;
+    if (!modLibrary::ReadSetting(program, "Archivi", "Path", target).empty()) {
+      return;
+    }
+    const std::string source = modLibrary::WindowsFolder(program) + kHostIni;
+    program.log.WriteLog("Gestione ProdTrelv - Inizio copia da: " + source + " a: " + target);
+    copyFile(program, source, target);
+    copied = true;
+  });
+  return copied;
+}
+
+void RiparaNerioTS(Program& program, const std::string& integrationPath) {
+  constexpr const char* kNerio = "Nerio";
+  program.log.WriteLog("Gestione ProdTrelv - Inizio Gestione Anomalia Nerio");
+  const std::string master = integrationPath + "\\mv\\nerio" + kNerioIni;
+  orTell(program, kNerio, [&]() -> void {
+    putUserCopy(program, master, modLibrary::GetWinDir(program) + kNerioIni);
+  });
+  if (!isTerminalSession(program)) {
+    program.log.WriteLog(
+        "Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Nerio");
+    return;
+  }
+  putMissingCopies(program, kNerio, copiesOf(program, master, kNerioIni));
+}
+
+void RiparaZeltomodelliTS(Program& program, const std::string& integrationPath) {
+  program.log.WriteLog("Gestione ProdTrelv - Inizio Gestione anomalia ZeltoModelli");
+  if (!isTerminalSession(program)) {
+    program.log.WriteLog(
+        "Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia ZM");
+    return;
+  }
+  const std::string folder = integrationPath + "\\mv\\ZM";
+  if (modLibrary::FolderExists(program, folder)) {
+    repairModels(program, folder);
+  }
+}
+
+void RiparaLudaTS(Program& program, const std::string& integrationPath) {
+  program.log.WriteLog("Gestione ProdTrelv - Inizio Gestione anomalia Luda");
+  const std::string folder = integrationPath + "\\mv\\LUDA2003";
+  const std::string master = folder + "\\Luda.ini";
+  orTell(program, kLuda, [&]() -> void { createMissingLudaIni(program, integrationPath, folder); });
+  orTell(program, kLuda, [&]() -> void { keepMasterVersion(program, folder, master); });
+  if (!isTerminalSession(program)) {
+    program.log.WriteLog(
+        "Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Luda");
+    return;
+  }
+  putMissingCopies(program, kLuda, copiesOf(program, master, kLudaIni));
+}
 
 }  // namespace trelv::modProdTrelvManager

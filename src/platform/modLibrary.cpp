@@ -90,8 +90,9 @@ bool Execute(Program& program, const std::string& commandLine, bool wait,
         process->exitCode(*exitCode);
       }
     }
-    // The program may write any of the ini files.
+    // The program may write any of the ini files and register components elsewhere.
     program.configurationFiles.forget();
+    program.state.inventory.componentFolder.reset();
     return true;
   });
 }

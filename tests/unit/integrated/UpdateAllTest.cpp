@@ -50,20 +50,38 @@ class UpdateAll : public testing::Test {
 
 TEST_F(UpdateAll, OnAMachineWithoutIntegrationWritesItAndGoesOn) {
   station_.forgetIntegration();
+  installation_.putServerRecord(deliveredVersions());
+  station_.putClientRecord(deliveredVersions());
   updateAll(station_);
   EXPECT_EQ(station_.recordedIntegration(), "S:\\Lumo");
   EXPECT_THAT(machine().boxes(), IsEmpty());
   EXPECT_THAT(
       lines(),
-      ElementsAre("Gestione ProdTrelv - Inizio procedura",
-                  "Gestione ProdTrelv - Verifica integrazione con Dovra SP",
-                  "Gestione ProdTrelv - Integrazione Dovra SP non rilevata",
-                  "Gestione ProdTrelv - Verifica integrazione con Dovra SP",
-                  "Gestione ProdTrelv - Integrazione Dovra SP non rilevata",
-                  "Gestione ProdTrelv - scrittura integrazione su macchina: S:\\Lumo",
-                  "Gestione ProdTrelv - Verifica Esistenza Travolin", "Suite travolin non trovata ",
-                  "Gestione ProdTrelv - Gestione specifica per Dovra pre 11.0 (UNDICIZERO)",
-                  kClosing));
+      ElementsAre(
+          "Gestione ProdTrelv - Inizio procedura",
+          "Gestione ProdTrelv - Verifica integrazione con Dovra SP",
+          "Gestione ProdTrelv - Integrazione Dovra SP non rilevata",
+          "Gestione ProdTrelv - Verifica integrazione con Dovra SP",
+          "Gestione ProdTrelv - Integrazione Dovra SP non rilevata",
+          "Gestione ProdTrelv - scrittura integrazione su macchina: S:\\Lumo",
+          "Gestione ProdTrelv - Verifica Esistenza Travolin", "Suite travolin non trovata ",
+          "Gestione ProdTrelv - Verifica esistenza prodotti complementari standalone",
+          "Gestione ProdTrelv - Verifica integrazione con Dovra SP",
+          "Gestione ProdTrelv - Integrazione Dovra SP rilevata con: S:\\Lumo",
+          "Gestione ProdTrelv - Rilevata integrazione, nessun prodotto complementare standalone "
+          "rilevato",
+          "Gestione ProdTrelv - Inizio gestione anomalia Corvel",
+          "Gestione ProdTrelv - Ambiente Terminal Server non rilevato, nessuna gestione anomalia "
+          "TS Corvel",
+          "Gestione ProdTrelv - Inizio Gestione Anomalia Nerio",
+          "Gestione ProdTrelv - copia file ini mancante da: S:\\Work\\mv\\nerio\\nerio.ini a: "
+          "c:\\windows\\nerio.ini",
+          "Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Nerio",
+          "Gestione ProdTrelv - Inizio Gestione anomalia ZeltoModelli",
+          "Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia ZM",
+          "Gestione ProdTrelv - Inizio Gestione anomalia Luda",
+          "Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Luda",
+          "Gestione ProdTrelv - Gestione specifica per Dovra pre 11.0 (UNDICIZERO)", kClosing));
 }
 
 /// A store into which another session writes the record after the first look at it.

@@ -52,6 +52,19 @@ Gestione ProdTrelv - Verifica integrazione con Dovra SP
 Gestione ProdTrelv - Integrazione Dovra SP rilevata con: S:\Lumo
 Gestione ProdTrelv - Verifica Esistenza Travolin
 Suite travolin non trovata 
+Gestione ProdTrelv - Verifica esistenza prodotti complementari standalone
+Gestione ProdTrelv - Verifica integrazione con Dovra SP
+Gestione ProdTrelv - Integrazione Dovra SP rilevata con: S:\Lumo
+Gestione ProdTrelv - Rilevata integrazione, nessun prodotto complementare standalone rilevato
+Gestione ProdTrelv - Inizio gestione anomalia Corvel
+Gestione ProdTrelv - Ambiente Terminal Server non rilevato, nessuna gestione anomalia TS Corvel
+Gestione ProdTrelv - Inizio Gestione Anomalia Nerio
+Gestione ProdTrelv - copia file ini mancante da: S:\Lumo\mv\nerio\nerio.ini a: c:\windows\nerio.ini
+Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Nerio
+Gestione ProdTrelv - Inizio Gestione anomalia ZeltoModelli
+Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia ZM
+Gestione ProdTrelv - Inizio Gestione anomalia Luda
+Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Luda
 Gestione ProdTrelv - Gestione specifica per Dovra pre 11.0 (UNDICIZERO)
 Gestione ProdTrelv - Lato Server la versione: 03.20.30.00 è minore o uguale a quella corrente: 03.20.30.00
 Gestione ProdTrelv - Lato Client la versione: 03.20.30.00 è minore o uguale a quella corrente: 03.20.30.00
@@ -93,6 +106,35 @@ Gestione ProdTrelv - Integrazione Dovra SP non rilevata
 Gestione ProdTrelv - scrittura integrazione su macchina: S:\Lumo
 Gestione ProdTrelv - Verifica Esistenza Travolin
 Suite travolin non trovata 
+Gestione ProdTrelv - Verifica esistenza prodotti complementari standalone
+Gestione ProdTrelv - Verifica integrazione con Dovra SP
+Gestione ProdTrelv - Integrazione Dovra SP rilevata con: S:\Lumo
+Gestione ProdTrelv - Rilevata integrazione, nessun prodotto complementare standalone rilevato
+Gestione ProdTrelv - Preparazione installazione server Tarsena2
+Gestione ProdTrelv - PreparaInstSrvTarsena2 WritePrivateProfileString Byte scritti = 1
+Gestione ProdTrelv - Preparazione installazione server Zeltobilancio
+Gestione ProdTrelv - PreparaInstSrvBilancio WritePrivateProfileString Byte scritti = 1
+Gestione ProdTrelv - Preparazione installazione server/client Nerio
+Gestione ProdTrelv - Preparazione installazione Nerio. Verifica se esistono componenti registrate preesistenti
+Gestione ProdTrelv - Preparazione installazione client Tarsena2
+Gestione ProdTrelv - PreparaInstClientTarsena2 WritePrivateProfileString Byte scritti = 1
+Gestione ProdTrelv - PreparaInstClientTarsena2 CreateKey SOFTWARE\LUMO\Programmi  True
+Gestione ProdTrelv - PreparaInstClientTarsena2 SetKeyValue SOFTWARE\LUMO\Programmi PathLocale   True
+Gestione ProdTrelv - Preparazione installazione client Zeltobilancio
+Gestione ProdTrelv - PreparaInstClientBilancio WritePrivateProfileString Byte scritti = 1
+Gestione ProdTrelv - PreparaInstClientBilancio CreateKey SOFTWARE\LUMO\Programmi  True
+Gestione ProdTrelv - PreparaInstClientBilancio SetKeyValue SOFTWARE\LUMO\Programmi PathLocale   True
+Gestione ProdTrelv - Preparazione installazione server/client Nerio
+Gestione ProdTrelv - Preparazione installazione Nerio. Verifica se esistono componenti registrate preesistenti
+Gestione ProdTrelv - Inizio gestione anomalia Corvel
+Gestione ProdTrelv - Ambiente Terminal Server non rilevato, nessuna gestione anomalia TS Corvel
+Gestione ProdTrelv - Inizio Gestione Anomalia Nerio
+Gestione ProdTrelv - copia file ini mancante da: S:\Lumo\mv\nerio\nerio.ini a: c:\windows\nerio.ini
+Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Nerio
+Gestione ProdTrelv - Inizio Gestione anomalia ZeltoModelli
+Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia ZM
+Gestione ProdTrelv - Inizio Gestione anomalia Luda
+Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Luda
 Gestione ProdTrelv - Gestione specifica per Dovra pre 11.0 (UNDICIZERO)
 Gestione ProdTrelv - Prodotto Dovra riconosciuto
 Gestione ProdTrelv - Verifica del valore del file: S:\Lumo\prg\etc\dvrel
@@ -156,6 +198,33 @@ Gestione ProdTrelv - Verifica integrazione con Dovra SP
 Gestione ProdTrelv - Integrazione Dovra SP rilevata con: S:\Lumo
 Gestione ProdTrelv - Verifica Esistenza Travolin
 Suite travolin non trovata 
+Gestione ProdTrelv - Verifica esistenza prodotti complementari standalone
+Gestione ProdTrelv - Verifica integrazione con Dovra SP
+Gestione ProdTrelv - Integrazione Dovra SP rilevata con: S:\Lumo
+Gestione ProdTrelv - Rilevata integrazione, nessun prodotto complementare standalone rilevato
+Gestione ProdTrelv - Preparazione installazione server Tarsena2
+Gestione ProdTrelv - PreparaInstSrvTarsena2 WritePrivateProfileString Byte scritti = 1
+Gestione ProdTrelv - Preparazione installazione server Zeltobilancio
+Gestione ProdTrelv - PreparaInstSrvBilancio WritePrivateProfileString Byte scritti = 1
+Gestione ProdTrelv - Preparazione installazione client Tarsena2
+Gestione ProdTrelv - PreparaInstClientTarsena2 WritePrivateProfileString Byte scritti = 1
+Gestione ProdTrelv - PreparaInstClientTarsena2 CreateKey SOFTWARE\LUMO\Programmi  True
+Gestione ProdTrelv - PreparaInstClientTarsena2 SetKeyValue SOFTWARE\LUMO\Programmi PathLocale   True
+Aggiornamento ini della windir caso installazione Tarsena Client
+Gestione ProdTrelv - Preparazione installazione client Zeltobilancio
+Gestione ProdTrelv - PreparaInstClientBilancio WritePrivateProfileString Byte scritti = 1
+Gestione ProdTrelv - PreparaInstClientBilancio CreateKey SOFTWARE\LUMO\Programmi  True
+Gestione ProdTrelv - PreparaInstClientBilancio SetKeyValue SOFTWARE\LUMO\Programmi PathLocale   True
+Aggiornamento ini della windir caso installazione Bilancio Client
+Gestione ProdTrelv - Inizio gestione anomalia Corvel
+Gestione ProdTrelv - Ambiente Terminal Server non rilevato, nessuna gestione anomalia TS Corvel
+Gestione ProdTrelv - Inizio Gestione Anomalia Nerio
+Gestione ProdTrelv - copia file ini mancante da: S:\Lumo\mv\nerio\nerio.ini a: c:\windows\nerio.ini
+Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Nerio
+Gestione ProdTrelv - Inizio Gestione anomalia ZeltoModelli
+Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia ZM
+Gestione ProdTrelv - Inizio Gestione anomalia Luda
+Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Luda
 Gestione ProdTrelv - Gestione specifica per Dovra pre 11.0 (UNDICIZERO)
 Gestione ProdTrelv - Esecuzione comando: "s:\lumo\prg\com\setup\aggdovra\nerio\update.exe -S"
 Gestione ProdTrelv - esecuzione effettuata: Tipo=Update - Oggetto=Server - Comando=s:\lumo\prg\com\setup\aggdovra\nerio\update.exe -S

@@ -1,0 +1,114 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "integrated/StandaloneDetection.h"
+#include "unit/support/FakeProgram.h"
+
+namespace trelv::tests {
+namespace {
+
+using machine::Hive;
+using modProdTrelvManager::EsisteProdottoComplementareStandalone;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* kBegun =
+    "Gestione ProdTrelv - Verifica esistenza prodotti complementari standalone";
+
+class StandaloneDetection : public testing::Test {
+ protected:
+  bool detect() { return EsisteProdottoComplementareStandalone(program_, "S:\\Lumo", list_); }
+  sim::SimMachine& machine() { return program_.sim; }
+  const std::vector<std::string>& lines() const { return program_.lines(); }
+
+  void installNerio() { machine().setIniValue("nerio.ini", "Pathnames", "Homedir", "C:\\Nerio"); }
+  void installTwins() {
+    machine().registry().setText(Hive::LocalMachine, "Software\\Lumo\\Programmi", "PathLocale",
+                                 "C:\\Client");
+    machine().setIniValue("C:\\Client\\mv\\q2\\mvq2.ini", "AMBIENTE", "VRINST", "02.92");
+    machine().setIniValue("C:\\Client\\mv\\bilancio\\mvanbil.ini", "AMBIENTE", "VRINST", "09.93");
+  }
+  void installLuda() { machine().setIniValue("luda.ini", "PathNames", "HomeDir", "C:\\Luda"); }
+  void installZeltomodelli() {
+    machine().registry().setText(
+        Hive::LocalMachine, "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\ZeltoMod.exe",
+        "Path", "C:\\ZM");
+    machine().setIniValue("zeltomodelli.ini", "Parametri", "PathModelli", "C:\\Modelli");
+  }
+
+  FakeProgram program_;
+  std::string list_ = "di prima\r\n";
+};
+
+TEST_F(StandaloneDetection, FindsNothingOnAFreshMachine) {
+  EXPECT_FALSE(detect());
+  EXPECT_EQ(list_, "");
+  EXPECT_EQ(lines().front(), kBegun);
+  EXPECT_EQ(lines().back(),
+            "Gestione ProdTrelv - Nessun prodotto complementare standalone rilevato");
+}
+
+TEST_F(StandaloneDetection, AsksForTheProductsInOrder) {
+  detect();
+  std::vector<std::string> asked;
+  for (const std::string& line : lines()) {
+    if (line.find("Verifica modalità installazione ") != std::string::npos) {
+      asked.push_back(line);
+    }
+  }
+  EXPECT_THAT(asked, ElementsAre("Gestione ProdTrelv - Verifica modalità installazione NERIO",
+                                 "Gestione ProdTrelv - Verifica modalità installazione Q2",
+                                 "Gestione ProdTrelv - Verifica modalità installazione ZB",
+                                 "Gestione ProdTrelv - Verifica modalità installazione LUDA",
+                                 "Gestione ProdTrelv - Verifica modalità installazione ZM"));
+}
+
+TEST_F(StandaloneDetection, ListsAllFiveInOrder) {
+  installNerio();
+  installTwins();
+  installLuda();
+  installZeltomodelli();
+  EXPECT_TRUE(detect());
+  EXPECT_EQ(list_,
+            "Nerio Standalone\r\nTarsena2 Standalone\r\nBilancio Standalone\r\nLuda Standalone\r\n"
+            "Zeltomodelli Standalone\r\n");
+  EXPECT_EQ(lines().back(),
+            "Gestione ProdTrelv - Rilevato almeno un prodotto complementare standalone");
+}
+
+TEST_F(StandaloneDetection, OfTwoProductsListsTwoLines) {
+  installLuda();
+  installNerio();
+  EXPECT_TRUE(detect());
+  EXPECT_EQ(list_, "Nerio Standalone\r\nLuda Standalone\r\n");
+}
+
+TEST_F(StandaloneDetection, OfAnIntegratedMachineFindsNoneWhateverIsInstalled) {
+  installNerio();
+  installTwins();
+  installLuda();
+  installZeltomodelli();
+  machine().configuration().put("SYSTEM", "Complementary_Products", "Integration", "Path", "X:\\");
+  EXPECT_FALSE(detect());
+  EXPECT_THAT(lines(),
+              ElementsAre(kBegun, "Gestione ProdTrelv - Verifica integrazione con Dovra SP",
+                          "Gestione ProdTrelv - Integrazione Dovra SP rilevata con: X:\\",
+                          "Gestione ProdTrelv - Rilevata integrazione, nessun prodotto "
+                          "complementare standalone rilevato"));
+}
+
+TEST_F(StandaloneDetection, MakesNoReport) {
+  installNerio();
+  detect();
+  EXPECT_EQ(program_.state.inventory.reportFile, "");
+  EXPECT_EQ(machine().openings("C:\\Users").files(), 0U);
+}
+
+TEST_F(StandaloneDetection, SearchesTheRegisteredComponentOnceForSeveralQuestions) {
+  detect();
+  detect();
+  EXPECT_EQ(machine().callLog().countOf("registry.openKey HKLM\\Software\\Classes\\ClsID"), 1U);
+}
+
+}  // namespace
+}  // namespace trelv::tests
