@@ -1,0 +1,313 @@
+"""The real qalbunex.exe on packs as tar programs make them, and on packs that nobody should open."""
+
+import gzip
+import io
+import os
+import resource
+import shutil
+import signal
+import struct
+import subprocess
+import tarfile
+
+import pytest
+
+import windows
+
+USAGE = "Uso: qalbunex PACCO CARTELLA"
+
+
+class Decoder:
+    """Drive C of the prefix with a pack folder C:\\P and an output folder C:\\T."""
+
+    def __init__(self, prefix):
+        self.prefix = prefix
+        # Once the driver answers, Windows has started.
+        prefix.facts()
+        self.packs = prefix.disk / "P"
+        self.output = prefix.disk / "T"
+        self.program = prefix.build.release / "qalbunex.exe"
+        for folder in (self.packs, self.output, prefix.disk / "e"):
+            shutil.rmtree(folder, ignore_errors=True)
+        self.packs.mkdir()
+
+    def call(self, *arguments, **named):
+        """Exit code and lines of standard error."""
+        environment = {**os.environ, "WINEPREFIX": str(self.prefix.folder)}
+        done = subprocess.run([windows.PROJECT / "tools/wine", self.program, *arguments],
+                              env=environment, capture_output=True, timeout=120, check=False, **named)
+        assert done.stdout == b""
+        return done.returncode, done.stderr.decode("cp1252").splitlines()
+
+    def open(self, data):
+        (self.packs / "a.gz").write_bytes(data)
+        return self.call("C:\\P\\a.gz", "C:\\T")
+
+    def opened(self, data):
+        assert self.open(data) == (0, [])
+
+    def refused(self, data):
+        """The one line of a refused pack, which leaves nothing anywhere."""
+        before = everything(self.prefix.disk)
+        code, lines = self.open(data)
+        assert code == 2
+        assert len(lines) == 1
+        after = everything(self.prefix.disk)
+        assert [path for path in after if path not in before and path not in ("T", "P/a.gz")] == []
+        assert {path: after.get(path) for path in before if path != "P/a.gz"} == {
+            path: facts for path, facts in before.items() if path != "P/a.gz"}
+        assert lines[0].startswith("qalbunex: C:\\P\\a.gz: ")
+        return lines[0].removeprefix("qalbunex: C:\\P\\a.gz: ")
+
+
+def everything(folder):
+    """{path: size and time} of all that is below a folder, without what Wine writes by itself."""
+    found = {}
+    for path in folder.rglob("*"):
+        name = path.relative_to(folder).as_posix()
+        if not name.startswith(("windows/", "users/", "ProgramData/")):
+            facts = path.lstat()
+            found[name] = None if path.is_dir() else (facts.st_size, facts.st_mtime_ns)
+    return found
+
+
+@pytest.fixture
+def decoder(prefix):
+    return Decoder(prefix)
+
+
+def entry(name, kind=tarfile.REGTYPE, content=b"", link="", **values):
+    found = tarfile.TarInfo(name)
+    found.type, found.linkname, found.size, found.mtime = kind, link, len(content), 1767323045
+    for key, value in values.items():
+        setattr(found, key, value)
+    return found, content
+
+
+def archive(*entries, form=tarfile.GNU_FORMAT):
+    data = io.BytesIO()
+    with tarfile.open(fileobj=data, mode="w", format=form) as tar:
+        for found, content in entries:
+            tar.addfile(found, io.BytesIO(content))
+    return data.getvalue()
+
+
+def pack(*entries, **named):
+    return gzip.compress(archive(*entries, **named))
+
+
+def tree(folder):
+    return {path.relative_to(folder).as_posix(): path.read_bytes() if path.is_file() else None
+            for path in folder.rglob("*")}
+
+
+@pytest.fixture(scope="module")
+def source(tmp_path_factory):
+    """A tree such as a pack holds, with long and accented names, empty and large files."""
+    folder = tmp_path_factory.mktemp("pack")
+    setup = folder / "prg/com/setup/aggdovra"
+    setup.mkdir(parents=True)
+    (setup / "nerio.zip").write_bytes(os.urandom(700000))
+    (setup / "vuoto.zip").write_bytes(b"")
+    (setup / "perché così.txt").write_text("accenti")
+    (folder / "prg/cartella vuota").mkdir()
+    long = folder / "prg" / ("d" * 60) / ("e" * 60)
+    long.mkdir(parents=True)
+    (long / ("f" * 50 + ".zip")).write_bytes(b"long")
+    return folder
+
+
+@pytest.mark.parametrize("form", ["ustar", "gnu", "pax", "v7", "oldgnu"])
+def test_packs_of_gnu_tar(decoder, source, form, tmp_path):
+    members = ["prg"]
+    if form == "v7":
+        # Long names and letters with accents are more than this form can keep.
+        members = ["prg/com/setup/aggdovra/nerio.zip", "prg/com/setup/aggdovra/vuoto.zip"]
+    made = tmp_path / "a.gz"
+    subprocess.run(["tar", "czf", made, f"--format={form}", "-C", source, *members], check=True)
+    decoder.opened(made.read_bytes())
+    expected = tree(source)
+    if form == "v7":
+        expected = {name: content for name, content in expected.items()
+                    if any(member == name or member.startswith(name + "/") for member in members)}
+    assert tree(decoder.output) == expected
+
+
+def test_a_pack_of_the_folder_itself(decoder, source, tmp_path):
+    subprocess.run(["tar", "czf", tmp_path / "a.gz", "-C", source, "."], check=True)
+    decoder.opened((tmp_path / "a.gz").read_bytes())
+    assert tree(decoder.output) == tree(source)
+
+
+@pytest.mark.parametrize("form", [tarfile.USTAR_FORMAT, tarfile.GNU_FORMAT, tarfile.PAX_FORMAT])
+def test_packs_of_python(decoder, source, form, tmp_path):
+    with tarfile.open(tmp_path / "a.gz", "w:gz", format=form) as tar:
+        tar.add(source / "prg", "prg")
+    decoder.opened((tmp_path / "a.gz").read_bytes())
+    assert tree(decoder.output) == tree(source)
+
+
+@pytest.mark.skipif(not shutil.which("bsdtar"), reason="bsdtar is missing (libarchive-tools)")
+@pytest.mark.parametrize("form", ["pax", "gnutar", "ustar"])
+def test_packs_of_bsdtar(decoder, source, form, tmp_path):
+    subprocess.run(["bsdtar", "-czf", tmp_path / "a.gz", f"--format={form}", "-C", source, "prg"],
+                   check=True, env={**os.environ, "LC_ALL": "C.UTF-8"})
+    decoder.opened((tmp_path / "a.gz").read_bytes())
+    assert tree(decoder.output) == tree(source)
+
+
+def test_files_keep_their_times(decoder):
+    decoder.opened(pack(entry("a.zip", content=b"x")))
+    assert (decoder.output / "a.zip").stat().st_mtime == 1767323045
+
+
+def test_an_empty_archive_makes_the_folder_only(decoder):
+    decoder.opened(pack())
+    assert tree(decoder.output) == {}
+
+
+def test_the_output_folder_is_made_with_its_parents(decoder):
+    (decoder.packs / "a.gz").write_bytes(pack(entry("x")))
+    for folder in ("C:\\T\\u\\v", "C:\\T\\w\\", "C:\\T\\perché Ω"):
+        assert decoder.call("C:\\P\\a.gz", folder) == (0, [])
+    assert {"u/v/x", "w/x", "perché Ω/x"} <= set(tree(decoder.output))
+
+
+def test_a_pack_with_any_name(decoder):
+    (decoder.packs / "più Ω 😀.gz").write_bytes(pack(entry("x")))
+    assert decoder.call("C:\\P\\più Ω 😀.gz", "C:\\T") == (0, [])
+
+
+def test_files_that_stand_are_overwritten_also_read_only_ones(decoder):
+    (decoder.output / "prg").mkdir(parents=True)
+    (decoder.output / "prg/A.ZIP").write_bytes(b"old")
+    (decoder.output / "prg/A.ZIP").chmod(0o444)
+    (decoder.output / "prg/mine").write_bytes(b"mine")
+    decoder.opened(pack(entry("prg/", tarfile.DIRTYPE), entry("prg/a.zip", content=b"new")))
+    found = {name.lower(): content for name, content in tree(decoder.output).items()}
+    assert found == {"prg": None, "prg/a.zip": b"new", "prg/mine": b"mine"}
+
+
+@pytest.mark.parametrize("arguments", [(), ("C:\\P\\a.gz",), ("a", "b", "c"), ("", "C:\\T")])
+def test_wrong_arguments_are_answered_with_the_usage(decoder, arguments):
+    assert decoder.call(*arguments) == (7, [USAGE])
+
+
+def test_a_pack_that_is_missing(decoder):
+    assert decoder.call("C:\\P\\b.gz", "C:\\T") == (
+        2, ["qalbunex: C:\\P\\b.gz: Impossibile trovare il file: C:\\P\\b.gz"])
+    assert not decoder.output.exists()
+
+
+def test_an_output_folder_that_is_a_file(decoder):
+    decoder.output.write_bytes(b"file")
+    try:
+        assert decoder.refused(pack(entry("x"))) == "Il percorso non è una cartella: C:\\T"
+    finally:
+        decoder.output.unlink()
+
+
+@pytest.mark.parametrize("name, reason", [
+    ("../e", "percorso che risale"), ("a/../../e", "percorso che risale"),
+    ("/e", "percorso assoluto"), ("C:/e", "percorso assoluto"), ("C:e", "percorso assoluto"),
+    ("\\e", "percorso assoluto"), ("\\\\srv\\share\\e", "percorso assoluto"),
+    ("\\\\?\\C:\\e", "percorso assoluto"), ("\\\\.\\COM1", "percorso assoluto"),
+    ("a\\..\\..\\e", "carattere che Windows non ammette"),
+    ("x:stream", "percorso assoluto"), ("xy:stream", "carattere che Windows non ammette"),
+    ("a?", "carattere che Windows non ammette"), ("a\x07", "carattere che Windows non ammette"),
+    ("NUL", "nome di un dispositivo"), ("a/con.txt", "nome di un dispositivo"),
+    ("CONIN$", "nome di un dispositivo"), ("LPT1 .x", "nome di un dispositivo"),
+    ("a. ", "nome che termina con uno spazio o un punto"),
+    (".. /e", "nome che termina con uno spazio o un punto"),
+    ("PROGRA~1/e", "nome che può valere come nome breve di un altro"),
+    ("n" * 256, "nome troppo lungo"), ("/".join(["d" * 60] * 5), "percorso troppo lungo"),
+    ("~qalbunex1.tmp/e", "nome riservato ai file temporanei")])
+@pytest.mark.parametrize("form", [tarfile.GNU_FORMAT, tarfile.PAX_FORMAT])
+def test_hostile_names_are_refused(decoder, name, reason, form):
+    shown = name if len(name) <= 200 else name[:200] + "..."
+    line = decoder.refused(pack(entry("first.zip", content=b"1"), entry(name, content=b"2"),
+                                entry("last.zip", content=b"3"), form=form))
+    assert line == f'{reason}: "{shown.replace(chr(7), "?")}"'
+
+
+def test_names_of_an_old_code_page_are_refused(decoder):
+    old = archive(entry("perchX.txt")).replace(b"perchX", b"perch\xe9")
+    header = bytearray(old[:512])
+    header[148:156] = b" " * 8
+    header[148:155] = f"{sum(header):06o}\0".encode()
+    assert decoder.refused(gzip.compress(bytes(header) + old[512:])).startswith(
+        "archivio tar non valido")
+
+
+@pytest.mark.parametrize("kind", [tarfile.SYMTYPE, tarfile.LNKTYPE])
+def test_links_are_refused(decoder, kind):
+    line = decoder.refused(pack(entry("a.zip", content=b"1"), entry("l", kind, link="a.zip")))
+    assert line == 'collegamento: "l"'
+    line = decoder.refused(pack(entry("l", tarfile.SYMTYPE, link="C:\\"), entry("l/e", content=b"1")))
+    assert line == 'collegamento: "l"'
+
+
+@pytest.mark.parametrize("kind", [tarfile.CHRTYPE, tarfile.BLKTYPE, tarfile.FIFOTYPE])
+def test_devices_and_pipes_are_refused(decoder, kind):
+    assert decoder.refused(pack(entry("d", kind))) == (
+        'voce che non è né un file né una cartella: "d"')
+
+
+@pytest.mark.parametrize("first, second", [("a.zip", "A.ZIP"), ("a", "A/b"), ("a/b", "A"),
+                                           ("perché", "PERCHÉ")])
+def test_names_that_are_one_to_windows_are_refused(decoder, first, second):
+    assert decoder.refused(pack(entry(first), entry(second))).startswith(
+        "nome presente due volte nel pacco")
+
+
+def test_a_link_in_the_output_folder_is_not_followed(decoder):
+    outside = decoder.prefix.disk / "outside"
+    shutil.rmtree(outside, ignore_errors=True)
+    outside.mkdir()
+    decoder.output.mkdir()
+    (decoder.output / "prg").symlink_to(outside)
+    assert decoder.refused(pack(entry("prg/a.zip", content=b"1"))) == (
+        "nella cartella di destinazione c'è un collegamento al posto di una voce del pacco: "
+        '"C:\\T\\prg"')
+    assert tree(outside) == {}
+
+
+def test_damaged_packs_leave_nothing(decoder):
+    good = pack(entry("a.zip", content=os.urandom(300000)))
+    for length in (1, 9, 20, 1000, 200000, len(good) - 9, len(good) - 1):
+        assert decoder.refused(good[:length]) == "pacco troncato"
+    assert decoder.refused(b"") == "pacco vuoto"
+    assert decoder.refused(b"PK\3\4") == "il file non è un pacco gzip"
+    wrong = good[:-8] + struct.pack("<I", struct.unpack("<I", good[-8:-4])[0] ^ 1) + good[-4:]
+    assert decoder.refused(wrong) == "pacco danneggiato (incorrect data check)"
+    assert decoder.refused(good + b"x") == "dati estranei dopo la fine del pacco"
+    assert decoder.refused(gzip.compress(b"x" * 5000)).startswith("archivio tar non valido")
+    decoder.opened(good + b"\0" * 100)
+
+
+def test_a_long_archive_of_zeros_stays_within_its_memory(decoder):
+    """A bomb of 300 MB in 300 KB: unpacked as it comes, without keeping it."""
+    size = 300 << 20
+    found, _ = entry("zeros")
+    found.size = size
+    data = gzip.compress(found.tobuf() + b"\0" * (size + 10240), 1)
+    decoder.opened(data)
+    assert (decoder.output / "zeros").stat().st_size == size
+
+
+def limited_files():
+    """For a process that is about to start: no file may become longer than half a megabyte, as if
+    the disk were full."""
+    signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+    resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 19, 1 << 19))
+
+
+def test_a_disk_that_takes_no_more_ends_the_work_and_is_cleared(decoder):
+    (decoder.packs / "a.gz").write_bytes(
+        pack(entry("a", content=b"1"), entry("b", content=os.urandom(1 << 20))))
+    code, lines = decoder.call("C:\\P\\a.gz", "C:\\T", preexec_fn=limited_files)
+    assert code == 2
+    assert len(lines) == 1
+    assert lines[0].startswith("qalbunex: C:\\P\\a.gz: ")
+    assert lines[0].endswith(": C:\\T\\~qalbunex1.tmp\\b")
+    assert tree(decoder.output) == {}
