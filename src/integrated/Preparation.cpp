@@ -1,12 +1,197 @@
 #include "integrated/Preparation.h"
 
-// Not built yet
+#include <vector>
+
+#include "base/Codes.h"
+#include "integrated/HostPaths.h"
+#include "integrated/LoggedStep.h"
+#include "inventory/RegisteredComponent.h"
+#include "packs/Deregistration.h"
+#include "platform/modLibrary.h"
+#include "platform/modRegistry.h"
+#include "startup/modProdTrelvLibrary.h"
 
 namespace trelv::modProdTrelvManager {
+namespace {
 
-void PreparaInstSrvAll(Program& /*program*/, const std::string& /*serverPath*/) {}
+constexpr const char* kProgramsKey = "SOFTWARE\\LUMO\\Programmi";
 
-void PreparaInstClientAll(Program& /*program*/, const std::string& /*serverPath*/,
-                          const std::string& /*programsPath*/) {}
+/// What differs between Zeltobilancio and Tarsena2.
+struct ServerPreparation {
+  std::int16_t versionOf;
+  const char* startLine;
+  const char* iniLine;
+};
+
+struct ClientPreparation {
+  std::int16_t versionOf;
+  const char* startLine;
+  /// How the lines of single steps begin.
+  const char* stepLine;
+  const char* windowsFilesLine;
+  std::vector<const char*> windowsFiles;
+};
+
+const char* truthWord(bool value) { return value ? "True" : "False"; }
+
+bool isRecorded(Program& program, std::int16_t product, const std::string& record) {
+  return holdsOrGoOn(program, [&]() -> bool {
+    const std::string id = modProdTrelvLibrary::ConvertNumberToProduct(product);
+    return !modLibrary::ReadSetting(program, id, "version", record).empty();
+  });
+}
+
+/// Points the host suite's ini file at the server. `line` is completed with the platform's answer.
+void pointToServer(Program& program, const std::string& serverPath, const std::string& line) {
+  orGoOn(program, [&]() -> void {
+    const std::uint32_t written = modLibrary::WriteSetting(
+        program, "Archivi", "Path", modLibrary::WindowsFolder(program) + "\\Lumow.ini", serverPath);
+    program.log.WriteLog(line + std::to_string(written));
+  });
+}
+
+void registerLocalPath(Program& program, const std::string& programsPath,
+                       const std::string& stepLine) {
+  orGoOn(program, [&]() -> void {
+    const bool made = modRegistry::CreateKey(program, kProgramsKey, machine::Hive::LocalMachine);
+    program.log.WriteLog(stepLine + "CreateKey " + kProgramsKey + "  " + truthWord(made));
+  });
+  orGoOn(program, [&]() -> void {
+    const bool set =
+        modRegistry::SetKeyValue(program, machine::Hive::LocalMachine, kProgramsKey, "PathLocale",
+                                 programsPath + "\\dovra\\bilancio", machine::value_type::kText);
+    program.log.WriteLog(stepLine + "SetKeyValue " + kProgramsKey + " PathLocale   " +
+                         truthWord(set));
+  });
+}
+
+/// A bare file name: the platform puts the file into the Windows folder, on a Terminal Server into
+/// the user's own.
+void writeWindowsValue(Program& program, const std::string& file, const std::string& section,
+                       const std::string& key, const std::string& value) {
+  orGoOn(program, [&]() -> void {
+    if (modLibrary::WriteSetting(program, section, key, file, value) == 0) {
+      throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",
+                         "Impossibile scrivere " + section + "/" + key + " nel file: " + file);
+    }
+  });
+}
+
+void writeWindowsFiles(Program& program, const ClientPreparation& preparation) {
+  program.log.WriteLog(preparation.windowsFilesLine);
+  const std::string windows = modLibrary::WindowsFolder(program);
+  for (const char* const file : preparation.windowsFiles) {
+    writeWindowsValue(program, file, "TipoInstallazione", "Tipo", "Client");
+    writeWindowsValue(program, file, "Parametri", "PathCheck", windows);
+  }
+}
+
+void prepareServer(Program& program, const std::string& serverPath,
+                   const ServerPreparation& preparation) {
+  if (isRecorded(program, preparation.versionOf, hostPaths::serverVersionRecord(serverPath))) {
+    return;
+  }
+  program.log.WriteLog(preparation.startLine);
+  pointToServer(program, serverPath, preparation.iniLine);
+}
+
+void prepareClient(Program& program, const std::string& serverPath, const std::string& programsPath,
+                   const ClientPreparation& preparation) {
+  if (isRecorded(program, preparation.versionOf, hostPaths::clientVersionRecord(program))) {
+    return;
+  }
+  const std::string stepLine = preparation.stepLine;
+  program.log.WriteLog(preparation.startLine);
+  pointToServer(program, serverPath, stepLine + "WritePrivateProfileString Byte scritti = ");
+  registerLocalPath(program, programsPath, stepLine);
+  if (program.state.startup.pluginProductNumber != kPluginDovra) {
+    writeWindowsFiles(program, preparation);
+  }
+}
+
+void deregisterOldNerio(Program& program) {
+  program.log.WriteLog(
+      "Gestione ProdTrelv - Preparazione installazione Nerio. Verifica se esistono componenti "
+      "registrate preesistenti");
+  const std::string folder = modProdTrelvInfo::NerioComponentFolder(program);
+  if (folder.empty()) {
+    return;
+  }
+  program.log.WriteLog(
+      "Gestione ProdTrelv - Preparazione installazione Nerio.Deregistrazione componenti esistenti "
+      "su altro path " +
+      folder);
+  DeregisterOcxInFolder(program, folder + "\\setup");
+}
+
+/// `record`: that of the side.
+void PreparaInstNerio(Program& program, const std::string& serverPath, const std::string& record) {
+  if (isRecorded(program, product::kNerio, record)) {
+    return;
+  }
+  program.log.WriteLog("Gestione ProdTrelv - Preparazione installazione server/client Nerio");
+  if (!modLibrary::FileExists(program, serverPath + "\\mv\\nerio\\nerio.exe")) {
+    deregisterOldNerio(program);
+  }
+}
+
+void PreparaInstSrvTarsena2(Program& program, const std::string& serverPath) {
+  prepareServer(
+      program, serverPath,
+      {product::kTarsena2, "Gestione ProdTrelv - Preparazione installazione server Tarsena2",
+       "Gestione ProdTrelv - PreparaInstSrvTarsena2 WritePrivateProfileString Byte "
+       "scritti = "});
+}
+
+void PreparaInstSrvBilancio(Program& program, const std::string& serverPath) {
+  prepareServer(program, serverPath,
+                {product::kZeltobilancio,
+                 "Gestione ProdTrelv - Preparazione installazione server Zeltobilancio",
+                 "Gestione ProdTrelv - PreparaInstSrvBilancio WritePrivateProfileString Byte "
+                 "scritti = "});
+}
+
+void PreparaInstClientTarsena2(Program& program, const std::string& serverPath,
+                               const std::string& programsPath) {
+  // Kept: asks for Zeltobilancio's version, not its own. Where Zeltobilancio is recorded on the
+  // client its preparation has already done all this but the ini files of Tarsena2.
+  prepareClient(program, serverPath, programsPath,
+                {product::kZeltobilancio,
+                 "Gestione ProdTrelv - Preparazione installazione client Tarsena2",
+                 "Gestione ProdTrelv - PreparaInstClientTarsena2 ",
+                 "Aggiornamento ini della windir caso installazione Tarsena Client",
+                 {"rating.ini", "valutazione.ini", "RatingValutazione.ini"}});
+}
+
+void PreparaInstClientBilancio(Program& program, const std::string& serverPath,
+                               const std::string& programsPath) {
+  prepareClient(
+      program, serverPath, programsPath,
+      {product::kZeltobilancio,
+       "Gestione ProdTrelv - Preparazione installazione client Zeltobilancio",
+       "Gestione ProdTrelv - PreparaInstClientBilancio ",
+       "Aggiornamento ini della windir caso installazione Bilancio Client",
+       {"zeltobilancio.ini", "bilancioconsolidato.ini", "calcoloimposte.ini", "BilancioIas.ini",
+        "ConsolidatoIas.ini", "Cooperative.ini", "EntiFinanziari.ini"}});
+}
+
+}  // namespace
+
+void PreparaInstSrvAll(Program& program, const std::string& serverPath) {
+  orGoOn(program, [&]() -> void { PreparaInstSrvTarsena2(program, serverPath); });
+  orGoOn(program, [&]() -> void { PreparaInstSrvBilancio(program, serverPath); });
+  orGoOn(program, [&]() -> void {
+    PreparaInstNerio(program, serverPath, hostPaths::serverVersionRecord(serverPath));
+  });
+}
+
+void PreparaInstClientAll(Program& program, const std::string& serverPath,
+                          const std::string& programsPath) {
+  orGoOn(program, [&]() -> void { PreparaInstClientTarsena2(program, serverPath, programsPath); });
+  orGoOn(program, [&]() -> void { PreparaInstClientBilancio(program, serverPath, programsPath); });
+  orGoOn(program, [&]() -> void {
+    PreparaInstNerio(program, serverPath, hostPaths::clientVersionRecord(program));
+  });
+}
 
 }  // namespace trelv::modProdTrelvManager

@@ -1,9 +1,11 @@
 #include "packs/Deregistration.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "base/Trap.h"
 #include "packs/NumberedFailure.h"
+#include "platform/FileSystemObject.h"
 #include "platform/modLibrary.h"
 
 namespace trelv::modProdTrelvManager {
@@ -11,17 +13,12 @@ namespace {
 
 /// Names of the controls in the order in which the file system lists them.
 std::vector<std::string> controlsIn(Program& program, const std::string& folder) {
-  std::vector<machine::FolderEntry> entries;
-  const SystemCode code = program.machine.files.list(folder, entries);
-  if (code != system_code::kSuccess) {
-    throw failureFromSystemCode(code, folder);
-  }
-  std::vector<std::string> names;
-  for (const machine::FolderEntry& entry : entries) {
-    if (!entry.facts.folder && modLibrary::Extension(entry.name) == "ocx") {
-      names.push_back(entry.name);
-    }
-  }
+  std::vector<std::string> names = FileSystemObject(program.machine.files).files(folder);
+  names.erase(std::remove_if(names.begin(), names.end(),
+                             [](const std::string& name) -> bool {
+                               return modLibrary::Extension(name) != "ocx";
+                             }),
+              names.end());
   return names;
 }
 
