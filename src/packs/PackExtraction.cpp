@@ -1,23 +1,296 @@
 #include "packs/PackExtraction.h"
 
-// Not built yet
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "base/ProductName.h"
+#include "base/Text.h"
+#include "base/Trap.h"
+#include "platform/modLibrary.h"
+#include "startup/frmwait.h"
 
 namespace trelv::modProdTrelvManager {
+namespace {
 
-bool OpenZipPacksInFolder(Program& /*program*/, const std::string& /*folder*/,
-                          const std::string& /*target*/, bool /*removePacks*/) {
+constexpr const char* kModule = "ModProdTrelvManager";
+/// Set-up tree of the host product below the work folder or a target.
+constexpr const char* kSetupTree = "\\prg\\com\\setup\\aggdovra";
+/// Top folder of an unpacked tree below the work folder.
+constexpr const char* kTopFolder = "\\prg";
+/// 7-Zip ends with 0 (good) or 1 (warning) when it opened the pack.
+constexpr std::uint32_t kFirstFailure = 2;
+/// Where the exit code cannot be had the pack must not be deleted.
+constexpr std::uint32_t kUnknownExitCode = std::numeric_limits<std::uint32_t>::max();
+
+std::string quoted(const std::string& text) { return "\"" + text + "\""; }
+
+/// Path, in quotes, of a program that lies beside the manager.
+std::string besideManager(Program& program, const std::string& name) {
+  return quoted(modLibrary::ParentPath(program.machine.system.executablePath()) + "\\" + name);
+}
+
+std::string zipCommand(Program& program, const std::string& zipPath, const std::string& output) {
+  return besideManager(program, "7z.exe") + " x -y -o" + quoted(output) + " " + quoted(zipPath);
+}
+
+std::string decoderCommand(Program& program, const std::string& packPath,
+                           const std::string& output) {
+  return besideManager(program, "qalbunex.exe") + " " + quoted(packPath) + " " + quoted(output);
+}
+
+/// False, and one log line, for a folder that is empty text: joined with a pack's own path it would
+/// mean the root of some drive.
+bool isGiven(Program& program, const std::string& folder, const std::string& name) {
+  if (folder.empty()) {
+    program.log.WriteLog("Gestione ProdTrelv - " + name +
+                         " non disponibile: nessun pacco viene aperto");
+  }
+  return !folder.empty();
+}
+
+/// The temporary folder without trailing backslash; empty, after one log line, when there is none.
+std::string workFolder(Program& program) {
+  std::string folder = modLibrary::GetTempDirectory(program);
+  if (!folder.empty() && folder.back() == '\\') {
+    folder.pop_back();
+  }
+  return isGiven(program, folder, "Cartella temporanea") ? folder : std::string();
+}
+
+/// False, after a box, when 7-Zip could not be started or failed.
+bool openWithSevenZip(Program& program, const std::string& zipPath, const std::string& output) {
+  const std::string command = zipCommand(program, zipPath, output);
+  program.log.WriteLog("Gestione ProdTrelv - Apertura pacco zip con comando: " + command);
+  std::uint32_t exitCode = kUnknownExitCode;
+  if (modLibrary::Execute(program, command, true, std::nullopt, &exitCode) &&
+      exitCode < kFirstFailure) {
+    return true;
+  }
+  program.machine.desktop.messageBox(TRELV_PRODUCT_NAME, "Errore in esecuzione comando: " + command,
+                                     machine::BoxIcon::Critical, machine::BoxButtons::Ok);
+  return false;
+}
+
+/// False when the pack is still there.
+bool removePack(Program& program, const std::string& zipPath) {
+  program.log.WriteLog("Gestione ProdTrelv - Rimozione pacco zip: " + zipPath);
+  return modLibrary::DeleteFile(program, zipPath);
+}
+
+std::vector<machine::FolderEntry> zipPacksOf(Program& program, const std::string& folder) {
+  std::vector<machine::FolderEntry> packs =
+      program.fileSystem.requiredFileSystemObject().fileEntries(folder);
+  std::erase_if(packs, [](const machine::FolderEntry& entry) {
+    return modLibrary::Extension(entry.name) != "zip";
+  });
+  return packs;
+}
+
+/// What a copy needs around it: the hourglass, and the kept ini files forgotten when it ends,
+/// however it ends.
+class CopyInProgress {
+ public:
+  explicit CopyInProgress(Program& program) : program_(program) {
+    program_.machine.desktop.setHourglass(true);
+  }
+  CopyInProgress(const CopyInProgress&) = delete;
+  CopyInProgress& operator=(const CopyInProgress&) = delete;
+  ~CopyInProgress() {
+    program_.machine.desktop.setHourglass(false);
+    program_.configurationFiles.forget();
+  }
+
+ private:
+  Program& program_;
+};
+
+/// The zip packs of one folder, listed once.
+class ZipScan {
+ public:
+  ZipScan(Program& program, std::string folder, std::string target, std::string work,
+          std::vector<machine::FolderEntry> packs)
+      : program_(program),
+        folder_(std::move(folder)),
+        target_(std::move(target)),
+        work_(std::move(work)),
+        packs_(std::move(packs)),
+        elsewhere_(!equalNoCase(work_, target_)) {}
+
+  void run(bool removePacks);
+
+ private:
+  void open(const machine::FolderEntry& pack, bool removePacks);
+  void copySetupTree();
+  void clearLeftovers(const std::string& folder);
+  bool isPack(const std::string& path) const;
+  SettledPack identityOf(const machine::FolderEntry& pack) const;
+  bool isSettled(const machine::FolderEntry& pack) const;
+  FileSystemObject& files() { return program_.fileSystem.requiredFileSystemObject(); }
+
+  Program& program_;
+  const std::string folder_;
+  const std::string target_;
+  const std::string work_;
+  const std::vector<machine::FolderEntry> packs_;
+  /// The work folder is another one than the target.
+  const bool elsewhere_;
+};
+
+void ZipScan::run(bool removePacks) {
+  for (const machine::FolderEntry& pack : packs_) {
+    if (!isSettled(pack)) {
+      open(pack, removePacks);
+    }
+  }
+  const std::string unpacked = work_ + kTopFolder;
+  if (elsewhere_ && modLibrary::FolderExists(program_, unpacked)) {
+    files().deleteFolder(unpacked, true);
+  }
+}
+
+// Kept: the pack is removed before its content is copied. A copy that fails, or a process that ends
+// between the two, loses it: the next scan removes the unpacked tree. The pack has to be delivered
+// again then; whoever delivers packs relies on an opened one being gone.
+void ZipScan::open(const machine::FolderEntry& pack, bool removePacks) {
+  const std::string zipPath = folder_ + "\\" + pack.name;
+  if (!openWithSevenZip(program_, zipPath, work_)) {
+    program_.state.packs.settled.push_back(identityOf(pack));
+    if (elsewhere_) {
+      clearLeftovers(work_ + kTopFolder);
+    }
+    return;
+  }
+  if (!removePacks) {
+    return;
+  }
+  const bool removed = removePack(program_, zipPath);
+  if (elsewhere_) {
+    copySetupTree();
+  }
+  if (!removed) {
+    program_.state.packs.settled.push_back(identityOf(pack));
+  }
+}
+
+// Kept: the whole tree is copied, what earlier packs left there and packs that still wait in it
+// included. Packs opened later thus overwrite what earlier ones brought.
+void ZipScan::copySetupTree() {
+  const CopyInProgress copying(program_);
+  frmwait form;
+  const std::unique_ptr<machine::ShownForm> shown = program_.machine.desktop.showModeless(form);
+  const std::string target = target_ + kSetupTree;
+  modLibrary::CreaCartella(program_, target);
+  files().copyFolder(work_ + kSetupTree, target, true, true);
+}
+
+/// Removes what a failed pack left below `folder`: the next copy would take it along. The packs of
+/// this scan stay, since the decoder puts them below the work folder too.
+void ZipScan::clearLeftovers(const std::string& folder) {
+  if (!modLibrary::FolderExists(program_, folder)) {
+    return;
+  }
+  if (!FileSystemObject::liesAtOrIn(folder_, folder)) {
+    files().deleteFolder(folder, true);
+    return;
+  }
+  for (const std::string& name : files().folders(folder)) {
+    clearLeftovers(folder + "\\" + name);
+  }
+  for (const std::string& name : files().files(folder)) {
+    if (!isPack(folder + "\\" + name)) {
+      files().deleteFile(folder + "\\" + name, true);
+    }
+  }
+}
+
+bool ZipScan::isPack(const std::string& path) const {
+  return std::any_of(packs_.begin(), packs_.end(), [&](const machine::FolderEntry& pack) {
+    return equalNoCase(folder_ + "\\" + pack.name, path);
+  });
+}
+
+SettledPack ZipScan::identityOf(const machine::FolderEntry& pack) const {
+  return {upperCase(folder_ + "\\" + pack.name), upperCase(target_), pack.facts.size,
+          pack.facts.modified};
+}
+
+bool ZipScan::isSettled(const machine::FolderEntry& pack) const {
+  const std::vector<SettledPack>& settled = program_.state.packs.settled;
+  return std::find(settled.begin(), settled.end(), identityOf(pack)) != settled.end();
+}
+
+/// What the decoder wrote are other packs, even under the same name.
+void forgetSettled(Program& program, const std::string& folder) {
+  std::erase_if(program.state.packs.settled, [&](const SettledPack& pack) {
+    return FileSystemObject::liesAtOrIn(pack.path, folder);
+  });
+}
+
+void openSinglePack(Program& program, const std::string& packPath, const std::string& target) {
+  const std::string work = workFolder(program);
+  if (work.empty()) {
+    return;
+  }
+  // Kept: a decoder that fails is not told, only one that cannot be started.
+  modLibrary::Execute(program, decoderCommand(program, packPath, work), true);
+  const std::string decoded = work + kSetupTree;
+  forgetSettled(program, decoded);
+  OpenZipPacksInFolder(program, decoded, target, true);
+}
+
+void openFolderPacks(Program& program, const std::string& folder, const std::string& target) {
+  for (const std::string& name : program.fileSystem.requiredFileSystemObject().files(folder)) {
+    if (modLibrary::Extension(name) == "gz") {
+      // Kept: the line names the target, where the pack does not lie: support knows it so.
+      program.log.WriteLog("Gestione ProdTrelv - Apertura pacco :" + target + "\\" + name);
+      OpenSinglePacks(program, folder + "\\" + name, target);
+    }
+  }
+}
+
+}  // namespace
+
+bool OpenZipPacksInFolder(Program& program, const std::string& folder, const std::string& target,
+                          bool removePacks) {
+  std::vector<machine::FolderEntry> packs = zipPacksOf(program, folder);
+  program.log.WriteLog("Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: " +
+                       quoted(folder + "\\"));
+  const std::string work = workFolder(program);
+  if (!work.empty() && isGiven(program, target, "Cartella di destinazione")) {
+    ZipScan(program, folder, target, work, std::move(packs)).run(removePacks);
+  }
   return true;
 }
 
-bool OpenZipPack(Program& /*program*/, const std::string& /*zipPath*/,
-                 const std::string& /*destination*/, bool /*removePack*/) {
+// Kept: true also after a failed command. Callers cannot tell, only the user sees the box.
+bool OpenZipPack(Program& program, const std::string& zipPath, const std::string& destination,
+                 bool removePackAfterwards) {
+  if (isGiven(program, destination, "Cartella temporanea") &&
+      openWithSevenZip(program, zipPath, destination) && removePackAfterwards) {
+    removePack(program, zipPath);
+  }
   return true;
 }
 
-void OpenFolderPacks(Program& /*program*/, const std::string& /*folder*/,
-                     const std::string& /*target*/) {}
+void OpenFolderPacks(Program& program, const std::string& folder, const std::string& target) {
+  loggedTrap(program.log, program.errors, kModule, "OpenFolderPacks", "Errore in Apertura Pacchi",
+             false, [&]() -> bool {
+               openFolderPacks(program, folder, target);
+               return true;
+             });
+}
 
-void OpenSinglePacks(Program& /*program*/, const std::string& /*packPath*/,
-                     const std::string& /*target*/) {}
+void OpenSinglePacks(Program& program, const std::string& packPath, const std::string& target) {
+  loggedTrap(program.log, program.errors, kModule, "OpenSinglePacks", "Errore in Apertura Pacco ",
+             false, [&]() -> bool {
+               openSinglePack(program, packPath, target);
+               return true;
+             });
+}
 
 }  // namespace trelv::modProdTrelvManager

@@ -20,10 +20,10 @@ namespace trelv::modProdTrelvManager {
 bool OpenZipPacksInFolder(Program& program, const std::string& folder, const std::string& target,
                           bool removePacks);
 
-/// Opens one zip pack (full path) into `destination` and deletes it with `removePack`. Always true,
-/// also when it could not be opened: only a box tells that.
+/// Opens one zip pack (full path) into `destination` and deletes it with `removePackAfterwards`.
+/// Always true, also when it could not be opened: only a box tells that.
 bool OpenZipPack(Program& program, const std::string& zipPath, const std::string& destination,
-                 bool removePack);
+                 bool removePackAfterwards);
 
 /// Opens every gz pack of `folder` into `target`, see OpenSinglePacks. Never raises; a failure is
 /// reported and ends the scan.

@@ -42,6 +42,15 @@ const std::vector<Telling> kTellings{
     {"configuration.setParameter", Told::InForm, ""},
     {"registry.openKey", Told::Nowhere, "a key that cannot be opened is an ordinary answer"},
     {"profiles.readValue C:\\WINDOWS\\", Told::Nowhere, "ini reading answers its default"},
+    // Preparation.
+    {"system.systemWindowsFolder", Told::InLog, "Errore in lettura cartella di Windows: "},
+    {"profiles.writeValue c:\\windows\\Lumow.ini", Told::InLog,
+     "WritePrivateProfileString Byte scritti = 0"},
+    {"registry.createKey", Told::InLog, "CreateKey SOFTWARE\\LUMO\\Programmi  False"},
+    {"registry.writeValue", Told::InLog,
+     "SetKeyValue SOFTWARE\\LUMO\\Programmi PathLocale   False"},
+    {"files.look S:\\Lumo\\mv\\nerio\\nerio.exe", Told::Nowhere,
+     "old components are looked for as if it were missing"},
     // The walk.
     {"files.read S:\\Lumo\\prg\\etc\\dvrel", Told::InLog,
      "Errore in GestioneProdottiComplementari ("},
@@ -50,6 +59,10 @@ const std::vector<Telling> kTellings{
     {"files.look S:\\Lumo\\prg\\com\\setup\\aggdovra\\", Told::InLog,
      "Prodotto non rilevato, file di config non presente "},
     {"profiles.writeValue", Told::InLog, "Impossibile registrare la versione "},
+    // Packs.
+    {"files.list S:\\Lumo\\prg\\com\\setup\\aggdovra", Told::InLog, "Comando non eseguito:  ("},
+    {"files.look C:\\Users\\mario\\Temp\\prg", Told::Nowhere,
+     "what is unpacked stays till the next search"},
     // Locks and commands.
     {"files.look S:\\Lumo\\prg\\tempterm\\agdv.lck", Told::Nowhere, "counts as missing"},
     {"files.look C:\\Lumo\\Clientagdv.lck", Told::Nowhere, "counts as missing"},
@@ -81,6 +94,7 @@ const std::vector<Exception> kProgramIsNotInstalled{
     {"configuration.getConfigPath", "the integration is not recognised: nothing is installed"},
     {"configuration.getParameter", "the integration cannot be read: nothing is installed"},
     {"files.look S:\\Lumo\\prg\\com\\setup\\aggdovra\\zb.ini", "no part of the installation"},
+    {"files.list S:\\Lumo\\prg\\com\\setup\\aggdovra", "the search for packs ends the update"},
     {"files.look S:\\Lumo\\prg", "the lock's folder cannot be made: no command runs"},
     {"files.makeFolder", "the lock's folder cannot be made: no command runs"},
     {"files.write", "the lock cannot be taken: no command runs"},

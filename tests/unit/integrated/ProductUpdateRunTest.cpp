@@ -3,6 +3,7 @@
 
 #include "integrated/ProductUpdateRun.h"
 #include "unit/integrated/Installation.h"
+#include "unit/packs/PackPrograms.h"
 
 namespace trelv::tests {
 namespace {
@@ -17,6 +18,9 @@ using testing::IsEmpty;
 using testing::Not;
 
 constexpr const char* kConfiguration = "S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio.ini";
+constexpr const char* kSearch =
+    "Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "
+    "\"S:\\Lumo\\prg\\com\\setup\\aggdovra\\\"";
 constexpr const char* kLock = Installation::kServerLock;
 
 class UpdateRun : public testing::Test {
@@ -38,7 +42,12 @@ class UpdateRun : public testing::Test {
   bool updateServer() { return run(Operation::Update, Side::Server); }
 
   sim::SimMachine& machine() { return station_.machine(); }
-  const std::vector<std::string>& lines() { return program_.lines(); }
+  /// What a run told, without its search for packs.
+  std::vector<std::string> lines() {
+    std::vector<std::string> all = program_.lines();
+    std::erase(all, kSearch);
+    return all;
+  }
   std::vector<std::string> started() { return station_.commandLines(); }
 
   Installation installation_;
@@ -71,6 +80,42 @@ TEST(VersionNumber, SaturatesWhereItIsTooLong) {
   EXPECT_EQ(VersionNumber("18446744073709551616"), 18446744073709551615U);
   EXPECT_EQ(VersionNumber(std::string(40, '9')), 18446744073709551615U);
   EXPECT_EQ(VersionNumber("1" + std::string(39, '0')), 18446744073709551615U);
+}
+
+// --- Packs
+
+TEST_F(UpdateRun, SearchesForPacksBeforeItLooksForTheConfigurationFile) {
+  const PackPrograms programs(machine());
+  installation_.share().put(
+      "S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio.zip",
+      packBytes({{"prg\\com\\setup\\aggdovra\\nerio.ini",
+                  configurationText({{"Setup01", "01", {"S:\\Lumo\\a.exe"}, {}}})}}));
+  EXPECT_TRUE(ProductUpdateRun(program_, 1, "S:\\Lumo", "S:\\Lumo", "C:\\Programs", kConfiguration,
+                               Operation::Setup, Side::Server, version_));
+  EXPECT_EQ(program_.lines().front(), kSearch);
+  EXPECT_EQ(version_, "01");
+  EXPECT_FALSE(machine().fileExists("S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio.zip"));
+}
+
+TEST_F(UpdateRun, OpensPacksIntoTheIntegrationPath) {
+  const PackPrograms programs(machine());
+  installation_.share().put("S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio.zip",
+                            packBytes({{"prg\\com\\setup\\aggdovra\\nerio.ini", "x"}}));
+  EXPECT_TRUE(updateServer());
+  EXPECT_TRUE(machine().fileExists("S:\\Work\\prg\\com\\setup\\aggdovra\\nerio.ini"));
+  EXPECT_FALSE(machine().fileExists(kConfiguration));
+}
+
+TEST_F(UpdateRun, PackThatCannotBeCopiedEndsTheRunAndIsTold) {
+  const PackPrograms programs(machine());
+  configure({{"Update01", "01", {"S:\\Lumo\\a.exe"}, {}}});
+  installation_.share().put("S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio.zip",
+                            packBytes({{"readme.txt", "x"}}));
+  EXPECT_FALSE(updateServer());
+  EXPECT_EQ(lines().back(),
+            "Gestione ProdTrelv - Comando non eseguito:  (Impossibile trovare il percorso: "
+            "C:\\Users\\mario\\Temp\\prg\\com\\setup\\aggdovra)");
+  EXPECT_EQ(version_, "");
 }
 
 // --- Which commands run
