@@ -223,8 +223,10 @@ class Installation:
                     text_bytes(ini_text(standalone_configuration(product, version)))}
 
     def pack_files(self, product, version):
-        """What a pack brings that updates a product: {path from the pack's root: content}."""
-        files = {f"{product.id.lower()}.ini": text_bytes(ini_text(configuration(product, [version]))),
+        """What a pack brings that updates a product: {path from the pack's root: content}. The
+        catalogue is in it because a machine without the host has none."""
+        files = {"agdvcomp.ini": text_bytes(ini_text(catalogue(PRODUCTS))),
+                 f"{product.id.lower()}.ini": text_bytes(ini_text(configuration(product, [version]))),
                  **self.setup_files(product, version)}
         return {f"{SETUP_FOLDER}/{name}": content for name, content in files.items()}
 

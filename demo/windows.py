@@ -154,15 +154,30 @@ class Prefix:
         self.disk = self.folder / "drive_c"
         if not self.folder.exists():
             subprocess.run([PROJECT / "tools/wine-prefix", self.folder, kind], check=True)
-        environment = {**os.environ, "WINEPREFIX": str(self.folder), "DISPLAY": screen.display}
+        self.environment = {**os.environ, "WINEPREFIX": str(self.folder), "DISPLAY": screen.display}
         # The driver runs from the prefix: a build may replace the built one meanwhile.
         self.driver_program = self.disk / "driver.exe"
         self.driver_program.unlink(missing_ok=True)
         shutil.copy(build.driver, self.driver_program)
         self.driver = subprocess.Popen(
-            [PROJECT / "tools/wine", self.driver_program], cwd=self.disk, env=environment,
-            stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+            [*self._as_a_user(), PROJECT / "tools/wine", self.driver_program], cwd=self.disk,
+            env=self.environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+            stderr=subprocess.DEVNULL)
         self.pending = b""
+
+    def _as_a_user(self):
+        """Read-only files refuse writing, as on Windows, only where the superuser's right to pass
+        over file permissions is given away."""
+        if os.geteuid() != 0:
+            return []
+        return ["setpriv", "--bounding-set=-dac_override,-dac_read_search",
+                "--inh-caps=-dac_override,-dac_read_search"]
+
+    def start(self, *words):
+        """Starts a program beside the driver (Windows path, arguments); its process."""
+        return subprocess.Popen([*self._as_a_user(), PROJECT / "tools/wine", *words], cwd=self.disk,
+                                env=self.environment, stdout=subprocess.DEVNULL,
+                                stderr=subprocess.DEVNULL)
 
     def close(self):
         self.driver.stdin.close()

@@ -29,6 +29,13 @@ def build():
 
 
 @pytest.fixture(scope="session")
+def seven_zip(build):
+    """Without 7-Zip no pack can be opened."""
+    if not build.seven_zip:
+        pytest.skip("7-Zip for Windows is missing: tools/seven-zip fetches it and says what to do")
+
+
+@pytest.fixture(scope="session")
 def screen():
     screen = windows.Screen()
     yield screen
@@ -56,12 +63,16 @@ class Workstation(installation.Installation):
         self.manager_folder = self.disk / "Lumo/Manager"
         self.log = prefix.path(self.facts["temporary"] + "log\\TrelvManager.log")
         self.windows_folder = prefix.path(self.facts["windows"])
+        # Where packs are unpacked.
+        self.work_folder_name = self.facts["temporary"].rstrip("\\")
+        self.work_folder = prefix.path(self.work_folder_name)
 
     def clear(self):
         """Takes away whatever an earlier test left."""
-        for folder in (self.share, self.disk / "Lumo", self.log.parent,
+        for folder in (self.share, self.disk / "Lumo", self.log.parent, self.work_folder / "prg",
                        self.prefix.path(self.facts["program files"] + "\\Lumo")):
             shutil.rmtree(folder, ignore_errors=True)
+        (self.work_folder / "ambver").unlink(missing_ok=True)
         for name in ("lumow.ini", "nerio.ini", "luda.ini", "zeltomodelli.ini"):
             for file in self.windows_folder.iterdir():
                 if file.name.lower() == name:
@@ -71,6 +82,14 @@ class Workstation(installation.Installation):
 
     def lay_out(self, *arguments, **named):
         super().lay_out(*arguments, **named)
+        self.prefix.build.put_release(self.manager_folder)
+        self.write_pointers()
+
+    def lay_out_without_server(self):
+        """A workstation of the host suite that no server share knows."""
+        self.client.mkdir(parents=True)
+        self.store.write_bytes(installation.store_xml().encode())
+        (self.client / "lumoconf.xsd").write_bytes(installation.SCHEMA.encode())
         self.prefix.build.put_release(self.manager_folder)
         self.write_pointers()
 

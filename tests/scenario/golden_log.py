@@ -1,5 +1,6 @@
-"""Whole run logs as they have to be: golden/NAME, with {TEMP} and {PROGRAMFILES} for folders of the
-Windows in question. Dates are taken off before; nothing else is."""
+"""Whole run logs as they have to be: golden/NAME, with {TEMP}, {WORK} (the same without its trailing
+backslash) and {PROGRAMFILES} for folders of the Windows in question. Dates are taken off before;
+nothing else is."""
 
 import pathlib
 import re
@@ -27,6 +28,7 @@ def expected_log(name, facts):
             continue
         line = line[unit.end():] if unit else line
         lines.append(line.replace("{TEMP}", facts["temporary"])
+                     .replace("{WORK}", facts["temporary"].rstrip("\\"))
                      .replace("{PROGRAMFILES}", facts["program files"]))
     return lines
 

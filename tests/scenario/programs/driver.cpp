@@ -208,18 +208,31 @@ HANDLE tokenWithoutAdministrators() {
   return restricted;
 }
 
+/// Takes what programs print, and what those print that they start: it must not come between our
+/// answers. A file, because Wine lets nothing else replace the output of a program's programs.
+HANDLE outputFile() {
+  static const HANDLE file = [] {
+    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
+    return CreateFileW(L"driver.out", FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                       &inherited, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+  }();
+  return file;
+}
+
 bool start(const Run& run, PROCESS_INFORMATION& process) {
   STARTUPINFOW startup = {};
   startup.cb = sizeof startup;
+  startup.dwFlags = STARTF_USESTDHANDLES;
+  startup.hStdOutput = startup.hStdError = outputFile();
   std::wstring line = run.commandLine;
   const wchar_t* const folder = run.folder.empty() ? nullptr : run.folder.c_str();
   if (!run.restricted) {
-    return CreateProcessW(run.program.c_str(), line.data(), nullptr, nullptr, FALSE, 0, nullptr,
+    return CreateProcessW(run.program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr,
                           folder, &startup, &process) != 0;
   }
   const HANDLE token = tokenWithoutAdministrators();
   const bool started =
-      CreateProcessAsUserW(token, run.program.c_str(), line.data(), nullptr, nullptr, FALSE, 0,
+      CreateProcessAsUserW(token, run.program.c_str(), line.data(), nullptr, nullptr, TRUE, 0,
                            nullptr, folder, &startup, &process) != 0;
   CloseHandle(token);
   return started;
