@@ -19,6 +19,13 @@ void dropTrailingBackslash(std::string& folder) {
   }
 }
 
+/// Without a folder, what follows would work in, and delete, \prg of whatever drive is current.
+void requireFolder(const std::string& folder, const char* description) {
+  if (folder.empty()) {
+    throw RuntimeError(runtime_number::kPathNotFound, "TrelvManager", description);
+  }
+}
+
 /// Opens a pack of the manager's own folder.
 void openPack(Program& program, const std::string& packName, const std::string& target) {
   const std::string managerFolder = modLibrary::ParentPath(program.machine.system.executablePath());
@@ -31,6 +38,8 @@ void installIntegrated(Program& program, const std::string& productName, std::st
                        const std::string& packName) {
   dropTrailingBackslash(targetFolder);
   program.log.WriteLog("Apertura pacco in: " + targetFolder);
+  // An integration record that cannot be read counts as recorded and gives no folder.
+  requireFolder(targetFolder, "Cartella del server non disponibile");
   openPack(program, packName, targetFolder);
   UpdateTrelvManager(program, targetFolder);
   // Kept: shown also when the pack could not be opened, which has had its own box then.
@@ -41,7 +50,10 @@ void installIntegrated(Program& program, const std::string& productName, std::st
 }
 
 void removeUnpacked(Program& program, const std::string& folder) {
-  if (!modLibrary::FolderExists(program, folder)) {
+  machine::FileFacts facts;
+  const SystemCode code = program.machine.files.look(folder, facts);
+  const bool isFile = code == system_code::kSuccess && !facts.folder;
+  if (isFile || code == system_code::kFileNotFound || code == system_code::kPathNotFound) {
     return;
   }
   program.fileSystem.requiredFileSystemObject().deleteFolder(folder, true);
@@ -53,11 +65,7 @@ void installStandAlone(Program& program, const std::string& productId,
   std::string workFolder = modLibrary::GetTempDirectory(program);
   dropTrailingBackslash(workFolder);
   program.log.WriteLog("Apertura pacchi in: " + workFolder);
-  if (workFolder.empty()) {
-    // What follows would work in, and delete, \prg of whatever drive is current.
-    throw RuntimeError(runtime_number::kPathNotFound, "TrelvManager",
-                       "Cartella temporanea non disponibile");
-  }
+  requireFolder(workFolder, "Cartella temporanea non disponibile");
   openPack(program, packName, workFolder);
   program.state.selectedProducts = {{productId}};
   program.log.WriteLog("Gestione ProdTrelv - Esecuzione diretta Setup del prodotto " + productId +

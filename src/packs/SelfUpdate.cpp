@@ -49,6 +49,10 @@ class SelfUpdate {
   std::string oldProgram_;
 };
 
+bool isMissing(SystemCode code) {
+  return code == system_code::kFileNotFound || code == system_code::kPathNotFound;
+}
+
 /// Empty when it cannot be had: the copies then have a name that all such workstations share.
 std::string computerName(Program& program) {
   std::string name;
@@ -133,9 +137,15 @@ void SelfUpdate::copyToShare(const std::string& source, const std::string& tempo
 /// Renaming would get past what a copy has to respect.
 void refuseProtected(Program& program, const std::string& target) {
   machine::FileFacts facts;
-  const SystemCode code = program.machine.files.look(target, facts);
+  SystemCode code = program.machine.files.look(target, facts);
+  if (isMissing(code)) {
+    return;
+  }
   if (code == system_code::kSuccess && (facts.readOnly || facts.folder)) {
-    throw failureFromSystemCode(system_code::kAccessDenied, target);
+    code = system_code::kAccessDenied;
+  }
+  if (code != system_code::kSuccess) {
+    throw failureFromSystemCode(code, target);
   }
 }
 
@@ -232,6 +242,11 @@ void SelfUpdate::putEnvironmentFileInPlace(const std::string& scratch) {
 void UpdateTrelvManager(Program& program, const std::string& hostServerFolder) {
   trap(
       [&]() -> void {
+        if (hostServerFolder.empty()) {
+          // What follows would work in \prg of whatever drive is current.
+          throw RuntimeError(runtime_number::kPathNotFound, "TrelvManager",
+                             "Cartella del server non disponibile");
+        }
         SelfUpdate update(program, hostServerFolder);
         trap([&]() -> void { update.run(); },
              [&](const RuntimeError& failure) -> void {
@@ -252,8 +267,7 @@ bool IsFileNewer(Program& program, const std::string& sourcePath, const std::str
   FileSystemObject& files = program.fileSystem.requiredFileSystemObject();
   machine::FileFacts facts;
   const SystemCode code = program.machine.files.look(targetPath, facts);
-  if (code == system_code::kFileNotFound || code == system_code::kPathNotFound ||
-      (code == system_code::kSuccess && facts.folder)) {
+  if (isMissing(code) || (code == system_code::kSuccess && facts.folder)) {
     return true;
   }
   if (code != system_code::kSuccess) {

@@ -371,6 +371,13 @@ TEST_F(SelfUpdate, FullShareLeavesTheOldCopyWhole) {
   EXPECT_EQ(share().text(kClientCopy), "il vecchio");
 }
 
+TEST_F(SelfUpdate, WithoutAHostServerFolderTouchesNoDrive) {
+  UpdateTrelvManager(program_, "");
+  expectFailed(76);
+  EXPECT_FALSE(machine().folderExists("C:\\prg"));
+  EXPECT_EQ(share().text(kClientCopy), "il vecchio");
+}
+
 TEST_F(SelfUpdate, WithoutAFileSystemObjectIsReported) {
   program_.fileSystem.missing = true;
   update();
