@@ -54,6 +54,9 @@ void countOpening(Openings& sums, CallKind kind) {
 std::optional<SystemCode> SimCalls::enter(CallKind kind, const std::string& method,
                                           const std::string& path, const std::string& target,
                                           const std::string& detail) {
+  if (dead_) {
+    return system_code::kAccessDenied;
+  }
   SimCall call;
   call.number = calls_.size() + 1;
   call.kind = kind;

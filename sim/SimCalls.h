@@ -60,6 +60,27 @@ enum class CallKind {
   Other
 };
 
+/// How far a call had come when the program was killed in it.
+enum class Unfinished {
+  NotBegun,
+  /// The file was opened, and with that made or emptied (not by appending).
+  Empty,
+  /// The first half of the bytes was written.
+  Half
+};
+
+/// Thrown by the call in which the program is killed. No std::exception: the traps of the program
+/// let it pass, the test that killed the program catches it.
+class Killed {
+ public:
+  explicit Killed(Unfinished left) : left_(left) {}
+
+  Unfinished left() const { return left_; }
+
+ private:
+  Unfinished left_;
+};
+
 /// One call that reached the machine.
 struct SimCall {
   /// Position among all calls, from 1.
@@ -124,6 +145,10 @@ class SimCalls {
   /// Null takes it away.
   void setInjector(Injector injector) { injector_ = std::move(injector); }
 
+  /// The program was killed: whatever it still asks is refused with code 5 and leaves no trace.
+  void setDead(bool dead) { dead_ = dead; }
+  bool dead() const { return dead_; }
+
  private:
   void runHooks(const SimCall& call);
 
@@ -131,6 +156,7 @@ class SimCalls {
   std::multimap<std::size_t, Hook> numberHooks_;
   std::vector<std::pair<std::string, Hook>> textHooks_;
   Injector injector_;
+  bool dead_ = false;
 };
 
 }  // namespace trelv::sim

@@ -462,6 +462,9 @@ void SimDesktop::endProgram() {
 // --- Messages
 
 void SimDesktop::processEvents() {
+  if (calls_.dead()) {
+    return;
+  }
   ++eventRounds_;
   // Taken out before any runs: what they do may let messages run again.
   std::vector<std::function<void()>> due = std::exchange(pendingEvents_, {});

@@ -32,7 +32,7 @@ struct SimFormControls {
   std::vector<std::string> controls;
   std::vector<std::string> progressBars;
   /// Option buttons that exclude each other.
-  std::vector<std::vector<std::string>> optionGroups;
+  std::vector<std::vector<std::string>> optionGroups = {};
 };
 
 /// The window of a form on the simulated desktop: controls by name (no regard to case), and the

@@ -1,6 +1,7 @@
 #include "sim/SimFiles.h"
 
 #include <algorithm>
+#include <optional>
 #include <stdexcept>
 
 #include "base/Text.h"
@@ -97,6 +98,23 @@ std::unique_ptr<SimNode> takeOut(SimNode& node) {
   std::unique_ptr<SimNode> taken = std::move(*at);
   siblings.erase(at);
   return taken;
+}
+
+std::string_view partOf(std::string_view bytes, Unfinished left) {
+  return left == Unfinished::Half ? bytes.substr(0, bytes.size() / 2) : std::string_view();
+}
+
+// Makes the call known; where the program is killed in it after it began, lets `leave` do its part.
+template <class Enter, class Leave>
+std::optional<SystemCode> unlessKilled(Enter&& enter, Leave&& leave) {
+  try {
+    return enter();
+  } catch (const Killed& killed) {
+    if (killed.left() != Unfinished::NotBegun) {
+      leave(killed.left());
+    }
+    throw;
+  }
 }
 
 // What a missing folder answers: always "path", never "file".
@@ -262,7 +280,9 @@ SystemCode SimFiles::quietRead(const std::string& path, std::string& content) {
 }
 
 SystemCode SimFiles::write(const std::string& path, std::string_view bytes) {
-  const auto injected = calls_.enter(CallKind::FileWrite, "files.write", path);
+  const auto injected =
+      unlessKilled([&] { return calls_.enter(CallKind::FileWrite, "files.write", path); },
+                   [&](Unfinished left) { quietWrite(path, partOf(bytes, left)); });
   if (injected && *injected == kDiskFull) {
     // The file is opened, and with that emptied, before its bytes find no room.
     const SystemCode code = quietWrite(path, "");
@@ -311,7 +331,9 @@ SystemCode SimFiles::quietWrite(const std::string& path, std::string_view bytes)
 }
 
 SystemCode SimFiles::append(const std::string& path, std::string_view bytes) {
-  const auto injected = calls_.enter(CallKind::FileAppend, "files.append", path);
+  const auto injected =
+      unlessKilled([&] { return calls_.enter(CallKind::FileAppend, "files.append", path); },
+                   [&](Unfinished left) { doAppend(path, partOf(bytes, left)); });
   return injected ? *injected : doAppend(path, bytes);
 }
 
@@ -437,8 +459,19 @@ SystemCode SimFiles::doList(const std::string& folder, std::vector<FolderEntry>&
 }
 
 SystemCode SimFiles::copyFile(const std::string& source, const std::string& target) {
-  const auto injected = calls_.enter(CallKind::FileCopy, "files.copyFile", source, target);
+  const auto injected = unlessKilled(
+      [&] { return calls_.enter(CallKind::FileCopy, "files.copyFile", source, target); },
+      [&](Unfinished left) { leavePartOfCopy(left, source, target); });
   return injected ? *injected : doCopy(source, target);
+}
+
+void SimFiles::leavePartOfCopy(Unfinished left, const std::string& source,
+                               const std::string& target) {
+  std::string bytes;
+  const bool onItself = volumes_.find(source, true).node == volumes_.find(target, true).node;
+  if (quietRead(source, bytes) == kSuccess && !onItself) {
+    quietWrite(target, partOf(bytes, left));
+  }
 }
 
 SystemCode SimFiles::doCopy(const std::string& source, const std::string& target) {

@@ -77,6 +77,7 @@ class SimFiles : public machine::Files {
   SystemCode writable(const std::string& path, SimVolumes::Place& place);
 
  private:
+  void leavePartOfCopy(Unfinished left, const std::string& source, const std::string& target);
   SystemCode doAppend(const std::string& path, std::string_view bytes);
   SystemCode doRemoveFile(const std::string& path);
   SystemCode doRemoveFolder(const std::string& path);

@@ -256,6 +256,9 @@ void SimProcesses::run(std::size_t index) {
 SystemCode SimProcesses::waitFor(std::size_t index) {
   const auto injected =
       calls_.enter(CallKind::ProcessWait, "processes.wait", started_[index].commandLine);
+  if (calls_.dead()) {
+    return *injected;
+  }
   started_[index].waited = true;
   run(index);
   return injected.value_or(waitCode_);

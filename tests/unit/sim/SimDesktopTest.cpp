@@ -155,5 +155,162 @@ TEST(SimDesktop, ScriptedClicksRunWhenMessagesRun) {
   EXPECT_EQ(machine.desktop().eventRounds(), 4U);
 }
 
+// --- Lists, options, pictures
+
+// Shows a form of two lists and two options; `user` does what it likes.
+class ChoiceForm : public machine::Form {
+ public:
+  std::string name() const override { return "frmScelta"; }
+  void loaded(machine::FormWindow& window) override {
+    window.addItem("lstProdotti", "Contabilit\u00E0", 7);
+    window.addItem("lstProdotti", "Paghe", 9);
+  }
+  void clicked(machine::FormWindow&, const std::string&) override {}
+  void selectionChanged(machine::FormWindow& window, const std::string& control) override {
+    heard.push_back(control + " " + std::to_string(window.selected(control)));
+  }
+  void closeRequested(machine::FormWindow& window) override { window.close(); }
+
+  std::vector<std::string> heard;
+};
+
+class SimChoices : public testing::Test {
+ protected:
+  void show(SimDesktop::UserAction user) {
+    machine_.desktop().declareForm(
+        "frmScelta", {{"lstProdotti", "optClient", "optServer", "chkTutti", "picFoto"},
+                      {},
+                      {{"optClient", "optServer"}}});
+    machine_.desktop().onForm("frmScelta", std::move(user));
+    EXPECT_TRUE(machine_.desktop().showModal(form_));
+  }
+
+  SimMachine machine_;
+  ChoiceForm form_;
+};
+
+TEST_F(SimChoices, ItemsKeepTheirTextsNumbersAndOrder) {
+  show([](SimFormWindow& window) {
+    EXPECT_EQ(window.itemCount("LSTPRODOTTI"), 2);
+    EXPECT_EQ(window.items("lstProdotti"), (std::vector<std::string>{"Contabilit\u00E0", "Paghe"}));
+    EXPECT_EQ(window.itemData("lstProdotti", 1), 9);
+    EXPECT_EQ(window.selected("lstProdotti"), -1);
+    EXPECT_EQ(window.itemText("lstProdotti", 2), "");
+    EXPECT_EQ(window.itemData("lstProdotti", -1), 0);
+    window.select("lstProdotti", 1);
+    window.select("lstProdotti", 2);
+    EXPECT_EQ(window.selected("lstProdotti"), 1);
+    window.clearItems("lstProdotti");
+    EXPECT_EQ(window.itemCount("lstProdotti"), 0);
+    EXPECT_EQ(window.selected("lstProdotti"), -1);
+  });
+  EXPECT_TRUE(form_.heard.empty());
+}
+
+TEST_F(SimChoices, AControlThatTheFormDoesNotHaveHasNoItems) {
+  show([](SimFormWindow& window) {
+    window.addItem("lstAltro", "x");
+    window.select("lstAltro", 0);
+    window.setChecked("optAltro", true);
+    EXPECT_EQ(window.itemCount("lstAltro"), 0);
+    EXPECT_EQ(window.selected("lstAltro"), -1);
+    EXPECT_FALSE(window.checked("optAltro"));
+    EXPECT_THROW(window.choose("lstAltro", 0), std::logic_error);
+    EXPECT_THROW(window.choose("lstProdotti", 2), std::out_of_range);
+  });
+}
+
+TEST_F(SimChoices, TheFormHearsOfTheUsersChoicesOnly) {
+  show([](SimFormWindow& window) {
+    window.select("lstProdotti", 0);
+    EXPECT_TRUE(window.choose("lstProdotti", 1));
+    EXPECT_TRUE(window.choose("lstProdotti", 1));
+    window.setEnabled("lstProdotti", false);
+    EXPECT_FALSE(window.choose("lstProdotti", 0));
+    window.close();
+    EXPECT_FALSE(window.check("chkTutti"));
+  });
+  EXPECT_EQ(form_.heard, (std::vector<std::string>{"lstProdotti 1"}));
+}
+
+TEST_F(SimChoices, OptionsOfAGroupExcludeEachOther) {
+  show([](SimFormWindow& window) {
+    window.setChecked("optClient", true);
+    EXPECT_TRUE(window.check("chkTutti"));
+    EXPECT_TRUE(window.check("optServer"));
+    EXPECT_TRUE(window.check("optServer"));
+    EXPECT_FALSE(window.checked("optClient"));
+    EXPECT_TRUE(window.checked("optServer"));
+    EXPECT_TRUE(window.checked("chkTutti"));
+    EXPECT_TRUE(window.check("chkTutti", false));
+    EXPECT_FALSE(window.checked("chkTutti"));
+  });
+  EXPECT_EQ(form_.heard, (std::vector<std::string>{"chkTutti -1", "optServer -1", "chkTutti -1"}));
+}
+
+TEST_F(SimChoices, APictureMustBeWhole) {
+  machine_.putFile("C:\\a.jpg", "\xFF\xD8\xFF content \xFF\xD9");
+  machine_.putFile("C:\\cut.jpg", "\xFF\xD8\xFF content");
+  machine_.putFile("C:\\a.bmp", std::string("BM\x10\0\0\0 1234567890", 17));
+  machine_.putFile("C:\\cut.bmp", std::string("BM\x20\0\0\0 1234567890", 17));
+  machine_.putFile("C:\\a.txt", "a text");
+  show([](SimFormWindow& window) {
+    EXPECT_TRUE(window.setPicture("picFoto", "C:\\a.jpg"));
+    EXPECT_FALSE(window.setPicture("picFoto", "C:\\cut.jpg"));
+    EXPECT_FALSE(window.setPicture("picFoto", "C:\\cut.bmp"));
+    EXPECT_FALSE(window.setPicture("picFoto", "C:\\a.txt"));
+    EXPECT_FALSE(window.setPicture("picFoto", "C:\\missing.jpg"));
+    EXPECT_FALSE(window.setPicture("picAltro", "C:\\a.jpg"));
+    EXPECT_EQ(window.picture("picFoto"), "C:\\a.jpg");
+    EXPECT_TRUE(window.setPicture("picFoto", "C:\\a.bmp"));
+    EXPECT_EQ(window.picture("picFoto"), "C:\\a.bmp");
+  });
+  EXPECT_EQ(machine_.callLog().countOf("form.setPicture C:\\a.jpg"), 1U);
+}
+
+// --- Modeless forms and the pointer
+
+TEST(SimDesktop, AModelessFormIsTheActiveOneUntilItIsDestroyed) {
+  SimMachine machine;
+  FakeForm below;
+  FakeForm above;
+  machine.desktop().onForm("frmProva", [&](SimFormWindow& lower) {
+    machine.desktop().onForm("frmProva", [](SimFormWindow& upper) { upper.click("cmdAltro"); });
+    const auto shown = machine.desktop().showModeless(above);
+    ASSERT_NE(shown, nullptr);
+    EXPECT_NE(machine.desktop().activeForm(), &lower);
+    EXPECT_EQ(machine.desktop().activeForm()->text("lblTesto"), "ciao");
+    EXPECT_TRUE(lower.click("cmdAltro"));
+  });
+  machine.desktop().onEveryForm("frmProva", [&](SimFormWindow&) {});
+  EXPECT_TRUE(machine.desktop().showModal(below));
+
+  EXPECT_EQ(above.clicks, 1);
+  EXPECT_EQ(below.clicks, 1);
+  EXPECT_EQ(above.closeRequests, 0);
+  EXPECT_EQ(machine.desktop().activeForm(), nullptr);
+  EXPECT_EQ(machine.desktop().shownForms(), (std::vector<std::string>{"frmProva", "frmProva"}));
+  EXPECT_EQ(machine.desktop().unloadedForms(), (std::vector<std::string>{"frmProva"}));
+  EXPECT_EQ(machine.callLog().countOf("desktop.showModeless frmProva"), 1U);
+}
+
+TEST(SimDesktop, WithoutADesktopThereIsNoModelessForm) {
+  SimMachine machine;
+  FakeForm form;
+  machine.desktop().setPresent(false);
+  EXPECT_EQ(machine.desktop().showModeless(form), nullptr);
+  EXPECT_TRUE(machine.desktop().shownForms().empty());
+}
+
+TEST(SimDesktop, ThePointersChangesAreRemembered) {
+  SimMachine machine;
+  machine.desktop().setHourglass(true);
+  machine.desktop().setHourglass(true);
+  EXPECT_TRUE(machine.desktop().hourglass());
+  machine.desktop().setHourglass(false);
+  EXPECT_FALSE(machine.desktop().hourglass());
+  EXPECT_EQ(machine.desktop().hourglassChanges(), (std::vector<bool>{true, false}));
+}
+
 }  // namespace
 }  // namespace trelv::sim

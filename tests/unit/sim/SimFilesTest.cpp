@@ -251,6 +251,27 @@ TEST(SimFiles, WritingCarriesTheTimeOfTheClock) {
   EXPECT_EQ(machine.diskOf("C:\\").modifiedTicks("C:\\a.txt"), ticksOf({2027, 1, 1, 0, 0, 0}));
 }
 
+TEST(SimFiles, TimesAreToldByALookAndByAListing) {
+  SimMachine machine;
+  machine.clock().set({1601, 1, 1, 0, 0, 2});
+  ASSERT_EQ(machine.files().write("C:\\d\\a.txt", "x"), kPathNotFound);
+  machine.makeFolders("C:\\d");
+  ASSERT_EQ(machine.files().write("C:\\d\\a.txt", "x"), kSuccess);
+  machine::FileFacts facts;
+  std::vector<machine::FolderEntry> entries;
+
+  ASSERT_EQ(machine.files().look("C:\\d\\a.txt", facts), kSuccess);
+  ASSERT_EQ(machine.files().list("C:\\d", entries), kSuccess);
+  EXPECT_EQ(facts.modified, 20'000'000U);
+  EXPECT_EQ(entries.at(0).facts.modified, 20'000'000U);
+
+  machine.clock().advance(1);
+  ASSERT_EQ(machine.files().append("C:\\d\\a.txt", "y"), kSuccess);
+  ASSERT_EQ(machine.files().copyFile("C:\\d\\a.txt", "C:\\d\\b.txt"), kSuccess);
+  ASSERT_EQ(machine.files().look("C:\\d\\b.txt", facts), kSuccess);
+  EXPECT_EQ(facts.modified, 30'000'000U);
+}
+
 TEST(FileTicks, CountFrom1601) {
   EXPECT_EQ(ticksOf({1601, 1, 1, 0, 0, 0}), 0);
   EXPECT_EQ(ticksOf({1970, 1, 1, 0, 0, 0}), 116'444'736'000'000'000);

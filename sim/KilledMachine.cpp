@@ -1,0 +1,32 @@
+#include "sim/KilledMachine.h"
+
+#include <optional>
+
+namespace trelv::sim {
+
+KilledMachine::KilledMachine(SimMachine& simMachine, std::size_t number, Unfinished left)
+    : machine_(simMachine), number_(number), left_(left) {
+  machine_.callLog().setInjector([this](const SimCall& call) -> std::optional<SystemCode> {
+    look(call);
+    return std::nullopt;
+  });
+}
+
+KilledMachine::~KilledMachine() {
+  machine_.callLog().setInjector(nullptr);
+  if (reached()) {
+    machine_.desktop().endProgram();
+    machine_.callLog().setDead(false);
+  }
+}
+
+void KilledMachine::look(const SimCall& call) {
+  ++seen_;
+  if (seen_ == number_) {
+    killedCall_ = call.text;
+    machine_.callLog().setDead(true);
+    throw Killed(left_);
+  }
+}
+
+}  // namespace trelv::sim
