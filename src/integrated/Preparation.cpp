@@ -44,8 +44,12 @@ bool isRecorded(Program& program, std::int16_t product, const std::string& recor
 /// Points the host suite's ini file at the server. `line` is completed with the platform's answer.
 void pointToServer(Program& program, const std::string& serverPath, const std::string& line) {
   orGoOn(program, [&]() -> void {
-    const std::uint32_t written = modLibrary::WriteSetting(
-        program, "Archivi", "Path", modLibrary::WindowsFolder(program) + "\\Lumow.ini", serverPath);
+    const std::string windows = modLibrary::WindowsFolder(program);
+    // Without the folder, which was reported, the name alone would lie in the root of a drive.
+    const std::uint32_t written =
+        windows.empty() ? 0
+                        : modLibrary::WriteSetting(program, "Archivi", "Path",
+                                                   windows + "\\Lumow.ini", serverPath);
     program.log.WriteLog(line + std::to_string(written));
   });
 }

@@ -153,6 +153,16 @@ TEST_F(Preparation, FailedWriteEndsItsLineWithZeroAndTheNextStepsFollow) {
           "Gestione ProdTrelv - Preparazione installazione server/client Nerio"));
 }
 
+TEST_F(Preparation, WithoutTheWindowsFolderNothingIsWrittenIntoTheRoot) {
+  recorded({"ZB", "NERIO"}, {});
+  machine().system().setWindowsFolder("");
+  prepareServer();
+  EXPECT_EQ(lines().back(),
+            "Gestione ProdTrelv - PreparaInstSrvTarsena2 WritePrivateProfileString Byte scritti = "
+            "0");
+  EXPECT_THAT(iniWrites(), IsEmpty());
+}
+
 // --- Client
 
 TEST_F(Preparation, ClientIsPreparedForTarsena2ZeltobilancioAndNerioInThisOrder) {
