@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -18,6 +19,8 @@ enum class Ability {
   FolderLinks,
   /// The folder's file system and the process allow a file to be held against others.
   HoldFiles,
+  /// There is a folder on another volume.
+  OtherVolume,
 };
 
 /// Which accesses of others a held file lets pass.
@@ -32,6 +35,29 @@ class HeldFile {
  public:
   virtual ~HeldFile() = default;
 };
+
+/// A program that runs, until it is destroyed.
+class RunningProgram {
+ public:
+  virtual ~RunningProgram() = default;
+};
+
+/// The form that the suite shows, and the controls that makeControls() gives it.
+namespace stage {
+constexpr const char* kForm = "frmwait";
+// The names are those of another form; what control bears which name makes no difference.
+constexpr const char* kButton = "btnOk";
+constexpr const char* kOtherButton = "cmdDettagli";
+constexpr const char* kList = "txtErrLabel";
+constexpr const char* kCombo = "txtProgetto";
+/// Two options of a group.
+constexpr const char* kFirstOption = "txtModulo";
+constexpr const char* kSecondOption = "txtProcedura";
+constexpr const char* kCheckBox = "txtErrSource";
+/// Has twice the width of its height.
+constexpr const char* kPicture = "picError";
+constexpr const char* kMissing = "txtErrTrace";
+}  // namespace stage
 
 /// One side of the suite: a machine and the means to arrange and inspect its world without the
 /// interfaces under test. Made anew for each test. A means that fails throws std::runtime_error.
@@ -64,6 +90,11 @@ class ContractMachine {
   /// (Ability::HoldFiles).
   virtual std::unique_ptr<HeldFile> hold(const std::string& path, Sharing sharing) = 0;
 
+  /// An empty folder of this test alone on another volume than folder() (Ability::OtherVolume).
+  virtual std::string otherVolumeFolder() = 0;
+  /// Lets a little more than a second pass.
+  virtual void passASecond() = 0;
+
   /// Path of a key of this test alone below HKEY_CURRENT_USER, existing and empty; without leading
   /// or trailing backslash. Removed with its sub-keys at the end.
   virtual std::string registryKey() = 0;
@@ -76,10 +107,25 @@ class ContractMachine {
   /// Where there is a second one, it writes its whole command line to that path; with a third, a
   /// line feed and the value of the environment variable of that name follow.
   virtual void putProgram(const std::string& path) = 0;
+  /// Starts the program at `path` (one that putProgram put) and keeps it running.
+  virtual std::unique_ptr<RunningProgram> keepRunning(const std::string& path) = 0;
 
   /// Puts a program file with this fixed file version at `path`; and one without version resource.
   virtual void putVersionedFile(const std::string& path, const machine::FileVersion& version) = 0;
   virtual void putUnversionedFile(const std::string& path) = 0;
+
+  /// Gives a form of the name stage::kForm its controls; to be called while it is loaded.
+  virtual void makeControls(machine::FormWindow& window) = 0;
+  /// What the user does in the next modal form, once it is shown.
+  virtual void playUser(std::function<void(machine::FormWindow&)> play) = 0;
+  /// The user presses a button, picks an item of the list or combo, picks an option or check box.
+  virtual void click(machine::FormWindow& window, const std::string& control) = 0;
+  virtual void choose(machine::FormWindow& window, const std::string& control, int index) = 0;
+  virtual void check(machine::FormWindow& window, const std::string& control) = 0;
+  /// The same press, as it waits among the messages for its turn.
+  virtual void clickLater(machine::FormWindow& window, const std::string& control) = 0;
+  /// Is the hourglass shown where the pointer is moved over this form?
+  virtual bool hourglassOver(machine::FormWindow& window) = 0;
 };
 
 /// Made by the side that the suite is linked with.

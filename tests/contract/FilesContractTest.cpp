@@ -26,6 +26,12 @@ class FilesContract : public Contract {
     return files().look(path, facts);
   }
 
+  std::uint64_t modified(const std::string& name) {
+    FileFacts facts;
+    EXPECT_EQ(files().look(path(name), facts), system_code::kSuccess);
+    return facts.modified;
+  }
+
   std::vector<std::string> namesIn(const std::string& folder) {
     std::vector<FolderEntry> entries;
     EXPECT_EQ(files().list(folder, entries), system_code::kSuccess);
@@ -101,6 +107,57 @@ TEST_F(FilesContract, TrailingBlanksAndPointsOfNamesDoNotCount) {
 TEST_F(FilesContract, AFileOnTheWayIsNoFolder) {
   putFile("a.txt", "x");
   EXPECT_EQ(look(path("a.txt\\b.txt")), 3U);
+}
+
+// --- Times of change
+
+constexpr std::uint64_t kSecond = 10'000'000;
+
+TEST_F(FilesContract, ALaterWriteHasALaterTime) {
+  ASSERT_EQ(files().write(path("a.txt"), "one"), system_code::kSuccess);
+  ASSERT_EQ(files().write(path("b.txt"), "one"), system_code::kSuccess);
+  const std::uint64_t before = modified("a.txt");
+  world().passASecond();
+  ASSERT_EQ(files().write(path("a.txt"), "two"), system_code::kSuccess);
+  ASSERT_EQ(files().append(path("b.txt"), "two"), system_code::kSuccess);
+  EXPECT_GE(modified("a.txt"), before + kSecond);
+  EXPECT_GE(modified("b.txt"), before + kSecond);
+}
+
+TEST_F(FilesContract, ReadingAndLookingLeaveTheTime) {
+  const std::string file = putFile("a.txt", "x");
+  world().makeOld(file);
+  const std::uint64_t before = modified("a.txt");
+  std::string content;
+  ASSERT_EQ(files().read(file, kNoLimit, content), system_code::kSuccess);
+  EXPECT_EQ(modified("a.txt"), before);
+}
+
+TEST_F(FilesContract, ALookAndAListingTellTheSameTime) {
+  const std::string file = putFile("a.txt", "x");
+  world().makeOld(file);
+  std::vector<FolderEntry> entries;
+  ASSERT_EQ(files().list(world().folder(), entries), system_code::kSuccess);
+  ASSERT_EQ(entries.size(), 1U);
+  EXPECT_EQ(entries[0].facts.modified, modified("a.txt"));
+  EXPECT_EQ(modified("a.txt") / kSecond, static_cast<std::uint64_t>(world().modifiedSeconds(file)));
+}
+
+TEST_F(FilesContract, ACopyHasTheTimeOfItsSourceToTheLastDigit) {
+  const std::string file = putFile("a.txt", "x");
+  putFile("b.txt", "y");
+  world().passASecond();
+  ASSERT_EQ(files().copyFile(file, path("b.txt")), system_code::kSuccess);
+  EXPECT_EQ(modified("b.txt"), modified("a.txt"));
+}
+
+TEST_F(FilesContract, AReplacedFileKeepsTheTimeThatItsSourceHad) {
+  const std::string file = putFile("a.txt", "x");
+  putFile("b.txt", "y");
+  world().makeOld(file);
+  const std::uint64_t before = modified("a.txt");
+  ASSERT_EQ(files().replaceFile(file, path("b.txt")), system_code::kSuccess);
+  EXPECT_EQ(modified("b.txt"), before);
 }
 
 // --- read
@@ -398,6 +455,19 @@ TEST_F(FilesContract, ListOfAnEmptyFolderIsEmpty) {
   EXPECT_THAT(entries, IsEmpty());
 }
 
+TEST_F(FilesContract, ListGivesTheSameOrderEachTime) {
+  for (const char* const name : {"10.zip", "9.zip", "B.zip", "a.zip", "_x.zip"}) putFile(name, "");
+  EXPECT_EQ(namesIn(world().folder()), namesIn(world().folder()));
+}
+
+TEST_F(FilesContract, ListOfALinkToAFolderGivesWhatItsTargetHolds) {
+  CONTRACT_NEEDS(Ability::FolderLinks, "links to folders cannot be made here");
+  world().putFolder(path("real"));
+  putFile("real\\a.txt", "x");
+  world().putFolderLink(path("link"), path("real"));
+  EXPECT_THAT(namesIn(path("link")), ElementsAre("a.txt"));
+}
+
 TEST_F(FilesContract, ListThatFailsLeavesTheEntries) {
   std::vector<FolderEntry> entries = {{"old", {}}};
   EXPECT_EQ(files().list(path("none"), entries), 3U);
@@ -471,6 +541,69 @@ TEST_F(FilesContract, CopyFileOfOrOntoAHeldFileAnswers32) {
   EXPECT_EQ(world().fileBytes(target), "old");
 }
 
+TEST_F(FilesContract, CopyFileOntoItselfAnswers32AndLeavesIt) {
+  const std::string file = putFile("a.txt", "text");
+  EXPECT_EQ(files().copyFile(file, path("A.TXT")), 32U);
+  EXPECT_EQ(world().fileBytes(file), "text");
+}
+
+TEST_F(FilesContract, CopyFileOfAFileThatOthersReadWorks) {
+  CONTRACT_NEEDS(Ability::HoldFiles, "files cannot be held against others here");
+  const std::string source = putFile("a.txt", "text");
+  const auto held = world().hold(source, {.read = true, .write = false, .remove = false});
+  EXPECT_EQ(files().copyFile(source, path("b.txt")), system_code::kSuccess);
+  EXPECT_EQ(world().fileBytes(path("b.txt")), "text");
+}
+
+TEST_F(FilesContract, CopyFileToAnotherVolumeKeepsBytesAndTime) {
+  CONTRACT_NEEDS(Ability::OtherVolume, "there is no other volume here");
+  const std::string file = putFile("a.txt", "text");
+  world().makeOld(file);
+  const std::string target = world().otherVolumeFolder() + "\\b.txt";
+  ASSERT_EQ(files().copyFile(file, target), system_code::kSuccess);
+  EXPECT_EQ(world().fileBytes(target), "text");
+  EXPECT_EQ(world().modifiedSeconds(target), world().modifiedSeconds(file));
+}
+
+// --- A program that runs
+
+TEST_F(FilesContract, ARunningProgramCannotBeDeletedOverwrittenOrReplaced) {
+  const std::string program = path("running.exe");
+  world().putProgram(program);
+  const std::string bytes = world().fileBytes(program);
+  const std::string other = putFile("new.txt", "new");
+  const auto running = world().keepRunning(program);
+  EXPECT_EQ(files().removeFile(program), 5U);
+  EXPECT_EQ(files().copyFile(other, program), 32U);
+  EXPECT_EQ(files().write(program, "new"), 32U);
+  EXPECT_EQ(files().replaceFile(other, program), 5U);
+  EXPECT_TRUE(world().exists(other));
+  EXPECT_TRUE(world().fileBytes(program) == bytes);
+}
+
+TEST_F(FilesContract, ARunningProgramCanBePutAsideAndANewOneTakesItsName) {
+  const std::string program = path("running.exe");
+  world().putProgram(program);
+  const std::string other = putFile("new.txt", "new");
+  const auto running = world().keepRunning(program);
+  std::string content;
+  EXPECT_EQ(files().read(program, 2, content), system_code::kSuccess);
+  EXPECT_EQ(content, "MZ");
+  ASSERT_EQ(files().replaceFile(program, path("old.exe")), system_code::kSuccess);
+  EXPECT_EQ(files().copyFile(other, program), system_code::kSuccess);
+  EXPECT_EQ(world().fileBytes(program), "new");
+  EXPECT_EQ(files().removeFile(path("old.exe")), 5U) << "it still runs, under its other name";
+  EXPECT_TRUE(world().exists(path("old.exe")));
+}
+
+TEST_F(FilesContract, AProgramThatHasEndedIsAFileAsAnyOther) {
+  const std::string program = path("running.exe");
+  world().putProgram(program);
+  world().keepRunning(program).reset();
+  EXPECT_EQ(files().write(program, "new"), system_code::kSuccess);
+  EXPECT_EQ(files().removeFile(program), system_code::kSuccess);
+}
+
 // --- replaceFile
 
 TEST_F(FilesContract, ReplaceFileMovesToANewName) {
@@ -501,6 +634,33 @@ TEST_F(FilesContract, ReplaceFileOntoAFolderAnswers5) {
   world().putFolder(path("sub"));
   EXPECT_EQ(files().replaceFile(putFile("a.txt", "x"), path("sub")), 5U);
   EXPECT_TRUE(world().exists(path("a.txt")));
+}
+
+TEST_F(FilesContract, ReplaceFileOntoAReadOnlyTargetIsDoneAsAWholeOrRefusedWith5) {
+  const std::string source = putFile("a.txt", "new");
+  const std::string target = putFile("b.txt", "old");
+  ASSERT_EQ(files().setReadOnly(target, true), system_code::kSuccess);
+  const SystemCode code = files().replaceFile(source, target);
+  // Windows refuses. Wine replaces.
+  EXPECT_THAT(code, testing::AnyOf(system_code::kSuccess, 5U));
+  EXPECT_EQ(world().fileBytes(target), code == system_code::kSuccess ? "new" : "old");
+  EXPECT_EQ(world().exists(source), code != system_code::kSuccess);
+}
+
+TEST_F(FilesContract, ReplaceFileOntoItselfKeepsIt) {
+  const std::string file = putFile("setup.ini", "x");
+  EXPECT_EQ(files().replaceFile(file, path("Setup.INI")), system_code::kSuccess);
+  EXPECT_EQ(world().fileBytes(file), "x");
+}
+
+TEST_F(FilesContract, ReplaceFileOnAnotherVolumeAnswers17) {
+  CONTRACT_NEEDS(Ability::OtherVolume, "there is no other volume here");
+  const std::string source = putFile("a.txt", "new");
+  const std::string target = world().otherVolumeFolder() + "\\b.txt";
+  world().putFile(target, "old");
+  EXPECT_EQ(files().replaceFile(source, target), 17U);
+  EXPECT_EQ(world().fileBytes(source), "new");
+  EXPECT_EQ(world().fileBytes(target), "old");
 }
 
 TEST_F(FilesContract, ReplaceFileOntoAnOpenTargetAnswers5) {

@@ -44,11 +44,29 @@ std::uint32_t runProgram(sim::SimProcess& process) {
              : static_cast<std::uint32_t>(std::strtoul(arguments.front().c_str(), nullptr, 10));
 }
 
+class SimRunningProgram : public RunningProgram {
+ public:
+  explicit SimRunningProgram(std::shared_ptr<void> token) : token_(std::move(token)) {}
+
+ private:
+  std::shared_ptr<void> token_;
+};
+
+sim::SimFormWindow& simulated(machine::FormWindow& window) {
+  return dynamic_cast<sim::SimFormWindow&>(window);
+}
+
 class SimContractMachine : public ContractMachine {
  public:
   SimContractMachine() {
     simulated_.makeFolders(kFolder);
     simulated_.registry().makeKey(machine::Hive::CurrentUser, kKey);
+    simulated_.desktop().declareForm(
+        stage::kForm,
+        {{stage::kButton, stage::kOtherButton, stage::kList, stage::kCombo, stage::kFirstOption,
+          stage::kSecondOption, stage::kCheckBox, stage::kPicture},
+         {},
+         {{stage::kFirstOption, stage::kSecondOption}}});
   }
 
   machine::Machine& machine() override { return simulated_.machine(); }
@@ -67,7 +85,7 @@ class SimContractMachine : public ContractMachine {
     disk().putLink(link, target);
   }
   std::int64_t modifiedSeconds(const std::string& path) override {
-    return disk().modifiedTicks(path) / kTicksPerSecond;
+    return simulated_.diskOf(path).modifiedTicks(path) / kTicksPerSecond;
   }
   void makeOld(const std::string& path) override {
     disk().setModified(path, {2009, 3, 5, 10, 5, 3});
@@ -75,6 +93,13 @@ class SimContractMachine : public ContractMachine {
   std::unique_ptr<HeldFile> hold(const std::string& path, Sharing sharing) override {
     return std::make_unique<SimHeldFile>(disk(), path, sharing);
   }
+
+  std::string otherVolumeFolder() override {
+    simulated_.mount("D:");
+    simulated_.makeFolders("D:\\Contract");
+    return "D:\\Contract";
+  }
+  void passASecond() override { simulated_.clock().advance(1); }
 
   std::string registryKey() override { return kKey; }
   void storeValue(const std::string& path, const std::string& name, std::uint32_t type,
@@ -86,16 +111,46 @@ class SimContractMachine : public ContractMachine {
   void putProgram(const std::string& path) override {
     simulated_.programs().define(path, runProgram);
   }
+  std::unique_ptr<RunningProgram> keepRunning(const std::string& path) override {
+    return std::make_unique<SimRunningProgram>(disk().run(path));
+  }
   void putVersionedFile(const std::string& path, const machine::FileVersion& version) override {
     simulated_.putFile(path, "MZ");
     simulated_.setFileVersion(path, version);
   }
   void putUnversionedFile(const std::string& path) override { simulated_.putFile(path, "MZ"); }
 
+  void makeControls(machine::FormWindow&) override {}
+  void playUser(std::function<void(machine::FormWindow&)> play) override {
+    simulated_.desktop().onForm(stage::kForm, [this, play](sim::SimFormWindow& window) {
+      play(window);
+      // A modal form lets messages run as long as it is open.
+      while (window.isOpen() && clicksWait_) {
+        clicksWait_ = false;
+        simulated_.desktop().processEvents();
+      }
+    });
+  }
+  void click(machine::FormWindow& window, const std::string& control) override {
+    simulated(window).click(control);
+  }
+  void choose(machine::FormWindow& window, const std::string& control, int index) override {
+    simulated(window).choose(control, index);
+  }
+  void check(machine::FormWindow& window, const std::string& control) override {
+    simulated(window).check(control, control != stage::kCheckBox || !window.checked(control));
+  }
+  void clickLater(machine::FormWindow& window, const std::string& control) override {
+    clicksWait_ = true;
+    simulated_.desktop().onEvents([&window, control] { simulated(window).click(control); });
+  }
+  bool hourglassOver(machine::FormWindow&) override { return simulated_.desktop().hourglass(); }
+
  private:
   sim::SimDisk& disk() { return simulated_.diskOf(kFolder); }
 
   sim::SimMachine simulated_;
+  bool clicksWait_ = false;
 };
 
 }  // namespace

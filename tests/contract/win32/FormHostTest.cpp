@@ -4,10 +4,14 @@
 #include <commctrl.h>
 
 #include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "contract/ContractMachine.h"
+#include "contract/TestPictures.h"
+#include "startup/frmwait.h"
 #include "win32/ControlNames.h"
 #include "win32/Win32Desktop.h"
 #include "win32/Win32Text.h"
@@ -36,6 +40,9 @@ class TestForm : public machine::Form {
     events.push_back("clicked " + control);
     onClicked(window, control);
   }
+  void selectionChanged(machine::FormWindow& /*window*/, const std::string& control) override {
+    events.push_back("changed " + control);
+  }
   void closeRequested(machine::FormWindow& window) override {
     events.push_back("close requested");
     window.close();
@@ -58,9 +65,11 @@ class FormHost : public testing::Test {
 
 using Names = std::vector<std::string>;
 
-TEST_F(FormHost, EveryControlOfTheErrorFormHasItsName) {
+/// Names of the controls that a form's resource addresses, from above.
+Names controlNames(Win32Desktop& desktop, const std::string& resource) {
   Names found;
-  form_.onLoaded = [&found](machine::FormWindow& window) {
+  TestForm form(resource);
+  form.onLoaded = [&found](machine::FormWindow& window) {
     for (HWND child = GetWindow(handleOf(window), GW_CHILD); child != nullptr;
          child = GetWindow(child, GW_HWNDNEXT)) {
       const int id = GetDlgCtrlID(child);
@@ -70,7 +79,16 @@ TEST_F(FormHost, EveryControlOfTheErrorFormHasItsName) {
     }
     window.close();
   };
-  ASSERT_TRUE(desktop_.showModal(form_));
+  EXPECT_TRUE(desktop.showModal(form));
+  return found;
+}
+
+TEST_F(FormHost, TheWaitFormHasNoControlThatIsAddressed) {
+  EXPECT_EQ(Names{}, controlNames(desktop_, frmwait().name()));
+}
+
+TEST_F(FormHost, EveryControlOfTheErrorFormHasItsName) {
+  const Names found = controlNames(desktop_, "frmError");
   EXPECT_EQ((Names{"btnOk", "cmdDettagli", "picError", "txtErrLabel", "txtProgetto", "txtModulo",
                    "txtProcedura", "txtErrSource", "txtErrCodice", "txtErrDescrizione",
                    "txtErrDescrizioneInterna", "txtErrTrace"}),
@@ -288,6 +306,263 @@ TEST_F(FormHost, ProgressNumbersAreKeptAsSetWhereTheVisibleBarCutsThem) {
   };
   EXPECT_TRUE(desktop_.showModal(form_));
 }
+
+// --- The wait form
+
+HWND staticText(HWND dialog) {
+  for (HWND child = GetWindow(dialog, GW_CHILD); child != nullptr;
+       child = GetWindow(child, GW_HWNDNEXT)) {
+    if (GetWindowTextLengthW(child) > 2) {
+      return child;
+    }
+  }
+  return nullptr;
+}
+
+TEST_F(FormHost, TheWaitFormTellsWhatItWaitsForAndCannotBeClosed) {
+  frmwait wait;
+  const auto shown = desktop_.showModeless(wait);
+  ASSERT_NE(nullptr, shown);
+  HWND const dialog = handleOf(*desktop_.activeForm());
+  EXPECT_NE(FALSE, IsWindowVisible(dialog));
+  EXPECT_EQ(0, GetWindowLongW(dialog, GWL_STYLE) & WS_SYSMENU) << "no close box";
+  std::wstring text(100, L'\0');
+  text.resize(static_cast<std::size_t>(GetWindowTextW(staticText(dialog), text.data(), 100)));
+  EXPECT_EQ("Attendere prego: copia dei file in corso...", utf8(text));
+
+  PostMessageW(dialog, WM_KEYDOWN, VK_ESCAPE, 0);
+  PostMessageW(dialog, WM_SYSCOMMAND, SC_CLOSE, 0);
+  PostMessageW(dialog, WM_CLOSE, 0, 0);
+  desktop_.processEvents();
+  EXPECT_NE(FALSE, IsWindowVisible(dialog));
+}
+
+TEST_F(FormHost, TheWaitFormsTextHasRoom) {
+  frmwait wait;
+  const auto shown = desktop_.showModeless(wait);
+  ASSERT_NE(nullptr, shown);
+  HWND const label = staticText(handleOf(*desktop_.activeForm()));
+  std::wstring text(100, L'\0');
+  text.resize(static_cast<std::size_t>(GetWindowTextW(label, text.data(), 100)));
+  HDC const context = GetDC(label);
+  SelectObject(context, reinterpret_cast<HGDIOBJ>(SendMessageW(label, WM_GETFONT, 0, 0)));
+  SIZE needed{};
+  GetTextExtentPoint32W(context, text.data(), static_cast<int>(text.size()), &needed);
+  ReleaseDC(label, context);
+  RECT room{};
+  GetClientRect(label, &room);
+  EXPECT_LE(needed.cx, room.right);
+  EXPECT_LE(needed.cy, room.bottom);
+}
+
+TEST_F(FormHost, AModelessFormIsPaintedWhenItsShowingReturns) {
+  frmwait wait;
+  const auto shown = desktop_.showModeless(wait);
+  ASSERT_NE(nullptr, shown);
+  HWND const dialog = handleOf(*desktop_.activeForm());
+  EXPECT_EQ(FALSE, GetUpdateRect(dialog, nullptr, FALSE));
+  EXPECT_EQ(FALSE, GetUpdateRect(staticText(dialog), nullptr, FALSE));
+}
+
+TEST_F(FormHost, AModelessFormWithoutResourceIsNotShownAndNotCalled) {
+  TestForm unknown("frmNiente");
+  bool loaded = false;
+  unknown.onLoaded = [&loaded](machine::FormWindow&) { loaded = true; };
+  EXPECT_EQ(nullptr, desktop_.showModeless(unknown));
+  EXPECT_FALSE(loaded);
+  EXPECT_EQ(nullptr, desktop_.activeForm());
+}
+
+TEST_F(FormHost, AFailureInTheLoadingOfAModelessFormReachesTheCaller) {
+  form_.onLoaded = [](machine::FormWindow&) { throw std::runtime_error("failed in loading"); };
+  EXPECT_THROW(desktop_.showModeless(form_), std::runtime_error);
+  EXPECT_EQ(nullptr, desktop_.activeForm());
+}
+
+TEST_F(FormHost, AFailureInAHandlerOfAModelessFormReachesWhoLetsMessagesRun) {
+  form_.onClicked = [](machine::FormWindow&, const std::string&) {
+    throw std::runtime_error("failed in the handler");
+  };
+  const auto shown = desktop_.showModeless(form_);
+  ASSERT_NE(nullptr, shown);
+  PostMessageW(controlOf(*desktop_.activeForm(), "btnOk"), BM_CLICK, 0, 0);
+  EXPECT_THROW(desktop_.processEvents(), std::runtime_error);
+  EXPECT_EQ(nullptr, desktop_.activeForm());
+  desktop_.processEvents();
+}
+
+TEST_F(FormHost, AModelessFormWhoseOwnerEndsFirstIsGoneWithIt) {
+  std::unique_ptr<machine::ShownForm> shown;
+  frmwait wait;
+  form_.onLoaded = [&](machine::FormWindow& window) {
+    shown = desktop_.showModeless(wait);
+    window.close();
+  };
+  EXPECT_TRUE(desktop_.showModal(form_));
+  EXPECT_EQ(nullptr, desktop_.activeForm());
+  EXPECT_NE(nullptr, shown);
+  shown.reset();
+}
+
+// --- The hourglass
+
+TEST_F(FormHost, TheHourglassStandsOverTextBoxesToo) {
+  form_.onLoaded = [this](machine::FormWindow& window) {
+    HWND const box = controlOf(window, "txtErrCodice");
+    const auto pointerOverBox = [box] {
+      SendMessageW(box, WM_SETCURSOR, reinterpret_cast<WPARAM>(box),
+                   MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
+      return GetCursor();
+    };
+    HCURSOR const usual = pointerOverBox();
+    HCURSOR const hourglass = LoadCursorW(nullptr, kHourglassPointer);
+    EXPECT_NE(hourglass, usual);
+    desktop_.setHourglass(true);
+    EXPECT_EQ(hourglass, GetCursor()) << "without a move of the mouse";
+    EXPECT_EQ(hourglass, pointerOverBox());
+    desktop_.setHourglass(false);
+    EXPECT_NE(hourglass, GetCursor());
+    EXPECT_EQ(usual, pointerOverBox());
+    window.close();
+  };
+  EXPECT_TRUE(desktop_.showModal(form_));
+}
+
+// --- Pictures
+
+COLORREF pixelOf(HBITMAP bitmap, int x, int y) {
+  HDC const context = CreateCompatibleDC(nullptr);
+  HGDIOBJ const before = SelectObject(context, bitmap);
+  const COLORREF colour = GetPixel(context, x, y);
+  SelectObject(context, before);
+  DeleteDC(context);
+  return colour;
+}
+
+TEST_F(FormHost, APictureFillsItsControlAsFarAsItsProportionsAllow) {
+  const auto side = contract::makeContractMachine();
+  const std::string file = side->folder() + "\\red.bmp";
+  side->putFile(file, contract::kRedBitmap);
+  form_.onLoaded = [&](machine::FormWindow& window) {
+    side->makeControls(window);
+    ASSERT_TRUE(window.setPicture(contract::stage::kPicture, file));
+    HWND const control = controlOf(window, contract::stage::kPicture);
+    auto* const shown =
+        reinterpret_cast<HBITMAP>(SendMessageW(control, STM_GETIMAGE, IMAGE_BITMAP, 0));
+    BITMAP size{};
+    GetObjectW(shown, sizeof(size), &size);
+    EXPECT_EQ(80, size.bmWidth);
+    EXPECT_EQ(40, size.bmHeight);
+    const COLORREF red = RGB(255, 0, 0);
+    for (const int x : {21, 40, 58}) {
+      EXPECT_EQ(red, pixelOf(shown, x, 1)) << x;
+      EXPECT_EQ(red, pixelOf(shown, x, 38)) << x;
+    }
+    for (const int x : {0, 18, 61, 79}) {
+      EXPECT_EQ(GetSysColor(COLOR_BTNFACE), pixelOf(shown, x, 20)) << x;
+    }
+    RECT area{};
+    GetClientRect(control, &area);
+    EXPECT_EQ(80, area.right) << "the control keeps its size";
+    EXPECT_FALSE(window.setPicture(contract::stage::kPicture, file + "x"));
+    EXPECT_EQ(reinterpret_cast<LRESULT>(shown),
+              SendMessageW(control, STM_GETIMAGE, IMAGE_BITMAP, 0));
+    EXPECT_FALSE(window.setPicture(contract::stage::kList, file));
+    window.close();
+  };
+  TestForm stage(contract::stage::kForm);
+  stage.onLoaded = form_.onLoaded;
+  EXPECT_TRUE(desktop_.showModal(stage));
+}
+
+// --- The keyboard in a drop-down list
+
+class ComboKeys : public FormHost {
+ protected:
+  ComboKeys() {
+    stage_.onLoaded = [this](machine::FormWindow& window) {
+      side_->makeControls(window);
+      for (const char* const item : {"Agenda", "Bilanci", "Paghe"}) {
+        window.addItem(kCombo, item);
+      }
+      window.setFocus(kCombo);
+      combo_ = controlOf(window, kCombo);
+      onReady(window);
+      PostMessageW(controlOf(window, contract::stage::kButton), BM_CLICK, 0, 0);
+    };
+    stage_.onClicked = [this](machine::FormWindow& window, const std::string&) {
+      onEnd(window);
+      window.close();
+    };
+  }
+
+  void press(WPARAM key) { PostMessageW(combo_, WM_KEYDOWN, key, 0); }
+  bool dropped() const { return SendMessageW(combo_, CB_GETDROPPEDSTATE, 0, 0) != FALSE; }
+
+  static constexpr const char* kCombo = contract::stage::kCombo;
+  std::unique_ptr<contract::ContractMachine> side_ = contract::makeContractMachine();
+  TestForm stage_{contract::stage::kForm};
+  HWND combo_ = nullptr;
+  std::function<void(machine::FormWindow&)> onReady;
+  std::function<void(machine::FormWindow&)> onEnd = [](machine::FormWindow&) {};
+};
+
+TEST_F(ComboKeys, TheArrowsGoFromItemToItemAndTheFormHearsOfEach) {
+  int selected = -1;
+  onReady = [this](machine::FormWindow&) {
+    press(VK_DOWN);
+    press(VK_DOWN);
+    press(VK_UP);
+  };
+  onEnd = [&selected](machine::FormWindow& window) { selected = window.selected(kCombo); };
+  ASSERT_TRUE(desktop_.showModal(stage_));
+  EXPECT_EQ(0, selected);
+  const std::string changed = std::string("changed ") + kCombo;
+  EXPECT_EQ((Names{changed, changed, changed, std::string("clicked ") + contract::stage::kButton}),
+            stage_.events);
+}
+
+TEST_F(ComboKeys, ALetterGoesToTheNextItemThatBeginsWithIt) {
+  int selected = -1;
+  onReady = [this](machine::FormWindow&) { PostMessageW(combo_, WM_CHAR, 'p', 0); };
+  onEnd = [&selected](machine::FormWindow& window) { selected = window.selected(kCombo); };
+  ASSERT_TRUE(desktop_.showModal(stage_));
+  EXPECT_EQ(2, selected);
+}
+
+TEST_F(ComboKeys, EscClosesTheOpenListAndNotTheForm) {
+  bool open = true;
+  onReady = [this](machine::FormWindow&) {
+    press(VK_F4);
+    press(VK_ESCAPE);
+  };
+  onEnd = [&](machine::FormWindow&) { open = dropped(); };
+  ASSERT_TRUE(desktop_.showModal(stage_));
+  EXPECT_FALSE(open);
+  EXPECT_EQ(Names{std::string("clicked ") + contract::stage::kButton}, stage_.events);
+}
+
+TEST_F(ComboKeys, EnterTakesTheItemOfTheOpenListAndPressesNoButton) {
+  int selected = -1;
+  bool open = true;
+  onReady = [this](machine::FormWindow&) {
+    press(VK_F4);
+    press(VK_DOWN);
+    press(VK_RETURN);
+  };
+  onEnd = [&](machine::FormWindow& window) {
+    selected = window.selected(kCombo);
+    open = dropped();
+  };
+  ASSERT_TRUE(desktop_.showModal(stage_));
+  EXPECT_FALSE(open);
+  EXPECT_EQ(0, selected);
+  EXPECT_EQ(
+      (Names{std::string("changed ") + kCombo, std::string("clicked ") + contract::stage::kButton}),
+      stage_.events);
+}
+
+// --- Boxes
 
 /// Answers the message box that comes next with one of its buttons.
 class BoxPlayer {

@@ -4,11 +4,14 @@
 #include <array>
 #include <bit>
 #include <cstring>
+#include <functional>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include "contract/ContractMachine.h"
 #include "contract/win32/TestProgram.h"
+#include "win32/ControlNames.h"
 #include "win32/Owned.h"
 #include "win32/Win32Machine.h"
 #include "win32/Win32Text.h"
@@ -81,15 +84,15 @@ std::string unixName(const std::string& path) {
   return result;
 }
 
-void start(std::wstring commandLine) {
+win32::OwnedProcess start(std::wstring commandLine) {
   STARTUPINFOW startup{};
   startup.cb = sizeof(startup);
   PROCESS_INFORMATION started{};
   require(CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
                          &startup, &started) != FALSE,
           "starting " + utf8(commandLine));
-  const win32::OwnedProcess process(started.hProcess);
   const win32::OwnedProcess thread(started.hThread);
+  return win32::OwnedProcess(started.hProcess);
 }
 
 bool isThere(const std::string& path) {
@@ -167,6 +170,108 @@ class Win32HeldFile : public HeldFile {
   win32::OwnedFile file_;
 };
 
+/// The small program, which waits for an event; ended and waited for when destroyed.
+class Win32RunningProgram : public RunningProgram {
+ public:
+  explicit Win32RunningProgram(const std::string& path);
+  ~Win32RunningProgram() override {
+    SetEvent(event_.get());
+    WaitForSingleObject(process_.get(), 10000);
+  }
+  Win32RunningProgram(const Win32RunningProgram&) = delete;
+  Win32RunningProgram& operator=(const Win32RunningProgram&) = delete;
+
+ private:
+  const std::wstring eventName_ = wide(uniqueName());
+  const win32::OwnedProcess event_{CreateEventW(nullptr, TRUE, FALSE, eventName_.c_str())};
+  win32::OwnedProcess process_;
+};
+
+Win32RunningProgram::Win32RunningProgram(const std::string& path) {
+  SetEnvironmentVariableW(kWaitForEvent, eventName_.c_str());
+  process_ = start(wide(path));
+  SetEnvironmentVariableW(kWaitForEvent, nullptr);
+}
+
+HWND handleOf(machine::FormWindow& window) {
+  return static_cast<win32::Win32FormWindow&>(window).handle();
+}
+
+HWND controlOf(machine::FormWindow& window, const std::string& name) {
+  return GetDlgItem(handleOf(window), win32::controlId(name));
+}
+
+struct ControlPlan {
+  const char* name;
+  const wchar_t* kind;
+  DWORD style;
+  SIZE size;
+};
+
+constexpr std::array<ControlPlan, 8> kControlPlans{{
+    {stage::kButton, L"Button", WS_GROUP | WS_TABSTOP | BS_PUSHBUTTON, {60, 20}},
+    {stage::kOtherButton, L"Button", WS_TABSTOP | BS_PUSHBUTTON, {60, 20}},
+    {stage::kList, L"ListBox", WS_TABSTOP | LBS_NOTIFY | LBS_SORT, {60, 60}},
+    {stage::kCombo, L"ComboBox", WS_TABSTOP | CBS_DROPDOWNLIST | CBS_SORT, {60, 100}},
+    {stage::kFirstOption, L"Button", WS_GROUP | WS_TABSTOP | BS_AUTORADIOBUTTON, {60, 20}},
+    {stage::kSecondOption, L"Button", BS_AUTORADIOBUTTON, {60, 20}},
+    {stage::kCheckBox, L"Button", WS_GROUP | WS_TABSTOP | BS_AUTOCHECKBOX, {60, 20}},
+    {stage::kPicture, L"Static", SS_BITMAP, {80, 40}},
+}};
+
+/// What waits for the next modal form. A timer without window runs in its message loop.
+class UserTimer {
+ public:
+  using Play = std::function<void(machine::FormWindow&)>;
+
+  static void set(machine::Desktop& desktop, Play play) {
+    desktop_ = &desktop;
+    play_ = std::move(play);
+    SetTimer(nullptr, 0, 10, &UserTimer::ring);
+  }
+
+ private:
+  static void CALLBACK ring(HWND, UINT, UINT_PTR timer, DWORD) {
+    KillTimer(nullptr, timer);
+    const Play play = std::exchange(play_, nullptr);
+    if (play && desktop_->activeForm() != nullptr) {
+      play(*desktop_->activeForm());
+    }
+  }
+
+  static inline machine::Desktop* desktop_ = nullptr;
+  static inline Play play_;
+};
+
+/// Presses buttons when its message's turn comes; a disabled one does not feel it, as it does not
+/// feel the mouse (a message posted to the button itself would reach it all the same).
+class Finger {
+ public:
+  static void press(HWND button) {
+    static HWND const hand = made();
+    PostMessageW(hand, WM_APP, reinterpret_cast<WPARAM>(button), 0);
+  }
+
+ private:
+  static HWND made() {
+    HWND const hand = CreateWindowExW(0, L"Static", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
+                                      GetModuleHandleW(nullptr), nullptr);
+    SetWindowLongPtrW(hand, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Finger::receive));
+    return hand;
+  }
+
+  static LRESULT CALLBACK receive(HWND hand, UINT message, WPARAM first, LPARAM second) {
+    HWND const button = reinterpret_cast<HWND>(first);
+    if (message != WM_APP) {
+      return DefWindowProcW(hand, message, first, second);
+    }
+    if (IsWindowEnabled(button) != FALSE) {
+      SendMessageW(button, BM_CLICK, 0, 0);
+    }
+    return 0;
+  }
+};
+
 class Win32ContractMachine : public ContractMachine {
  public:
   Win32ContractMachine();
@@ -187,12 +292,32 @@ class Win32ContractMachine : public ContractMachine {
   std::int64_t modifiedSeconds(const std::string& path) override;
   void makeOld(const std::string& path) override;
   std::unique_ptr<HeldFile> hold(const std::string& path, Sharing sharing) override;
+  std::string otherVolumeFolder() override;
+  void passASecond() override { Sleep(1100); }
   std::string registryKey() override;
   void storeValue(const std::string& path, const std::string& name, std::uint32_t type,
                   std::string_view data) override;
   void putProgram(const std::string& path) override;
+  std::unique_ptr<RunningProgram> keepRunning(const std::string& path) override {
+    return std::make_unique<Win32RunningProgram>(path);
+  }
   void putVersionedFile(const std::string& path, const machine::FileVersion& version) override;
   void putUnversionedFile(const std::string& path) override;
+  void makeControls(machine::FormWindow& window) override;
+  void playUser(std::function<void(machine::FormWindow&)> play) override {
+    UserTimer::set(windows_.desktop, std::move(play));
+  }
+  void click(machine::FormWindow& window, const std::string& control) override {
+    SendMessageW(controlOf(window, control), BM_CLICK, 0, 0);
+  }
+  void choose(machine::FormWindow& window, const std::string& control, int index) override;
+  void check(machine::FormWindow& window, const std::string& control) override {
+    click(window, control);
+  }
+  void clickLater(machine::FormWindow& window, const std::string& control) override {
+    Finger::press(controlOf(window, control));
+  }
+  bool hourglassOver(machine::FormWindow& window) override;
 
  private:
   bool readOnlyRefusesWriting() const;
@@ -200,8 +325,12 @@ class Win32ContractMachine : public ContractMachine {
   win32::Win32Machine windows_;
   machine::Machine machine_ = windows_.machine(windows_.hostConfiguration);
   std::string folder_;
+  std::string otherFolder_;
   std::string key_;
 };
+
+/// A file system of the Unix side that is none of its disks.
+constexpr const char* kOtherVolume = "Z:\\dev\\shm";
 
 Win32ContractMachine::Win32ContractMachine() {
   std::array<wchar_t, MAX_PATH> temporary{};
@@ -216,6 +345,9 @@ Win32ContractMachine::Win32ContractMachine() {
 
 Win32ContractMachine::~Win32ContractMachine() {
   removeTree(wide(folder_));
+  if (!otherFolder_.empty()) {
+    removeTree(wide(otherFolder_));
+  }
   if (!key_.empty()) {
     removeKeys(HKEY_CURRENT_USER, wide(key_));
   }
@@ -231,6 +363,8 @@ bool Win32ContractMachine::can(Ability ability) const {
       return !unixName("C:\\").empty();
     case Ability::HoldFiles:
       return true;
+    case Ability::OtherVolume:
+      return isThere(kOtherVolume);
   }
   return false;
 }
@@ -325,6 +459,45 @@ void Win32ContractMachine::putUnversionedFile(const std::string& path) {
   const IMAGE_DATA_DIRECTORY none{};
   std::memcpy(bytes.data() + resources, &none, sizeof(none));
   writeBytes(path, bytes);
+}
+
+std::string Win32ContractMachine::otherVolumeFolder() {
+  if (otherFolder_.empty()) {
+    otherFolder_ = std::string(kOtherVolume) + "\\" + uniqueName();
+    putFolder(otherFolder_);
+  }
+  return otherFolder_;
+}
+
+void Win32ContractMachine::makeControls(machine::FormWindow& window) {
+  int top = 0;
+  for (const ControlPlan& plan : kControlPlans) {
+    HWND const made =
+        CreateWindowExW(0, plan.kind, L"", WS_CHILD | WS_VISIBLE | plan.style, 0, top, plan.size.cx,
+                        plan.size.cy, handleOf(window),
+                        reinterpret_cast<HMENU>(static_cast<INT_PTR>(win32::controlId(plan.name))),
+                        GetModuleHandleW(nullptr), nullptr);
+    require(made != nullptr, std::string("making ") + plan.name);
+    top += 20;
+  }
+}
+
+/// As the user does it the control tells its dialog; only by message it does not.
+void Win32ContractMachine::choose(machine::FormWindow& window, const std::string& control,
+                                  int index) {
+  HWND const list = controlOf(window, control);
+  const bool combo = control == stage::kCombo;
+  SendMessageW(list, combo ? CB_SETCURSEL : LB_SETCURSEL, static_cast<WPARAM>(index), 0);
+  const int notification = combo ? CBN_SELCHANGE : LBN_SELCHANGE;
+  SendMessageW(handleOf(window), WM_COMMAND, MAKEWPARAM(win32::controlId(control), notification),
+               reinterpret_cast<LPARAM>(list));
+}
+
+bool Win32ContractMachine::hourglassOver(machine::FormWindow& window) {
+  HWND const button = controlOf(window, stage::kButton);
+  SendMessageW(button, WM_SETCURSOR, reinterpret_cast<WPARAM>(button),
+               MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
+  return GetCursor() == LoadCursorW(nullptr, win32::kHourglassPointer);
 }
 
 }  // namespace

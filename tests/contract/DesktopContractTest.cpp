@@ -1,0 +1,402 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "contract/Contract.h"
+#include "contract/TestPictures.h"
+
+namespace trelv::contract {
+namespace {
+
+using machine::FormWindow;
+using Names = std::vector<std::string>;
+
+/// The stage's form: makes its controls, notes what it hears and does what the test says.
+class StageForm : public machine::Form {
+ public:
+  explicit StageForm(ContractMachine& world) : world_(world) {}
+
+  std::string name() const override { return stage::kForm; }
+  void loaded(FormWindow& window) override {
+    world_.makeControls(window);
+    onLoaded(window);
+  }
+  void clicked(FormWindow& window, const std::string& control) override {
+    heard.push_back("clicked " + control);
+    onClicked(window, control);
+  }
+  void selectionChanged(FormWindow& /*window*/, const std::string& control) override {
+    heard.push_back("changed " + control);
+  }
+  void closeRequested(FormWindow& window) override { window.close(); }
+
+  std::function<void(FormWindow&)> onLoaded = [](FormWindow&) {};
+  std::function<void(FormWindow&, const std::string&)> onClicked = [](FormWindow&,
+                                                                      const std::string&) {};
+  Names heard;
+
+ private:
+  ContractMachine& world_;
+};
+
+class DesktopContract : public Contract {
+ protected:
+  machine::Desktop& desktop() { return machine().desktop; }
+
+  /// Shows the form, lets the user do that, and closes it.
+  void play(std::function<void(FormWindow&)> user) {
+    bool played = false;
+    world().playUser([&played, user](FormWindow& window) {
+      played = true;
+      user(window);
+      window.close();
+    });
+    EXPECT_TRUE(desktop().showModal(form_));
+    EXPECT_TRUE(played);
+  }
+
+  StageForm form_{world()};
+};
+
+/// The lists of both kinds behave alike.
+class ListContract : public DesktopContract, public testing::WithParamInterface<const char*> {
+ protected:
+  void fill(FormWindow& window) {
+    window.addItem(list_, "Paghe", 7);
+    window.addItem(list_, "Contabilit\u00E0", -9);
+    window.addItem(list_, "Paghe");
+  }
+  std::string heardChange() { return "changed " + list_; }
+
+  const std::string list_ = GetParam();
+};
+
+INSTANTIATE_TEST_SUITE_P(BothKinds, ListContract, testing::Values(stage::kList, stage::kCombo));
+
+// --- Lists
+
+TEST_P(ListContract, StartsEmptyWithoutSelection) {
+  play([&](FormWindow& window) {
+    EXPECT_TRUE(window.hasControl(list_));
+    EXPECT_EQ(window.itemCount(list_), 0);
+    EXPECT_EQ(window.selected(list_), -1);
+  });
+}
+
+TEST_P(ListContract, ItemsStandInTheOrderInWhichTheyWereAdded) {
+  play([&](FormWindow& window) {
+    fill(window);
+    ASSERT_EQ(window.itemCount(list_), 3);
+    EXPECT_EQ(window.itemText(list_, 0), "Paghe");
+    EXPECT_EQ(window.itemText(list_, 1), "Contabilit\u00E0");
+    EXPECT_EQ(window.itemText(list_, 2), "Paghe");
+    EXPECT_EQ(window.itemData(list_, 0), 7);
+    EXPECT_EQ(window.itemData(list_, 1), -9);
+    EXPECT_EQ(window.itemData(list_, 2), 0);
+  });
+}
+
+TEST_P(ListContract, AnIndexThatThereIsNotHasNoTextAndTheNumber0) {
+  play([&](FormWindow& window) {
+    fill(window);
+    for (const int index : {-2, -1, 3, 1000}) {
+      EXPECT_EQ(window.itemText(list_, index), "");
+      EXPECT_EQ(window.itemData(list_, index), 0);
+    }
+  });
+}
+
+TEST_P(ListContract, TheProgramSelectsAndTakesTheSelectionAway) {
+  play([&](FormWindow& window) {
+    fill(window);
+    EXPECT_EQ(window.selected(list_), -1);
+    window.select(list_, 1);
+    EXPECT_EQ(window.selected(list_), 1);
+    window.select(list_, 3);
+    EXPECT_EQ(window.selected(list_), 1) << "there is no such item";
+    window.select(list_, -1);
+    EXPECT_EQ(window.selected(list_), -1);
+  });
+  EXPECT_EQ(form_.heard, Names{});
+}
+
+TEST_P(ListContract, ClearingTakesItemsAndSelection) {
+  play([&](FormWindow& window) {
+    fill(window);
+    window.select(list_, 1);
+    window.clearItems(list_);
+    EXPECT_EQ(window.itemCount(list_), 0);
+    EXPECT_EQ(window.selected(list_), -1);
+    window.addItem(list_, "nuovo", 1);
+    EXPECT_EQ(window.itemText(list_, 0), "nuovo");
+    EXPECT_EQ(window.selected(list_), -1);
+  });
+  EXPECT_EQ(form_.heard, Names{});
+}
+
+TEST_P(ListContract, TheFormHearsOfAnotherItemThatTheUserChose) {
+  play([&](FormWindow& window) {
+    fill(window);
+    world().choose(window, list_, 1);
+    EXPECT_EQ(window.selected(list_), 1);
+    EXPECT_EQ(form_.heard, Names{heardChange()});
+    world().choose(window, list_, 1);
+    EXPECT_EQ(form_.heard, Names{heardChange()}) << "the same item again";
+    window.select(list_, 0);
+    world().choose(window, list_, 1);
+  });
+  EXPECT_EQ(form_.heard, (Names{heardChange(), heardChange()}));
+}
+
+TEST_P(ListContract, AfterClearingTheFirstChoiceIsANewOne) {
+  play([&](FormWindow& window) {
+    fill(window);
+    window.select(list_, 0);
+    window.clearItems(list_);
+    fill(window);
+    world().choose(window, list_, 0);
+  });
+  EXPECT_EQ(form_.heard, Names{heardChange()});
+}
+
+// --- Options and check boxes
+
+TEST_F(DesktopContract, OptionsOfAGroupExcludeEachOther) {
+  play([&](FormWindow& window) {
+    EXPECT_FALSE(window.checked(stage::kFirstOption));
+    window.setChecked(stage::kFirstOption, true);
+    EXPECT_TRUE(window.checked(stage::kFirstOption));
+    window.setChecked(stage::kSecondOption, true);
+    EXPECT_FALSE(window.checked(stage::kFirstOption));
+    EXPECT_TRUE(window.checked(stage::kSecondOption));
+  });
+  EXPECT_EQ(form_.heard, Names{});
+}
+
+TEST_F(DesktopContract, TheFormHearsOnceOfAnOptionThatTheUserPicks) {
+  const std::string heard = std::string("changed ") + stage::kSecondOption;
+  play([&](FormWindow& window) {
+    window.setChecked(stage::kFirstOption, true);
+    world().check(window, stage::kSecondOption);
+    EXPECT_FALSE(window.checked(stage::kFirstOption));
+    EXPECT_TRUE(window.checked(stage::kSecondOption));
+    world().check(window, stage::kSecondOption);
+  });
+  EXPECT_EQ(form_.heard, Names{heard});
+}
+
+TEST_F(DesktopContract, BackToTheFirstOptionIsAChangeToo) {
+  play([&](FormWindow& window) {
+    window.setChecked(stage::kFirstOption, true);
+    world().check(window, stage::kSecondOption);
+    world().check(window, stage::kFirstOption);
+  });
+  EXPECT_EQ(form_.heard, (Names{std::string("changed ") + stage::kSecondOption,
+                                std::string("changed ") + stage::kFirstOption}));
+}
+
+TEST_F(DesktopContract, ACheckBoxIsCheckedAndUnchecked) {
+  const std::string heard = std::string("changed ") + stage::kCheckBox;
+  play([&](FormWindow& window) {
+    window.setChecked(stage::kFirstOption, true);
+    world().check(window, stage::kCheckBox);
+    EXPECT_TRUE(window.checked(stage::kCheckBox));
+    world().check(window, stage::kCheckBox);
+    EXPECT_FALSE(window.checked(stage::kCheckBox));
+    window.setChecked(stage::kCheckBox, true);
+    EXPECT_TRUE(window.checked(stage::kCheckBox));
+    window.setChecked(stage::kCheckBox, false);
+    EXPECT_FALSE(window.checked(stage::kCheckBox));
+    EXPECT_TRUE(window.checked(stage::kFirstOption)) << "it is of no group";
+  });
+  EXPECT_EQ(form_.heard, (Names{heard, heard}));
+}
+
+TEST_F(DesktopContract, AControlThatTheFormDoesNotHaveIsAnsweredWithNothing) {
+  play([&](FormWindow& window) {
+    window.addItem(stage::kMissing, "x", 1);
+    window.select(stage::kMissing, 0);
+    window.clearItems(stage::kMissing);
+    window.setChecked(stage::kMissing, true);
+    EXPECT_EQ(window.itemCount(stage::kMissing), 0);
+    EXPECT_EQ(window.itemText(stage::kMissing, 0), "");
+    EXPECT_EQ(window.itemData(stage::kMissing, 0), 0);
+    EXPECT_EQ(window.selected(stage::kMissing), -1);
+    EXPECT_FALSE(window.checked(stage::kMissing));
+    EXPECT_FALSE(window.setPicture(stage::kMissing, putFile("a.jpg", kGrayJpeg)));
+  });
+}
+
+// --- Pictures
+
+TEST_F(DesktopContract, AJpegAndABitmapAreShown) {
+  play([&](FormWindow& window) {
+    EXPECT_TRUE(window.setPicture(stage::kPicture, putFile("a.jpg", kGrayJpeg)));
+    EXPECT_TRUE(window.setPicture(stage::kPicture, putFile("a.bmp", kRedBitmap)));
+  });
+}
+
+TEST_F(DesktopContract, AFileThatIsNoWholePictureIsNotShown) {
+  play([&](FormWindow& window) {
+    const std::string half(kGrayJpeg.substr(0, kGrayJpeg.size() / 2));
+    EXPECT_FALSE(window.setPicture(stage::kPicture, putFile("cut.jpg", half)));
+    EXPECT_FALSE(window.setPicture(stage::kPicture, putFile("empty.jpg", "")));
+    EXPECT_FALSE(window.setPicture(stage::kPicture, putFile("text.jpg", "no picture at all")));
+    EXPECT_FALSE(window.setPicture(stage::kPicture, path("missing.jpg")));
+    EXPECT_FALSE(window.setPicture(stage::kPicture, world().folder()));
+    EXPECT_FALSE(window.setPicture(stage::kPicture, ""));
+  });
+}
+
+// --- Modeless forms
+
+TEST_F(DesktopContract, AModelessFormIsTheActiveOneUntilItIsDestroyed) {
+  StageForm above(world());
+  FormWindow* loaded = nullptr;
+  above.onLoaded = [&loaded](FormWindow& window) { loaded = &window; };
+  play([&](FormWindow& window) {
+    auto shown = desktop().showModeless(above);
+    ASSERT_NE(shown, nullptr);
+    EXPECT_EQ(desktop().activeForm(), loaded);
+    shown.reset();
+    EXPECT_EQ(desktop().activeForm(), &window);
+  });
+  EXPECT_EQ(desktop().activeForm(), nullptr);
+}
+
+TEST_F(DesktopContract, AModelessFormStandsAloneToo) {
+  {
+    const auto shown = desktop().showModeless(form_);
+    ASSERT_NE(shown, nullptr);
+    ASSERT_NE(desktop().activeForm(), nullptr);
+    EXPECT_TRUE(desktop().activeForm()->hasControl(stage::kList));
+    desktop().processEvents();
+  }
+  EXPECT_EQ(desktop().activeForm(), nullptr);
+}
+
+TEST_F(DesktopContract, AModelessFormHearsItsClicksWhenMessagesRun) {
+  const auto shown = desktop().showModeless(form_);
+  ASSERT_NE(shown, nullptr);
+  world().clickLater(*desktop().activeForm(), stage::kButton);
+  EXPECT_EQ(form_.heard, Names{});
+  desktop().processEvents();
+  EXPECT_EQ(form_.heard, Names{std::string("clicked ") + stage::kButton});
+}
+
+TEST_F(DesktopContract, AModelessFormMayCloseItselfBeforeItIsDestroyed) {
+  form_.onClicked = [](FormWindow& window, const std::string&) { window.close(); };
+  auto shown = desktop().showModeless(form_);
+  ASSERT_NE(shown, nullptr);
+  FormWindow& window = *desktop().activeForm();
+  world().clickLater(window, stage::kButton);
+  world().clickLater(window, stage::kButton);
+  desktop().processEvents();
+  EXPECT_EQ(form_.heard.size(), 1U) << "a closed form hears nothing more";
+  EXPECT_EQ(desktop().activeForm(), nullptr);
+  shown.reset();
+  EXPECT_EQ(desktop().activeForm(), nullptr);
+}
+
+TEST_F(DesktopContract, AModalFormStandsOverAModelessOne) {
+  const auto shown = desktop().showModeless(form_);
+  ASSERT_NE(shown, nullptr);
+  FormWindow* const below = desktop().activeForm();
+  StageForm above(world());
+  world().playUser([&](FormWindow& window) {
+    EXPECT_EQ(desktop().activeForm(), &window);
+    EXPECT_NE(&window, below);
+    window.close();
+  });
+  EXPECT_TRUE(desktop().showModal(above));
+  EXPECT_EQ(desktop().activeForm(), below);
+}
+
+// --- The hourglass
+
+TEST_F(DesktopContract, TheHourglassStaysOverEveryFormUntilItIsTakenAway) {
+  StageForm above(world());
+  play([&](FormWindow& window) {
+    EXPECT_FALSE(world().hourglassOver(window));
+    desktop().setHourglass(true);
+    EXPECT_TRUE(world().hourglassOver(window));
+    {
+      const auto shown = desktop().showModeless(above);
+      ASSERT_NE(shown, nullptr);
+      EXPECT_TRUE(world().hourglassOver(*desktop().activeForm()));
+    }
+    desktop().processEvents();
+    EXPECT_TRUE(world().hourglassOver(window));
+    desktop().setHourglass(false);
+    EXPECT_FALSE(world().hourglassOver(window));
+  });
+}
+
+TEST_F(DesktopContract, AnHourglassWithoutAnyFormIsKeptForTheNext) {
+  desktop().setHourglass(true);
+  play([&](FormWindow& window) { EXPECT_TRUE(world().hourglassOver(window)); });
+  desktop().setHourglass(false);
+  play([&](FormWindow& window) { EXPECT_FALSE(world().hourglassOver(window)); });
+}
+
+// --- Handlers within handlers
+
+TEST_F(DesktopContract, ASecondClickReachesTheFormWhileTheFirstIsStillHandled) {
+  int running = 0;
+  int most = 0;
+  form_.onClicked = [&](FormWindow& window, const std::string&) {
+    ++running;
+    most = std::max(most, running);
+    if (running == 1) {
+      world().clickLater(window, stage::kButton);
+      desktop().processEvents();
+      form_.heard.push_back("step done");
+    }
+    --running;
+  };
+  play([&](FormWindow& window) { world().click(window, stage::kButton); });
+  const std::string clicked = std::string("clicked ") + stage::kButton;
+  EXPECT_EQ(form_.heard, (Names{clicked, clicked, "step done"}));
+  EXPECT_EQ(most, 2) << "whether it begins again is the form's own decision";
+}
+
+TEST_F(DesktopContract, AFormThatDisablesItsButtonIsNotClickedAgain) {
+  form_.onClicked = [&](FormWindow& window, const std::string&) {
+    window.setEnabled(stage::kButton, false);
+    world().clickLater(window, stage::kButton);
+    desktop().processEvents();
+    window.setEnabled(stage::kButton, true);
+  };
+  play([&](FormWindow& window) { world().click(window, stage::kButton); });
+  EXPECT_EQ(form_.heard, Names{std::string("clicked ") + stage::kButton});
+}
+
+TEST_F(DesktopContract, AFormClosedWhileItsHandlerRunsStaysUntilTheHandlerEnds) {
+  bool ended = false;
+  form_.onClicked = [&](FormWindow& window, const std::string& control) {
+    if (control == stage::kOtherButton) {
+      window.close();
+      return;
+    }
+    world().clickLater(window, stage::kOtherButton);
+    desktop().processEvents();
+    EXPECT_EQ(desktop().activeForm(), nullptr) << "closed by the click that came meanwhile";
+    // The long step goes on with its form, and with the messages.
+    window.setText(stage::kButton, "ancora");
+    window.addItem(stage::kList, "ancora");
+    world().clickLater(window, stage::kOtherButton);
+    desktop().processEvents();
+    ended = true;
+  };
+  world().playUser([&](FormWindow& window) { world().click(window, stage::kButton); });
+  EXPECT_TRUE(desktop().showModal(form_));
+  EXPECT_TRUE(ended);
+  EXPECT_EQ(form_.heard, (Names{std::string("clicked ") + stage::kButton,
+                                std::string("clicked ") + stage::kOtherButton}));
+}
+
+}  // namespace
+}  // namespace trelv::contract
