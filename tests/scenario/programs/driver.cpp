@@ -105,6 +105,13 @@ std::wstring textOf(HWND window) {
   return text;
 }
 
+/// A window's text as the system keeps it: also where its program is busy.
+std::wstring keptTextOf(HWND window) {
+  wchar_t text[1024] = {};
+  InternalGetWindowText(window, text, 1024);
+  return text;
+}
+
 std::wstring classOf(HWND window) {
   wchar_t name[128] = {};
   GetClassNameW(window, name, 128);
@@ -168,15 +175,15 @@ bool asksNothing(HWND box) {
   return true;
 }
 
-std::string describe(const std::string& kind, HWND box) {
+std::string describe(const std::string& kind, HWND box, std::wstring (*text)(HWND) = textOf) {
   std::string controls;
   for (const HWND child : childrenOf(box)) {
     controls += std::string(controls.empty() ? "" : ", ") +
                 "{\"id\": " + std::to_string(GetDlgCtrlID(child) & 0xFFFF) +
-                ", \"class\": " + quoted(classOf(child)) + ", \"text\": " + quoted(textOf(child)) +
+                ", \"class\": " + quoted(classOf(child)) + ", \"text\": " + quoted(text(child)) +
                 "}";
   }
-  return "{\"" + kind + "\": true, \"title\": " + quoted(textOf(box)) + ", \"controls\": [" +
+  return "{\"" + kind + "\": true, \"title\": " + quoted(text(box)) + ", \"controls\": [" +
          controls + "]}";
 }
 
@@ -288,7 +295,7 @@ HWND nextBox(DWORD process, std::vector<HWND>& told) {
     if (!asksNothing(box)) {
       return box;
     }
-    answer(describe("notice", box));
+    answer(describe("notice", box, keptTextOf));
     told.push_back(box);
   }
   return nullptr;

@@ -1,0 +1,260 @@
+"""The manager renews its client copy on the share and stamps the host's environment file."""
+
+import contextlib
+import os
+import re
+import time
+
+import pytest
+
+import installation
+import packs
+import windows
+
+CLIENT = "S:\\Lumo\\prg\\com\\bin\\cpy\\client"
+COPIED = "Gestione ProdTrelv - Copia Trelvmanager.Exe eseguita"
+NOT_COPIED = ("Gestione ProdTrelv - Copia Trelvmanager.Exe non eseguita: Il file destinazione è più "
+              "recente")
+OLD = b"MZ the earlier manager"
+
+pytestmark = pytest.mark.usefixtures("seven_zip")
+
+
+@pytest.fixture
+def station(laid_out):
+    """An integrated machine with a delivery that brings next to nothing."""
+    laid_out.integrate()
+    pack = packs.zip_bytes({f"{installation.SETUP_FOLDER}/nota.txt": b"1"})
+    (laid_out.manager_folder / "nota.gz").write_bytes(packs.gz_bytes({"nota.zip": pack}))
+    return laid_out
+
+
+def client_copy(station):
+    return station.client_copy / "TrelvManager.exe"
+
+
+def put_client_copy(station, older_by):
+    """A client copy whose date is so many seconds before that of the manager."""
+    client_copy(station).write_bytes(OLD)
+    date = (station.manager_folder / "TrelvManager.exe").stat().st_mtime_ns - older_by * 10 ** 9
+    os.utime(client_copy(station), ns=(date, date))
+
+
+def install(station):
+    return station.run("SINGLEINSTALL ZB nota.gz")
+
+
+def reports(run):
+    return [box.texts["txtErrDescrizioneInterna"] for box in run.boxes
+            if "txtErrDescrizioneInterna" in box.texts]
+
+
+def is_own(station):
+    return client_copy(station).read_bytes() == station.prefix.build.manager.read_bytes()
+
+
+def nothing_left_over(station):
+    """No half copy stays, neither in the work area of the share nor beside what it was for."""
+    return (list((station.server / "prg/tempterm").iterdir()) == []
+            and sorted(file.name for file in (station.server / "prg/etc").iterdir())
+            == ["agdvver.ini", "ambver", "dvrel"]
+            and [file.name for file in station.client_copy.iterdir()] in ([], ["TrelvManager.exe"]))
+
+
+# --- The client copy
+
+def test_a_client_copy_that_is_a_minute_older_is_renewed(station):
+    put_client_copy(station, older_by=60)
+    assert reports(install(station)) == []
+    assert is_own(station)
+    texts = station.texts()
+    first = texts.index(f"Gestione ProdTrelv - Copia Trelvmanager.Exe su {CLIENT}")
+    assert texts[first + 1:] == [
+        COPIED, "Gestione ProdTrelv - Modifica file ambver su S:\\Lumo\\prg\\etc"]
+    assert nothing_left_over(station)
+
+
+def test_after_it_was_renewed_both_have_one_date_and_nothing_is_copied_again(station):
+    put_client_copy(station, older_by=60)
+    install(station)
+    own = (station.manager_folder / "TrelvManager.exe").stat().st_mtime
+    assert abs(client_copy(station).stat().st_mtime - own) < 0.001
+    station.log.unlink()
+    install(station)
+    assert NOT_COPIED in station.texts()
+
+
+@pytest.mark.parametrize("older_by", [0, -60])
+def test_a_client_copy_of_the_same_or_a_later_date_stays(station, older_by):
+    put_client_copy(station, older_by)
+    assert reports(install(station)) == []
+    assert client_copy(station).read_bytes() == OLD
+    assert NOT_COPIED in station.texts()
+    assert COPIED not in station.texts()
+    # The environment is stamped all the same.
+    assert stamped(station, b"000012 ")
+
+
+def test_a_client_copy_that_is_missing_is_put_there(station):
+    assert reports(install(station)) == []
+    assert is_own(station)
+    assert COPIED in station.texts()
+
+
+def assert_failed(station, run):
+    """Reported once, and the environment file is as it was."""
+    found = reports(run)
+    assert len(found) == 1
+    assert found[0].startswith("Gestione ProdTrelv - Errore in aggiornamento TrelvManager ")
+    assert station.environment.read_bytes() == b"000011 14/09/26 17:40\r\n000012 20/10/26 08:15\r\n"
+    assert COPIED not in station.texts()
+    # The installation itself went well.
+    assert run.boxes[-1].text.startswith("Installazione completata correttamente")
+
+
+def test_a_client_folder_that_is_missing_is_reported(station):
+    station.client_copy.rmdir()
+    assert_failed(station, install(station))
+    assert not station.client_copy.exists()
+    assert list((station.server / "prg/tempterm").iterdir()) == []
+
+
+def test_a_client_copy_that_runs_is_put_aside_and_goes_with_the_next_update(station):
+    station.prefix.build.put_release(station.client_copy)
+    client_copy(station).write_bytes(client_copy(station).read_bytes() + b" earlier")
+    os.utime(client_copy(station), (1_000_000_000, 1_000_000_000))
+    running = station.prefix.start(CLIENT + "\\TrelvManager.exe")
+    try:
+        wait_for_box(station)
+        assert reports(install(station)) == []
+        assert is_own(station)
+        assert stamped(station, b"000012 ")
+        assert left_in_tempterm(station) == ["TrelvManager.old"]
+        # The one that runs goes on.
+        assert running.poll() is None
+    finally:
+        station.prefix.ask_once("press", "OK")
+        assert running.wait(timeout=30) == 0
+    assert reports(install(station)) == []
+    assert left_in_tempterm(station) == []
+
+
+def test_a_client_copy_that_another_program_keeps_open_is_reported_and_stays(station):
+    put_client_copy(station, older_by=60)
+    with held(station, CLIENT + "\\TrelvManager.exe"):
+        run = install(station)
+    assert_failed(station, run)
+    assert client_copy(station).read_bytes() == OLD
+    assert nothing_left_over(station)
+
+
+def test_a_client_copy_that_is_read_only_is_reported_and_stays(station):
+    put_client_copy(station, older_by=60)
+    client_copy(station).chmod(0o444)
+    assert_failed(station, install(station))
+    assert client_copy(station).read_bytes() == OLD
+    assert nothing_left_over(station)
+
+
+def left_in_tempterm(station):
+    return sorted(file.name for file in (station.server / "prg/tempterm").iterdir())
+
+
+@contextlib.contextmanager
+def held(station, file):
+    """While inside, another program keeps a file (Windows path) to itself."""
+    source = station.prefix.build.test_programs / "holder.exe"
+    (station.share / "holder.exe").write_bytes(source.read_bytes())
+    holder = station.prefix.start("S:\\holder.exe", file, "S:\\running", "S:\\go-on")
+    try:
+        assert windows.wait_for_file(station.share / "running")
+        yield
+    finally:
+        (station.share / "go-on").touch()
+        assert holder.wait(timeout=30) == 0
+
+
+def wait_for_box(station):
+    for _ in range(500):
+        if len(list(station.prefix.ask("boxes"))) > 1:
+            return
+        time.sleep(0.02)
+    raise AssertionError("the client copy shows no box")
+
+
+def test_the_client_copy_itself_opens_deliveries_and_finds_nothing_to_renew(station):
+    station.prefix.build.put_release(station.client_copy)
+    (station.client_copy / "nota.gz").write_bytes(
+        (station.manager_folder / "nota.gz").read_bytes())
+    station.manager = CLIENT + "\\TrelvManager.exe"
+    assert reports(install(station)) == []
+    assert (station.setups / "nota.txt").exists()
+    assert NOT_COPIED in station.texts()
+
+
+# --- The environment file
+
+def stamped(station, field):
+    """Whether the file is one line: the field, then a date of this minute or the one before."""
+    content = station.environment.read_bytes()
+    found = re.fullmatch(re.escape(field) + rb"(\d\d/\d\d/\d\d \d\d:\d\d)\r\n", content)
+    return bool(found) and found[1].decode() in (
+        time.strftime("%d/%m/%y %H:%M", time.localtime(time.time() - back)) for back in (0, 60))
+
+
+@pytest.mark.parametrize("content, field", [
+    # Of several lines the last one stays.
+    (b"000010 01/02/25 10:00\r\n000011 14/09/26 17:40\r\n000012 20/10/26 08:15\r\n", b"000012 "),
+    # Seven characters are kept, whatever they are: the blank behind them is not.
+    (b"AMB-001 20/10/26 08:15\r\n", b"AMB-001"),
+    # Without an end, or with the ends of other systems.
+    (b"000012 20/10/26 08:15", b"000012 "),
+    (b"000011 14/09/26 17:40\n000012 20/10/26 08:15\n", b"000012 "),
+    # A shorter line is kept whole.
+    (b"12\r\n", b"12"),
+    (b"\r\n\r\n000012 20/10/26 08:15\r\n", b"000012 "),
+    # Characters, not bytes of another encoding.
+    ("Società20/10/26 08:15\r\n".encode("cp1252"), "Società".encode("cp1252")),
+    (b"   \r\n", b"   "),
+])
+def test_the_environment_file_is_stamped(station, content, field):
+    station.environment.write_bytes(content)
+    assert reports(install(station)) == []
+    assert stamped(station, field), station.environment.read_bytes()
+    assert nothing_left_over(station)
+
+
+@pytest.mark.parametrize("content", [b"", b"000012 20/10/26 08:15\r\n\r\n", b"\r\n"])
+def test_an_environment_file_whose_last_line_is_empty_stays(station, content):
+    station.environment.write_bytes(content)
+    assert reports(install(station)) == []
+    assert station.environment.read_bytes() == content
+
+
+def test_an_environment_file_that_is_missing_is_reported_after_the_copy(station):
+    station.environment.unlink()
+    put_client_copy(station, older_by=60)
+    found = reports(install(station))
+    assert len(found) == 1
+    assert found[0].startswith("Gestione ProdTrelv - Errore in aggiornamento TrelvManager ")
+    assert is_own(station)
+    assert not station.environment.exists()
+
+
+def test_a_scratch_copy_of_an_earlier_run_is_deleted_first(station):
+    scratch = station.work_folder / "ambver"
+    scratch.write_bytes(b"vecchio\r\nvecchio\r\n")
+    assert reports(install(station)) == []
+    assert stamped(station, b"000012 ")
+    assert (f"Cancellazione file: {station.facts['temporary']}ambver effettuata con successo"
+            in station.texts())
+
+
+def test_an_environment_file_that_another_program_keeps_open_is_reported_and_stays(station):
+    before = station.environment.read_bytes()
+    with held(station, "S:\\Lumo\\prg\\etc\\ambver"):
+        found = reports(install(station))
+    assert len(found) == 1
+    assert found[0].startswith("Gestione ProdTrelv - Errore in aggiornamento TrelvManager ")
+    assert station.environment.read_bytes() == before
+    assert nothing_left_over(station)
