@@ -168,6 +168,7 @@ bool liesIn(const Place& place, const Place& folder) {
 constexpr std::array<const char*, 6> kHostFolders{
     "prg", "prg\\com", "prg\\com\\setup", "prg\\com\\setup\\aggdovra", "prg\\etc", "prg\\tempterm"};
 
+/// One of them, or what holds one: the server path too.
 bool isHostFolderByName(const Place& place, const Place& server) {
   return std::any_of(kHostFolders.begin(), kHostFolders.end(), [&](const char* name) -> bool {
     const std::vector<std::string> tail = split(name);
@@ -210,7 +211,7 @@ std::string joined(const Place& place) {
 
 bool isOfHost(Program& program, const std::string& serverPath, const Place& server,
               const Place& place) {
-  return holds(place, server) || isHostFolderByName(place, server) ||
+  return isHostFolderByName(place, server) ||
          leadsTo(program, joined(place), hostPaths::catalogue(serverPath)) ||
          leadsTo(program, joined(place), hostPaths::serverVersionRecord(serverPath));
 }

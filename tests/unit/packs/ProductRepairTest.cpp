@@ -153,6 +153,12 @@ TEST_F(Repair, CommandThatCannotBeStartedIsToldAndTheNextFollows) {
                           "Gestione ProdTrelv - Esecuzione comando: S:\\Lumo\\b.exe"));
 }
 
+TEST_F(Repair, OneStartedCommandIsEnoughForYes) {
+  putZb(
+      "[Setup01]\r\nversion=01\r\nServer01=S:\\Lumo\\b.exe\r\nServer02=S:\\Lumo\\nessuno.exe\r\n");
+  EXPECT_TRUE(repair("Setup01", Side::Server));
+}
+
 TEST_F(Repair, WhereNothingCouldBeStartedAnswersNo) {
   putZb("[Setup01]\r\nversion=01\r\nServer01=S:\\Lumo\\nessuno.exe\r\n");
   EXPECT_FALSE(repair("Setup01", Side::Server));

@@ -83,6 +83,8 @@ TEST_F(Guard, WindowsFolderOfTheUserStaysToo) {
   EXPECT_FALSE(removable("C:\\Users\\mario\\windows"));
   EXPECT_FALSE(removable("C:\\Users\\mario\\windows\\zb"));
   EXPECT_FALSE(removable("C:\\Users\\mario"));
+  EXPECT_FALSE(removable("C:\\WINDOWS"));
+  EXPECT_FALSE(removable("C:\\WINDOWS\\system32\\zb"));
   EXPECT_TRUE(removable("C:\\Users\\mario\\zb"));
 }
 
@@ -136,6 +138,9 @@ TEST_F(Guard, DevicePathsStreamsAndNamesOfPointsStay) {
 }
 
 TEST_F(Guard, AdministrativeSharesStay) {
+  for (const char* const share : {"\\\\localhost\\C$", "\\\\localhost\\admin$", "\\\\srv\\D$"}) {
+    station_.machine().mount(share);
+  }
   EXPECT_FALSE(removable("\\\\localhost\\C$\\WINDOWS"));
   EXPECT_FALSE(removable("\\\\localhost\\admin$\\system32"));
   EXPECT_FALSE(removable("\\\\srv\\D$\\Lumo\\mv\\zb"));
