@@ -50,6 +50,12 @@ if(WIN32)
   endif()
   trelv_small_programs(tests/scenario/programs "${PROJECT_BINARY_DIR}/tests/programs")
   trelv_small_libraries(tests/scenario/libraries "${PROJECT_BINARY_DIR}/tests/libraries")
+  # The product report without the forms that ask for it, for the scenarios.
+  add_executable(inventory_report tests/scenario/inventory/report.cpp src/app/WindowsProgram.cpp)
+  target_link_libraries(inventory_report PRIVATE main xmlstore win32 win32_resources)
+  target_link_options(inventory_report PRIVATE -s)
+  set_target_properties(inventory_report PROPERTIES OUTPUT_NAME report RUNTIME_OUTPUT_DIRECTORY
+                                                    "${PROJECT_BINARY_DIR}/tests/programs")
   # tools/bench: what the manager is compared with. The naive peer is the manager itself, except for
   # the unit that keeps ini files: the linker takes its own instead of the one in the library.
   set(benches "${PROJECT_BINARY_DIR}/tests/bench")
@@ -86,4 +92,11 @@ else()
   trelv_test(sweep_tests SOURCES "sweep/*.cpp" LINKS test_support main xmlstore sim)
   trelv_test(fuzz_tests SOURCES "fuzz/*.cpp" EXCEPT "${not_here}"
              LINKS test_support main xmlstore decoder sim)
+  # tools/bench-decoder: the decoder on this system's own files.
+  if(TRELV_DECODER_LIBRARIES)
+    file(GLOB decoder_bench CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/bench/decoder/*.cpp")
+    add_executable(bench_decoder EXCLUDE_FROM_ALL ${decoder_bench})
+    target_include_directories(bench_decoder PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+    target_link_libraries(bench_decoder PRIVATE decoder)
+  endif()
 endif()
