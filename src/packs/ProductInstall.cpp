@@ -30,8 +30,6 @@ void requireFolder(const std::string& folder, const char* description) {
 void openPack(Program& program, const std::string& packName, const std::string& target) {
   const std::string managerFolder = modLibrary::ParentPath(program.machine.system.executablePath());
   OpenSinglePacks(program, managerFolder + "\\" + packName, target);
-  // The pack may have brought any of the ini files.
-  program.configurationFiles.forget();
 }
 
 void installIntegrated(Program& program, const std::string& productName, std::string& targetFolder,
@@ -42,7 +40,8 @@ void installIntegrated(Program& program, const std::string& productName, std::st
   requireFolder(targetFolder, "Cartella del server non disponibile");
   openPack(program, packName, targetFolder);
   UpdateTrelvManager(program, targetFolder);
-  // Kept: shown also when the pack could not be opened, which has had its own box then.
+  // Kept: shown also when the pack could not be opened or the client copy not refreshed. Those who
+  // do that tell their failures themselves.
   program.machine.desktop.messageBox(TRELV_PRODUCT_NAME,
                                      "Installazione completata correttamente del prodotto " +
                                          productName + " in: " + upperCase(targetFolder),
