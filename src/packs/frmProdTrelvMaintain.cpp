@@ -216,6 +216,8 @@ void frmProdTrelvMaintain::selectionChanged(FormWindow& window, const std::strin
   }
   const Marked busy(busy_);
   if (control == "cmbProduct") {
+    restartProgress(window);
+    window.setText("lblOutcome", "Pronto.");
     showProduct(window, "");
   } else if (control == "optSetup" || control == "optUpdate") {
     fillVersions(window, "");

@@ -20,6 +20,14 @@
 //   press CAPTION                         presses the first button of that caption
 //   close CLASS                           closes the top window of a class, waits for it first;
 //                                         {"done": true, "title": …}
+//   form TITLE                            the dialog of that title, waited for: where it stands on
+//   the
+//                                         screen, which control has the keyboard, and each control
+//                                         with its state
+//   click TITLE ID                        clicks a control, as soon as the dialog takes it
+//   choose TITLE ID INDEX                 selects an item of a list or combo, as the user does
+//   dismiss TITLE                         presses the close box of a dialog
+//   end TITLE                             ends the program of a dialog by force
 #include <windows.h>
 
 #include <algorithm>
@@ -459,6 +467,125 @@ void closeWindow(const Words& words) {
   failed("no such window");
 }
 
+// --- Forms
+
+/// The dialog of a title once it shows and answers; null when it does not come.
+HWND formOf(const std::wstring& title) {
+  for (int i = 0; i < 1000; ++i) {
+    for (const HWND box : boxesOf(0)) {
+      if (textOf(box) == title) {
+        letItSettle(box);
+        return box;
+      }
+    }
+    Sleep(10);
+  }
+  return nullptr;
+}
+
+LRESULT ask(HWND window, UINT message, WPARAM first = 0, LPARAM second = 0) {
+  DWORD_PTR result = 0;
+  SendMessageTimeoutW(window, message, first, second, SMTO_ABORTIFHUNG, 2000, &result);
+  return static_cast<LRESULT>(result);
+}
+
+/// Items and selection of a list or combo.
+std::string describeItems(HWND list, bool combo) {
+  std::string items;
+  const LRESULT count = ask(list, combo ? CB_GETCOUNT : LB_GETCOUNT);
+  for (LRESULT i = 0; i < count; ++i) {
+    std::wstring text(1000, L'\0');
+    const LRESULT length = ask(list, combo ? CB_GETLBTEXT : LB_GETTEXT, static_cast<WPARAM>(i),
+                               reinterpret_cast<LPARAM>(text.data()));
+    text.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
+    items += (items.empty() ? "" : ", ") + quoted(text);
+  }
+  const auto selected = static_cast<int>(ask(list, combo ? CB_GETCURSEL : LB_GETCURSEL));
+  return ", \"items\": [" + items + "], \"selected\": " + std::to_string(selected);
+}
+
+std::string describeState(HWND control) {
+  const std::wstring kind = classOf(control);
+  std::string state =
+      std::string(", \"enabled\": ") + (IsWindowEnabled(control) ? "true" : "false");
+  if (kind == L"Button") {
+    state += std::string(", \"checked\": ") +
+             (ask(control, BM_GETCHECK) == BST_CHECKED ? "true" : "false");
+  } else if (kind == L"ComboBox" || kind == L"ListBox") {
+    state += describeItems(control, kind == L"ComboBox");
+  }
+  return state;
+}
+
+int focusOf(HWND form) {
+  GUITHREADINFO info = {};
+  info.cbSize = sizeof info;
+  GetGUIThreadInfo(GetWindowThreadProcessId(form, nullptr), &info);
+  return info.hwndFocus == nullptr ? 0 : GetDlgCtrlID(info.hwndFocus) & 0xFFFF;
+}
+
+void describeForm(HWND form) {
+  std::string controls;
+  for (const HWND child : childrenOf(form)) {
+    controls += std::string(controls.empty() ? "" : ", ") +
+                "{\"id\": " + std::to_string(GetDlgCtrlID(child) & 0xFFFF) +
+                ", \"text\": " + quoted(textOf(child)) + describeState(child) + "}";
+  }
+  RECT place = {};
+  GetWindowRect(form, &place);
+  done(", \"left\": " + std::to_string(place.left) + ", \"top\": " + std::to_string(place.top) +
+       ", \"right\": " + std::to_string(place.right) +
+       ", \"bottom\": " + std::to_string(place.bottom) +
+       ", \"focus\": " + std::to_string(focusOf(form)) + ", \"controls\": [" + controls + "]");
+}
+
+void choose(HWND form, int id, int index) {
+  const HWND list = GetDlgItem(form, id);
+  const bool combo = classOf(list) == L"ComboBox";
+  ask(list, combo ? CB_SETCURSEL : LB_SETCURSEL, static_cast<WPARAM>(index));
+  // Selecting by message sends no notification.
+  ask(form, WM_COMMAND,
+      MAKEWPARAM(id, combo ? static_cast<int>(CBN_SELCHANGE) : static_cast<int>(LBN_SELCHANGE)),
+      reinterpret_cast<LPARAM>(list));
+  done();
+}
+
+void endProgramOf(HWND form) {
+  DWORD process = 0;
+  GetWindowThreadProcessId(form, &process);
+  const HANDLE handle = OpenProcess(PROCESS_TERMINATE, FALSE, process);
+  TerminateProcess(handle, 99);
+  CloseHandle(handle);
+  done();
+}
+
+void serveForm(const Words& words) {
+  const HWND form = formOf(words[1]);
+  const int id = words.size() > 2 ? _wtoi(words[2].c_str()) : 0;
+  if (form == nullptr) {
+    failed("no such form");
+  } else if (words[0] == L"form") {
+    describeForm(form);
+  } else if (words[0] == L"click") {
+    PostMessageW(GetDlgItem(form, id), BM_CLICK, 0, 0);
+    done();
+  } else if (words[0] == L"dismiss") {
+    PostMessageW(form, WM_SYSCOMMAND, SC_CLOSE, 0);
+    done();
+  } else if (words[0] == L"end") {
+    endProgramOf(form);
+  } else {
+    choose(form, id, _wtoi(words[3].c_str()));
+  }
+}
+
+bool isForForm(const Words& words) {
+  const std::size_t count = words.size();
+  return (words[0] == L"form" && count == 2) || (words[0] == L"click" && count == 3) ||
+         ((words[0] == L"dismiss" || words[0] == L"end") && count == 2) ||
+         (words[0] == L"choose" && count == 4);
+}
+
 void serve(const Words& words) {
   const std::size_t count = words.size();
   if (words[0] == L"run" && count >= 9) {
@@ -478,6 +605,8 @@ void serve(const Words& words) {
     pressAnywhere(words);
   } else if (words[0] == L"close" && count == 2) {
     closeWindow(words);
+  } else if (isForForm(words)) {
+    serveForm(words);
   } else {
     failed("unknown request");
   }

@@ -619,6 +619,19 @@ void tryEverything(sim::SimFormWindow& form) {
   form.closeBox();
 }
 
+TEST_F(MaintenanceForm, AnotherProductEndsTheAccountOfTheOneBefore) {
+  show([](sim::SimFormWindow& form) {
+    chooseZb(form);
+    EXPECT_EQ("Pronto.", form.text("lblOutcome"));
+    form.click("btnRemove");
+    EXPECT_EQ("Rimozione di ZB - Client terminata.", form.text("lblOutcome"));
+    chooseProduct(form, 0);
+    EXPECT_EQ("Pronto.", form.text("lblOutcome"));
+    EXPECT_EQ("000%", form.text("lblProgress"));
+    EXPECT_EQ("", form.text("txtProgress"));
+  });
+}
+
 TEST_F(MaintenanceForm, ClicksDuringAnyLogLineStartNothingMoreAndDoNotClose) {
   show([this](sim::SimFormWindow& form) {
     chooseZbOnTheServer(form);

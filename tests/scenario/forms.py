@@ -1,0 +1,125 @@
+"""A second driver in a prefix, for the forms: while the first one runs the manager, this one looks at
+its dialogs and works in them, by messages or by the keyboard of the screen."""
+
+import contextlib
+import os
+import subprocess
+import threading
+import time
+
+import windows
+
+
+class Dialog:
+    """A dialog as it stands on the screen."""
+
+    def __init__(self, answer):
+        names = windows.control_names()
+        self.left, self.top = answer["left"], answer["top"]
+        self.right, self.bottom = answer["right"], answer["bottom"]
+        self.focus = names.get(answer["focus"], answer["focus"])
+        self.controls = {names.get(each["id"], each["id"]): each for each in answer["controls"]}
+
+    def text(self, control):
+        return self.controls[control]["text"]
+
+    def items(self, control):
+        return self.controls[control]["items"]
+
+    def selected(self, control):
+        """Text of the selected item; None when none is."""
+        index = self.controls[control]["selected"]
+        return None if index < 0 else self.items(control)[index]
+
+    def checked(self, control):
+        return self.controls[control]["checked"]
+
+    def buttons(self):
+        """Captions of the buttons in capitals."""
+        return [each["text"].replace("&", "").upper() for each in self.controls.values()
+                if "checked" in each]
+
+    def enabled(self, control):
+        return self.controls[control]["enabled"]
+
+
+class Hand(windows.Prefix):
+    """A driver of its own in a prefix that lives already."""
+
+    def __init__(self, prefix):
+        self.folder, self.disk, self.screen = prefix.folder, prefix.disk, prefix.screen
+        self.environment = {**os.environ, "WINEPREFIX": str(prefix.folder),
+                            "DISPLAY": prefix.screen.display}
+        self.driver = subprocess.Popen(
+            [windows.PROJECT / "tools/wine", prefix.driver_program], cwd=self.disk,
+            env=self.environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+            stderr=subprocess.DEVNULL)
+        self.pending = b""
+        self.identifiers = {name: number for number, name in windows.control_names().items()}
+
+    def close(self):
+        self.driver.stdin.close()
+        self.driver.wait(timeout=30)
+
+    def dialog(self, title):
+        """The dialog of a title, waited for."""
+        return Dialog(self.ask_once("form", title))
+
+    def click(self, title, control):
+        self.ask_once("click", title, str(self.identifiers[control]))
+
+    def choose(self, title, control, index):
+        self.ask_once("choose", title, str(self.identifiers[control]), str(index))
+
+    def dismiss(self, title):
+        self.ask_once("dismiss", title)
+
+    def box(self, button="OK"):
+        """Text and buttons (in capitals) of the message box that shows; the button is then pressed."""
+        shown = self.dialog("TrelvManager")
+        self.ask_once("press", button)
+        return shown.text(windows.MESSAGE_TEXT), shown.buttons()
+
+    def answer_by_keys(self, key):
+        """The same by a key of the screen's keyboard."""
+        shown = self.dialog("TrelvManager")
+        self.point_at(shown)
+        self.keys(key)
+        return shown.text(windows.MESSAGE_TEXT), shown.buttons()
+
+    def no_box(self):
+        """True when no message box shows."""
+        return all(each.get("title") != "TrelvManager" for each in self.ask("boxes"))
+
+    def point_at(self, dialog):
+        """Puts the pointer on the lower left edge of a dialog, where no control is: the keyboard of
+        the screen goes to the window under the pointer."""
+        self.tool("mousemove", str(dialog.left + 6), str(dialog.bottom - 6))
+
+    def keys(self, *keys):
+        self.tool("key", "--delay", "30", *keys)
+        time.sleep(0.2)
+
+    def tool(self, *words):
+        subprocess.run(["xdotool", *words], env=self.environment, check=True)
+
+
+@contextlib.contextmanager
+def running(station, arguments, title):
+    """Runs the manager, which shows the form of the title, while the body works with a Hand in it. The
+    manager must end by itself soon after the body; where the body fails it is ended by force."""
+    hand = Hand(station.prefix)
+    runs = []
+    thread = threading.Thread(
+        target=lambda: runs.append(station.prefix.run(station.manager, arguments, answers=["-"] * 20)))
+    thread.start()
+    try:
+        hand.dialog(title)
+        yield hand
+    except BaseException:
+        hand.ask_once("end", title)
+        raise
+    finally:
+        hand.close()
+        thread.join(timeout=100)
+    assert runs and not runs[0].late, "the manager did not end"
