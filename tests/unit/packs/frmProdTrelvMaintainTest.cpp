@@ -42,7 +42,7 @@ class MaintenanceForm : public ::testing::Test {
         "prg\\com\\setup\\aggdovra\\zb.ini",
         "[Setup01]\r\nversion=09.93.00.00\r\n"
         "Server01=%PATHSETUP%\\prg\\com\\setup\\aggdovra\\bilancio\\setup.exe uno\r\n"
-        "Server02=%PATHSETUP%\\prg\\com\\setup\\aggdovra\\bilancio\\setup.exe due\r\n"
+        "Server02=%PATHWORK%\\prg\\com\\setup\\aggdovra\\bilancio\\setup.exe %PATHCLIENT%\r\n"
         "Client01=%PATHSETUP%\\prg\\com\\setup\\aggdovra\\bilancio\\setup.exe stazione\r\n"
         "[Setup02]\r\nversion=09.94.00.00\r\n"
         "[Update01]\r\nversion=09.95.00.00\r\n"
@@ -57,7 +57,8 @@ class MaintenanceForm : public ::testing::Test {
     for (const char* const program : {kUninstaller, kClientUninstaller, kSetup}) {
       machine_.programs().define(program);
     }
-    program_.state().startup.integrationPath = "S:\\Lumo";
+    machine_.mount("T:", installation_.sharedDisk());
+    program_.state().startup.integrationPath = "T:\\Lumo";
     program_.state().startup.programsPath = "C:\\Lumo\\Client";
   }
 
@@ -366,7 +367,7 @@ TEST_F(MaintenanceForm, RemovalOnTheServerRunsItsCommandsAndShowsWhatIsLeft) {
   ASSERT_EQ(2U, machine_.boxes().size());
   expectBox(1, "Procedura di rimozione terminata correttamente", BoxIcon::Information,
             BoxButtons::Ok);
-  EXPECT_EQ((Lines{"S:\\Lumo\\mv\\bilancio\\togli.exe tutto"}), station_.commandLines());
+  EXPECT_EQ((Lines{"T:\\Lumo\\mv\\bilancio\\togli.exe tutto"}), station_.commandLines());
   EXPECT_EQ("", station_.serverVersion("ZB"));
   EXPECT_EQ("09.92.00.00", station_.clientVersion("ZB"));
   EXPECT_FALSE(machine_.fileExists(kConfiguration));
@@ -416,6 +417,18 @@ TEST_F(MaintenanceForm, RemovalMovesTheBarByCommandsAndLogLines) {
     const machine::ProgressNumbers last = form.progressOf("prgProgress").back();
     EXPECT_EQ(last.max, last.value);
     EXPECT_LT(200, last.max) << "the log lines raised it";
+  });
+}
+
+TEST_F(MaintenanceForm, RemovalJumpsTo200WhateverTheLogLinesRaised) {
+  show([](sim::SimFormWindow& form) {
+    chooseZb(form);
+    form.click("btnRemove");
+    int jumped = 0;
+    for (const machine::ProgressNumbers& numbers : form.progressOf("prgProgress")) {
+      jumped += numbers.max > 200 && numbers.value == 200 ? 1 : 0;
+    }
+    EXPECT_EQ(1, jumped);
   });
 }
 
@@ -470,7 +483,6 @@ TEST_F(MaintenanceForm, IntegrationThatIsGoneMeanwhileStopsTheRemovalAndEmptiesT
 }
 
 TEST_F(MaintenanceForm, RemovalUsesTheServerThatIsRecordedWhenTheButtonIsPressed) {
-  machine_.mount("T:", installation_.sharedDisk());
   show([this](sim::SimFormWindow& form) {
     chooseZbOnTheServer(form);
     machine_.configuration().put("SYSTEM", "Complementary_Products", "Integration", "Path",
@@ -536,7 +548,7 @@ TEST_F(MaintenanceForm, RepairRunsTheCommandsOfTheSelectedSectionInOrder) {
   });
   ASSERT_EQ(1U, machine_.boxes().size()) << "only the question";
   EXPECT_EQ((Lines{"S:\\Lumo\\prg\\com\\setup\\aggdovra\\bilancio\\setup.exe uno",
-                   "S:\\Lumo\\prg\\com\\setup\\aggdovra\\bilancio\\setup.exe due"}),
+                   "T:\\Lumo\\prg\\com\\setup\\aggdovra\\bilancio\\setup.exe C:\\Lumo\\Client"}),
             station_.commandLines());
   EXPECT_TRUE(
       logHas("Gestione ProdTrelv - Esecuzione comando: "
