@@ -224,8 +224,15 @@ def one_file_damaged(content):
     return bytes(damaged)
 
 
-@pytest.mark.parametrize("damage", [cut_short, one_file_damaged, lambda content: b"",
-                                    lambda content: b"Non e' un pacco"])
+def empty(_content):
+    return b""
+
+
+def no_pack(_content):
+    return b"Non e' un pacco"
+
+
+@pytest.mark.parametrize("damage", [cut_short, one_file_damaged, empty, no_pack])
 def test_a_damaged_pack_is_told_once_and_kept_and_nothing_of_it_reaches_the_share(station, damage):
     content = {f"{SETUP}/primo.txt": os.urandom(3000), f"{SETUP}/zb.ini": b"[Setup01]\r\n",
                f"{SETUP}/ultimo.txt": os.urandom(3000)}
@@ -365,6 +372,9 @@ def test_a_target_that_is_the_work_folder_keeps_the_unpacked_tree_there(station)
     assert lines_of_packs(station) == opened(station, "a.zip")
     assert not (station.setups / "nota.txt").exists()
     assert (station.work_folder / SETUP / "nota.txt").read_bytes() == b"1"
+    # Nothing was copied onto itself.
+    assert ("Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari"
+            in station.texts())
 
 
 def test_the_setup_folder_of_the_target_is_made(station):

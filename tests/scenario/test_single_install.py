@@ -101,6 +101,11 @@ def test_a_delivery_of_two_packs(integrated):
     assert shown(integrated.run("SINGLEINSTALL ZB bilancio.gz")) == [done_box()]
     assert (integrated.setups / "comune.txt").read_bytes() == b"b"
     assert not (integrated.setups / "a.zip").exists()
+    # The second pack was copied along with what the first one held: the next start opens it again.
+    assert (integrated.setups / "b.zip").exists()
+    integrated.run(f"{INTEGRATED} MVBIL")
+    assert not (integrated.setups / "b.zip").exists()
+    assert (integrated.setups / "comune.txt").read_bytes() == b"b"
 
 
 def test_a_damaged_pack_of_a_delivery_is_told_and_the_others_are_opened(integrated):
