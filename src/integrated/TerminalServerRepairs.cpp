@@ -16,18 +16,34 @@ constexpr const char* kNerioIni = "\\nerio.ini";
 constexpr const char* kModelsIni = "\\zeltomodelli.ini";
 constexpr const char* kLudaIni = "\\luda.ini";
 
-/// One step of the repair that `repair` names in the log line of a failure.
+/// One step of the repair that `repair` names in the log line of a failure. False when it failed.
 template <class Step>
-void orTell(Program& program, const char* repair, Step&& step) {
-  resumeNext(
-      [&](const RuntimeError& failure) -> void {
+bool orTell(Program& program, const char* repair, Step&& step) {
+  return trap(
+      [&]() -> bool {
+        std::forward<Step>(step)();
+        return true;
+      },
+      [&](const RuntimeError& failure) -> bool {
         program.log.WriteLog(std::string("Gestione ProdTrelv - Gestione anomalia ") + repair +
                              ": " + failure.description());
-      },
-      std::forward<Step>(step));
+        return false;
+      });
 }
 
 bool isTerminalSession(Program& program) { return program.state.startup.terminalServer; }
+
+/// A folder as it was told; raises when it was not: paths below it would lead to a drive's root.
+std::string known(const std::string& folder) {
+  if (folder.empty()) {
+    throw RuntimeError(runtime_number::kPathNotFound, "TrelvManager",
+                       "Cartella di Windows non disponibile");
+  }
+  return folder;
+}
+
+std::string userFolder(Program& program) { return known(modLibrary::GetWinDir(program)); }
+std::string systemFolder(Program& program) { return known(modLibrary::WindowsFolder(program)); }
 
 /// Name of the folder that holds the session's profile. A user of a domain whose name was taken
 /// when the profile was made has one that carries the domain too.
@@ -42,19 +58,31 @@ std::string profileFolderName(Program& program, const std::string& profiles) {
 
 /// The Windows folder in the session's profile, without trailing backslash.
 std::string profileWindowsFolder(Program& program) {
-  const std::string profiles = modLibrary::GetWinDir(program) + "\\..\\..\\";
+  const std::string profiles = userFolder(program) + "\\..\\..\\";
   return profiles + profileFolderName(program, profiles) + "\\windows";
 }
 
-void copyFile(Program& program, const std::string& source, const std::string& target) {
-  program.fileSystem.requiredFileSystemObject().copyFile(source, target, true);
+/// Raises when the file cannot be looked at: it may be there then, and is no one's to replace.
+bool isMissing(Program& program, const std::string& path) {
+  machine::FileFacts facts;
+  const SystemCode code = program.machine.files.look(path, facts);
+  if (code != system_code::kSuccess && code != system_code::kFileNotFound &&
+      code != system_code::kPathNotFound) {
+    throw failureFromSystemCode(code, path);
+  }
+  return code != system_code::kSuccess;
+}
+
+void copyFile(Program& program, const std::string& source, const std::string& target,
+              bool overwrite) {
+  program.fileSystem.requiredFileSystemObject().copyFile(source, target, overwrite);
   program.configurationFiles.forget(target);
 }
 
 void copyMissing(Program& program, const std::string& source, const std::string& target) {
   program.log.WriteLog("Gestione ProdTrelv - copia file ini mancante da: " + source +
                        " a: " + target);
-  copyFile(program, source, target);
+  copyFile(program, source, target, false);
 }
 
 /// Where copies of one ini file lie, full paths.
@@ -66,31 +94,41 @@ struct Copies {
 };
 
 Copies copiesOf(Program& program, const std::string& master, const char* ini) {
-  return {master, profileWindowsFolder(program) + ini, modLibrary::WindowsFolder(program) + ini};
+  return {master, profileWindowsFolder(program) + ini, systemFolder(program) + ini};
 }
 
 void putProfileCopy(Program& program, const Copies& copies) {
-  if (modLibrary::FileExists(program, copies.master) &&
-      !modLibrary::FileExists(program, copies.profile)) {
+  if (modLibrary::FileExists(program, copies.master) && isMissing(program, copies.profile)) {
     copyMissing(program, copies.master, copies.profile);
   }
 }
 
 void putSystemCopy(Program& program, const Copies& copies) {
-  if (modLibrary::FileExists(program, copies.system)) {
+  if (!isMissing(program, copies.system)) {
     return;
   }
   program.log.WriteLog("Gestione ProdTrelv - Ricerca mancanza file: " + copies.system);
-  if (modLibrary::FileExists(program, copies.profile)) {
+  if (!isMissing(program, copies.profile)) {
     copyMissing(program, copies.profile, copies.system);
   } else if (modLibrary::FileExists(program, copies.master)) {
     copyMissing(program, copies.master, copies.system);
   }
 }
 
-void putMissingCopies(Program& program, const char* repair, const Copies& copies) {
-  orTell(program, repair, [&]() -> void { putProfileCopy(program, copies); });
-  orTell(program, repair, [&]() -> void { putSystemCopy(program, copies); });
+void putMissingCopies(Program& program, const char* repair, const std::string& master,
+                      const char* ini) {
+  Copies copies;
+  if (orTell(program, repair, [&]() -> void { copies = copiesOf(program, master, ini); })) {
+    orTell(program, repair, [&]() -> void { putProfileCopy(program, copies); });
+    orTell(program, repair, [&]() -> void { putSystemCopy(program, copies); });
+  }
+}
+
+/// Has the user the ini file of a product that is installed in `folder`? Where it could not be made
+/// this time the product's own must not take its place for good.
+bool userHas(Program& program, const char* ini, const std::string& folder) {
+  return modLibrary::FileExists(program, modLibrary::GetWinDir(program) + ini) ||
+         !modLibrary::FolderExists(program, folder);
 }
 
 /// Writes an ini value; raises when the file does not take it.
@@ -105,14 +143,14 @@ void write(Program& program, const std::string& file, const char* section, const
 // --- Nerio
 
 void putUserCopy(Program& program, const std::string& master, const std::string& userCopy) {
-  if (modLibrary::FileExists(program, userCopy)) {
+  if (!isMissing(program, userCopy)) {
     return;
   }
   program.log.WriteLog("Gestione ProdTrelv - copia file ini mancante da: " + master +
                        " a: " + userCopy);
   // Kept: the line stands there before Nerio is installed too, when there is nothing to copy yet.
   if (modLibrary::FileExists(program, master)) {
-    copyFile(program, master, userCopy);
+    copyFile(program, master, userCopy, false);
   }
 }
 
@@ -123,7 +161,7 @@ constexpr const char* kModels = "ZeltoModelli";
 /// Makes the user's ini file, or points one that names another place of the product at this one. A
 /// models folder of the user's own choice stays.
 void pointAtProduct(Program& program, const std::string& ini, const std::string& folder) {
-  if (!modLibrary::FileExists(program, ini)) {
+  if (isMissing(program, ini)) {
     program.log.WriteLog("Gestione ProdTrelv - creazione file ini mancante : " + ini);
     write(program, ini, "Parametri", "PathModelli", folder);
     return;
@@ -135,13 +173,14 @@ void pointAtProduct(Program& program, const std::string& ini, const std::string&
 }
 
 void repairModels(Program& program, const std::string& folder) {
-  orTell(program, kModels, [&]() -> void {
-    pointAtProduct(program, modLibrary::GetWinDir(program) + kModelsIni, folder);
-  });
+  orTell(program, kModels,
+         [&]() -> void { pointAtProduct(program, userFolder(program) + kModelsIni, folder); });
   modLibrary::DeleteFile(program, folder + "\\Dovra2010.ini");
-  const Copies copies = copiesOf(program, folder + kModelsIni, kModelsIni);
-  program.log.WriteLog("Gestione ProdTrelv - Ricerca esistenza file: " + copies.master);
-  putMissingCopies(program, kModels, copies);
+  const std::string master = folder + kModelsIni;
+  program.log.WriteLog("Gestione ProdTrelv - Ricerca esistenza file: " + master);
+  if (userHas(program, kModelsIni, folder)) {
+    putMissingCopies(program, kModels, master, kModelsIni);
+  }
 }
 
 // --- Luda
@@ -183,8 +222,8 @@ std::string ludaVersion(Program& program, const std::string& folder) {
 
 void createMissingLudaIni(Program& program, const std::string& integrationPath,
                           const std::string& folder) {
-  const std::string ini = modLibrary::GetWinDir(program) + kLudaIni;
-  if (modLibrary::FolderExists(program, folder) && !modLibrary::FileExists(program, ini)) {
+  const std::string ini = userFolder(program) + kLudaIni;
+  if (modLibrary::FolderExists(program, folder) && isMissing(program, ini)) {
     program.log.WriteLog("Gestione ProdTrelv - creazione file ini mancante : " + ini);
     createLudaIni(program, ini, integrationPath, ludaVersion(program, folder));
   }
@@ -218,9 +257,9 @@ bool RiparaCorvelTS(Program& program) {
     if (!modLibrary::ReadSetting(program, "Archivi", "Path", target).empty()) {
       return;
     }
-    const std::string source = modLibrary::WindowsFolder(program) + kHostIni;
+    const std::string source = systemFolder(program) + kHostIni;
     program.log.WriteLog("Gestione ProdTrelv - Inizio copia da: " + source + " a: " + target);
-    copyFile(program, source, target);
+    copyFile(program, source, target, true);
     copied = true;
   });
   return copied;
@@ -230,15 +269,14 @@ void RiparaNerioTS(Program& program, const std::string& integrationPath) {
   constexpr const char* kNerio = "Nerio";
   program.log.WriteLog("Gestione ProdTrelv - Inizio Gestione Anomalia Nerio");
   const std::string master = integrationPath + "\\mv\\nerio" + kNerioIni;
-  orTell(program, kNerio, [&]() -> void {
-    putUserCopy(program, master, modLibrary::GetWinDir(program) + kNerioIni);
-  });
+  orTell(program, kNerio,
+         [&]() -> void { putUserCopy(program, master, userFolder(program) + kNerioIni); });
   if (!isTerminalSession(program)) {
     program.log.WriteLog(
         "Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Nerio");
     return;
   }
-  putMissingCopies(program, kNerio, copiesOf(program, master, kNerioIni));
+  putMissingCopies(program, kNerio, master, kNerioIni);
 }
 
 void RiparaZeltomodelliTS(Program& program, const std::string& integrationPath) {
@@ -265,7 +303,9 @@ void RiparaLudaTS(Program& program, const std::string& integrationPath) {
         "Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Luda");
     return;
   }
-  putMissingCopies(program, kLuda, copiesOf(program, master, kLudaIni));
+  if (userHas(program, kLudaIni, folder)) {
+    putMissingCopies(program, kLuda, master, kLudaIni);
+  }
 }
 
 }  // namespace trelv::modProdTrelvManager

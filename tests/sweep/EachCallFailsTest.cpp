@@ -51,6 +51,10 @@ const std::vector<Telling> kTellings{
      "SetKeyValue SOFTWARE\\LUMO\\Programmi PathLocale   False"},
     {"files.look S:\\Lumo\\mv\\nerio\\nerio.exe", Told::Nowhere,
      "old components are looked for as if it were missing"},
+    // Repairs of ini files.
+    {"files.look S:\\Lumo\\mv\\LUDA2003", Told::Nowhere, "counts as missing until the next start"},
+    {"files.look S:\\Lumo\\mv\\nerio\\nerio.ini", Told::Nowhere, "nothing is copied this time"},
+    {"files.look c:\\windows\\nerio.ini", Told::InLog, "Gestione anomalia Nerio: "},
     // The walk.
     {"files.read S:\\Lumo\\prg\\etc\\dvrel", Told::InLog,
      "Errore in GestioneProdottiComplementari ("},

@@ -405,7 +405,7 @@ TEST_F(Repairs, ZeltomodelliIniThatCannotBeMadeIsTold) {
   EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Gestione anomalia ZeltoModelli: Impossibile "
                                 "scrivere il file: " +
                                 kUser + "\\zeltomodelli.ini"));
-  EXPECT_EQ(lines().back(), missingLine(kSystem + "\\zeltomodelli.ini"));
+  EXPECT_FALSE(exists("C:\\WINDOWS\\zeltomodelli.ini"));
 }
 
 // --- Luda
@@ -504,6 +504,40 @@ TEST_F(LudaRepair, OnATerminalServerCopiesTheUsersIniOn) {
                                    missingLine(kSystem + "\\luda.ini"),
                                    copyLine(kProfile + "\\luda.ini", kSystem + "\\luda.ini")));
   EXPECT_EQ(text("C:\\WINDOWS\\luda.ini"), text(kUser + "\\luda.ini"));
+}
+
+TEST_F(LudaRepair, ThatCannotMakeTheUsersIniPutsNoOtherInItsPlace) {
+  install();
+  put(kLudaMaster, "[LUDA]\r\nVersione=7.10.2.1\r\n");
+  std::size_t seen = 0;
+  machine().callLog().setInjector([&](const sim::SimCall& call) -> std::optional<SystemCode> {
+    const bool first = call.kind == sim::CallKind::ProfileWrite && ++seen == 1;
+    return first ? std::optional<SystemCode>(system_code::kDiskFull) : std::nullopt;
+  });
+  RiparaLudaTS(program_, kRoot);
+  EXPECT_FALSE(exists(kUser + "\\luda.ini"));
+  EXPECT_FALSE(exists("C:\\WINDOWS\\luda.ini"));
+  RiparaLudaTS(program_, kRoot);
+  EXPECT_EQ(value(kUser + "\\luda.ini", "Drive", "Floppy"), "A:");
+}
+
+TEST_F(Repairs, WindowsFolderThatIsNotToldLeavesNoFileInTheRoot) {
+  useWorkstation();
+  put(kNerioMaster, "m");
+  put("S:\\Lumo\\mv\\LUDA2003\\LUDA2003.exe", "MZ");
+  machine().callLog().setInjector([](const sim::SimCall& call) -> std::optional<SystemCode> {
+    return call.kind == sim::CallKind::WindowsFolderQuery
+               ? std::optional<SystemCode>(system_code::kAccessDenied)
+               : std::nullopt;
+  });
+  const std::string before = everything();
+  RiparaNerioTS(program_, kRoot);
+  RiparaLudaTS(program_, kRoot);
+  EXPECT_EQ(everything(), before);
+  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Gestione anomalia Nerio: Cartella di Windows "
+                                "non disponibile"));
+  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Gestione anomalia Luda: Cartella di Windows "
+                                "non disponibile"));
 }
 
 TEST_F(LudaRepair, LeavesNoHalfIniBehind) {

@@ -179,6 +179,22 @@ TEST_F(UpdateAll, TravolinSuiteEndsItWithoutABox) {
             "installato/aggiornato");
 }
 
+TEST_F(UpdateAll, ProductOnItsOwnEndsItWithABox) {
+  putOneProduct();
+  // Without a store nobody knows of an integration.
+  machine().configuration().setConfigPath("");
+  machine().setIniValue("nerio.ini", "Pathnames", "Homedir", "C:\\Nerio");
+  updateAll(station_);
+  ASSERT_EQ(machine().boxes().size(), 1U);
+  const sim::SimBox& box = machine().boxes()[0];
+  EXPECT_EQ(box.title, "Gestione prodotti complementari");
+  EXPECT_EQ(box.icon, machine::BoxIcon::Exclamation);
+  EXPECT_EQ(box.text, modProdTrelvManager::standaloneRefusal("Nerio Standalone\r\n"));
+  EXPECT_THAT(started(), IsEmpty());
+  EXPECT_EQ(lines().back(),
+            "Gestione ProdTrelv - Rilevato almeno un prodotto complementare standalone");
+}
+
 TEST(StandaloneRefusal, NamesTheProducts) {
   EXPECT_EQ(modProdTrelvManager::standaloneRefusal("Nerio Standalone\r\nLuda Standalone\r\n"),
             "Sulla macchina corrente è stata rilevata la presenza dei seguenti prodotti "

@@ -1,0 +1,22 @@
+// Writes the product report as the manager does: begins it, then asks for the mode of each product
+// whose number stands on the command line. The exit code counts those that stand on their own.
+#include <cstdlib>
+
+#include "app/WindowsProgram.h"
+#include "inventory/InstallationMode.h"
+#include "inventory/ProductReport.h"
+#include "platform/XmlStore.h"
+#include "win32/Win32Machine.h"
+
+int main(int count, char** words) {
+  trelv::win32::Win32Machine windows;
+  trelv::XmlStore store(windows.files, windows.registry, windows.locale);
+  trelv::app::WindowsProgram program(windows.machine(store));
+  trelv::modProdTrelvInfo::CreateProductReport(program.program());
+  int standalone = 0;
+  for (int i = 1; i < count; ++i) {
+    std::int32_t code = std::atoi(words[i]);
+    standalone += trelv::modProdTrelvInfo::VerifyInstallationMode(program.program(), code) ? 1 : 0;
+  }
+  return standalone;
+}

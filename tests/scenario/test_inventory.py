@@ -1,0 +1,179 @@
+"""Products that stand on their own: how they are found, what is refused beside them and what the
+product report tells; and the ini files that a start puts in place for the user."""
+
+import pathlib
+import re
+import shutil
+import socket
+
+import pytest
+
+from conftest import INTEGRATED
+import installation
+import windows
+
+GOLDEN = pathlib.Path(__file__).parent / "golden"
+COMPONENT = "SOFTWARE\\Classes\\CLSID\\{5F2A7D10-1B2C-4D3E-9F00-0123456789AB}"
+MODELS = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\ZeltoMod.exe"
+ALL = "10 40 30 20 50"
+DATED = re.compile(r"^\[\d\d/\d\d/\d{4} \d\d:\d\d:\d\d\] - ")
+
+
+def ini(path, **sections):
+    """Writes an ini file: section=dict of keys."""
+    installation.write_text(path, installation.ini_text(sections))
+
+
+@pytest.fixture
+def station(laid_out):
+    """A workstation with the report program and nothing of what a test registers."""
+    laid_out.report = laid_out.manager_folder / "report.exe"
+    shutil.copy(laid_out.prefix.build.test_programs / "report.exe", laid_out.report)
+    yield laid_out
+    for key in (COMPONENT, MODELS):
+        laid_out.prefix.delete_key("HKLM", key)
+
+
+def report(station, codes=ALL):
+    """Runs the report program; its exit code and the report's lines without their dates."""
+    run = station.prefix.run(installation.CLIENT_FOLDER.replace("Client", "Manager\\report.exe"), codes)
+    assert run.boxes == []
+    text = (station.log.parent / "ProdInfo.txt").read_bytes().decode("cp1252")
+    assert text.endswith("\r\n")
+    lines = text.split("\r\n")[:-1]
+    assert all(DATED.match(line) for line in lines), lines
+    return run.exit_code, [DATED.sub("", line) for line in lines]
+
+
+def golden(name):
+    return (GOLDEN / name).read_text(encoding="utf-8").splitlines()
+
+
+def install_on_its_own(station):
+    """Nerio by its registered component, Tarsena2 on both sides, Luda, Zeltomodelli; of Bilancio
+    only the host's archives."""
+    ini(station.windows_folder / "nerio.ini", NERIO={"Versione": "03.20.30.00"})
+    ini(station.server / "mv/nerio/nerio.ini", NERIO={"Versione": "03.20.30.00"})
+    station.prefix.set_value("HKLM", COMPONENT + "\\InprocServer32", "",
+                             "S:\\Lumo\\mv\\nerio\\Setup\\KorvatGestionePratiche.ocx")
+    ini(station.windows_folder / "lumow.ini", Archivi={"Path": "S:\\Lumo"})
+    station.prefix.set_value("HKLM", "SOFTWARE\\LUMO\\Programmi", "PathLocale",
+                             installation.CLIENT_FOLDER)
+    for root in (station.server, station.client):
+        ini(root / "mv/q2/mvq2.ini", AMBIENTE={"VRINST": "02.92"})
+    ini(station.windows_folder / "luda.ini", PathNames={"HomeDir": "C:\\Lumo\\Luda"})
+    (station.disk / "Lumo/Luda").mkdir()
+    # Any program with a version resource: the ini file has no version.
+    shutil.copy(station.prefix.build.manager, station.disk / "Lumo/Luda/luda2003.exe")
+    station.prefix.set_value("HKLM", MODELS, "Path", "C:\\Lumo\\ZM")
+    ini(station.windows_folder / "zeltomodelli.ini", Parametri={"PathModelli": "C:\\Lumo\\ZM"})
+    installation.write_text(station.disk / "Lumo/ZM/vers.ini", "06.50.30.00\n")
+
+
+def test_the_report_tells_each_step(station):
+    install_on_its_own(station)
+    found, lines = report(station)
+    assert lines == golden("product-report.txt")
+    assert found == 4
+
+
+def test_the_report_of_a_machine_without_products(station):
+    found, lines = report(station)
+    assert lines == golden("product-report-of-nothing.txt")
+    assert found == 0
+
+
+def test_the_report_is_begun_anew(station):
+    report(station)
+    assert report(station, "20")[1] == golden("product-report-of-nothing.txt")[17:20]
+
+
+def test_products_on_their_own_refuse_the_integration(station):
+    install_on_its_own(station)
+    station.put_programs()
+    # Without the store nobody knows of an integration.
+    station.prefix.delete_key("HKLM", installation.STORE_KEY)
+    run = station.run(f"{INTEGRATED} MVBIL")
+    refusals = [box for box in run.boxes if box.title == "Gestione prodotti complementari"]
+    assert [(box.text, box.buttons) for box in refusals] == [(
+        "Sulla macchina corrente è stata rilevata la presenza dei seguenti prodotti "
+        "complementari:\r\n\r\nNerio Standalone\r\nTarsena2 Standalone\r\nLuda Standalone\r\n"
+        "Zeltomodelli Standalone\r\n\r\nL'installazione/aggiornamento non avverra' finche' questi "
+        "ultimi non verrano rimossi manualmente dal sistema\r\n\r\nPremere Ok per proseguire",
+        ["OK"])]
+    assert station.commands_run() == []
+    texts = station.texts()
+    assert "Gestione ProdTrelv - Rilevato almeno un prodotto complementare standalone" in texts
+    assert "Gestione ProdTrelv - Inizio gestione anomalia Corvel" not in texts
+    # A start writes no report by itself.
+    assert not (station.log.parent / "ProdInfo.txt").exists()
+    station.started("bilancio.exe")
+
+
+def test_an_integrated_machine_is_not_asked_for_products(station):
+    install_on_its_own(station)
+    station.install()
+    run = station.run(f"{INTEGRATED} MVBIL")
+    assert run.boxes == []
+    assert ("Gestione ProdTrelv - Rilevata integrazione, nessun prodotto complementare standalone "
+            "rilevato") in station.texts()
+
+
+def test_a_start_puts_the_ini_files_of_the_user_in_place(station):
+    station.install()
+    installation.write_text(station.server / "mv/LUDA2003/Luda.ini", "[LUDA]\nVersione=01.00\n")
+    shutil.copy(station.prefix.build.manager, station.server / "mv/LUDA2003/LUDA2003.exe")
+    station.run(f"{INTEGRATED} MVBIL")
+    nerio = (station.windows_folder / "nerio.ini").read_bytes()
+    assert nerio == (station.server / "mv/nerio/nerio.ini").read_bytes()
+    luda = installation.read_ini(station.windows_folder / "luda.ini")
+    version = luda["LUDA"]["Versione"]
+    assert re.fullmatch(r"\d+\.\d+\.\d+\.\d+", version)
+    folder = "S:\\Lumo\\mv\\luda2003"
+    assert luda == {
+        "PathNames": {"Homedir": folder, "DataBase": folder + "\\database", "Exec": folder,
+                      "FileDir": folder + "\\AscFile", "CrittaDir": folder + "\\critta"},
+        "LUDA": {"Versione": version, "Aggiornamento": version},
+        "Drive": {"Floppy": "A:"}, "ConfigViste": {"Vista": "0"}}
+    assert installation.read_ini(station.server / "mv/LUDA2003/Luda.ini") == {
+        "LUDA": {"Versione": version}}
+    texts = station.texts()
+    begun = texts.index("Gestione ProdTrelv - Inizio Gestione anomalia Luda")
+    assert texts[begun + 1:begun + 3] == [
+        "Gestione ProdTrelv - creazione file ini mancante : c:\\windows\\luda.ini",
+        "Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Luda"]
+    assert not (station.windows_folder / "zeltomodelli.ini").exists()
+    before = {file.name: file.read_bytes() for file in station.windows_folder.glob("*.ini")}
+    station.run(f"{INTEGRATED} MVBIL")
+    assert {file.name: file.read_bytes()
+            for file in station.windows_folder.glob("*.ini")} == before
+
+
+@pytest.mark.parametrize("host, here", [("SRVLUMO", False), (socket.gethostname(), True)],
+                         ids=["another computer", "this computer"])
+@pytest.mark.parametrize("kind", ["win32", "win64"])
+def test_a_connected_drive_leads_where_its_share_is(build, screen, tmp_path, kind, host, here):
+    prefix = windows.Prefix(tmp_path / "wine", kind, build, screen)
+    (prefix.folder / "dosdevices/unc" / host).mkdir(parents=True)
+    share = tmp_path / "share"
+    ini(share / "mv/q2/mvq2.ini", AMBIENTE={"VRINST": "02.92"})
+    (prefix.folder / "dosdevices/unc" / host / "Dati").symlink_to(share)
+    (prefix.folder / "dosdevices/n:").symlink_to(f"unc/{host}/Dati")
+    # Not by the driver, a 32-bit program, for which a 64-bit Windows would put it elsewhere. Drives
+    # are looked for when Windows starts.
+    assert prefix.start("reg", "add", "HKLM\\Software\\Wine\\Drives", "/v", "n:", "/d", "network",
+                        "/f", "/reg:" + kind[-2:]).wait(60) == 0
+    prefix.close()
+    prefix = windows.Prefix(tmp_path / "wine", kind, build, screen)
+    try:
+        facts = prefix.facts()
+        ini(prefix.path(facts["windows"]) / "lumow.ini", Archivi={"Path": "N:"})
+        shutil.copy(build.test_programs / "report.exe", prefix.disk)
+        run = prefix.run("C:\\report.exe", "40")
+        text = (prefix.path(facts["temporary"] + "log\\ProdInfo.txt")).read_bytes().decode("cp1252")
+    finally:
+        prefix.close()
+    assert "Ini Server PRESENTE\r\n" in text
+    assert run.exit_code == (1 if here else 0)
+    assert text.endswith("Rilevata presenza componenti server\r\n" if here
+                         else "Il prodotto Q2 non è installato.\r\n")
