@@ -171,6 +171,57 @@ TEST_F(SystemContract, TheRunningProgramIsAFileOnTheCommandLine) {
   EXPECT_NE(upperCase(system().commandLine()).find(upperCase(name)), std::string::npos);
 }
 
+// --- Drives and the computer's name
+
+TEST_F(SystemContract, TheDriveOfAFolderIsALocalOne) {
+  const std::string drive = world().folder().substr(0, 2);
+  EXPECT_EQ(system().driveType(drive + "\\"), machine::drive_type::kFixed);
+  EXPECT_EQ(system().driveType(lowerCase(drive) + "\\"), machine::drive_type::kFixed);
+  std::string name = "old";
+  EXPECT_EQ(system().connectionName(drive, 255, name), 2250U);
+  EXPECT_EQ(name, "old");
+}
+
+TEST_F(SystemContract, ADriveThatIsNotThereHasNoType) {
+  EXPECT_EQ(system().driveType("Q:\\"), machine::drive_type::kNoRoot);
+  std::string name = "old";
+  EXPECT_EQ(system().connectionName("Q:", 255, name), 1200U);
+  EXPECT_EQ(system().deviceNames("Q:", 256, name), 2U);
+  EXPECT_EQ(name, "old");
+}
+
+TEST_F(SystemContract, TheDevicesOfADriveEndInTwoNuls) {
+  const std::string drive = world().folder().substr(0, 2);
+  std::string names;
+  ASSERT_EQ(system().deviceNames(drive, 256, names), system_code::kSuccess);
+  ASSERT_GT(names.size(), 2U);
+  EXPECT_EQ(names.substr(names.size() - 2), std::string(2, '\0'));
+  EXPECT_EQ(names.substr(0, 8), "\\Device\\");
+  EXPECT_NE(names[names.size() - 3], '\0');
+}
+
+TEST_F(SystemContract, TheBufferForDevicesHoldsBothNuls) {
+  const std::string drive = world().folder().substr(0, 2);
+  std::string names;
+  ASSERT_EQ(system().deviceNames(drive, 256, names), system_code::kSuccess);
+  const auto length = static_cast<std::uint32_t>(names.size());
+  std::string again;
+  EXPECT_EQ(system().deviceNames(drive, length, again), system_code::kSuccess);
+  EXPECT_EQ(again, names);
+  std::string kept = "old";
+  EXPECT_EQ(system().deviceNames(drive, length - 1, kept), 122U);
+  EXPECT_EQ(kept, "old");
+}
+
+TEST_F(SystemContract, TheComputersNameIsThatOfItsVariable) {
+  std::string name;
+  ASSERT_EQ(system().computerName(name), system_code::kSuccess);
+  std::string variable;
+  ASSERT_TRUE(machine().environment.get("COMPUTERNAME", variable));
+  EXPECT_EQ(upperCase(name), upperCase(variable));
+  EXPECT_EQ(name.find('\\'), std::string::npos);
+}
+
 // --- Clock and locale
 
 TEST_F(SystemContract, TheClockGivesADate) {
