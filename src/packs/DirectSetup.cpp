@@ -1,6 +1,7 @@
 #include "packs/DirectSetup.h"
 
 #include <cstdint>
+#include <vector>
 
 #include "base/Codes.h"
 #include "base/Text.h"
@@ -23,7 +24,8 @@ void runSide(Program& program, const std::string& rootFolder, const std::string&
 
 void setUp(Program& program, const std::string& rootFolder, const std::string& configuration,
            const std::string& identifier) {
-  // Kept: the catalogue's spelling is converted, and codes are upper case.
+  // Kept: the catalogue's spelling is converted, not the selected one, and codes are upper case: an
+  // identifier that a catalogue spells otherwise ends the walk. Catalogues are delivered so.
   const std::int16_t code = modProdTrelvLibrary::ConvertProductToNumber(identifier);
   modProdTrelvInfo::CheckProduct(program, code);
   // A product without a check leaves the record as the check of another product filled it.
@@ -44,7 +46,9 @@ void setUp(Program& program, const std::string& rootFolder, const std::string& c
 
 void setUpWhereSelected(Program& program, const std::string& rootFolder,
                         const std::string& configuration, const std::string& identifier) {
-  for (const SelectedProduct& selected : program.state.selectedProducts) {
+  // A click that arrives while a line is logged may select others.
+  const std::vector<SelectedProduct> selection = program.state.selectedProducts;
+  for (const SelectedProduct& selected : selection) {
     if (equalNoCase(selected.identifier, identifier)) {
       setUp(program, rootFolder, configuration, identifier);
     }
@@ -78,21 +82,16 @@ void walkCatalogue(Program& program, const std::string& rootFolder) {
 }  // namespace
 
 void ExecuteDirectSetup(Program& program, const std::string& rootFolder) {
-  trap(
-      [&]() -> void {
-        program.log.WriteLog(
-            "Gestione ProdTrelv - Avvio lancio setup per prodotti complementari in modalità "
-            "standalone");
-        walkCatalogue(program, rootFolder);
-      },
-      [&](const RuntimeError& failure) -> void {
-        constexpr const char* kText = "Errore in esecuzione setup";
-        // Kept: another module name than the one of all other installation procedures.
-        program.errors.VisualizzaErrore("ModTrelvManager", "ExecuteDirectSetup", kText,
-                                        report_kind::kProgramError, failure);
-        program.log.WriteLog(std::string("Gestione ProdTrelv - ") + kText + ": " +
-                             failure.description());
-      });
+  // Kept: another module name than the one of all other installation procedures, so that a report
+  // tells which of them it was; support knows it so.
+  loggedTrap(program.log, program.errors, "ModTrelvManager", "ExecuteDirectSetup",
+             "Errore in esecuzione setup", false, [&]() -> bool {
+               program.log.WriteLog(
+                   "Gestione ProdTrelv - Avvio lancio setup per prodotti complementari in modalità "
+                   "standalone");
+               walkCatalogue(program, rootFolder);
+               return true;
+             });
 }
 
 }  // namespace trelv::modProdTrelvManager

@@ -180,9 +180,11 @@ void ZipScan::open(const machine::FolderEntry& pack, bool removePacks) {
 // Kept: the whole tree is copied, what earlier packs left there and packs that still wait in it
 // included. Packs opened later thus overwrite what earlier ones brought.
 void ZipScan::copySetupTree() {
-  const CopyInProgress copying(program_);
   frmwait form;
-  const std::unique_ptr<machine::ShownForm> shown = program_.machine.desktop.showModeless(form);
+  std::unique_ptr<machine::ShownForm> shown;
+  // The pointer changes first, both before the form comes and before it goes.
+  const CopyInProgress copying(program_);
+  shown = program_.machine.desktop.showModeless(form);
   const std::string target = target_ + kSetupTree;
   modLibrary::CreaCartella(program_, target);
   files().copyFolder(work_ + kSetupTree, target, true, true);
@@ -236,7 +238,8 @@ void openSinglePack(Program& program, const std::string& packPath, const std::st
   if (work.empty()) {
     return;
   }
-  // Kept: a decoder that fails is not told, only one that cannot be started.
+  // Kept: a decoder that fails is not told, only one that cannot be started. The search then tells
+  // a missing folder, or opens what an earlier pack left: what counts is what lies there.
   modLibrary::Execute(program, decoderCommand(program, packPath, work), true);
   const std::string decoded = work + kSetupTree;
   forgetSettled(program, decoded);
@@ -246,7 +249,8 @@ void openSinglePack(Program& program, const std::string& packPath, const std::st
 void openFolderPacks(Program& program, const std::string& folder, const std::string& target) {
   for (const std::string& name : program.fileSystem.requiredFileSystemObject().files(folder)) {
     if (modLibrary::Extension(name) == "gz") {
-      // Kept: the line names the target, where the pack does not lie: support knows it so.
+      // Kept: the line names the target, so whoever looks for the pack there finds none. Support
+      // knows it so.
       program.log.WriteLog("Gestione ProdTrelv - Apertura pacco :" + target + "\\" + name);
       OpenSinglePacks(program, folder + "\\" + name, target);
     }
@@ -267,7 +271,8 @@ bool OpenZipPacksInFolder(Program& program, const std::string& folder, const std
   return true;
 }
 
-// Kept: true also after a failed command. Callers cannot tell, only the user sees the box.
+// Kept: true also after a failed command, so callers go on as after a success. The user was told in
+// the box and decides.
 bool OpenZipPack(Program& program, const std::string& zipPath, const std::string& destination,
                  bool removePackAfterwards) {
   if (isGiven(program, destination, "Cartella temporanea") &&

@@ -40,8 +40,8 @@ void installIntegrated(Program& program, const std::string& productName, std::st
   requireFolder(targetFolder, "Cartella del server non disponibile");
   openPack(program, packName, targetFolder);
   UpdateTrelvManager(program, targetFolder);
-  // Kept: shown also when the pack could not be opened or the client copy not refreshed. Those who
-  // do that tell their failures themselves.
+  // Kept: shown also when the pack could not be opened or the client copy not refreshed, so the box
+  // alone is no proof. Those who do that have told their failures before.
   program.machine.desktop.messageBox(TRELV_PRODUCT_NAME,
                                      "Installazione completata correttamente del prodotto " +
                                          productName + " in: " + upperCase(targetFolder),
@@ -87,14 +87,11 @@ void InstallSingleProdottoComplementareIntegrato(Program& program, const std::st
 
 void InstallSingleProdottoComplementareStandAlone(Program& program, const std::string& productId,
                                                   const std::string& packName) {
-  trap([&]() -> void { installStandAlone(program, productId, packName); },
-       [&](const RuntimeError& failure) -> void {
-         constexpr const char* kText = "Errore in installazione prodotto";
-         program.errors.VisualizzaErrore(kModule, "InstallSingleProdottoComplementareStandAlone",
-                                         kText, report_kind::kProgramError, failure);
-         program.log.WriteLog(std::string("Gestione ProdTrelv - ") + kText + ": " +
-                              failure.description());
-       });
+  loggedTrap(program.log, program.errors, kModule, "InstallSingleProdottoComplementareStandAlone",
+             "Errore in installazione prodotto", false, [&]() -> bool {
+               installStandAlone(program, productId, packName);
+               return true;
+             });
 }
 
 }  // namespace trelv::modProdTrelvManager

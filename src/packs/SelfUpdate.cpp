@@ -24,6 +24,7 @@ class SelfUpdate {
   void removeOwnTemporaries();
 
  private:
+  void restoreClientCopy();
   void refreshClientCopy();
   void copyProgram();
   void putProgramInPlace();
@@ -82,6 +83,7 @@ void SelfUpdate::run() {
   // An update that was ended by force may have left some, a program that was put aside may have
   // ended since.
   removeOwnTemporaries();
+  restoreClientCopy();
   removeTemporary(oldProgram_);
   refreshClientCopy();
   program_.log.WriteLog(std::string("Gestione ProdTrelv - Modifica file ") + kEnvironmentFile +
@@ -107,9 +109,21 @@ void SelfUpdate::removeTemporary(const std::string& path) {
       });
 }
 
+/// An update that was ended between its two renames left no client copy but the one put aside. The
+/// copy that follows may fail too; the workstations would be without a manager then.
+void SelfUpdate::restoreClientCopy() {
+  machine::FileFacts facts;
+  machine::Files& files = program_.machine.files;
+  if (files_.fileExists(oldProgram_) && isMissing(files.look(clientCopy_, facts)) &&
+      files.replaceFile(oldProgram_, clientCopy_) == system_code::kSuccess) {
+    program_.log.WriteLog("Gestione ProdTrelv - Copia precedente ripristinata: " + clientCopy_);
+  }
+}
+
 void SelfUpdate::refreshClientCopy() {
   if (!IsFileNewer(program_, ownProgram_, clientCopy_)) {
-    // Kept: the line says so of equal dates too.
+    // Kept: the line says so of equal dates too, and does not tell the two cases apart. Support
+    // knows it so.
     program_.log.WriteLog(
         "Gestione ProdTrelv - Copia Trelvmanager.Exe non eseguita: Il file destinazione è più "
         "recente");
@@ -160,7 +174,7 @@ void SelfUpdate::putProgramInPlace() {
 }
 
 // A program that runs cannot be replaced but renamed. Between the two renames there is no client
-// copy; whoever ends the manager there by force finds it made at the next self-update.
+// copy; where the manager is ended there by force, the next self-update brings it back.
 void SelfUpdate::swapWithProgramInUse(SystemCode refusal) {
   machine::Files& files = program_.machine.files;
   if (files.replaceFile(clientCopy_, oldProgram_) != system_code::kSuccess) {
@@ -213,14 +227,15 @@ void SelfUpdate::stampEnvironmentFile() {
     throw RuntimeError(runtime_number::kPathNotFound, "TrelvManager",
                        "Cartella temporanea non disponibile");
   }
-  // Kept: nothing between folder and name. The folder is reported with its trailing backslash.
+  // Kept: nothing between folder and name, so a folder without trailing backslash gives a file
+  // beside it. The folder is reported with one.
   const std::string scratch = folder + kEnvironmentFile;
   writeScratchCopy(scratch, line.substr(0, kHeadLength));
   putEnvironmentFileInPlace(scratch);
 }
 
-// Kept: this one line becomes the whole file, all lines before the last one are dropped. The host
-// only looks at the last line.
+// Kept: this one line becomes the whole file, all lines before the last one are lost. The host only
+// looks at the last line.
 void SelfUpdate::writeScratchCopy(const std::string& scratch, const std::string& head) {
   modLibrary::DeleteFile(program_, scratch);
   files_.writeText(scratch, head + dateStamp(program_.machine.clock.now()) + kCrLf);

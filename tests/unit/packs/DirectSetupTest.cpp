@@ -194,6 +194,19 @@ TEST_F(DirectSetup, ProductSelectedTwiceRunsTwice) {
               ElementsAre("C:\\Work\\LUDASetupServer.exe", "C:\\Work\\LUDASetupServer.exe"));
 }
 
+TEST_F(DirectSetup, SelectionThatChangesMeanwhileCountsFromTheNextSectionOn) {
+  putCatalogue(entry("Prod01", "LUDA", "", "LUDA.ini") + entry("Prod02", "NERIO", "", "NERIO.ini"));
+  machine().programs().define("C:\\Work\\LUDASetupServer.exe", [&](sim::SimProcess&) {
+    program_.state.selectedProducts = {{"NERIO"}};
+    return 0U;
+  });
+  select({"LUDA", "luda"});
+  run();
+  EXPECT_THAT(started(),
+              ElementsAre("C:\\Work\\LUDASetupServer.exe", "C:\\Work\\LUDASetupServer.exe",
+                          "C:\\Work\\NERIOSetupServer.exe"));
+}
+
 TEST_F(DirectSetup, ProductListedTwiceRunsTwice) {
   putCatalogue(entry("Prod01", "LUDA", "", "LUDA.ini") + entry("Prod02", "LUDA", "", "LUDA.ini"));
   select({"LUDA"});
@@ -244,7 +257,7 @@ TEST_F(DirectSetup, IdentifierThatIsNoProductCodeEndsItWithAReport) {
   EXPECT_EQ(report.kind, 0);
   EXPECT_EQ(report.failure.number(), -99);
   EXPECT_EQ(lines().back(),
-            "Gestione ProdTrelv - Errore in esecuzione setup: " + report.failure.description());
+            "Gestione ProdTrelv - Errore in esecuzione setup" + report.failure.description());
 }
 
 TEST_F(DirectSetup, UnknownProductThatIsNotSelectedDoesNoHarm) {

@@ -267,7 +267,7 @@ TEST_F(ProductInstall, StandaloneWithoutATemporaryFolderTouchesNothing) {
   EXPECT_EQ(report.procedure, "InstallSingleProdottoComplementareStandAlone");
   EXPECT_EQ(report.message, "Errore in installazione prodotto");
   EXPECT_EQ(lines().back(),
-            "Gestione ProdTrelv - Errore in installazione prodotto: Cartella temporanea non "
+            "Gestione ProdTrelv - Errore in installazione prodottoCartella temporanea non "
             "disponibile");
 }
 

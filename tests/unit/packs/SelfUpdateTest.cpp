@@ -343,6 +343,20 @@ TEST_F(SelfUpdate, FolderInTheCopysPlaceStaysAndEndsIt) {
   EXPECT_TRUE(share().folderExists(std::string(kClientCopy) + "\\dentro"));
 }
 
+// A mount point in the share: what cannot be renamed there is not copied there either.
+TEST_F(SelfUpdate, TemporaryFolderOnAnotherVolumeEndsItWithoutHarm) {
+  machine().callLog().setInjector([](const sim::SimCall& call) -> std::optional<SystemCode> {
+    constexpr SystemCode kNotSameDevice = 17;
+    return call.kind == sim::CallKind::FileReplace ? std::optional<SystemCode>(kNotSameDevice)
+                                                   : std::nullopt;
+  });
+  update();
+  expectFailed(runtime_number::kApplicationDefined);
+  EXPECT_EQ(share().text(kClientCopy), "il vecchio");
+  EXPECT_EQ(program_.reports()[0].message,
+            std::string(kFailure) + "Errore di sistema 17: " + kClientCopy);
+}
+
 TEST_F(SelfUpdate, MissingOwnProgramEndsIt) {
   machine().setExecutable("C:\\Altrove\\Gestore.scr");
   update();
@@ -398,6 +412,41 @@ TEST_F(SelfUpdate, RemovesLeftoversAlsoWhenNothingIsCopied) {
   update();
   EXPECT_THAT(share().names(kTemporaries), IsEmpty());
   EXPECT_THAT(lines(), ElementsAre(kCopyLine, kNotCopied, kStampLine));
+}
+
+// Ended between the two renames of a copy in use.
+TEST_F(SelfUpdate, CopyThatWasLeftAsideComesBackBeforeTheNewOneIsTried) {
+  share().put(kOldProgram, "il vecchio");
+  share().setModified(kOldProgram, {2009, 2, 1, 12, 0, 0});
+  share().removeTree(kClientCopy);
+  update();
+  EXPECT_EQ(share().text(kClientCopy), "il nuovo");
+  EXPECT_THAT(share().names(kTemporaries), IsEmpty());
+  EXPECT_THAT(lines(), ElementsAre(kCopyLine,
+                                   std::string("Gestione ProdTrelv - Copia precedente "
+                                               "ripristinata: ") +
+                                       kClientCopy,
+                                   kCopied, kStampLine));
+}
+
+TEST_F(SelfUpdate, CopyThatWasLeftAsideIsNotLostWhereTheNewOneCannotBeMade) {
+  share().put(kOldProgram, "il vecchio");
+  share().removeTree(kClientCopy);
+  share().setCapacity(share().usedBytes() + 3);
+  update();
+  expectFailed(61);
+  EXPECT_EQ(share().text(kClientCopy), "il vecchio");
+}
+
+TEST_F(SelfUpdate, CopyThatWasLeftAsideReplacesNoneThatCannotBeLookedAt) {
+  share().put(kOldProgram, "ancora più vecchio");
+  machine().callLog().setInjector([](const sim::SimCall& call) -> std::optional<SystemCode> {
+    return call.text == std::string("files.look ") + kClientCopy
+               ? std::optional<SystemCode>(system_code::kAccessDenied)
+               : std::nullopt;
+  });
+  update();
+  EXPECT_EQ(share().text(kClientCopy), "il vecchio");
 }
 
 TEST_F(SelfUpdate, LeavesTheTemporariesOfOtherWorkstations) {
