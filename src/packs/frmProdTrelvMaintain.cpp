@@ -34,7 +34,7 @@ constexpr std::array kControls{"cmbProduct", "optClient",  "optServer", "btnRemo
 /// Sets a mark while it lives.
 class Marked {
  public:
-  explicit Marked(bool& mark) : mark_(mark) { mark_ = true; }
+  explicit Marked(bool& mark) : mark_(mark) { mark = true; }
   Marked(const Marked&) = delete;
   Marked& operator=(const Marked&) = delete;
   ~Marked() { mark_ = false; }
