@@ -361,6 +361,7 @@ class SimShownForm : public machine::ShownForm {
     desktop_.windows_.push_back(&window_);
   }
   ~SimShownForm() override {
+    desktop_.closeAbove(window_);
     desktop_.takeAway(window_);
     desktop_.unloadedForms_.push_back(window_.formName());
   }
@@ -403,6 +404,14 @@ void SimDesktop::live(machine::Form& form, SimFormWindow& window) {
   if (window.isOpen()) {
     ++forcedCloses_;
     window.close();
+  }
+}
+
+// The system ends a window's owned ones with it.
+void SimDesktop::closeAbove(const SimFormWindow& window) {
+  const auto at = std::find(windows_.begin(), windows_.end(), &window);
+  for (auto above = at; above != windows_.end(); ++above) {
+    (*above)->close();
   }
 }
 

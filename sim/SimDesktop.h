@@ -214,6 +214,7 @@ class SimDesktop : public machine::Desktop {
   machine::BoxAnswer nextAnswer(machine::BoxButtons buttons);
   UserAction scriptFor(const std::string& formName);
   void live(machine::Form& form, SimFormWindow& window);
+  void closeAbove(const SimFormWindow& window);
   void takeAway(const SimFormWindow& window);
   SimFormWindow windowFor(machine::Form& form);
   bool showsPicture(const std::string& path);

@@ -36,7 +36,7 @@ class Desktop {
   /// message runs) and returns. It is the active form until the answer is destroyed, which must be
   /// before `form` and this desktop are. Null when it could not be made (nothing of the form was
   /// called then). A failure that escapes one of its handlers later closes it and reaches the
-  /// caller of processEvents().
+  /// caller of processEvents(). The forms that stand over it end with it.
   virtual std::unique_ptr<ShownForm> showModeless(Form& form) = 0;
 
   /// The active form of this program, or null when none is open. Not owned by the caller; valid

@@ -235,7 +235,7 @@ TEST_F(DesktopContract, AControlThatTheFormDoesNotHaveIsAnsweredWithNothing) {
 TEST_F(DesktopContract, AJpegAndABitmapAreShown) {
   play([&](FormWindow& window) {
     EXPECT_TRUE(window.setPicture(stage::kPicture, putFile("a.jpg", kGrayJpeg)));
-    EXPECT_TRUE(window.setPicture(stage::kPicture, putFile("a.bmp", kRedBitmap)));
+    EXPECT_TRUE(window.setPicture(stage::kPicture, putFile("a.bmp", kStripedBitmap)));
   });
 }
 
@@ -313,6 +313,19 @@ TEST_F(DesktopContract, AModalFormStandsOverAModelessOne) {
   });
   EXPECT_TRUE(desktop().showModal(above));
   EXPECT_EQ(desktop().activeForm(), below);
+}
+
+TEST_F(DesktopContract, AFormEndsWithTheModelessOneBelowIt) {
+  auto below = desktop().showModeless(form_);
+  ASSERT_NE(below, nullptr);
+  StageForm above(world());
+  const auto shown = desktop().showModeless(above);
+  ASSERT_NE(shown, nullptr);
+  world().clickLater(*desktop().activeForm(), stage::kButton);
+  below.reset();
+  EXPECT_EQ(desktop().activeForm(), nullptr);
+  desktop().processEvents();
+  EXPECT_EQ(above.heard, Names{}) << "it is closed";
 }
 
 // --- The hourglass
