@@ -290,6 +290,7 @@ TEST_F(FileSystemObjectTest, ForceDoesNotHelpAgainstOtherRefusals) {
   machine.putFile("C:\\t\\a.txt", "old");
   machine.diskOf("C:\\").denyWriting("C:\\t");
   EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t", true, true); }), 70);
+  EXPECT_EQ(machine.callLog().countOf("files.clearReadOnly"), 0U);
   machine.diskOf("C:\\").setReadOnly("C:\\t\\a.txt");
   EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t", true, true); }), 70);
   EXPECT_EQ(machine.fileText("C:\\t\\a.txt"), "old");
