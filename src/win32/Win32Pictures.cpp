@@ -92,19 +92,6 @@ OwnedPicture readPicture(const OwnedMemory& memory) {
   return OwnedPicture(SUCCEEDED(outcome) ? static_cast<IPicture*>(picture) : nullptr);
 }
 
-/// The rectangle of the given proportions in the middle of `size`.
-RECT fitted(LONG width, LONG height, SIZE size) {
-  LONG across = size.cx;
-  LONG down = MulDiv(size.cx, height, width);
-  if (down > size.cy) {
-    down = size.cy;
-    across = MulDiv(size.cy, width, height);
-  }
-  const LONG left = (size.cx - across) / 2;
-  const LONG top = (size.cy - down) / 2;
-  return {left, top, left + std::max<LONG>(across, 1), top + std::max<LONG>(down, 1)};
-}
-
 /// Draws the picture over the whole of a context of `size` pixels.
 bool draw(IPicture& picture, HDC context, SIZE size) {
   OLE_XSIZE_HIMETRIC width = 0;
@@ -118,7 +105,7 @@ bool draw(IPicture& picture, HDC context, SIZE size) {
   // The mode that makes smaller pictures smooth wants the brush's origin set behind it.
   SetStretchBltMode(context, HALFTONE);
   SetBrushOrgEx(context, 0, 0, nullptr);
-  const RECT place = fitted(width, height, size);
+  const RECT place = fittedRectangle(width, height, size);
   // A picture's own co-ordinates begin at its lower left corner.
   return SUCCEEDED(picture.Render(context, place.left, place.top, place.right - place.left,
                                   place.bottom - place.top, 0, height, width, -height, nullptr));
@@ -138,6 +125,18 @@ OwnedBitmap drawn(IPicture& picture, SIZE size) {
 }
 
 }  // namespace
+
+RECT fittedRectangle(LONG width, LONG height, SIZE size) {
+  LONG across = size.cx;
+  LONG down = MulDiv(size.cx, height, width);
+  if (down > size.cy) {
+    down = size.cy;
+    across = MulDiv(size.cy, width, height);
+  }
+  const LONG left = (size.cx - across) / 2;
+  const LONG top = (size.cy - down) / 2;
+  return {left, top, left + std::max<LONG>(across, 1), top + std::max<LONG>(down, 1)};
+}
 
 OwnedBitmap loadPicture(const std::string& path, SIZE size) {
   const OwnedMemory memory = fileMemory(path);

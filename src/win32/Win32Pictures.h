@@ -16,6 +16,10 @@ struct BitmapKind {
 
 using OwnedBitmap = Owned<BitmapKind>;
 
+/// The largest rectangle with the proportions of `width` to `height` that fits into `size` pixels,
+/// in its middle; at least a pixel wide and high.
+RECT fittedRectangle(LONG width, LONG height, SIZE size);
+
 /// A picture file (JPEG, bitmap) drawn into a bitmap of `size` pixels: as large as fits with its
 /// proportions kept, in the middle, on the colour of dialogs. None when it cannot be read whole.
 OwnedBitmap loadPicture(const std::string& path, SIZE size);

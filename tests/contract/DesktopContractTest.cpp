@@ -319,13 +319,21 @@ TEST_F(DesktopContract, AFormEndsWithTheModelessOneBelowIt) {
   auto below = desktop().showModeless(form_);
   ASSERT_NE(below, nullptr);
   StageForm above(world());
-  const auto shown = desktop().showModeless(above);
+  auto shown = desktop().showModeless(above);
   ASSERT_NE(shown, nullptr);
   world().clickLater(*desktop().activeForm(), stage::kButton);
   below.reset();
   EXPECT_EQ(desktop().activeForm(), nullptr);
   desktop().processEvents();
   EXPECT_EQ(above.heard, Names{}) << "it is closed";
+
+  StageForm last(world());
+  world().playUser([&](FormWindow& window) {
+    shown.reset();
+    EXPECT_EQ(desktop().activeForm(), &window) << "what had ended before takes nothing with it";
+    window.close();
+  });
+  EXPECT_TRUE(desktop().showModal(last));
 }
 
 // --- The hourglass

@@ -486,6 +486,17 @@ TEST_F(FormHost, APictureFillsItsControlAsFarAsItsProportionsAllow) {
   EXPECT_TRUE(desktop_.showModal(stage));
 }
 
+TEST(FittedRectangle, TouchesTheSidesThatComeFirstAndStandsInTheMiddle) {
+  const auto fitted = [](LONG width, LONG height, SIZE size) {
+    const RECT place = fittedRectangle(width, height, size);
+    return std::vector<LONG>{place.left, place.top, place.right, place.bottom};
+  };
+  EXPECT_EQ((std::vector<LONG>{20, 0, 60, 40}), fitted(100, 100, {80, 40}));
+  EXPECT_EQ((std::vector<LONG>{0, 10, 80, 30}), fitted(4000, 1000, {80, 40}));
+  EXPECT_EQ((std::vector<LONG>{35, 0, 45, 40}), fitted(25, 100, {80, 40}));
+  EXPECT_EQ((std::vector<LONG>{0, 20, 80, 21}), fitted(100000, 1, {80, 40})) << "never nothing";
+}
+
 // --- Options
 
 TEST_F(FormHost, CheckingAnOptionTakesTheCheckFromItsGroupWhereTheSystemDoesNot) {
