@@ -407,8 +407,11 @@ void SimDesktop::live(machine::Form& form, SimFormWindow& window) {
   }
 }
 
-// The system ends a window's owned ones with it.
+// The system ends a window's owned ones with it; one that has ended already owns none.
 void SimDesktop::closeAbove(const SimFormWindow& window) {
+  if (!window.isOpen()) {
+    return;
+  }
   const auto at = std::find(windows_.begin(), windows_.end(), &window);
   for (auto above = at; above != windows_.end(); ++above) {
     (*above)->close();
