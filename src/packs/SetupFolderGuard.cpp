@@ -165,8 +165,9 @@ bool liesIn(const Place& place, const Place& folder) {
 }
 
 /// Folders of the host below the server path that many products share.
-constexpr std::array<const char*, 6> kHostFolders{
-    "prg", "prg\\com", "prg\\com\\setup", "prg\\com\\setup\\aggdovra", "prg\\etc", "prg\\tempterm"};
+constexpr std::array<const char*, 7> kHostFolders{
+    "prg",           "prg\\com", "prg\\com\\setup", "prg\\com\\setup\\aggdovra", "prg\\etc",
+    "prg\\tempterm", "mv"};
 
 /// One of them, or what holds one: the server path too.
 bool isHostFolderByName(const Place& place, const Place& server) {
@@ -209,9 +210,15 @@ std::string joined(const Place& place) {
   return path;
 }
 
+bool holdsManager(Program& program, const Place& place) {
+  const std::string manager = program.machine.system.executablePath();
+  const std::optional<Place> folder = placeOf(modLibrary::ParentPath(manager) + "\\");
+  return folder && holds(place, *folder);
+}
+
 bool isOfHost(Program& program, const std::string& serverPath, const Place& server,
               const Place& place) {
-  return isHostFolderByName(place, server) ||
+  return isHostFolderByName(place, server) || holdsManager(program, place) ||
          leadsTo(program, joined(place), hostPaths::catalogue(serverPath)) ||
          leadsTo(program, joined(place), hostPaths::serverVersionRecord(serverPath));
 }

@@ -51,6 +51,17 @@ TEST_F(Guard, FoldersOfOneProductMayGo) {
 
 // --- What stays
 
+TEST_F(Guard, TheFolderOfAllProductsAndTheManagersOwnStay) {
+  const std::string manager = station_.machine().system().executablePath();
+  const std::string folder = manager.substr(0, manager.rfind('\\'));
+  for (const std::string& kept : {std::string("S:\\Lumo\\mv"), std::string("s:/lumo/MV/"), folder,
+                                  upperCase(folder) + "\\", folder + "\\zb\\.."}) {
+    EXPECT_FALSE(removable(kept)) << kept;
+  }
+  EXPECT_TRUE(removable(folder + "\\zb"));
+  EXPECT_TRUE(removable(folder + "2"));
+}
+
 TEST_F(Guard, EmptyAndRelativePathsStay) {
   for (const char* const folder : {"", " ", "zb", "zb\\setup", "..\\zb", ".", "\\Lumo\\mv\\zb",
                                    "S:Lumo\\mv\\zb", "S:", "/Lumo/mv/zb", "\\", "C:zb"}) {
