@@ -277,6 +277,19 @@ TEST_F(SelfUpdate, CopyThatIsReadMeanwhileIsPutAsideAndReplaced) {
   EXPECT_THAT(program_.reports(), IsEmpty());
 }
 
+// Not every server answers alike for a file in use.
+TEST_F(SelfUpdate, CopyThatTheServerCallsSharedIsPutAsideToo) {
+  int replacements = 0;
+  machine().callLog().setInjector([&](const sim::SimCall& call) -> std::optional<SystemCode> {
+    const bool first = call.kind == sim::CallKind::FileReplace && ++replacements == 1;
+    return first ? std::optional<SystemCode>(system_code::kSharingViolation) : std::nullopt;
+  });
+  update();
+  EXPECT_EQ(share().text(kClientCopy), "il nuovo");
+  EXPECT_THAT(share().names(kTemporaries), IsEmpty());
+  EXPECT_THAT(program_.reports(), IsEmpty());
+}
+
 TEST_F(SelfUpdate, LockedCopyStaysWholeAndEndsIt) {
   share().holdOpen(kClientCopy, sim::Sharing::Read);
   update();
