@@ -55,13 +55,20 @@ TEST(Extraction, FilesKeepTheirTimes) {
                                .pax({{"mtime", "1767323045.25"}})
                                .file("exact", "")
                                .pax({{"mtime", "-99999999999"}})
-                               .file("ancient", "")),
+                               .file("ancient", "")
+                               .pax({{"mtime", "-1"}})
+                               .file("old", "")
+                               .pax({{"mtime", "9000000000000"}})
+                               .file("far", "")),
                       tree),
             "");
   // 2026-01-02 03:04:05 UTC.
   EXPECT_EQ(tree.at("plain").modified, 134117966450000000U);
   EXPECT_EQ(tree.at("exact").modified, 134117966452500000U);
   EXPECT_EQ(tree.at("ancient").modified, 0U);
+  // The last second of 1969; and one that no file time can tell.
+  EXPECT_EQ(tree.at("old").modified, 116444735990000000U);
+  EXPECT_EQ(tree.at("far").modified, 0U);
 }
 
 TEST(Extraction, FoldersThatThePackDoesNotNameAreMade) {
@@ -239,6 +246,15 @@ TEST(Extraction, SparseFilesWithHolesAreRefused) {
                                 {"GNU.sparse.numbytes", "1"}})
                           .file("s", "x")),
             "");
+  // A hole at the end only, and parts that stand in another order.
+  EXPECT_EQ(
+      refusalOf(
+          TarBytes().pax({{"GNU.sparse.size", "1000"}, {"GNU.sparse.map", "0,1"}}).file("s", "x")),
+      "file con parti mancanti");
+  EXPECT_EQ(refusalOf(TarBytes()
+                          .pax({{"GNU.sparse.size", "2"}, {"GNU.sparse.map", "1,1,0,1"}})
+                          .file("s", "xy")),
+            "file con parti mancanti");
 }
 
 TEST(Extraction, MoreContentThanTheLimitIsRefused) {

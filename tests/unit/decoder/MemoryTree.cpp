@@ -69,7 +69,16 @@ void MemoryTree::failAlways(const std::string& operation, SystemCode code) {
   always_[operation] = code;
 }
 
+void MemoryTree::before(const std::string& operation, std::function<void()> act) {
+  before_[operation] = std::move(act);
+}
+
 SystemCode MemoryTree::call(const std::string& operation) {
+  if (const auto found = before_.find(operation); found != before_.end()) {
+    const std::function<void()> act = std::move(found->second);
+    before_.erase(found);
+    act();
+  }
   if (++calls_ == failing_) {
     failed_ = operation;
     return code_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -33,6 +34,8 @@ class MemoryTree : public OutputTree {
   void failAt(int number, SystemCode code);
   /// From the call of this number on, each call of the operation answers this code.
   void failAlways(const std::string& operation, SystemCode code);
+  /// What somebody else does right before the next call of the operation.
+  void before(const std::string& operation, std::function<void()> act);
   int calls() const { return calls_; }
   /// The operation that failAt made fail; empty while none was.
   const std::string& failed() const { return failed_; }
@@ -72,6 +75,7 @@ class MemoryTree : public OutputTree {
   SystemCode code_ = 0;
   std::string failed_;
   std::map<std::string, SystemCode> always_;
+  std::map<std::string, std::function<void()>> before_;
 };
 
 }  // namespace trelv::decoder

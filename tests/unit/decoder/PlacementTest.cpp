@@ -121,6 +121,23 @@ TEST_F(PlacementTest, ALinkInTheWayOfAFileStopsAllBeforeAnythingIsMoved) {
   EXPECT_THAT(tree_.names(), ElementsAre("prg/", "prg/new.zip@"));
 }
 
+TEST_F(PlacementTest, ALinkThatCameWhileFoldersWereMovedStopsItToo) {
+  tree_.putFolder("prg");
+  tree_.before("moveFolder", [this] { tree_.putLink("prg/new.zip"); });
+  EXPECT_EQ(place(),
+            "nella cartella di destinazione c'è un collegamento al posto di una voce del pacco: "
+            "\"C:\\T\\prg\\new.zip\"");
+  EXPECT_THAT(tree_.names(), ElementsAre("prg/", "prg/com/", "prg/com/old.zip", "prg/new.zip@"));
+}
+
+TEST_F(PlacementTest, AFolderThatCanNeitherBeMovedNorMadeIsNamed) {
+  tree_.before("moveFolder",
+               [this] { tree_.failAlways("makeFolder", system_code::kSharingViolation); });
+  tree_.failAlways("moveFolder", system_code::kAccessDenied);
+  EXPECT_EQ(place(), "File in uso da un altro programma: C:\\T\\prg");
+  EXPECT_THAT(tree_.names(), IsEmpty());
+}
+
 TEST_F(PlacementTest, AFileInTheWayOfAFolderStopsAllBeforeAnythingIsMoved) {
   tree_.putFolder("prg");
   tree_.put("prg/com", "a file");
