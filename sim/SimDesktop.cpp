@@ -251,6 +251,7 @@ bool SimFormWindow::isEnabled(const std::string& control) const {
 
 std::vector<std::string> SimFormWindow::items(const std::string& control) const {
   std::vector<std::string> texts;
+  texts.reserve(static_cast<std::size_t>(itemCount(control)));
   for (int i = 0; i < itemCount(control); ++i) {
     texts.push_back(itemText(control, i));
   }

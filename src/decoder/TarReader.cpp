@@ -4,6 +4,7 @@
 #include <archive_entry.h>
 
 #include <new>
+#include <type_traits>
 
 #include "decoder/Refusal.h"
 
@@ -46,13 +47,18 @@ void append(std::string& text, std::uint32_t character) {
 bool isHighSurrogate(std::uint32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool isLowSurrogate(std::uint32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
+/// Its sign, where wide characters have one, tells nothing.
+std::uint32_t codeOf(wchar_t unit) {
+  return static_cast<std::uint32_t>(static_cast<std::make_unsigned_t<wchar_t>>(unit));
+}
+
 /// Wide text is UTF-16 on Windows and UTF-32 elsewhere. A lone surrogate stays one: its three bytes
 /// are no UTF-8 and are refused as a name.
 std::string utf8(const wchar_t* text) {
   std::string result;
   for (; *text != L'\0'; ++text) {
-    auto character = static_cast<std::uint32_t>(*text);
-    const auto next = static_cast<std::uint32_t>(text[1]);
+    std::uint32_t character = codeOf(*text);
+    const std::uint32_t next = codeOf(text[1]);
     if (isHighSurrogate(character) && isLowSurrogate(next)) {
       character = 0x10000 + ((character - 0xD800) << 10U) + (next - 0xDC00);
       ++text;
