@@ -102,6 +102,9 @@ class Box:
                    texts)
 
 
+PICTURE_SECONDS = 10
+
+
 @dataclasses.dataclass
 class Run:
     """What a run of the manager did on the screen: the boxes that were answered, and the windows
@@ -137,9 +140,18 @@ class Screen:
         self.process.wait()
 
     def picture(self, path):
-        """Writes what is on the screen into a PNG file."""
-        subprocess.run(["import", "-display", self.display, "-window", "root", str(path)],
-                       check=True)
+        """Writes what is on the screen into a PNG file. A window answers before it is drawn: waits
+        until something is there and two looks show the same, but not longer than PICTURE_SECONDS."""
+        deadline = time.monotonic() + PICTURE_SECONDS
+        before = None
+        while True:
+            subprocess.run(["import", "-display", self.display, "-window", "root", str(path)],
+                           check=True)
+            colours, seen = subprocess.run(["identify", "-format", "%k %#", str(path)], check=True,
+                                           capture_output=True, text=True).stdout.split()
+            if (seen == before and colours != "1") or time.monotonic() > deadline:
+                return
+            before = seen
 
 
 class Prefix:
@@ -245,21 +257,24 @@ class Prefix:
             found = same[0] if same else found / name
         return found
 
-    def run(self, program, arguments, *, limit=30, kill_when="", restricted=False, pause=0,
+    def run(self, program, arguments, *, limit=30, kill_when="", restricted=False,
             folder="", answers=(), on_box=None, on_missing=None):
         """Starts a program (Windows path) with raw arguments and answers its boxes: "OK", or the
         captions in `answers` in turn. `kill_when` is a file (Windows path) whose appearance ends
         the program; `restricted` takes the administrators from its user. `on_box` is called with
-        each box while it is on the screen (for `pause` milliseconds), `on_missing` with a button
-        that a box does not have: then its close box is pressed."""
+        each box before it is answered, `on_missing` with a button that a box does not have: then
+        its close box is pressed."""
         boxes, notices, late = [], [], False
-        for event in self.ask("run", str(limit), kill_when, str(int(restricted)), str(pause), folder,
+        for event in self.ask("run", str(limit), kill_when, str(int(restricted)),
+                              str(int(on_box is not None)), folder,
                               "|".join(answers), program, f'"{program}" {arguments}',
                               limit=limit + 30):
             if "box" in event:
                 boxes.append(Box.of(event))
                 if on_box:
                     on_box(boxes[-1])
+                    self.driver.stdin.write(b"\n")
+                    self.driver.stdin.flush()
             elif "notice" in event:
                 notices.append(Box.of(event))
             elif "missing button" in event and on_missing:

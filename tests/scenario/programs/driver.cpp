@@ -197,11 +197,23 @@ std::string describe(const std::string& kind, HWND box, std::wstring (*text)(HWN
 
 // --- Running the manager
 
+bool readLine(std::string& line) {
+  line.clear();
+  for (int c = std::getchar(); c != EOF; c = std::getchar()) {
+    if (c == '\n') {
+      return true;
+    }
+    line += static_cast<char>(c);
+  }
+  return false;
+}
+
 struct Run {
   DWORD limit = 0;
   std::wstring killFile;
   bool restricted = false;
-  DWORD pause = 0;
+  /// Each box waits for a line of its own before it is answered.
+  bool boxesWait = false;
   std::wstring folder;
   Words answers;
   std::wstring program;
@@ -312,7 +324,9 @@ HWND nextBox(DWORD process, std::vector<HWND>& told) {
 void answerBox(const Run& run, HWND box, const std::wstring& caption, HANDLE process) {
   letItSettle(box);
   answer(describe("box", box));
-  Sleep(run.pause);
+  if (std::string line; run.boxesWait && !readLine(line)) {
+    return;
+  }
   if (caption == L"-") {
     leaveToTheUser(box, process);
   } else {
@@ -345,7 +359,7 @@ void runProgram(const Words& words) {
   run.limit = static_cast<DWORD>(_wtoi(words[1].c_str()));
   run.killFile = words[2];
   run.restricted = words[3] == L"1";
-  run.pause = static_cast<DWORD>(_wtoi(words[4].c_str()));
+  run.boxesWait = words[4] == L"1";
   run.folder = words[5];
   if (!words[6].empty()) {
     run.answers = split(words[6], L'|');
@@ -610,17 +624,6 @@ void serve(const Words& words) {
   } else {
     failed("unknown request");
   }
-}
-
-bool readLine(std::string& line) {
-  line.clear();
-  for (int c = std::getchar(); c != EOF; c = std::getchar()) {
-    if (c == '\n') {
-      return true;
-    }
-    line += static_cast<char>(c);
-  }
-  return false;
 }
 
 }  // namespace
