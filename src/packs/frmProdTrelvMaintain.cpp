@@ -417,6 +417,8 @@ bool frmProdTrelvMaintain::mayBegin(FormWindow& window, const std::string& quest
 void frmProdTrelvMaintain::beginOperation(FormWindow& window, const std::string& outcome) {
   window.setText("lblOutcome", outcome);
   setAllEnabled(window, false);
+  // The first command may run for minutes without a log line before it.
+  program_.machine.desktop.processEvents();
 }
 
 void frmProdTrelvMaintain::endOperation(FormWindow& window, const std::string& outcome,

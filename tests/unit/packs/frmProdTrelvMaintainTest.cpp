@@ -756,6 +756,28 @@ TEST_F(MaintenanceForm, NothingCanBeChosenOrPressedWhileACommandRuns) {
   EXPECT_EQ("Rimozione di ZB - Client in corso...", outcome);
 }
 
+TEST_F(MaintenanceForm, RepairIsDrawnBeforeItsFirstCommandRuns) {
+  std::string drawn;
+  std::string drawnWhenItRan;
+  machine_.programs().define(kSetup, [&](sim::SimProcess&) -> std::uint32_t {
+    drawnWhenItRan = drawn;
+    return 0;
+  });
+  show([&](sim::SimFormWindow& form) {
+    chooseZb(form);
+    form.choose("lstVersion", 0);
+    const std::size_t before = machine_.desktop().eventRounds();
+    for (std::size_t round = before + 1; round < before + 50; ++round) {
+      machine_.desktop().onEvents(round, [&form, &drawn] {
+        drawn = form.text("lblOutcome") + (form.isEnabled("lstVersion") ? " (free)" : " (grey)");
+      });
+    }
+    form.click("btnRepair");
+  });
+  EXPECT_EQ("Ripristino di ZB - 09.93.00.00 - Client in corso... (grey)", drawnWhenItRan)
+      << "a command may run for minutes, and its log line comes behind it";
+}
+
 TEST_F(MaintenanceForm, OperationFinishedBeforeItsResultIsTold) {
   bool enabled = false;
   std::string version;
