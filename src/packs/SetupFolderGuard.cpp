@@ -213,12 +213,22 @@ std::string joined(const Place& place) {
 bool holdsManager(Program& program, const Place& place) {
   const std::string manager = program.machine.system.executablePath();
   const std::optional<Place> folder = placeOf(modLibrary::ParentPath(manager) + "\\");
-  return folder && holds(place, *folder);
+  return folder && (holds(place, *folder) || leadsTo(program, joined(place), manager));
+}
+
+/// The folder of all products' programs, whatever the server path beside it is called here.
+bool isFolderOfPrograms(Program& program, const std::string& serverPath, Place place) {
+  if (place.levels.empty() || !equalNoCase(place.levels.back(), "mv")) {
+    return false;
+  }
+  place.levels.pop_back();
+  return leadsTo(program, joined(place), hostPaths::catalogue(serverPath));
 }
 
 bool isOfHost(Program& program, const std::string& serverPath, const Place& server,
               const Place& place) {
   return isHostFolderByName(place, server) || holdsManager(program, place) ||
+         isFolderOfPrograms(program, serverPath, place) ||
          leadsTo(program, joined(place), hostPaths::catalogue(serverPath)) ||
          leadsTo(program, joined(place), hostPaths::serverVersionRecord(serverPath));
 }

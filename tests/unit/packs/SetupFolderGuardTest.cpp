@@ -170,6 +170,18 @@ TEST_F(Guard, ServersFoldersByTheirShareStayThoughTheServerPathNamesADrive) {
   EXPECT_TRUE(removable("S:\\Lumo\\mv\\zb", "\\\\srv\\dati\\Lumo"));
 }
 
+TEST_F(Guard, TheFolderOfAllProductsAndTheManagersOwnStayByOtherNamesToo) {
+  station_.machine().mount("\\\\srv\\dati", installation_.sharedDisk());
+  EXPECT_FALSE(removable("\\\\srv\\dati\\Lumo\\mv"));
+  EXPECT_FALSE(removable("\\\\SRV\\dati\\lumo\\MV\\"));
+  EXPECT_FALSE(removable("S:\\Lumo\\mv", "\\\\srv\\dati\\Lumo"));
+  EXPECT_TRUE(removable("\\\\srv\\dati\\Lumo\\mv\\mv"));
+  EXPECT_TRUE(removable("\\\\srv\\dati\\Altro\\mv"));
+  station_.machine().diskOf("C:\\").putLink("C:\\Altro", "C:\\Lumo");
+  EXPECT_FALSE(removable("C:\\Altro\\Programmi"));
+  EXPECT_TRUE(removable("C:\\Altro\\Programmi2"));
+}
+
 TEST_F(Guard, FolderAboveTheServerPathIsKnownByTheShareToo) {
   Installation deep;
   deep.share().put("dati\\Lumo\\prg\\com\\setup\\aggdovra\\agdvcomp.ini", "[prod01]\r\n");
