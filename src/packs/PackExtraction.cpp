@@ -263,7 +263,7 @@ bool OpenZipPacksInFolder(Program& program, const std::string& folder, const std
                           bool removePacks) {
   std::vector<machine::FolderEntry> packs = zipPacksOf(program, folder);
   program.log.WriteLog("Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: " +
-                       quoted(folder + "\\"));
+                       quoted(folder));
   const std::string work = workFolder(program);
   if (!work.empty() && isGiven(program, target, "Cartella di destinazione")) {
     ZipScan(program, folder, target, work, std::move(packs)).run(removePacks);

@@ -117,7 +117,7 @@ def test_a_pack_is_opened_before_the_first_product_is_looked_at(station):
     station.run(f"{INTEGRATED} MVBIL")
     texts = station.texts()
     scan = ('Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: '
-            f'"{SETUP_ON_SHARE}\\"')
+            f'"{SETUP_ON_SHARE}"')
     first = texts.index(scan)
     assert texts[first:first + 4] == [scan, *opened(station, "bilancio.zip")]
     # Once for each product and side.

@@ -20,7 +20,7 @@ using testing::Not;
 constexpr const char* kConfiguration = "S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio.ini";
 constexpr const char* kSearch =
     "Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "
-    "\"S:\\Lumo\\prg\\com\\setup\\aggdovra\\\"";
+    "\"S:\\Lumo\\prg\\com\\setup\\aggdovra\"";
 constexpr const char* kLock = Installation::kServerLock;
 
 class UpdateRun : public testing::Test {

@@ -66,25 +66,25 @@ Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia 
 Gestione ProdTrelv - Inizio Gestione anomalia Luda
 Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Luda
 Gestione ProdTrelv - Gestione specifica per Dovra pre 11.0 (UNDICIZERO)
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Lato Server la versione: 03.20.30.00 è minore o uguale a quella corrente: 03.20.30.00
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Lato Client la versione: 03.20.30.00 è minore o uguale a quella corrente: 03.20.30.00
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Lato Server la versione: 07.10.00.00 è minore o uguale a quella corrente: 07.10.00.00
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Lato Client la versione: 07.10.00.00 è minore o uguale a quella corrente: 07.10.00.00
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Lato Server la versione: 09.93.00.00 è minore o uguale a quella corrente: 09.93.00.00
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Lato Client la versione: 09.93.00.00 è minore o uguale a quella corrente: 09.93.00.00
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Lato Server la versione: 02.92.00.00 è minore o uguale a quella corrente: 02.92.00.00
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Lato Client la versione: 02.92.00.00 è minore o uguale a quella corrente: 02.92.00.00
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Lato Server la versione: 06.50.30.00 è minore o uguale a quella corrente: 06.50.30.00
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Lato Client la versione: 06.50.30.00 è minore o uguale a quella corrente: 06.50.30.00
 Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari
 Gestione ProdTrelv - Esecuzione di: S:\Lumo\mv\zb\mvbil.exe azienda 12
@@ -149,44 +149,44 @@ Gestione ProdTrelv - Gestione specifica per Dovra pre 11.0 (UNDICIZERO)
 Gestione ProdTrelv - Prodotto Dovra riconosciuto
 Gestione ProdTrelv - Verifica del valore del file: S:\Lumo\prg\etc\dvrel
 Gestione ProdTrelv - Release rilevata: 11.20.00
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Creazione path avvenuta correttamente:S:\Lumo\prg\tempterm
 Gestione ProdTrelv - Esecuzione comando: "S:\Lumo\prg\com\setup\aggdovra\nerio\server.exe -S"
 Gestione ProdTrelv - esecuzione effettuata: Tipo=Setup - Oggetto=Server - Comando=S:\Lumo\prg\com\setup\aggdovra\nerio\server.exe -S
 Cancellazione file: S:\Lumo\prg\tempterm\agdv.lck effettuata con successo
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Esecuzione comando: "S:\Lumo\prg\com\setup\aggdovra\nerio\client.exe -S"
 Gestione ProdTrelv - esecuzione effettuata: Tipo=Setup - Oggetto=Client - Comando=S:\Lumo\prg\com\setup\aggdovra\nerio\client.exe -S
 Cancellazione file: C:\Lumo\Clientagdv.lck effettuata con successo
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Esecuzione comando: "S:\Lumo\prg\com\setup\aggdovra\luda\server.exe -S"
 Gestione ProdTrelv - esecuzione effettuata: Tipo=Setup - Oggetto=Server - Comando=S:\Lumo\prg\com\setup\aggdovra\luda\server.exe -S
 Cancellazione file: S:\Lumo\prg\tempterm\agdv.lck effettuata con successo
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Esecuzione comando: "S:\Lumo\prg\com\setup\aggdovra\luda\client.exe -S"
 Gestione ProdTrelv - esecuzione effettuata: Tipo=Setup - Oggetto=Client - Comando=S:\Lumo\prg\com\setup\aggdovra\luda\client.exe -S
 Cancellazione file: C:\Lumo\Clientagdv.lck effettuata con successo
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Esecuzione comando: "S:\Lumo\prg\com\setup\aggdovra\zb\server.exe -S"
 Gestione ProdTrelv - esecuzione effettuata: Tipo=Setup - Oggetto=Server - Comando=S:\Lumo\prg\com\setup\aggdovra\zb\server.exe -S
 Cancellazione file: S:\Lumo\prg\tempterm\agdv.lck effettuata con successo
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Esecuzione comando: "S:\Lumo\prg\com\setup\aggdovra\zb\client.exe -S"
 Gestione ProdTrelv - esecuzione effettuata: Tipo=Setup - Oggetto=Client - Comando=S:\Lumo\prg\com\setup\aggdovra\zb\client.exe -S
 Cancellazione file: C:\Lumo\Clientagdv.lck effettuata con successo
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Esecuzione comando: "S:\Lumo\prg\com\setup\aggdovra\q2\server.exe -S"
 Gestione ProdTrelv - esecuzione effettuata: Tipo=Setup - Oggetto=Server - Comando=S:\Lumo\prg\com\setup\aggdovra\q2\server.exe -S
 Cancellazione file: S:\Lumo\prg\tempterm\agdv.lck effettuata con successo
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Esecuzione comando: "S:\Lumo\prg\com\setup\aggdovra\q2\client.exe -S"
 Gestione ProdTrelv - esecuzione effettuata: Tipo=Setup - Oggetto=Client - Comando=S:\Lumo\prg\com\setup\aggdovra\q2\client.exe -S
 Cancellazione file: C:\Lumo\Clientagdv.lck effettuata con successo
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Esecuzione comando: "S:\Lumo\prg\com\setup\aggdovra\zm\server.exe -S"
 Gestione ProdTrelv - esecuzione effettuata: Tipo=Setup - Oggetto=Server - Comando=S:\Lumo\prg\com\setup\aggdovra\zm\server.exe -S
 Cancellazione file: S:\Lumo\prg\tempterm\agdv.lck effettuata con successo
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Esecuzione comando: "S:\Lumo\prg\com\setup\aggdovra\zm\client.exe -S"
 Gestione ProdTrelv - esecuzione effettuata: Tipo=Setup - Oggetto=Client - Comando=S:\Lumo\prg\com\setup\aggdovra\zm\client.exe -S
 Cancellazione file: C:\Lumo\Clientagdv.lck effettuata con successo
@@ -246,11 +246,11 @@ Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia 
 Gestione ProdTrelv - Inizio Gestione anomalia Luda
 Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Luda
 Gestione ProdTrelv - Gestione specifica per Dovra pre 11.0 (UNDICIZERO)
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "s:\lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "s:\lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Esecuzione comando: "s:\lumo\prg\com\setup\aggdovra\nerio\update.exe -S"
 Gestione ProdTrelv - esecuzione effettuata: Tipo=Update - Oggetto=Server - Comando=s:\lumo\prg\com\setup\aggdovra\nerio\update.exe -S
 Cancellazione file: s:\lumo\prg\tempterm\agdv.lck effettuata con successo
-Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "s:\lumo\prg\com\setup\aggdovra\"
+Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "s:\lumo\prg\com\setup\aggdovra"
 Gestione ProdTrelv - Lato Client la versione: 03.20.30.00 è minore o uguale a quella corrente: 03.20.30.00
 Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari
 Gestione ProdTrelv - Esecuzione di: S:\Lumo\mv\nerio\nerio.exe 

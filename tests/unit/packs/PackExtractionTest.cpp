@@ -94,7 +94,7 @@ TEST_F(PackExtraction, AZipPackIsOpenedRemovedAndCopied) {
   EXPECT_THAT(
       lines(),
       ElementsAre(
-          R"(Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra\")",
+          R"(Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra")",
           R"(Gestione ProdTrelv - Apertura pacco zip con comando: "C:\Lumo\Programmi\7z.exe" x -y -o"C:\Users\mario\Temp" "S:\Lumo\prg\com\setup\aggdovra\a.zip")",
           R"(Gestione ProdTrelv - Rimozione pacco zip: S:\Lumo\prg\com\setup\aggdovra\a.zip)",
           R"(Cancellazione file: S:\Lumo\prg\com\setup\aggdovra\a.zip effettuata con successo)",
@@ -114,7 +114,7 @@ TEST_F(PackExtraction, AFolderWithoutPacksIsListedOnceAndToldInOneLine) {
   machine_.putFile(inSetup("agdvcomp.ini"), "x");
   EXPECT_TRUE(scan());
   EXPECT_THAT(lines(), ElementsAre("Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in "
-                                   "cartella: \"S:\\Lumo\\prg\\com\\setup\\aggdovra\\\""));
+                                   "cartella: \"S:\\Lumo\\prg\\com\\setup\\aggdovra\""));
   EXPECT_EQ(machine_.openings("S:\\").lists, 1U);
   EXPECT_EQ(machine_.openings("S:\\").files(), 0U);
   EXPECT_EQ(machine_.openings("S:\\").looks, 0U);
@@ -255,7 +255,7 @@ TEST_F(PackExtraction, WithoutATemporaryFolderNothingIsDone) {
   EXPECT_THAT(
       lines(),
       ElementsAre("Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "
-                  "\"S:\\Lumo\\prg\\com\\setup\\aggdovra\\\"",
+                  "\"S:\\Lumo\\prg\\com\\setup\\aggdovra\"",
                   "Gestione ProdTrelv - Cartella temporanea non disponibile: nessun pacco viene "
                   "aperto"));
   EXPECT_TRUE(machine_.fileExists(inSetup("a.zip")));
@@ -674,7 +674,7 @@ TEST_F(GzPacks, OnePackIsDecodedAndItsZipPacksOpened) {
   EXPECT_TRUE(machine_.started()[0].waited);
   EXPECT_EQ(lines()[0],
             "Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "
-            "\"C:\\Users\\mario\\Temp\\prg\\com\\setup\\aggdovra\\\"");
+            "\"C:\\Users\\mario\\Temp\\prg\\com\\setup\\aggdovra\"");
   EXPECT_EQ(lines()[2], "Gestione ProdTrelv - Rimozione pacco zip: " + inner);
   EXPECT_EQ(machine_.fileText(inTarget("a.ini")), "a");
   EXPECT_FALSE(machine_.folderExists("C:\\Users\\mario\\Temp\\prg"));
@@ -751,7 +751,7 @@ TEST_F(GzPacks, ADecoderThatCannotBeStartedIsReported) {
                           "\"D:\\p\\nerio.gz\" \"C:\\Users\\mario\\Temp\""));
   EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in "
                                 "cartella: \"C:\\Users\\mario\\Temp\\prg\\com\\setup\\"
-                                "aggdovra\\\""));
+                                "aggdovra\""));
 }
 
 TEST_F(GzPacks, WithoutATemporaryFolderNothingIsDecoded) {
