@@ -405,6 +405,10 @@ void SimSystem::connectDrive(const std::string& drive, const std::string& share)
       {"\\Device\\LanmanRedirector\\;" + drive + "000000000000a1b2" + share.substr(1)}};
 }
 
+void SimSystem::setDriveType(const std::string& drive, std::uint32_t type) {
+  drives_[upperCase(drive)].type = type;
+}
+
 void SimSystem::removeDrive(const std::string& drive) { drives_.erase(upperCase(drive)); }
 
 void SimSystem::setDevices(const std::string& drive, const std::vector<std::string>& devices) {

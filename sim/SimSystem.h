@@ -147,6 +147,9 @@ class SimSystem : public machine::SystemFacts {
   void addLocalDrive(const std::string& drive);
   /// A network drive that is connected to a share ("\\server\share").
   void connectDrive(const std::string& drive, const std::string& share);
+  /// Makes a drive one of another kind, any number that the system knows (2 removable, 5 a disc, 6
+  /// in memory); its names stay.
+  void setDriveType(const std::string& drive, std::uint32_t type);
   void removeDrive(const std::string& drive);
   /// The names of a network drive cannot be had: asking for its share, or for its devices too,
   /// answers this code (0 = it works).

@@ -35,6 +35,21 @@ TEST_F(ServerPath, OnALocalDriveIsNotRemote) {
   EXPECT_THAT(program_.sim.calls(), ElementsAre("system.driveType c:\\"));
 }
 
+TEST_F(ServerPath, OnAnyDriveThatIsNoNetworkDriveIsNotRemote) {
+  constexpr std::uint32_t kUnknown = 0;
+  constexpr std::uint32_t kRemovable = 2;
+  constexpr std::uint32_t kDisc = 5;
+  constexpr std::uint32_t kInMemory = 6;
+  for (const std::uint32_t type : {kUnknown, kRemovable, kDisc, kInMemory}) {
+    system().connectDrive("S:", "\\\\SRV\\Dati");
+    system().setDriveType("S:", type);
+    program_.sim.callLog().clear();
+    EXPECT_FALSE(remote("S:\\Lumo")) << type;
+    EXPECT_EQ(path_, "S:\\Lumo");
+    EXPECT_THAT(program_.sim.calls(), ElementsAre("system.driveType S:\\"));
+  }
+}
+
 TEST_F(ServerPath, OnADriveThatIsNotThereIsNotRemote) { EXPECT_FALSE(remote("Q:\\Lumo")); }
 
 TEST_F(ServerPath, OnADriveConnectedToThisComputerIsNotRemote) {
@@ -55,6 +70,29 @@ TEST_F(ServerPath, OfAShareIsComparedWithoutCase) {
   EXPECT_FALSE(remote("\\\\stazione\\dati\\Lumo"));
   EXPECT_TRUE(remote("\\\\srv\\dati\\Lumo"));
   EXPECT_EQ(path_, "\\\\srv\\dati\\Lumo");
+}
+
+TEST_F(ServerPath, OfThisComputerIsLocalUnderEachSpellingOfItsName) {
+  for (const char* const path : {"\\\\STAZIONE\\Dati", "\\\\stazione\\Dati\\Lumo",
+                                 "\\\\StAzIoNe\\c$\\Lumo", "\\\\?\\UNC\\Stazione\\Dati\\Lumo"}) {
+    EXPECT_FALSE(remote(path)) << path;
+    EXPECT_EQ(path_, path);
+  }
+}
+
+TEST_F(ServerPath, OfThisComputerByAnotherNameCountsAsRemote) {
+  for (const char* const path : {"\\\\localhost\\Dati", "\\\\127.0.0.1\\Dati",
+                                 "\\\\stazione.studio.local\\Dati", "//stazione/Dati"}) {
+    EXPECT_TRUE(remote(path)) << path;
+  }
+}
+
+TEST_F(ServerPath, OfAComputerWithAnAccentIsComparedWithoutCase) {
+  system().setComputerName("STUDIO-È");
+  EXPECT_FALSE(remote("\\\\studio-è\\Dati"));
+  system().setComputerName("studio-è");
+  EXPECT_FALSE(remote("\\\\STUDIO-È\\Dati"));
+  EXPECT_TRUE(remote("\\\\studio-e\\Dati"));
 }
 
 TEST_F(ServerPath, OfAComputerWhoseNameOnlyBeginsAlikeIsRemote) {

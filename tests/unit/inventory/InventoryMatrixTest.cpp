@@ -1,5 +1,6 @@
-// Every product in every state, installed wherever a path may lead: record, mode and the whole
-// report. What is expected stands in the tables and texts of this file alone.
+// Every product in every state, installed wherever a path may lead: record, mode, the whole report
+// and the whole log. What is expected stands in the tables and texts of this file; nothing of it is
+// worked out from what was found.
 
 #include <gtest/gtest.h>
 
@@ -14,23 +15,22 @@ namespace {
 
 using machine::Hive;
 
-/// Where a server installation lies.
+/// Where an installation lies.
 struct Place {
   const char* name;
   const char* root;
   /// Share that the drive S: is connected to; empty: S: is a local drive.
   const char* share;
-  bool otherMachine;
 };
 
 constexpr std::array kPlaces{
-    Place{"local drive", "S:\\Lumo", "", false},
-    Place{"drive connected to this computer", "S:\\Lumo", "\\\\Stazione\\Dati", false},
-    Place{"drive connected to another computer", "S:\\Lumo", "\\\\SRV\\Dati", true},
-    Place{"share of this computer", "\\\\STAZIONE\\Dati\\Lumo", "", false},
-    Place{"share of another computer", "\\\\SRV\\Dati\\Lumo", "", true}};
+    Place{"local drive", "S:\\Lumo", ""},
+    Place{"drive connected to this computer", "S:\\Lumo", "\\\\Stazione\\Dati"},
+    Place{"drive connected to another computer", "S:\\Lumo", "\\\\SRV\\Dati"},
+    Place{"share of this computer", "\\\\STAZIONE\\Dati\\Lumo", ""},
+    Place{"share of another computer", "\\\\SRV\\Dati\\Lumo", ""}};
 
-/// What a case expects, besides the lines that tell the mode.
+/// What a case expects, besides the lines that tell the mode. `log` are the lines of the check.
 struct Expected {
   std::int32_t code = 0;
   const char* name = "";
@@ -41,6 +41,7 @@ struct Expected {
   std::string serverFolder;
   std::string clientFolder;
   std::vector<std::string> report;
+  std::vector<std::string> log;
 };
 
 class World {
@@ -57,7 +58,8 @@ class World {
 
   sim::SimMachine& machine() { return program_.sim; }
   FakeProgram& program() { return program_; }
-  std::string server(const std::string& below) const { return place_.root + below; }
+  /// A path below the place.
+  std::string at(const std::string& below) const { return place_.root + below; }
   void ini(const std::string& file, const char* section, const char* key,
            const std::string& value) {
     machine().setIniValue(file, section, key, value);
@@ -71,9 +73,12 @@ class World {
   FakeProgram program_;
 };
 
-/// One product in one state: builds the world and says what is expected.
+/// One product in one state: the mode in each of the places, the world and what is expected there.
 struct Case {
   const char* name;
+  /// A letter for each of kPlaces: c on its own by its client, s on its own by its server,
+  /// i integrated, - not installed.
+  const char* modes;
   Expected (*build)(World&);
 };
 
@@ -86,8 +91,13 @@ std::string banner(const char* word) {
 
 constexpr const char* kComponentKey = "Software\\Classes\\ClsID\\{9C1D}\\InprocServer32";
 
-Expected nerio(std::vector<std::string> report) {
-  return {10, "NERIO", Operation::Update, Side::Server, "", "", "", "", std::move(report)};
+constexpr const char* kNoLocalIni = "Gestione ProdTrelv - File Ini Nerio locale non presente";
+constexpr const char* kComponentsAsked =
+    "Gestione ProdTrelv - Determino path Server di Nerio da componenti registrate";
+
+Expected nerio(std::vector<std::string> report, std::vector<std::string> log = {kComponentsAsked}) {
+  return {10, "NERIO", Operation::Update, Side::Server,  "", "",
+          "", "",      std::move(report), std::move(log)};
 }
 
 void nerioLocal(World& world, const std::string& home, const std::string& version) {
@@ -96,41 +106,43 @@ void nerioLocal(World& world, const std::string& home, const std::string& versio
 }
 
 std::string nerioServer(World& world, const std::string& version) {
-  world.value(kComponentKey, "", world.server("\\mv\\nerio\\setup\\korvatgestionepratiche.ocx"));
+  world.value(kComponentKey, "", world.at("\\mv\\nerio\\setup\\korvatgestionepratiche.ocx"));
   if (!version.empty()) {
-    world.ini(world.server("\\mv\\nerio\\nerio.ini"), "NERIO", "Versione", version);
+    world.ini(world.at("\\mv\\nerio\\nerio.ini"), "NERIO", "Versione", version);
   }
-  return lowerCase(world.server("\\mv\\nerio"));
+  return lowerCase(world.at("\\mv\\nerio"));
 }
 
 const std::array kNerio{
-    Case{"Nerio, absent",
+    Case{"Nerio, absent", "-----",
          [](World&) {
            Expected e = nerio({banner("NERIO"), "File Nerio.ini locale ASSENTE",
-                               "Verifica componenti registrate", "Nessuna componente registrata"});
+                               "Verifica componenti registrate", "Nessuna componente registrata"},
+                              {kNoLocalIni, kComponentsAsked});
            e.kind = Operation::Setup;
            return e;
          }},
-    Case{"Nerio, client only",
+    Case{"Nerio, client only", "ccccc",
          [](World& world) {
-           nerioLocal(world, "C:\\Nerio", "03.20");
+           nerioLocal(world, world.at("\\Nerio"), "03.20");
            Expected e = nerio({banner("NERIO"), "File Nerio.ini locale PRESENTE",
                                "Verifica componenti registrate", "Nessuna componente registrata"});
            e.clientVersion = "03.20";
-           e.clientFolder = "C:\\Nerio";
+           e.clientFolder = world.at("\\Nerio");
            return e;
          }},
-    Case{"Nerio, server only",
+    Case{"Nerio, server only", "ss-s-",
          [](World& world) {
            const std::string folder = nerioServer(world, "03.30");
            Expected e = nerio(
                {banner("NERIO"), "File Nerio.ini locale ASSENTE", "Verifica componenti registrate",
-                "Componenti registrate in " + folder, "File nerio.ini presente in " + folder});
+                "Componenti registrate in " + folder, "File nerio.ini presente in " + folder},
+               {kNoLocalIni, kComponentsAsked});
            e.serverVersion = "03.30";
            e.serverFolder = folder;
            return e;
          }},
-    Case{"Nerio, both sides",
+    Case{"Nerio, both sides", "ccccc",
          [](World& world) {
            nerioLocal(world, "C:\\Nerio", "03.20");
            const std::string folder = nerioServer(world, "03.30");
@@ -143,7 +155,7 @@ const std::array kNerio{
            e.clientFolder = "C:\\Nerio";
            return e;
          }},
-    Case{"Nerio, integrated",
+    Case{"Nerio, integrated", "ssisi",
          [](World& world) {
            world.ini("nerio.ini", "NERIO", "Versione", "03.20");
            const std::string folder = nerioServer(world, "03.20");
@@ -155,7 +167,7 @@ const std::array kNerio{
            e.serverFolder = folder;
            return e;
          }},
-    Case{"Nerio, standalone",
+    Case{"Nerio, standalone", "ccccc",
          [](World& world) {
            nerioLocal(world, "C:\\Nerio", "03.20");
            world.value(kComponentKey, "", "C:\\Nerio\\setup\\korvatgestionepratiche.ocx");
@@ -169,11 +181,12 @@ const std::array kNerio{
            e.clientFolder = "C:\\Nerio";
            return e;
          }},
-    Case{"Nerio, remains", [](World& world) {
+    Case{"Nerio, remains", "ss-s-", [](World& world) {
            const std::string folder = nerioServer(world, "");
            Expected e = nerio(
                {banner("NERIO"), "File Nerio.ini locale ASSENTE", "Verifica componenti registrate",
-                "Componenti registrate in " + folder, "File nerio.ini assente in " + folder});
+                "Componenti registrate in " + folder, "File nerio.ini assente in " + folder},
+               {kNoLocalIni, kComponentsAsked});
            e.kind = Operation::Setup;
            e.serverFolder = folder;
            return e;
@@ -191,7 +204,8 @@ Expected luda(const std::string& version, const std::string& folder) {
       version,
       folder,
       folder,
-      {banner("LUDA"), version.empty() ? "File ini locale ASSENTE" : "File ini locale PRESENTE"}};
+      {banner("LUDA"), version.empty() ? "File ini locale ASSENTE" : "File ini locale PRESENTE"},
+      {}};
 }
 
 Expected ludaIn(World& world, const std::string& folder) {
@@ -202,29 +216,30 @@ Expected ludaIn(World& world, const std::string& folder) {
   return luda("7.10.3.4", folder);
 }
 
-const std::array kLuda{
-    Case{"Luda, absent", [](World&) { return luda("", ""); }},
-    Case{"Luda, client only", [](World& world) { return ludaIn(world, "C:\\Luda"); }},
-    Case{"Luda, server only",
-         [](World& world) { return ludaIn(world, world.server("\\mv\\luda2003")); }},
-    Case{"Luda, both sides",
-         [](World& world) {
-           // No program with a version: that of the ini file counts.
-           const std::string folder = world.server("\\mv\\luda2003");
-           world.ini("luda.ini", "PathNames", "HomeDir", folder);
-           world.ini("luda.ini", "LUDA", "Versione", "07.09");
-           return luda("07.09", folder);
-         }},
-    Case{"Luda, integrated",
-         [](World& world) {
-           world.ini("luda.ini", "LUDA", "Versione", "07.10");
-           return luda("07.10", "");
-         }},
-    Case{"Luda, standalone", [](World& world) { return ludaIn(world, "C:\\Programmi\\Luda"); }},
-    Case{"Luda, remains", [](World& world) {
-           world.ini("luda.ini", "PathNames", "HomeDir", "C:\\Luda");
-           return luda("", "C:\\Luda");
-         }}};
+const std::array kLuda{Case{"Luda, absent", "-----", [](World&) { return luda("", ""); }},
+                       Case{"Luda, client only", "ccccc",
+                            [](World& world) { return ludaIn(world, world.at("\\Luda")); }},
+                       Case{"Luda, server only", "ccccc",
+                            [](World& world) { return ludaIn(world, world.at("\\mv\\luda2003")); }},
+                       Case{"Luda, both sides", "ccccc",
+                            [](World& world) {
+                              // No program with a version: that of the ini file counts.
+                              const std::string folder = world.at("\\mv\\luda2003");
+                              world.ini("luda.ini", "PathNames", "HomeDir", folder);
+                              world.ini("luda.ini", "LUDA", "Versione", "07.09");
+                              return luda("07.09", folder);
+                            }},
+                       Case{"Luda, integrated", "iiiii",
+                            [](World& world) {
+                              world.ini("luda.ini", "LUDA", "Versione", "07.10");
+                              return luda("07.10", "");
+                            }},
+                       Case{"Luda, standalone", "ccccc",
+                            [](World& world) { return ludaIn(world, "C:\\Programmi\\Luda"); }},
+                       Case{"Luda, remains", "ccccc", [](World& world) {
+                              world.ini("luda.ini", "PathNames", "HomeDir", "C:\\Luda");
+                              return luda("", "C:\\Luda");
+                            }}};
 
 // --- Bilancio and Tarsena2
 
@@ -258,11 +273,11 @@ constexpr Names kTarsena2{40,
 
 enum class Half { None, PathOnly, Whole };
 
-/// The twins in a state of each side; the server's root given, the client's is C:\Client.
+/// The twins in a state of each side, below the roots of server and client.
 template <const Names& N>
 Expected twin(World& world, const std::string& root, Half server, Half client, Operation kind,
-              Side side) {
-  Expected e{N.code, N.name, kind, side, "", "", "", "", {}};
+              Side side, const std::string& clientRoot = "C:\\Client") {
+  Expected e{N.code, N.name, kind, side, "", "", "", "", {}, {}};
   std::vector<std::string>& r = e.report;
   r = {banner(N.word), "Lettura informazioni installazioni server"};
   if (server == Half::None) {
@@ -286,52 +301,52 @@ Expected twin(World& world, const std::string& root, Half server, Half client, O
     r.push_back(read + "senza successo.");
     return e;
   }
-  world.value("SOFTWARE\\LUMO\\Programmi", "PathLocale", "C:\\Client");
-  r.push_back(read + "con successo. Risultato: C:\\Client");
-  r.push_back("Lettura ini Client: C:\\Client" + std::string(N.ini));
+  world.value("SOFTWARE\\LUMO\\Programmi", "PathLocale", clientRoot);
+  r.push_back(read + "con successo. Risultato: " + clientRoot);
+  r.push_back("Lettura ini Client: " + clientRoot + N.ini);
   r.push_back(client == Half::Whole ? "Ini Client PRESENTE" : "Ini Client ASSENTE");
   if (client == Half::Whole) {
-    world.ini("C:\\Client" + std::string(N.ini), "AMBIENTE", "VRINST", "09.92");
+    world.ini(clientRoot + N.ini, "AMBIENTE", "VRINST", "09.92");
     e.clientVersion = "09.92";
-    e.clientFolder = "C:\\Client" + std::string(N.folder);
+    e.clientFolder = clientRoot + N.folder;
   }
   return e;
 }
 
 template <const Names& N>
 std::array<Case, 7> twinCases() {
-  return {Case{"twin, absent",
+  return {Case{"twin, absent", "-----",
                [](World& world) {
                  return twin<N>(world, "", Half::None, Half::None, Operation::Setup,
                                 Side::ClientServer);
                }},
-          Case{"twin, client only",
+          Case{"twin, client only", "ccccc",
                [](World& world) {
-                 return twin<N>(world, "", Half::None, Half::Whole, Operation::Update,
-                                Side::Client);
+                 return twin<N>(world, "", Half::None, Half::Whole, Operation::Update, Side::Client,
+                                world.at(""));
                }},
-          Case{"twin, server only",
+          Case{"twin, server only", "ss-s-",
                [](World& world) {
-                 return twin<N>(world, world.server(""), Half::Whole, Half::None, Operation::Update,
+                 return twin<N>(world, world.at(""), Half::Whole, Half::None, Operation::Update,
                                 Side::Server);
                }},
-          Case{"twin, both sides",
+          Case{"twin, both sides", "ccccc",
                [](World& world) {
-                 return twin<N>(world, world.server(""), Half::Whole, Half::Whole,
-                                Operation::Update, Side::ClientServer);
+                 return twin<N>(world, world.at(""), Half::Whole, Half::Whole, Operation::Update,
+                                Side::ClientServer);
                }},
-          Case{"twin, integrated",
+          Case{"twin, integrated", "ss-s-",
                [](World& world) {
-                 return twin<N>(world, world.server(""), Half::Whole, Half::PathOnly,
-                                Operation::Update, Side::Server);
+                 return twin<N>(world, world.at(""), Half::Whole, Half::PathOnly, Operation::Update,
+                                Side::Server);
                }},
-          Case{"twin, standalone",
+          Case{"twin, standalone", "sssss",
                [](World& world) {
                  return twin<N>(world, "C:\\Client", Half::Whole, Half::None, Operation::Update,
                                 Side::Server);
                }},
-          Case{"twin, remains", [](World& world) {
-                 return twin<N>(world, world.server(""), Half::PathOnly, Half::PathOnly,
+          Case{"twin, remains", "-----", [](World& world) {
+                 return twin<N>(world, world.at(""), Half::PathOnly, Half::PathOnly,
                                 Operation::Update, Side::Server);
                }}};
 }
@@ -343,7 +358,17 @@ constexpr const char* kModelsKey =
 
 Expected models(Operation kind, const std::string& version, const std::string& folder,
                 std::vector<std::string> report) {
-  return {50, "ZM", kind, Side::Server, version, version, folder, folder, std::move(report)};
+  return {50,
+          "ZM",
+          kind,
+          Side::Server,
+          version,
+          version,
+          folder,
+          folder,
+          std::move(report),
+          {"Gestione ProdTrelv - Verifica integrazione con Dovra SP",
+           "Gestione ProdTrelv - Integrazione Dovra SP non rilevata"}};
 }
 
 std::vector<std::string> modelsRead(std::vector<std::string> more) {
@@ -366,7 +391,7 @@ Expected modelsIn(World& world, const std::string& folder) {
 }
 
 const std::array kZeltomodelli{
-    Case{"Zeltomodelli, absent",
+    Case{"Zeltomodelli, absent", "-----",
          [](World&) {
            return models(
                Operation::Setup, "", "",
@@ -375,27 +400,37 @@ const std::array kZeltomodelli{
                 "Lettura in HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\App "
                 "Paths\\ZeltoMod.exe della chiave 'Path' eseguita senza successo"});
          }},
-    Case{"Zeltomodelli, client only", [](World& world) { return modelsIn(world, "C:\\Modelli"); }},
-    Case{"Zeltomodelli, server only",
-         [](World& world) { return modelsIn(world, world.server("\\mv\\ZM")); }},
-    Case{"Zeltomodelli, both sides",
+    Case{"Zeltomodelli, client only", "ccccc",
+         [](World& world) { return modelsIn(world, world.at("\\Modelli")); }},
+    Case{"Zeltomodelli, server only", "ccccc",
+         [](World& world) { return modelsIn(world, world.at("\\mv\\ZM")); }},
+    Case{"Zeltomodelli, both sides", "ccccc",
          [](World& world) {
            world.machine().putFile("C:\\ZM\\vers.ini", "06.00\r\n");
-           return modelsIn(world, world.server("\\mv\\ZM"));
+           return modelsIn(world, world.at("\\mv\\ZM"));
          }},
     Case{
-        "Zeltomodelli, integrated",
+        "Zeltomodelli, integrated", "ccccc",
         [](World& world) {
           world.machine().configuration().put("SYSTEM", "Complementary_Products", "Integration",
                                               "Path", "S:\\Lumo");
-          const std::string folder = world.server("\\mv\\ZM");
+          const std::string folder = world.at("\\mv\\ZM");
           Expected e = modelsIn(world, folder);
           e.report = {"File Ini PRESENTE", "Lettura informazioni da file " + folder + "\\vers.ini"};
+          e.log[1] = "Gestione ProdTrelv - Integrazione Dovra SP rilevata con: S:\\Lumo";
           return e;
         }},
-    Case{"Zeltomodelli, standalone",
+    Case{"Zeltomodelli, standalone", "ccccc",
          [](World& world) { return modelsIn(world, "C:\\ZM\\modelli"); }},
-    Case{"Zeltomodelli, remains", [](World& world) {
+    Case{"Zeltomodelli, models folder left behind", "ccccc",
+         [](World& world) {
+           world.value(kModelsKey, "Path", "C:\\ZM");
+           world.ini("zeltomodelli.ini", "Parametri", "PathModelli", world.at("\\mv\\ZM"));
+           return models(Operation::Setup, "", world.at("\\mv\\ZM"),
+                         modelsRead({"File Ini PRESENTE", "Lettura informazioni da file " +
+                                                              world.at("\\mv\\ZM\\vers.ini")}));
+         }},
+    Case{"Zeltomodelli, remains", "-----", [](World& world) {
            world.value(kModelsKey, "Path", "C:\\ZM");
            return models(Operation::Setup, "", "",
                          modelsRead({"File Ini Zeltomodelli.INI ASSENTE"}));
@@ -403,46 +438,41 @@ const std::array kZeltomodelli{
 
 // --- Playing a case
 
-/// Does a folder that a case names lie on this machine?
-bool liesHere(const std::string& folder, const Place& place) {
-  return folder.substr(0, 2) == "C:" || folder.substr(0, 2) == "c:" || !place.otherMachine;
-}
-
-/// The lines of the log and of the report that tell the mode.
+/// The lines of the log and of the report that tell the mode of a product.
 struct Mode {
   bool standalone = false;
   std::vector<std::string> log;
   std::string report;
 };
 
-Mode modeOf(const Expected& e, const Place& place) {
-  const std::string name = e.name;
-  const std::string product = "Rilevata la presenza del prodotto " + name +
-                              " installato in modalità Standard. Rilevata presenza componenti ";
+Mode modeLines(char mode, const std::string& name, bool serverFolderKnown) {
   const std::string standalone = "Gestione ProdTrelv - " + name + " è in modalità standalone";
-  if (!e.clientFolder.empty()) {
+  const std::string present = "Rilevata la presenza del prodotto " + name +
+                              " installato in modalità Standard. Rilevata presenza componenti ";
+  const std::string asked =
+      "Gestione ProdTrelv - Controllo cartella installazione server di " + name;
+  std::vector<std::string> log;
+  if (mode == 'c') {
     return {true,
             {"Gestione ProdTrelv - Esiste il file ini locale di " + name, standalone},
-            product + "client"};
+            present + "client"};
   }
-  Mode mode;
-  if (!e.serverFolder.empty()) {
-    mode.log.push_back("Gestione ProdTrelv - Controllo cartella installazione server di " + name);
-    if (liesHere(e.serverFolder, place)) {
-      mode.log.push_back(
-          "Gestione ProdTrelv - Il path del server è una unità connessa sulla macchina " + name);
-      mode.log.push_back(standalone);
-      return {true, mode.log, product + "server"};
-    }
+  if (mode == 's') {
+    return {true,
+            {asked,
+             "Gestione ProdTrelv - Il path del server è una unità connessa sulla macchina " + name,
+             standalone},
+            present + "server"};
   }
-  if (!e.serverVersion.empty() && !e.clientVersion.empty()) {
-    mode.log.push_back("Gestione ProdTrelv - " + name + " NON è in modalità standalone");
-    mode.report = "Il prodotto " + name + " installato in modalità integrata.";
-  } else {
-    mode.log.push_back("Gestione ProdTrelv - " + name + " NON è installato");
-    mode.report = "Il prodotto " + name + " non è installato.";
+  if (serverFolderKnown) {
+    log.push_back(asked);
   }
-  return mode;
+  if (mode == 'i') {
+    log.push_back("Gestione ProdTrelv - " + name + " NON è in modalità standalone");
+    return {false, log, "Il prodotto " + name + " installato in modalità integrata."};
+  }
+  log.push_back("Gestione ProdTrelv - " + name + " NON è installato");
+  return {false, log, "Il prodotto " + name + " non è installato."};
 }
 
 void expectRecord(const ProductInformation& found, const Expected& e) {
@@ -456,30 +486,29 @@ void expectRecord(const ProductInformation& found, const Expected& e) {
   EXPECT_EQ(found.clientFolder, e.clientFolder);
 }
 
-void expectLastLines(const std::vector<std::string>& lines, const std::vector<std::string>& last) {
-  ASSERT_GE(lines.size(), last.size());
-  EXPECT_EQ(
-      std::vector<std::string>(lines.end() - static_cast<std::ptrdiff_t>(last.size()), lines.end()),
-      last);
+void playIn(std::size_t place, const Case& one) {
+  SCOPED_TRACE(std::string(one.name) + ", " + kPlaces.at(place).name);
+  World world(kPlaces.at(place));
+  Expected e = one.build(world);
+  const Mode mode = modeLines(one.modes[place], e.name, !e.serverFolder.empty());
+  e.report.push_back(mode.report);
+  e.log.insert(e.log.begin(),
+               "Gestione ProdTrelv - Verifica modalità installazione " + std::string(e.name));
+  e.log.insert(e.log.end(), mode.log.begin(), mode.log.end());
+  std::int32_t code = e.code;
+  EXPECT_EQ(modProdTrelvInfo::VerifyInstallationMode(world.program(), code), mode.standalone);
+  expectRecord(world.program().state.inventory.product, e);
+  EXPECT_EQ(reportLines(world.machine()), e.report);
+  EXPECT_EQ(world.program().lines(), e.log);
+  EXPECT_TRUE(world.program().reports().empty());
 }
 
 template <class Cases>
 void play(const Cases& cases) {
-  for (const Place& place : kPlaces) {
-    for (const Case& one : cases) {
-      SCOPED_TRACE(std::string(one.name) + ", " + place.name);
-      World world(place);
-      Expected e = one.build(world);
-      const Mode mode = modeOf(e, place);
-      e.report.push_back(mode.report);
-      std::int32_t code = e.code;
-      EXPECT_EQ(modProdTrelvInfo::VerifyInstallationMode(world.program(), code), mode.standalone);
-      expectRecord(world.program().state.inventory.product, e);
-      EXPECT_EQ(reportLines(world.machine()), e.report);
-      EXPECT_EQ(world.program().lines()[0],
-                "Gestione ProdTrelv - Verifica modalità installazione " + std::string(e.name));
-      expectLastLines(world.program().lines(), mode.log);
-      EXPECT_TRUE(world.program().reports().empty());
+  for (const Case& one : cases) {
+    ASSERT_EQ(std::string(one.modes).size(), kPlaces.size());
+    for (std::size_t place = 0; place < kPlaces.size(); ++place) {
+      playIn(place, one);
     }
   }
 }
