@@ -49,6 +49,8 @@ class Removal {
 };
 
 void Removal::run() {
+  // The form may have stood open for hours while other workstations wrote these files.
+  program_.configurationFiles.forget();
   const std::string sideName = modProdTrelvLibrary::ConvertClientServerToString(side_);
   configuration_ = hostPaths::productConfiguration(
       paths_.server, modProdTrelvLibrary::GetCatalogueProductConf(

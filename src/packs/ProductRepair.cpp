@@ -74,6 +74,8 @@ bool RepairProduct(Program& program, const std::string& serverPath,
   bool anyStarted = false;
   trap(
       [&]() -> void {
+        // As for a removal: what was read when the version was shown may be hours old.
+        program.configurationFiles.forget();
         const std::string configuration = configurationOf(program, serverPath, productId);
         const std::string sideName = modProdTrelvLibrary::ConvertClientServerToString(side);
         for (int index = 1; index <= kMostCommands; ++index) {

@@ -170,11 +170,13 @@ TEST_F(MaintenanceForm, SaysThatARecordCannotBeRead) {
 }
 
 TEST_F(MaintenanceForm, RecordThatIsMissingHasNoVersion) {
-  installation_.share().removeTree(tests::Installation::kServerRecord);
-  show([](sim::SimFormWindow& form) {
-    chooseZb(form);
-    EXPECT_EQ("nessuna versione registrata", form.text("lblServerVersion"));
-  });
+  for (const char* const missing : {tests::Installation::kServerRecord, "S:\\Lumo\\prg\\etc"}) {
+    installation_.share().removeTree(missing);
+    show([missing](sim::SimFormWindow& form) {
+      chooseZb(form);
+      EXPECT_EQ("nessuna versione registrata", form.text("lblServerVersion")) << missing;
+    });
+  }
 }
 
 TEST_F(MaintenanceForm, ReadsTheRecordsAnewForEachProduct) {
@@ -304,6 +306,7 @@ TEST_F(MaintenanceForm, ExitAndCloseBoxClose) {
 
 TEST_F(MaintenanceForm, RemovalWithoutProductIsTooEarly) {
   show([](sim::SimFormWindow& form) {
+    form.setFocus("btnRemove");
     form.click("btnRemove");
     EXPECT_EQ("cmbProduct", form.focus());
   });
@@ -495,6 +498,44 @@ TEST_F(MaintenanceForm, RemovalUsesTheServerThatIsRecordedWhenTheButtonIsPressed
              "T:\\Lumo\\prg\\com\\setup\\aggdovra\\zb.ini"));
 }
 
+TEST_F(MaintenanceForm, RemovalRunsWhatTheConfigurationHoldsWhenTheButtonIsPressed) {
+  show([this](sim::SimFormWindow& form) {
+    chooseZbOnTheServer(form);
+    installation_.putConfiguration(
+        "prg\\com\\setup\\aggdovra\\zb.ini",
+        "[Remove]\r\nServer01=%PATHSETUP%\\mv\\bilancio\\togli.exe x\r\n");
+    form.click("btnRemove");
+  });
+  EXPECT_EQ((Lines{"S:\\Lumo\\mv\\bilancio\\togli.exe x"}), station_.commandLines());
+}
+
+TEST_F(MaintenanceForm, RemovalThatAnotherWorkstationWasFasterWithRunsNothing) {
+  show([this](sim::SimFormWindow& form) {
+    chooseZbOnTheServer(form);
+    installation_.share().removeTree(kConfiguration);
+    form.click("btnRemove");
+  });
+  EXPECT_EQ("Nessun comando di rimozione eseguito", boxTexts().back());
+  EXPECT_TRUE(machine_.started().empty());
+}
+
+TEST_F(MaintenanceForm, CatalogueThatChangedMeanwhileIsShownThoughNothingRan) {
+  show([this](sim::SimFormWindow& form) {
+    chooseProduct(form, 0);
+    const std::size_t before = machine_.desktop().eventRounds();
+    for (std::size_t round = before + 1; round < before + 50; ++round) {
+      machine_.desktop().onEvents(round, [this, &form] {
+        if (form.text("txtProgress").find("Azzeramento") != std::string::npos) {
+          installation_.putCatalogue({{"NERIO", "Nerio", "prg\\com\\setup\\aggdovra\\nerio.ini"},
+                                      {"Q2", "Tarsena2", "prg\\com\\setup\\aggdovra\\q2.ini"}});
+        }
+      });
+    }
+    form.click("btnRemove");
+    EXPECT_EQ((Lines{"NERIO - Nerio", "Q2 - Tarsena2"}), items(form, "cmbProduct"));
+  });
+}
+
 TEST_F(MaintenanceForm, RecordThatCannotBeWrittenIsStillShownAsItIs) {
   installation_.share().denyWriting(tests::Installation::kServerRecord);
   show([](sim::SimFormWindow& form) {
@@ -564,6 +605,20 @@ TEST_F(MaintenanceForm, RepairTakesTheSideAndTheTypeThatAreChosen) {
   });
   EXPECT_EQ("Procedere con il ripristino di: ZB - 09.95.00.00 - Client?", boxTexts().front());
   EXPECT_EQ((Lines{"S:\\Lumo\\prg\\com\\setup\\aggdovra\\bilancio\\setup.exe aggiorna"}),
+            station_.commandLines());
+}
+
+TEST_F(MaintenanceForm, RepairRunsWhatTheConfigurationHoldsWhenTheButtonIsPressed) {
+  show([this](sim::SimFormWindow& form) {
+    chooseZbOnTheServer(form);
+    form.choose("lstVersion", 0);
+    installation_.putConfiguration(
+        "prg\\com\\setup\\aggdovra\\zb.ini",
+        "[Setup01]\r\nversion=09.93.00.00\r\n"
+        "Server01=%PATHSETUP%\\prg\\com\\setup\\aggdovra\\bilancio\\setup.exe nuovo\r\n");
+    form.click("btnRepair");
+  });
+  EXPECT_EQ((Lines{"S:\\Lumo\\prg\\com\\setup\\aggdovra\\bilancio\\setup.exe nuovo"}),
             station_.commandLines());
 }
 
@@ -808,6 +863,34 @@ TEST_F(MaintenanceForm, ChoiceThatArrivesWhileItRunsIsShownAfterwards) {
   });
   EXPECT_EQ("Procedere con la rimozione di: ZB - Client?", boxTexts().front())
       << "what was chosen when the button was pressed";
+}
+
+TEST_F(MaintenanceForm, ChoiceThatArrivesBeforeACancelledQuestionIsShownToo) {
+  machine_.desktop().answer({BoxAnswer::Cancel});
+  show([this](sim::SimFormWindow& form) {
+    chooseZb(form);
+    machine_.desktop().onEvents([&form] { chooseProduct(form, 0); });
+    form.click("btnRemove");
+    EXPECT_EQ((Lines{"03.20.30.00   (Setup01)"}), items(form, "lstVersion"));
+    EXPECT_EQ("versione registrata: 03.20.30.00", form.text("lblServerVersion"));
+  });
+}
+
+TEST_F(MaintenanceForm, ChoiceThatArrivesWhileItAsksFreesNoButton) {
+  show([this](sim::SimFormWindow& form) {
+    chooseZb(form);
+    const std::size_t before = machine_.desktop().eventRounds();
+    machine_.desktop().onEvents(before + 1, [&form] {
+      chooseProduct(form, 0);
+      tryEverything(form);
+    });
+    machine_.desktop().onEvents(before + 2, [&form] { tryEverything(form); });
+    form.click("btnRemove");
+    EXPECT_TRUE(form.isOpen());
+  });
+  EXPECT_EQ((Lines{"Procedere con la rimozione di: ZB - Client?",
+                   "Procedura di rimozione terminata correttamente"}),
+            boxTexts());
 }
 
 TEST_F(MaintenanceForm, SecondOperationBeginsWithABarAtItsStart) {
