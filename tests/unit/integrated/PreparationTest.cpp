@@ -223,6 +223,15 @@ TEST_F(Preparation, ClientFillsTheIniFilesOfBothProductsInTheirOrder) {
   }
 }
 
+TEST_F(Preparation, TypeStandsBeforeThePathInAnIniFileThatIsNew) {
+  prepareClient();
+  for (const char* const file : {"rating.ini", "EntiFinanziari.ini"}) {
+    EXPECT_EQ(machine().fileText(std::string("C:\\WINDOWS\\") + file),
+              "[TipoInstallazione]\r\nTipo=Client\r\n[Parametri]\r\nPathCheck=c:\\windows\r\n")
+        << file;
+  }
+}
+
 TEST_F(Preparation, OnADovraHostTheWindowsIniFilesAreLeftOut) {
   station_.program().state.startup.pluginProductNumber = 14;
   prepareClient();

@@ -113,6 +113,17 @@ TEST_F(Removal, RunsOneCommandAfterTheOtherAndWaits) {
   }
 }
 
+TEST_F(Removal, CommandIsToldBeforeItRuns) {
+  std::string told;
+  machine().programs().define("C:\\Prog\\u.exe", [&](sim::SimProcess&) -> std::uint32_t {
+    told = lines().empty() ? "" : lines().back();
+    return 0;
+  });
+  putRemovals({}, {"C:\\Prog\\u.exe"});
+  remove(Side::Client);
+  EXPECT_EQ(told, "Gestione ProdTrelv - Esecuzione comando di rimozione prodotto: C:\\Prog\\u.exe");
+}
+
 TEST_F(Removal, PlaceholdersAreServerPathAndTheTwoRunParameters) {
   putRemovals({}, {"%PATHSETUP%\\x.exe %PATHWORK%/y %PATHCLIENT% /s"});
   share().putProgram("S:\\Lumo\\x.exe");
@@ -304,6 +315,8 @@ TEST_F(Removal, FolderThatCannotBeDeletedIsReportedAndTheRemovalGoesOn) {
   EXPECT_THAT(station_.program().reportTexts(), ElementsAre("Errore in cancellazione cartella: "));
   EXPECT_THAT(lines(), Contains(StartsWith("Gestione ProdTrelv - Errore in cancellazione "
                                            "cartella: ")));
+  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Cartella server di setup non rimossa: "
+                                "S:\\Lumo\\prg\\com\\setup\\aggdovra\\zb"));
   EXPECT_EQ(station_.serverVersion("ZB"), "");
   EXPECT_FALSE(share().exists(kConfiguration));
 }
@@ -313,6 +326,9 @@ TEST_F(Removal, ConfigurationThatCannotBeDeletedIsReported) {
   share().holdOpen(kConfiguration, sim::Sharing::Read);
   EXPECT_FALSE(remove(Side::Server));
   EXPECT_THAT(station_.program().reportTexts(), ElementsAre("Errore in cancellazione file: "));
+  EXPECT_EQ(lines().back(),
+            "Gestione ProdTrelv - File di configurazione non rimosso: "
+            "S:\\Lumo\\prg\\com\\setup\\aggdovra\\zb.ini");
   EXPECT_TRUE(share().exists(kConfiguration));
 }
 

@@ -62,6 +62,12 @@ TEST_F(Guard, TheFolderOfAllProductsAndTheManagersOwnStay) {
   EXPECT_TRUE(removable(folder + "2"));
 }
 
+TEST_F(Guard, TheFolderOfAllProductsStaysWithoutACatalogueToo) {
+  installation_.share().removeTree(Installation::kCatalogue);
+  EXPECT_FALSE(removable("S:\\Lumo\\mv"));
+  EXPECT_TRUE(removable("S:\\Lumo\\mv\\zb"));
+}
+
 TEST_F(Guard, EmptyAndRelativePathsStay) {
   for (const char* const folder : {"", " ", "zb", "zb\\setup", "..\\zb", ".", "\\Lumo\\mv\\zb",
                                    "S:Lumo\\mv\\zb", "S:", "/Lumo/mv/zb", "\\", "C:zb"}) {
@@ -195,6 +201,8 @@ TEST_F(Guard, LinkToASharedFolderStays) {
   EXPECT_FALSE(removable("C:\\Collegamento"));
   EXPECT_FALSE(removable("C:\\Collegamento\\prg\\com"));
   EXPECT_FALSE(removable("C:\\Collegamento\\prg\\tempterm"));
+  station_.machine().diskOf("C:\\").putLink("C:\\Versioni", "S:\\Lumo\\prg\\etc");
+  EXPECT_FALSE(removable("C:\\Versioni")) << "the record of versions is in it";
 }
 
 TEST_F(Guard, ShortNameCountsAsEveryLongNameThatHasOne) {

@@ -106,6 +106,24 @@ TEST_F(ShowProgressOnForm, PendingEventsRunOncePerLine) {
   EXPECT_EQ(2U, machine_.desktop().eventRounds());
 }
 
+TEST_F(ShowProgressOnForm, PendingEventsSeeTheWholeStep) {
+  setBar(1, 9, 4);
+  std::vector<std::string> seen;
+  machine_.desktop().onEvents([&] {
+    seen = {window_.text("txtProgress"), window_.text("lblProgress")};
+  });
+  show("riga");
+  EXPECT_EQ((std::vector<std::string>{"riga", "050%"}), seen);
+}
+
+TEST_F(ShowProgressOnForm, EmptyLineIsAStepToo) {
+  setBar(1, 9, 4);
+  show("");
+  EXPECT_EQ(10, bar().max);
+  EXPECT_EQ(5, bar().value);
+  EXPECT_EQ((std::vector<std::string>{""}), window_.textsOf("txtProgress"));
+}
+
 TEST_F(ShowProgressOnForm, RefusingBarEndsItWithoutAWord) {
   setBar(1, 5, 2);
   window_.refuseProgress();
