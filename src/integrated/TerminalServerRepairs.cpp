@@ -73,16 +73,47 @@ bool isMissing(Program& program, const std::string& path) {
   return code != system_code::kSuccess;
 }
 
-void copyFile(Program& program, const std::string& source, const std::string& target,
-              bool overwrite) {
-  program.fileSystem.requiredFileSystemObject().copyFile(source, target, overwrite);
+enum class Existing { Kept, Replaced };
+
+/// Makes a file under another name and puts it in its place in one step: half a file, which a start
+/// that is ended by force would leave, would count as present for good.
+template <class Make>
+void makeWhole(Program& program, const std::string& target, Existing existing, Make&& make) {
+  FileSystemObject& files = program.fileSystem.requiredFileSystemObject();
+  const std::string made = target + ".tmp";
+  const auto discard = [&]() -> void {
+    if (files.fileExists(made)) {
+      files.deleteFile(made, true);
+    }
+  };
+  discard();
+  try {
+    std::forward<Make>(make)(made);
+    if (existing == Existing::Kept && !isMissing(program, target)) {
+      throw failureFromSystemCode(system_code::kFileExists, target);
+    }
+    const SystemCode code = program.machine.files.replaceFile(made, target);
+    if (code != system_code::kSuccess) {
+      throw failureFromSystemCode(code, target);
+    }
+  } catch (const RuntimeError&) {
+    discard();
+    throw;
+  }
   program.configurationFiles.forget(target);
+}
+
+void copyFile(Program& program, const std::string& source, const std::string& target,
+              Existing existing) {
+  makeWhole(program, target, existing, [&](const std::string& made) -> void {
+    program.fileSystem.requiredFileSystemObject().copyFile(source, made);
+  });
 }
 
 void copyMissing(Program& program, const std::string& source, const std::string& target) {
   program.log.WriteLog("Gestione ProdTrelv - copia file ini mancante da: " + source +
                        " a: " + target);
-  copyFile(program, source, target, false);
+  copyFile(program, source, target, Existing::Kept);
 }
 
 /// Where copies of one ini file lie, full paths.
@@ -131,13 +162,35 @@ bool userHas(Program& program, const char* ini, const std::string& folder) {
          !modLibrary::FolderExists(program, folder);
 }
 
+struct Setting {
+  const char* section;
+  const char* key;
+  std::string value;
+};
+
+RuntimeError refusedWriting(const std::string& file) {
+  return {runtime_number::kPathAccess, "TrelvManager", "Impossibile scrivere il file: " + file};
+}
+
 /// Writes an ini value; raises when the file does not take it.
-void write(Program& program, const std::string& file, const char* section, const char* key,
-           const std::string& value) {
-  if (modLibrary::WriteSetting(program, section, key, file, value) == 0) {
-    throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",
-                       "Impossibile scrivere il file: " + file);
+void write(Program& program, const std::string& file, const Setting& setting) {
+  if (modLibrary::WriteSetting(program, setting.section, setting.key, file, setting.value) == 0) {
+    throw refusedWriting(file);
   }
+}
+
+/// Makes an ini file that is missing, with all values or not at all.
+template <class Settings>
+void createIni(Program& program, const std::string& ini, const Settings& settings) {
+  program.log.WriteLog("Gestione ProdTrelv - creazione file ini mancante : " + ini);
+  makeWhole(program, ini, Existing::Kept, [&](const std::string& made) -> void {
+    for (const Setting& setting : settings) {
+      if (modLibrary::WriteSetting(program, setting.section, setting.key, made, setting.value) ==
+          0) {
+        throw refusedWriting(ini);
+      }
+    }
+  });
 }
 
 // --- Nerio
@@ -150,7 +203,7 @@ void putUserCopy(Program& program, const std::string& master, const std::string&
                        " a: " + userCopy);
   // Kept: the line stands there before Nerio is installed too, when there is nothing to copy yet.
   if (modLibrary::FileExists(program, master)) {
-    copyFile(program, master, userCopy, false);
+    copyFile(program, master, userCopy, Existing::Kept);
   }
 }
 
@@ -161,14 +214,14 @@ constexpr const char* kModels = "ZeltoModelli";
 /// Makes the user's ini file, or points one that names another place of the product at this one. A
 /// models folder of the user's own choice stays.
 void pointAtProduct(Program& program, const std::string& ini, const std::string& folder) {
+  const Setting product{"Parametri", "PathModelli", folder};
   if (isMissing(program, ini)) {
-    program.log.WriteLog("Gestione ProdTrelv - creazione file ini mancante : " + ini);
-    write(program, ini, "Parametri", "PathModelli", folder);
+    createIni(program, ini, std::array{product});
     return;
   }
   const std::string models = modLibrary::ReadSetting(program, "Parametri", "PathModelli", ini);
   if (!equalNoCase(models, folder) && upperCase(models).find("\\MV\\ZM") != std::string::npos) {
-    write(program, ini, "Parametri", "PathModelli", folder);
+    write(program, ini, product);
   }
 }
 
@@ -187,33 +240,18 @@ void repairModels(Program& program, const std::string& folder) {
 
 constexpr const char* kLuda = "Luda";
 
-struct Setting {
-  const char* section;
-  const char* key;
-  std::string value;
-};
-
-/// All values or none: half a file would count as present at the next start.
 void createLudaIni(Program& program, const std::string& ini, const std::string& integrationPath,
                    const std::string& version) {
   const std::string folder = integrationPath + "\\mv\\luda2003";
-  const std::array settings{Setting{"PathNames", "Homedir", folder},
-                            Setting{"PathNames", "DataBase", folder + "\\database"},
-                            Setting{"PathNames", "Exec", folder},
-                            Setting{"PathNames", "FileDir", folder + "\\AscFile"},
-                            Setting{"PathNames", "CrittaDir", folder + "\\critta"},
-                            Setting{"LUDA", "Versione", version},
-                            Setting{"LUDA", "Aggiornamento", version},
-                            Setting{"Drive", "Floppy", "A:"},
-                            Setting{"ConfigViste", "Vista", "0"}};
-  try {
-    for (const Setting& setting : settings) {
-      write(program, ini, setting.section, setting.key, setting.value);
-    }
-  } catch (const RuntimeError&) {
-    modLibrary::DeleteFile(program, ini);
-    throw;
-  }
+  createIni(
+      program, ini,
+      std::array{Setting{"PathNames", "Homedir", folder},
+                 Setting{"PathNames", "DataBase", folder + "\\database"},
+                 Setting{"PathNames", "Exec", folder},
+                 Setting{"PathNames", "FileDir", folder + "\\AscFile"},
+                 Setting{"PathNames", "CrittaDir", folder + "\\critta"},
+                 Setting{"LUDA", "Versione", version}, Setting{"LUDA", "Aggiornamento", version},
+                 Setting{"Drive", "Floppy", "A:"}, Setting{"ConfigViste", "Vista", "0"}});
 }
 
 std::string ludaVersion(Program& program, const std::string& folder) {
@@ -224,7 +262,6 @@ void createMissingLudaIni(Program& program, const std::string& integrationPath,
                           const std::string& folder) {
   const std::string ini = userFolder(program) + kLudaIni;
   if (modLibrary::FolderExists(program, folder) && isMissing(program, ini)) {
-    program.log.WriteLog("Gestione ProdTrelv - creazione file ini mancante : " + ini);
     createLudaIni(program, ini, integrationPath, ludaVersion(program, folder));
   }
 }
@@ -237,7 +274,7 @@ void keepMasterVersion(Program& program, const std::string& folder, const std::s
   }
   const std::string version = ludaVersion(program, folder);
   if (!version.empty() && modLibrary::ReadSetting(program, "LUDA", "Versione", master) != version) {
-    write(program, master, "LUDA", "Versione", version);
+    write(program, master, {"LUDA", "Versione", version});
   }
 }
 
@@ -259,7 +296,7 @@ bool RiparaCorvelTS(Program& program) {
     }
     const std::string source = systemFolder(program) + kHostIni;
     program.log.WriteLog("Gestione ProdTrelv - Inizio copia da: " + source + " a: " + target);
-    copyFile(program, source, target, true);
+    copyFile(program, source, target, Existing::Replaced);
     copied = true;
   });
   return copied;

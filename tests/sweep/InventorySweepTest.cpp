@@ -15,6 +15,7 @@
 #include "inventory/InstallationMode.h"
 #include "inventory/ProductReport.h"
 #include "sim/FailingMachine.h"
+#include "sim/KilledMachine.h"
 #include "unit/support/FakeProgram.h"
 
 namespace trelv::tests {
@@ -228,6 +229,38 @@ TEST(InventoryUnderFaults, EverythingThatFailsFromACallOnLosesNothing) {
         break;
       }
     }
+  }
+}
+
+/// Ends the repairs by force at a call, then starts anew. False when they have fewer calls.
+bool killOnce(std::size_t number, sim::Unfinished left, const std::vector<std::string>& complete) {
+  Session session;
+  std::string call;
+  {
+    const sim::KilledMachine killed(session.machine(), number, left);
+    try {
+      repair(session.program());
+    } catch (const sim::Killed&) {
+      call = killed.killedCall();
+    }
+  }
+  FakeProgram next(session.machine());
+  next.state.startup.terminalServer = true;
+  repair(next);
+  EXPECT_EQ(difference(complete, filesOf(session.machine())), "")
+      << "ended by force at call " << number << ", " << call;
+  return !call.empty();
+}
+
+TEST(RepairsEndedByForce, AtEachCallAreCompletedByTheNextStart) {
+  const std::vector<std::string> complete = repaired();
+  for (const sim::Unfinished left :
+       {sim::Unfinished::NotBegun, sim::Unfinished::Empty, sim::Unfinished::Half}) {
+    std::size_t number = 1;
+    while (killOnce(number, left, complete)) {
+      ++number;
+    }
+    EXPECT_GT(number, 40U);
   }
 }
 

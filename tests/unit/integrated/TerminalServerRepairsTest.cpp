@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 
 #include "integrated/TerminalServerRepairs.h"
 #include "sim/FailingMachine.h"
@@ -129,6 +130,63 @@ TEST_F(Repairs, CorvelLeavesAUsersFileThatPointsElsewhere) {
   EXPECT_FALSE(RiparaCorvelTS(program_));
   EXPECT_THAT(lines(), ElementsAre(kCorvelBegun));
   EXPECT_EQ(text(kUser + "\\lumow.ini"), "[archivi]\r\npath=Z:\\Altrove\r\n");
+}
+
+/// A user's lumow.ini, the system's, and what the repair makes of the user's: the system's text, or
+/// the user's as it was.
+struct CorvelRow {
+  const char* user;
+  const char* system;
+  const char* after;
+  bool copied;
+};
+
+constexpr const char* kNone = "-";
+constexpr const char* kSystemText = "[Archivi]\r\nPath=S:\\Lumo\r\n";
+constexpr std::array kCorvelRows{
+    CorvelRow{kNone, kNone, kNone, false},
+    CorvelRow{kNone, kSystemText, kSystemText, true},
+    CorvelRow{kNone, "", "", true},
+    CorvelRow{"", kNone, "", false},
+    CorvelRow{"", kSystemText, kSystemText, true},
+    CorvelRow{"[Archivi]\r\nPath=\r\n", kNone, "[Archivi]\r\nPath=\r\n", false},
+    CorvelRow{"[Archivi]\r\nPath=\r\n", kSystemText, kSystemText, true},
+    CorvelRow{"[Altro]\r\nPath=X:\\\r\n", kSystemText, kSystemText, true},
+    CorvelRow{"[Archivi]\r\nPath=X:\\\r\n", kNone, "[Archivi]\r\nPath=X:\\\r\n", false},
+    CorvelRow{"[Archivi]\r\nPath=X:\\\r\n", kSystemText, "[Archivi]\r\nPath=X:\\\r\n", false}};
+
+/// The files of one row in the folder of the session's profile.
+void playCorvel(const CorvelRow& row, const std::string& profileFolder) {
+  SCOPED_TRACE(std::string("user: ") + row.user + ", system: " + row.system);
+  FakeProgram program;
+  program.sim.setEdition(sim::WindowsEdition::Win2000TerminalServer);
+  program.state.startup.terminalServer = true;
+  const bool withDomain = profileFolder == "mario.UFFICIO";
+  program.sim.environment().put("USERDOMAIN", "UFFICIO");
+  const std::string folder = "C:\\Users\\" + profileFolder + "\\windows";
+  program.sim.makeFolders(folder);
+  const std::string other =
+      "C:\\Users\\" + std::string(withDomain ? "mario" : "mario.UFFICIO") + "\\windows\\lumow.ini";
+  const auto put = [&program](const std::string& path, const char* text) {
+    if (std::string(text) != kNone) program.sim.putFile(path, text);
+  };
+  const auto text = [&program](const std::string& path) {
+    return program.sim.fileExists(path) ? program.sim.fileText(path) : std::string(kNone);
+  };
+  put(folder + "\\lumow.ini", row.user);
+  put("C:\\WINDOWS\\lumow.ini", row.system);
+  EXPECT_EQ(RiparaCorvelTS(program), row.copied);
+  EXPECT_EQ(text(folder + "\\lumow.ini"), row.after);
+  EXPECT_EQ(text("C:\\WINDOWS\\lumow.ini"), row.system);
+  EXPECT_FALSE(program.sim.fileExists(other));
+  EXPECT_TRUE(program.reports().empty());
+}
+
+TEST_F(Repairs, CorvelInEveryStandingOfBothFiles) {
+  for (const CorvelRow& row : kCorvelRows) {
+    playCorvel(row, "mario");
+    playCorvel(row, "mario.UFFICIO");
+  }
 }
 
 TEST_F(Repairs, CorvelWithoutAFileToCopyIsTold) {
@@ -310,6 +368,56 @@ TEST_P(EveryStanding, LudaGetsWhatIsMissing) {
   expectNoChangeBy([this] { RiparaLudaTS(program_, kRoot); });
 }
 
+/// The user's copy and the profile's are one file where the profile bears the user's name alone.
+TEST_P(EveryStanding, NerioOfAUserWhoseProfileIsHisOwnGetsWhatIsMissing) {
+  program_.sim.removeTree("C:\\Users\\mario.UFFICIO");
+  const std::string user = kUser + "\\nerio.ini";
+  const std::string profile = kProfile + "\\nerio.ini";
+  const std::string system = kSystem + "\\nerio.ini";
+  const Standing& s = GetParam();
+  const bool userStands = s.user || s.profile;
+  if (s.master) program_.sim.putFile(kNerioMaster, "master");
+  if (userStands) program_.sim.putFile(user, "user");
+  if (s.system) program_.sim.putFile(system, "system");
+  RiparaNerioTS(program_, kRoot);
+  std::vector<std::string> expected{kNerioBegun};
+  if (!userStands) expected.push_back(copyLine(kNerioMaster, user));
+  if (!s.system) expected.push_back(missingLine(system));
+  if (!s.system && (userStands || s.master)) expected.push_back(copyLine(profile, system));
+  EXPECT_EQ(program_.lines(), expected);
+  const std::string users = userStands ? "user" : s.master ? "master" : "-";
+  EXPECT_EQ(text(user), users);
+  EXPECT_EQ(text(system), s.system ? "system" : users);
+  expectNoChangeBy([this] { RiparaNerioTS(program_, kRoot); });
+}
+
+/// A profile that was never used by programs has no Windows folder: its copy fails and is told, the
+/// system's comes from the product.
+TEST_P(EveryStanding, NerioOfAProfileWithoutWindowsFolderGetsTheOthers) {
+  program_.sim.removeTree("C:\\Users\\mario.UFFICIO\\windows");
+  const Paths paths("nerio.ini");
+  const Standing& s = GetParam();
+  if (s.master) program_.sim.putFile(kNerioMaster, "master");
+  if (s.user) program_.sim.putFile(paths.user, "user");
+  if (s.system) program_.sim.putFile(paths.system, "system");
+  RiparaNerioTS(program_, kRoot);
+  std::vector<std::string> expected{kNerioBegun};
+  if (!s.user) expected.push_back(copyLine(kNerioMaster, paths.user));
+  if (s.master) {
+    expected.push_back(copyLine(kNerioMaster, paths.profile));
+    expected.push_back("Gestione ProdTrelv - Gestione anomalia Nerio: ");
+  }
+  if (!s.system) expected.push_back(missingLine(paths.system));
+  if (!s.system && s.master) expected.push_back(copyLine(kNerioMaster, paths.system));
+  ASSERT_EQ(program_.lines().size(), expected.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_EQ(program_.lines()[i].substr(0, expected[i].size()), expected[i]);
+  }
+  EXPECT_EQ(text(paths.user), s.user ? "user" : s.master ? "master" : "-");
+  EXPECT_EQ(text(paths.system), s.system ? "system" : s.master ? "master" : "-");
+  EXPECT_FALSE(program_.sim.folderExists("C:\\Users\\mario.UFFICIO\\windows"));
+}
+
 TEST_F(Repairs, NerioCopyThatFailsIsToldAndTheOthersAreDone) {
   put(kNerioMaster, "m");
   machine().diskOf("C:\\").denyWriting(kUser);
@@ -337,6 +445,88 @@ TEST_F(Repairs, TwoUsersOfOneServerGetTheirOwnCopies) {
   EXPECT_EQ(text("C:\\WINDOWS\\nerio.ini"), "di tutti");
   EXPECT_TRUE(exists("C:\\Users\\anna\\windows\\lumow.ini"));
   EXPECT_FALSE(exists(kUser + "\\lumow.ini"));
+}
+
+void repairAll(FakeProgram& program) {
+  RiparaCorvelTS(program);
+  RiparaNerioTS(program, kRoot);
+  RiparaZeltomodelliTS(program, kRoot);
+  RiparaLudaTS(program, kRoot);
+}
+
+/// A Terminal Server whose products stand on the share, and on which two users have sessions.
+class TwoUsers {
+ public:
+  TwoUsers() {
+    machine_.setEdition(sim::WindowsEdition::Win2008TerminalServer);
+    machine_.mount("S:");
+    machine_.putFile(kNerioMaster, "[NERIO]\r\nVersione=03.20\r\n");
+    machine_.makeFolders("S:\\Lumo\\mv\\ZM");
+    machine_.putFile("S:\\Lumo\\mv\\LUDA2003\\LUDA2003.exe", "MZ");
+    machine_.setFileVersion("S:\\Lumo\\mv\\LUDA2003\\LUDA2003.exe", {7, 10, 2, 1});
+    machine_.putFile("C:\\WINDOWS\\lumow.ini", kSystemText);
+    machine_.makeFolders("C:\\Users\\anna\\windows");
+  }
+
+  sim::SimMachine& machine() { return machine_; }
+
+  /// The repairs in a user's session; the session that was there before goes on afterwards.
+  void repairAs(const std::string& user) {
+    const std::string profile = machine_.environment().value("USERPROFILE");
+    enter(user, "C:\\Users\\" + user);
+    FakeProgram program(machine_);
+    program.state.startup.terminalServer = true;
+    repairAll(program);
+    enter("mario", profile);
+    EXPECT_TRUE(program.reports().empty());
+  }
+
+  /// Everything below the folders of both users and of the system.
+  std::string files() {
+    std::string text;
+    for (const char* const folder :
+         {"C:\\Users\\mario\\windows", "C:\\Users\\anna\\windows", "C:\\WINDOWS"}) {
+      for (const std::string& name : machine_.diskOf("C:\\").names(folder)) {
+        const std::string file = std::string(folder) + "\\" + name;
+        text += file + "\n" + (machine_.fileExists(file) ? machine_.fileText(file) : "") + "\n";
+      }
+    }
+    return text;
+  }
+
+ private:
+  void enter(const std::string& user, const std::string& profile) {
+    machine_.system().setUserName(user);
+    machine_.environment().put("USERPROFILE", profile);
+  }
+
+  sim::SimMachine machine_;
+};
+
+TEST(TerminalServer, TwoUsersAtOnceGetWhatOneAfterTheOtherGets) {
+  TwoUsers expected;
+  expected.repairAs("mario");
+  expected.repairAs("anna");
+  const std::string complete = expected.files();
+  EXPECT_THAT(complete, HasSubstr("C:\\Users\\anna\\windows\\luda.ini\n[PathNames]"));
+  EXPECT_THAT(complete, HasSubstr("C:\\WINDOWS\\zeltomodelli.ini\n[Parametri]"));
+  for (std::size_t number = 1;; ++number) {
+    TwoUsers both;
+    bool met = false;
+    both.machine().callLog().onCall(number, [&] {
+      met = true;
+      both.repairAs("anna");
+    });
+    both.repairAs("mario");
+    if (!met) {
+      EXPECT_GT(number, 60U);
+      return;
+    }
+    // A copy that the other session put there meanwhile was refused; the next start has nothing
+    // left to do.
+    both.repairAs("mario");
+    EXPECT_EQ(both.files(), complete) << "met at call " << number;
+  }
 }
 
 // --- Zeltomodelli
