@@ -36,6 +36,15 @@ const std::string& logFolder(Program& program, const std::string& temporaryFolde
   return folder;
 }
 
+/// The log folder may lie elsewhere: the temporary folder is made all the same.
+void makeFolders(Program& program, std::string temporaryFolder, const std::string& folder) {
+  modLibrary::TrimFolder(temporaryFolder);
+  if (!temporaryFolder.empty()) {
+    modLibrary::CreaCartella(program, temporaryFolder);
+  }
+  modLibrary::CreaCartella(program, folder);
+}
+
 }  // namespace
 
 void CreateProductReport(Program& program) {
@@ -48,7 +57,7 @@ void CreateProductReport(Program& program) {
     }
     program.state.inventory.reportFile = folder + "\\" + kFileName;
     if (!modLibrary::FolderExists(program, temporaryFolder + "\\log")) {
-      modLibrary::CreaCartella(program, folder);
+      makeFolders(program, temporaryFolder, folder);
     }
     const std::string& report = program.state.inventory.reportFile;
     require(program.machine.files.write(report, ""), report);

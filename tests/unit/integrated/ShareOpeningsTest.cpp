@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <sstream>
+
 #include "unit/integrated/Installation.h"
 #include "unit/support/RealProgram.h"
 
@@ -91,6 +94,105 @@ TEST(ShareOpenings, AreFewWhereTheServerHasNothingToInstall) {
   program.run("INTEGRATEDRUN S:\\Lumo S:\\Lumo NERIO");
   EXPECT_LE(station.machine().openings("S:\\").files(), 2 * kProducts + 6);
   EXPECT_EQ(installation.serverRecord(), record);
+}
+
+/// Ini files, programs and folders of the products that the repairs look after, on the share.
+class EquippedInstallation : public UpToDateInstallation {
+ public:
+  EquippedInstallation() : UpToDateInstallation(kProducts, 20) {
+    share().put("S:\\Lumo\\mv\\nerio\\nerio.ini", "[NERIO]\r\nVersione=01.00\r\n");
+    share().put("S:\\Lumo\\mv\\LUDA2003\\Luda.ini", "[LUDA]\r\nVersione=01.00\r\n");
+    share().putProgram("S:\\Lumo\\mv\\LUDA2003\\LUDA2003.exe");
+    share().put("S:\\Lumo\\mv\\ZM\\zeltomodelli.ini", "[Parametri]\r\nPathModelli=S:\\Lumo\r\n");
+  }
+
+  static constexpr std::size_t kProducts = 5;
+};
+
+void startAgain(Station& station) {
+  station.machine().callLog().clear();
+  RealProgram program(station.machine());
+  program.run("INTEGRATEDRUN S:\\Lumo S:\\Lumo NERIO");
+}
+
+/// All files of workstation and share with their sizes, the run log left out.
+std::string filesOf(Station& station, Installation& installation) {
+  std::istringstream tree(station.disk().tree() + installation.share().tree());
+  std::string files;
+  for (std::string line; std::getline(tree, line);) {
+    if (line.find("TrelvManager.log") == std::string::npos) {
+      files += line + "\n";
+    }
+  }
+  return files;
+}
+
+void expectFewOpeningsOn(sim::WindowsEdition edition) {
+  EquippedInstallation installation;
+  Station station(installation);
+  sim::SimMachine& machine = station.machine();
+  machine.setEdition(edition);
+  machine.setFileVersion("S:\\Lumo\\mv\\LUDA2003\\LUDA2003.exe", {7, 10, 0, 0});
+  machine.putFile("C:\\WINDOWS\\lumow.ini", "[Archivi]\r\nPath=S:\\Lumo\r\n");
+  station.putClientRecord(installation.record());
+  startAgain(station);
+  EXPECT_EQ(machine.iniValue("S:\\Lumo\\mv\\LUDA2003\\Luda.ini", "LUDA", "Versione"), "7.10.0.0");
+  const std::string before = filesOf(station, installation);
+  startAgain(station);
+  const sim::Openings share = machine.openings("S:\\");
+  // The system opens a program twice to find its version.
+  const std::size_t versions = 2 * machine.callLog().countOf("versions.read S:");
+  EXPECT_EQ(versions, 2U);
+  EXPECT_LE(share.files() + versions, 2 * EquippedInstallation::kProducts + 6);
+  EXPECT_LE(share.lists, 2 * EquippedInstallation::kProducts + 3);
+  EXPECT_EQ(share.files(), share.reads);
+  EXPECT_EQ(machine.callLog().countOf("registry.openKey HKLM\\Software\\Classes\\ClsID"), 0U);
+  EXPECT_EQ(filesOf(station, installation), before) << "something but the log changed";
+}
+
+TEST(ShareOpenings, AreFewWithIniFilesOfTheProductsOnTheShare) {
+  expectFewOpeningsOn(sim::WindowsEdition::XP);
+}
+
+TEST(ShareOpenings, AreFewOnATerminalServer) {
+  expectFewOpeningsOn(sim::WindowsEdition::Win2008TerminalServer);
+}
+
+/// Searches of the class registrations in a start that prepares Nerio on both sides; without the
+/// configuration store it looks for products on their own before.
+std::size_t searchesOfAStart(bool withStore, const std::string& registered) {
+  UpToDateInstallation installation(1, 0);
+  installation.putServerRecord("");
+  Station station(installation);
+  sim::SimMachine& machine = station.machine();
+  machine.system().connectDrive("S:", "\\\\SRV\\Dati");
+  if (!withStore) {
+    machine.configuration().answerAlways(-4001);
+  }
+  if (!registered.empty()) {
+    machine.registry().setText(machine::Hive::LocalMachine,
+                               "Software\\Classes\\ClsID\\{1}\\InprocServer32", "",
+                               registered + "\\setup\\korvatgestionepratiche.ocx");
+    machine.putFile(registered + "\\setup\\korvatgestionepratiche.ocx", "MZ");
+  }
+  startAgain(station);
+  const std::vector<std::string> calls = machine.calls();
+  const auto asked = [&](const std::string& beginning) {
+    return static_cast<std::size_t>(
+        std::count_if(calls.begin(), calls.end(),
+                      [&](const std::string& call) { return call.rfind(beginning, 0) == 0; }));
+  };
+  EXPECT_EQ(asked("processes.start regsvr32") > 0 || asked("processes.start regsrv32") > 0,
+            !registered.empty());
+  return static_cast<std::size_t>(
+      std::count(calls.begin(), calls.end(), "registry.openKey HKLM\\Software\\Classes\\ClsID"));
+}
+
+TEST(ShareOpenings, ComeWithOneSearchOfTheClassRegistrations) {
+  EXPECT_EQ(searchesOfAStart(true, ""), 1U);
+  EXPECT_EQ(searchesOfAStart(false, ""), 1U);
+  EXPECT_EQ(searchesOfAStart(true, "S:\\Altro\\mv\\nerio"), 1U);
+  EXPECT_EQ(searchesOfAStart(false, "S:\\Altro\\mv\\nerio"), 1U);
 }
 
 TEST(ShareOpenings, DoNotGrowWithTheSections) {

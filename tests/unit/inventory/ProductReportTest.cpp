@@ -46,6 +46,20 @@ TEST(ProductReport, LiesInTheLogFolderThatTheRunLogChose) {
   EXPECT_THAT(program.lines(), IsEmpty());
 }
 
+TEST(ProductReport, MakesTheTemporaryFolderAlsoWhereTheLogFolderLiesElsewhere) {
+  FakeProgram program;
+  program.sim.removeTree("C:\\Users\\mario\\Temp");
+  program.state.runLog.logFolder = "C:\\Registri\\Trelv";
+  CreateProductReport(program);
+  EXPECT_EQ(program.state.inventory.reportFile, "C:\\Registri\\Trelv\\ProdInfo.txt");
+  EXPECT_TRUE(program.sim.fileExists("C:\\Registri\\Trelv\\ProdInfo.txt"));
+  EXPECT_TRUE(program.sim.folderExists("C:\\Users\\mario\\Temp"));
+  EXPECT_THAT(program.lines(),
+              ElementsAre("Creazione path avvenuta correttamente:C:\\Users\\mario\\Temp",
+                          "Creazione path avvenuta correttamente:C:\\Registri",
+                          "Creazione path avvenuta correttamente:C:\\Registri\\Trelv"));
+}
+
 TEST(ProductReport, OfTheHostsSupportLibraryLiesInItsTemporaryFolder) {
   FakeProgram program;
   program.sim.support().setTemporaryPath("C:\\Lumo\\Temp\\");
