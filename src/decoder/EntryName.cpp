@@ -111,10 +111,13 @@ bool isShortName(std::string_view component) {
   const std::size_t point = component.find('.');
   const std::string_view base = component.substr(0, point);
   const std::size_t tilde = base.rfind('~');
-  if (base.size() > 8 || tilde == std::string_view::npos || tilde + 1 == base.size()) {
+  if (tilde == std::string_view::npos || tilde + 1 == base.size()) {
     return false;
   }
-  if (point != std::string_view::npos && component.size() - point - 1 > 3) {
+  // Short names may have any letter of the code page: bytes do not count.
+  const std::string_view extension =
+      point == std::string_view::npos ? std::string_view() : component.substr(point + 1);
+  if (utf16Length(base).value_or(0) > 8 || utf16Length(extension).value_or(0) > 3) {
     return false;
   }
   const std::string_view number = base.substr(tilde + 1);

@@ -88,13 +88,16 @@ TEST(EntryName, DevicesAreRefusedWithAnyExtensionAndInAnyCase) {
 
 TEST(EntryName, WhatCouldBeAShortNameIsRefused) {
   for (const char* name :
-       {"PROGRA~1", "progra~1.exe", "A~1", "~1", "a/ABCDE~12.TXT/b", "SETUP~1.", "1234~567.c"}) {
+       {"PROGRA~1", "progra~1.exe", "A~1", "~1", "a/ABCDE~12.TXT/b", "SETUP~1.", "1234~567.c",
+        // Letters count, not bytes.
+        "CITTÀV~1", "ÀÈÌÒÙÀ~1.ÀÈÌ", "😀😀😀~1"}) {
     const std::string refusal = refusalOf(name);
     EXPECT_TRUE(refusal == "nome che può valere come nome breve di un altro" ||
                 refusal == "nome che termina con uno spazio o un punto")
         << name << ": " << refusal;
   }
-  for (const char* name : {"~a", "a~", "a~b", "longername~1", "a~1.text", "~$a.doc", "a~1b"}) {
+  for (const char* name : {"~a", "a~", "a~b", "longername~1", "a~1.text", "~$a.doc", "a~1b",
+                           "perchéun~1", "a~1.àèìò"}) {
     EXPECT_EQ(pathOf(name), name);
   }
 }
