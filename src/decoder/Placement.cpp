@@ -16,8 +16,9 @@ constexpr const char* kFolderStands =
 constexpr const char* kFileStands =
     "nella cartella di destinazione c'è un file al posto di una cartella del pacco";
 
-/// How many entries of a folder are remembered at a time, so that a long folder costs no memory.
-constexpr std::size_t kBatch = 8192;
+/// How many entries of a folder are remembered at a time, so that a long folder costs no memory,
+/// and folders one in the other, which each remember theirs, little.
+constexpr std::size_t kBatch = 1024;
 /// More temporary folders than a work folder can hold by accident.
 constexpr int kLastNumber = 9999;
 

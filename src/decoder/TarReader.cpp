@@ -14,8 +14,13 @@ namespace {
 constexpr const char* kDamaged = "archivio tar non valido";
 constexpr const char* kNameNotUtf8 = "nome che non è in UTF-8";
 constexpr const char* kHole = "file con parti mancanti";
+constexpr const char* kLongHeader = "archivio tar con un'intestazione troppo lunga";
 constexpr const char* kNoEnd = "archivio tar senza la sua fine";
 constexpr const char* kAfterEnd = "dati estranei dopo la fine dell'archivio tar";
+
+/// All that may stand before an entry's content: names, values of pax, the map of a sparse file.
+/// The library keeps it in memory and bounds only some of it.
+constexpr std::uint64_t kLargestHeader = std::uint64_t{1} << 20U;
 
 /// An archive ends with two blocks of zeros.
 constexpr std::uint64_t kEndMark = 1024;
@@ -111,6 +116,7 @@ std::ptrdiff_t TarReader::readPacked(archive* /*reader*/, void* self, const void
   auto& that = *static_cast<TarReader*>(self);
   try {
     const std::string_view block = that.packed_.next();
+    that.checkHeaderLength();
     *bytes = block.data();
     return static_cast<std::ptrdiff_t>(block.size());
   } catch (...) {
@@ -144,6 +150,12 @@ void TarReader::fillIn(TarEntry& entry, archive_entry* header) {
   given_ = 0;
 }
 
+void TarReader::checkHeaderLength() const {
+  if (inHeader_ && packed_.position() - headerBegin_ > kLargestHeader) {
+    refuse(kLongHeader);
+  }
+}
+
 /// The library stops at the first sign of an end. Reads the rest, which also compares the check
 /// sum.
 void TarReader::checkEnd() {
@@ -160,7 +172,10 @@ void TarReader::checkEnd() {
 
 bool TarReader::next(TarEntry& entry) {
   archive_entry* header = nullptr;
+  headerBegin_ = packed_.position();
+  inHeader_ = true;
   const int result = archive_read_next_header(reader_.get(), &header);
+  inHeader_ = false;
   check(result);
   if (result == ARCHIVE_EOF) {
     checkEnd();

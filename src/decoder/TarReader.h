@@ -47,6 +47,7 @@ class TarReader {
   static std::ptrdiff_t readPacked(archive* reader, void* self, const void** bytes);
   void check(int result);
   void fillIn(TarEntry& entry, archive_entry* header);
+  void checkHeaderLength() const;
   void checkEnd();
 
   GzipReader& packed_;
@@ -55,6 +56,9 @@ class TarReader {
   std::unique_ptr<archive, Closer> reader_;
   std::uint64_t size_ = 0;
   std::uint64_t given_ = 0;
+  bool inHeader_ = false;
+  /// How much was unpacked before the header that is being read.
+  std::uint64_t headerBegin_ = 0;
 };
 
 }  // namespace trelv::decoder

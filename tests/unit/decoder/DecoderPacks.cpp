@@ -43,6 +43,16 @@ std::string paxRecord(const std::string& key, const std::string& value) {
   return std::to_string(length) + rest;
 }
 
+/// Writes the check sum of a whole header.
+void seal(std::string& header) {
+  place(header, 148, std::string(8, ' '));
+  unsigned long long sum = 0;
+  for (const char byte : header) {
+    sum += static_cast<unsigned char>(byte);
+  }
+  place(header, 148, octal(sum, 6) + '\0');
+}
+
 }  // namespace
 
 TarBytes& TarBytes::entry(const std::string& name, char type, const std::string& content,
@@ -54,15 +64,10 @@ TarBytes& TarBytes::entry(const std::string& name, char type, const std::string&
   place(header, 116, "0001750");
   place(header, 124, octal(content.size(), 11));
   place(header, 136, octal(kTime, 11));
-  place(header, 148, std::string(8, ' '));
   header[156] = type;
   place(header, 157, link.substr(0, 100));
   place(header, 257, std::string("ustar\00000", 8));
-  unsigned long long sum = 0;
-  for (const char byte : header) {
-    sum += static_cast<unsigned char>(byte);
-  }
-  place(header, 148, octal(sum, 6) + '\0');
+  seal(header);
   bytes_ += header + filled(content);
   return *this;
 }
@@ -77,6 +82,18 @@ TarBytes& TarBytes::pax(const std::vector<std::pair<std::string, std::string>>& 
 
 TarBytes& TarBytes::gnuName(const std::string& name) {
   return entry("././@LongLink", 'L', name + '\0');
+}
+
+TarBytes& TarBytes::gnuSparse(const std::string& name) {
+  entry(name, 'S');
+  std::string header = bytes_.substr(bytes_.size() - kBlock);
+  place(header, 257, std::string("ustar  \0", 8));
+  place(header, 386, "00000000000");
+  place(header, 398, "00000000000");
+  header[482] = '\1';
+  seal(header);
+  bytes_.replace(bytes_.size() - kBlock, kBlock, header);
+  return *this;
 }
 
 TarBytes& TarBytes::bytes(const std::string& more) {

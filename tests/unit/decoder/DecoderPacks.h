@@ -26,6 +26,8 @@ class TarBytes {
   TarBytes& pax(const std::vector<std::pair<std::string, std::string>>& values);
   /// The next entry's name as GNU tar stores a long one.
   TarBytes& gnuName(const std::string& name);
+  /// The header of a sparse file of GNU tar without content, whose map goes on in the next block.
+  TarBytes& gnuSparse(const std::string& name);
   TarBytes& bytes(const std::string& more);
 
   /// With the archive's end, filled to 10,240 bytes as tar does.
