@@ -92,6 +92,9 @@ class ContractMachine {
 
   /// An empty folder of this test alone on another volume than folder() (Ability::OtherVolume).
   virtual std::string otherVolumeFolder() = 0;
+  /// A network drive ("N:"), and the share ("\\\\server\\share") that it is connected to.
+  virtual std::string connectedDrive() = 0;
+  virtual std::string connectedShare() = 0;
   /// Lets a little more than a second pass.
   virtual void passASecond() = 0;
 

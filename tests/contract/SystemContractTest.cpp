@@ -190,6 +190,36 @@ TEST_F(SystemContract, ADriveThatIsNotThereHasNoType) {
   EXPECT_EQ(name, "old");
 }
 
+TEST_F(SystemContract, AConnectedDriveIsANetworkDriveOfItsShare) {
+  const std::string drive = world().connectedDrive();
+  EXPECT_EQ(system().driveType(drive + "\\"), machine::drive_type::kNetwork);
+  EXPECT_EQ(system().driveType(lowerCase(drive) + "\\"), machine::drive_type::kNetwork);
+  for (const std::string& letter : {drive, lowerCase(drive)}) {
+    std::string name;
+    ASSERT_EQ(system().connectionName(letter, 255, name), system_code::kSuccess);
+    EXPECT_EQ(upperCase(name), upperCase(world().connectedShare()));
+  }
+}
+
+TEST_F(SystemContract, TheBufferForAShareHoldsItsNul) {
+  const std::string drive = world().connectedDrive();
+  const auto length = static_cast<std::uint32_t>(world().connectedShare().size());
+  std::string name = "old";
+  EXPECT_EQ(system().connectionName(drive, length, name), 234U);
+  EXPECT_EQ(name, "old");
+  EXPECT_EQ(system().connectionName(drive, length + 1, name), system_code::kSuccess);
+  EXPECT_EQ(name.size(), length);
+}
+
+TEST_F(SystemContract, AConnectedDriveStandsForADevice) {
+  const std::string drive = world().connectedDrive();
+  std::string names;
+  ASSERT_EQ(system().deviceNames(drive, 256, names), system_code::kSuccess);
+  EXPECT_EQ(names.substr(0, 8), "\\Device\\");
+  EXPECT_EQ(names.substr(names.size() - 2), std::string(2, '\0'));
+  EXPECT_EQ(system().deviceNames(lowerCase(drive), 1, names), 122U);
+}
+
 TEST_F(SystemContract, TheDevicesOfADriveEndInTwoNuls) {
   const std::string drive = world().folder().substr(0, 2);
   std::string names;

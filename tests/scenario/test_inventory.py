@@ -5,6 +5,7 @@ import pathlib
 import re
 import shutil
 import socket
+import subprocess
 
 import pytest
 
@@ -49,6 +50,11 @@ def golden(name):
     return (GOLDEN / name).read_text(encoding="utf-8").splitlines()
 
 
+def put_program(station, name, path):
+    """A small program: "versioned" of version 7.10.2.1, "waiter" without version resource."""
+    shutil.copy(station.prefix.build.test_programs / f"{name}.exe", path)
+
+
 def install_on_its_own(station):
     """Nerio by its registered component, Tarsena2 on both sides, Luda, Zeltomodelli; of Bilancio
     only the host's archives."""
@@ -63,8 +69,8 @@ def install_on_its_own(station):
         ini(root / "mv/q2/mvq2.ini", AMBIENTE={"VRINST": "02.92"})
     ini(station.windows_folder / "luda.ini", PathNames={"HomeDir": "C:\\Lumo\\Luda"})
     (station.disk / "Lumo/Luda").mkdir()
-    # Any program with a version resource: the ini file has no version.
-    shutil.copy(station.prefix.build.manager, station.disk / "Lumo/Luda/luda2003.exe")
+    # The ini file has no version, the program has.
+    put_program(station, "versioned", station.disk / "Lumo/Luda/luda2003.exe")
     station.prefix.set_value("HKLM", MODELS, "Path", "C:\\Lumo\\ZM")
     ini(station.windows_folder / "zeltomodelli.ini", Parametri={"PathModelli": "C:\\Lumo\\ZM"})
     installation.write_text(station.disk / "Lumo/ZM/vers.ini", "06.50.30.00\n")
@@ -86,6 +92,18 @@ def test_the_report_of_a_machine_without_products(station):
 def test_the_report_is_begun_anew(station):
     report(station)
     assert report(station, "20")[1] == golden("product-report-of-nothing.txt")[17:20]
+
+
+@pytest.mark.parametrize("program, recorded, found", [
+    ("versioned", "", True), ("versioned", "01.00", True), ("waiter", "01.00", True),
+    ("waiter", "", False), (None, "01.00", True), (None, "", False)])
+def test_luda_is_known_by_its_program_else_by_its_ini_file(station, program, recorded, found):
+    ini(station.windows_folder / "luda.ini", PathNames={"HomeDir": "C:\\Lumo\\Luda"},
+        LUDA={"Versione": recorded} if recorded else {})
+    (station.disk / "Lumo/Luda").mkdir()
+    if program:
+        put_program(station, program, station.disk / "Lumo/Luda/LUDA2003.EXE")
+    assert report(station, "20")[1][1] == f"File ini locale {'PRESENTE' if found else 'ASSENTE'}"
 
 
 def test_products_on_their_own_refuse_the_integration(station):
@@ -122,13 +140,12 @@ def test_an_integrated_machine_is_not_asked_for_products(station):
 def test_a_start_puts_the_ini_files_of_the_user_in_place(station):
     station.install()
     installation.write_text(station.server / "mv/LUDA2003/Luda.ini", "[LUDA]\nVersione=01.00\n")
-    shutil.copy(station.prefix.build.manager, station.server / "mv/LUDA2003/LUDA2003.exe")
+    put_program(station, "versioned", station.server / "mv/LUDA2003/LUDA2003.exe")
     station.run(f"{INTEGRATED} MVBIL")
     nerio = (station.windows_folder / "nerio.ini").read_bytes()
     assert nerio == (station.server / "mv/nerio/nerio.ini").read_bytes()
     luda = installation.read_ini(station.windows_folder / "luda.ini")
-    version = luda["LUDA"]["Versione"]
-    assert re.fullmatch(r"\d+\.\d+\.\d+\.\d+", version)
+    version = "7.10.2.1"
     folder = "S:\\Lumo\\mv\\luda2003"
     assert luda == {
         "PathNames": {"Homedir": folder, "DataBase": folder + "\\database", "Exec": folder,
@@ -149,25 +166,101 @@ def test_a_start_puts_the_ini_files_of_the_user_in_place(station):
             for file in station.windows_folder.glob("*.ini")} == before
 
 
-@pytest.mark.parametrize("host, here", [("SRVLUMO", False), (socket.gethostname(), True)],
-                         ids=["another computer", "this computer"])
+@pytest.fixture
+def terminal_server(station):
+    """The one terminal server that Wine can play, and what a user has of a Windows folder there."""
+    prefix = station.prefix
+    suite = ("HKLM", "System\\CurrentControlSet\\Control\\ProductOptions", "ProductSuite")
+    version = ("HKCU", "Software\\Wine", "Version")
+    prefix.set_value(*suite, "Terminal Server")
+    prefix.set_value(*version, "nt40")
+    station.profile = station.facts["temporary"].removesuffix("\\Temp\\")
+    folder = prefix.path(station.profile + "\\windows")
+    folder.mkdir()
+    yield folder
+    shutil.rmtree(folder)
+    prefix.set_value(*suite, "")
+    prefix.set_value(*version, "")
+
+
+def test_a_session_on_a_terminal_server_gets_its_ini_files(station, terminal_server):
+    station.install()
+    put_program(station, "versioned", station.server / "mv/LUDA2003/LUDA2003.exe")
+    installation.write_text(station.server / "mv/ZM/Dovra2010.ini", "[x]\n")
+    ini(station.windows_folder / "lumow.ini", Archivi={"Path": "S:\\Lumo"})
+    assert station.run(f"{INTEGRATED} MVBIL").boxes == []
+    user = station.profile + "\\windows"
+    profile = user + "\\..\\..\\" + station.profile.split("\\")[-1] + "\\windows"
+    lines = [
+        "Inizio gestione anomalia Corvel",
+        f"Inizio copia da: c:\\windows\\lumow.ini a: {profile}\\lumow.ini",
+        "Inizio Gestione Anomalia Nerio",
+        f"copia file ini mancante da: S:\\Lumo\\mv\\nerio\\nerio.ini a: {user}\\nerio.ini",
+        "Ricerca mancanza file: c:\\windows\\nerio.ini",
+        f"copia file ini mancante da: {profile}\\nerio.ini a: c:\\windows\\nerio.ini",
+        "Inizio Gestione anomalia ZeltoModelli",
+        f"creazione file ini mancante : {user}\\zeltomodelli.ini",
+        "Cancellazione file: S:\\Lumo\\mv\\ZM\\Dovra2010.ini effettuata con successo",
+        "Ricerca esistenza file: S:\\Lumo\\mv\\ZM\\zeltomodelli.ini",
+        "Ricerca mancanza file: c:\\windows\\zeltomodelli.ini",
+        f"copia file ini mancante da: {profile}\\zeltomodelli.ini a: c:\\windows\\zeltomodelli.ini",
+        "Inizio Gestione anomalia Luda",
+        f"creazione file ini mancante : {user}\\luda.ini",
+        "Ricerca mancanza file: c:\\windows\\luda.ini",
+        f"copia file ini mancante da: {profile}\\luda.ini a: c:\\windows\\luda.ini"]
+    texts = station.texts()
+    begun = texts.index("Gestione ProdTrelv - Inizio gestione anomalia Corvel")
+    assert [text.removeprefix("Gestione ProdTrelv - ")
+            for text in texts[begun:begun + len(lines)]] == lines
+    made = files_of(terminal_server)
+    assert sorted(made) == ["luda.ini", "lumow.ini", "nerio.ini", "zeltomodelli.ini"]
+    everyones = files_of(station.windows_folder)
+    for name, content in made.items():
+        assert everyones[name] == content
+    assert made["nerio.ini"] == (station.server / "mv/nerio/nerio.ini").read_bytes()
+    assert made["zeltomodelli.ini"] == b"[Parametri]\r\nPathModelli=S:\\Lumo\\mv\\ZM\r\n"
+    assert installation.read_ini(terminal_server / "luda.ini")["LUDA"] == {
+        "Versione": "7.10.2.1", "Aggiornamento": "7.10.2.1"}
+    # The next start finds nothing to do.
+    station.log.unlink()
+    station.run(f"{INTEGRATED} MVBIL")
+    texts = station.texts()
+    begun = texts.index("Gestione ProdTrelv - Inizio gestione anomalia Corvel")
+    assert [text.removeprefix("Gestione ProdTrelv - ") for text in texts[begun:begun + 5]] == [
+        "Inizio gestione anomalia Corvel", "Inizio Gestione Anomalia Nerio",
+        "Inizio Gestione anomalia ZeltoModelli",
+        "Ricerca esistenza file: S:\\Lumo\\mv\\ZM\\zeltomodelli.ini",
+        "Inizio Gestione anomalia Luda"]
+    assert files_of(terminal_server) == made
+    assert files_of(station.windows_folder) == everyones
+
+
+def files_of(folder):
+    return {file.name.lower(): file.read_bytes() for file in folder.glob("*.ini*")}
+
+
+ANOTHER, THIS = "SRVLUMO", socket.gethostname()
+
+
+@pytest.mark.parametrize("server, path, here", [
+    (ANOTHER, "N:", False), (THIS, "N:", True),
+    # Nobody tells the drive's share: its device, which names no computer, is asked for.
+    ("", "N:", False),
+    (ANOTHER, f"\\\\{ANOTHER}\\Dati", False), (THIS, f"\\\\{THIS.upper()}\\Dati", True),
+    (THIS, f"\\\\{THIS.lower()}\\dati", True)])
 @pytest.mark.parametrize("kind", ["win32", "win64"])
-def test_a_connected_drive_leads_where_its_share_is(build, screen, tmp_path, kind, host, here):
-    prefix = windows.Prefix(tmp_path / "wine", kind, build, screen)
-    (prefix.folder / "dosdevices/unc" / host).mkdir(parents=True)
+def test_a_server_folder_lies_where_its_share_is(build, screen, tmp_path, kind, server, path, here):
+    folder = tmp_path / "wine"
+    tools = windows.PROJECT / "tools"
+    subprocess.run([tools / "wine-prefix", folder, kind], check=True)
     share = tmp_path / "share"
+    subprocess.run([tools / "wine-share", folder, "n", server, "Dati" if server else "", share],
+                   check=True)
     ini(share / "mv/q2/mvq2.ini", AMBIENTE={"VRINST": "02.92"})
-    (prefix.folder / "dosdevices/unc" / host / "Dati").symlink_to(share)
-    (prefix.folder / "dosdevices/n:").symlink_to(f"unc/{host}/Dati")
-    # Not by the driver, a 32-bit program, for which a 64-bit Windows would put it elsewhere. Drives
-    # are looked for when Windows starts.
-    assert prefix.start("reg", "add", "HKLM\\Software\\Wine\\Drives", "/v", "n:", "/d", "network",
-                        "/f", "/reg:" + kind[-2:]).wait(60) == 0
-    prefix.close()
-    prefix = windows.Prefix(tmp_path / "wine", kind, build, screen)
+    prefix = windows.Prefix(folder, kind, build, screen)
     try:
         facts = prefix.facts()
-        ini(prefix.path(facts["windows"]) / "lumow.ini", Archivi={"Path": "N:"})
+        ini(prefix.path(facts["windows"]) / "lumow.ini", Archivi={"Path": path})
         shutil.copy(build.test_programs / "report.exe", prefix.disk)
         run = prefix.run("C:\\report.exe", "40")
         text = (prefix.path(facts["temporary"] + "log\\ProdInfo.txt")).read_bytes().decode("cp1252")

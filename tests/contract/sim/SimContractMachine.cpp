@@ -99,6 +99,12 @@ class SimContractMachine : public ContractMachine {
     simulated_.makeFolders("D:\\Contract");
     return "D:\\Contract";
   }
+  std::string connectedDrive() override {
+    simulated_.mount("N:");
+    simulated_.system().connectDrive("N:", connectedShare());
+    return "N:";
+  }
+  std::string connectedShare() override { return "\\\\SRVLUMO\\Dati"; }
   void passASecond() override { simulated_.clock().advance(1); }
 
   std::string registryKey() override { return kKey; }

@@ -293,6 +293,8 @@ class Win32ContractMachine : public ContractMachine {
   void makeOld(const std::string& path) override;
   std::unique_ptr<HeldFile> hold(const std::string& path, Sharing sharing) override;
   std::string otherVolumeFolder() override;
+  std::string connectedDrive() override;
+  std::string connectedShare() override;
   void passASecond() override { Sleep(1100); }
   std::string registryKey() override;
   void storeValue(const std::string& path, const std::string& name, std::uint32_t type,
@@ -468,6 +470,13 @@ std::string Win32ContractMachine::otherVolumeFolder() {
   }
   return otherFolder_;
 }
+
+std::string Win32ContractMachine::connectedDrive() {
+  require(GetDriveTypeW(L"N:\\") == DRIVE_REMOTE, "no network drive N:, see tools/wine-share");
+  return "N:";
+}
+
+std::string Win32ContractMachine::connectedShare() { return "\\\\SRVLUMO\\Dati"; }
 
 void Win32ContractMachine::makeControls(machine::FormWindow& window) {
   int top = 0;
