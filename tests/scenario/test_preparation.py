@@ -7,6 +7,7 @@ import shutil
 import pytest
 
 from conftest import INTEGRATED
+from test_inventory import COMPONENT
 
 PREPARED = ["rating.ini", "valutazione.ini", "RatingValutazione.ini", "zeltobilancio.ini",
             "bilancioconsolidato.ini", "calcoloimposte.ini", "BilancioIas.ini",
@@ -67,3 +68,36 @@ def test_what_is_recorded_is_not_prepared_again(unprepared):
     unprepared.log.unlink()
     unprepared.run(f"{INTEGRATED} MVBIL")
     assert [line for line in unprepared.texts() if "Prepara" in line] == []
+
+
+@pytest.fixture
+def with_old_component(unprepared):
+    """Nerio's control is registered where an earlier installation had it, and a site's own program
+    deregisters controls: it tells what it was started with."""
+    folder = unprepared.disk / "Vecchio/setup"
+    folder.mkdir(parents=True)
+    for name in ("KorvatGestionePratiche.ocx", "Altra.OCX", "leggimi.txt"):
+        (folder / name).write_bytes(b"MZ")
+    shutil.copy(unprepared.prefix.build.demo_programs / "product.exe",
+                unprepared.manager_folder / "regsrv32.exe")
+    unprepared.prefix.set_value("HKLM", COMPONENT + "\\InprocServer32", "",
+                                "C:\\Vecchio\\Setup\\KorvatGestionePratiche.ocx")
+    yield unprepared
+    unprepared.prefix.delete_key("HKLM", COMPONENT)
+    shutil.rmtree(folder.parent)
+
+
+def test_controls_of_an_earlier_nerio_are_deregistered(with_old_component):
+    station = with_old_component
+    station.run(f"{INTEGRATED} MVBIL")
+    told = (station.manager_folder / "regsrv32.avvio.txt").read_text(encoding="utf-8").splitlines()
+    assert told[0] == ('Linea di comando: regsrv32 /u /s '
+                       '"c:\\vecchio\\setup\\KorvatGestionePratiche.ocx"')
+    lines = station.texts()
+    first = lines.index("Gestione ProdTrelv - Preparazione installazione server/client Nerio")
+    assert lines[first + 1:first + 4] == [
+        "Gestione ProdTrelv - Preparazione installazione Nerio. Verifica se esistono componenti "
+        "registrate preesistenti",
+        "Gestione ProdTrelv - Preparazione installazione Nerio.Deregistrazione componenti esistenti "
+        "su altro path c:\\vecchio",
+        'Gestione ProdTrelv - Inizio fase deregestrizazione componenti in: "c:\\vecchio\\setup"']
