@@ -106,12 +106,46 @@ def test_luda_is_known_by_its_program_else_by_its_ini_file(station, program, rec
     assert report(station, "20")[1][1] == f"File ini locale {'PRESENTE' if found else 'ASSENTE'}"
 
 
-def test_products_on_their_own_refuse_the_integration(station):
+def coloured(picture, wanted):
+    """How many points of a picture have a colour that `wanted` (red, green, blue) accepts."""
+    points = subprocess.run(["convert", str(picture), "-depth", "8", "rgb:-"], check=True,
+                            capture_output=True).stdout
+    return sum(wanted(*points[at:at + 3]) for at in range(0, len(points), 3))
+
+
+def orange(red, green, blue):
+    """The colour of the exclamation icon, and of no other."""
+    return red > 180 and 80 < green < 200 and blue < 100
+
+
+def icon_signs(station, path):
+    """A box handler that notes for each box, by its title, how many orange points the screen
+    shows."""
+    noted = {}
+
+    def note(box):
+        station.prefix.screen.picture(path)
+        noted[box.title] = coloured(path, orange)
+    return noted, note
+
+
+def test_a_refusal_that_ends_the_work_has_another_icon(station, tmp_path):
+    station.install()
+    station.integrate("S:\\Altro")
+    signs, note = icon_signs(station, tmp_path / "box.png")
+    run = station.run(f"{INTEGRATED} MVBIL", on_box=note)
+    assert [box.title for box in run.boxes] == ["TrelvManager"]
+    assert signs["TrelvManager"] < 150
+
+
+def test_products_on_their_own_refuse_the_integration(station, tmp_path):
     install_on_its_own(station)
+    signs, note = icon_signs(station, tmp_path / "box.png")
     station.put_programs()
     # Without the store nobody knows of an integration.
     station.prefix.delete_key("HKLM", installation.STORE_KEY)
-    run = station.run(f"{INTEGRATED} MVBIL")
+    run = station.run(f"{INTEGRATED} MVBIL", on_box=note)
+    assert signs["Gestione prodotti complementari"] > 300
     refusals = [box for box in run.boxes if box.title == "Gestione prodotti complementari"]
     assert [(box.text, box.buttons) for box in refusals] == [(
         "Sulla macchina corrente è stata rilevata la presenza dei seguenti prodotti "
