@@ -75,6 +75,21 @@ bool isMissing(Program& program, const std::string& path) {
 
 enum class Existing { Kept, Replaced };
 
+/// Raises where a file must not be put in the place of `target`. A rename would get past the
+/// read-only attribute.
+void requireFree(Program& program, const std::string& target, Existing existing) {
+  if (isMissing(program, target)) {
+    return;
+  }
+  if (existing == Existing::Kept) {
+    throw failureFromSystemCode(system_code::kFileExists, target);
+  }
+  machine::FileFacts facts;
+  if (program.machine.files.look(target, facts) == system_code::kSuccess && facts.readOnly) {
+    throw failureFromSystemCode(system_code::kAccessDenied, target);
+  }
+}
+
 /// Makes a file under another name and puts it in its place in one step: half a file, which a start
 /// that is ended by force would leave, would count as present for good.
 template <class Make>
@@ -89,15 +104,14 @@ void makeWhole(Program& program, const std::string& target, Existing existing, M
   discard();
   try {
     std::forward<Make>(make)(made);
-    if (existing == Existing::Kept && !isMissing(program, target)) {
-      throw failureFromSystemCode(system_code::kFileExists, target);
-    }
+    requireFree(program, target, existing);
     const SystemCode code = program.machine.files.replaceFile(made, target);
     if (code != system_code::kSuccess) {
       throw failureFromSystemCode(code, target);
     }
   } catch (const RuntimeError&) {
-    discard();
+    // What failed first is told; what is left is discarded by the next start.
+    resumeNext([](const RuntimeError&) -> void {}, discard);
     throw;
   }
   program.configurationFiles.forget(target);

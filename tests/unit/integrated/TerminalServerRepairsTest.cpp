@@ -189,6 +189,16 @@ TEST_F(Repairs, CorvelInEveryStandingOfBothFiles) {
   }
 }
 
+TEST_F(Repairs, CorvelLeavesAProtectedFileAndTellsIt) {
+  put("C:\\WINDOWS\\lumow.ini", kSystemText);
+  put(kUser + "\\lumow.ini", "[Archivi]\r\n");
+  machine().diskOf("C:\\").setReadOnly(kUser + "\\lumow.ini");
+  const std::string before = everything();
+  EXPECT_FALSE(RiparaCorvelTS(program_));
+  EXPECT_THAT(lines().back(), StartsWith("Gestione ProdTrelv - Gestione anomalia Corvel: "));
+  EXPECT_EQ(everything(), before);
+}
+
 TEST_F(Repairs, CorvelWithoutAFileToCopyIsTold) {
   EXPECT_FALSE(RiparaCorvelTS(program_));
   ASSERT_EQ(lines().size(), 3U);
@@ -230,6 +240,42 @@ TEST_F(Repairs, NerioThatIsNotInstalledYetHasItsLineAndNothingIsCopied) {
                                    "Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun "
                                    "intervento Anomalia Nerio"));
   EXPECT_FALSE(exists("C:\\WINDOWS\\nerio.ini"));
+}
+
+/// What an earlier start left behind is no hindrance, protected or not.
+TEST_F(Repairs, CopyThatIsLeftOverFromAStartEndedByForceIsMadeAnew) {
+  for (const bool protectedCopy : {false, true}) {
+    put(kNerioMaster, "[NERIO]\r\n");
+    machine().removeTree(kUser + "\\nerio.ini");
+    put(kUser + "\\nerio.ini.tmp", "[NER");
+    machine().diskOf("C:\\").setReadOnly(kUser + "\\nerio.ini.tmp", protectedCopy);
+    RiparaNerioTS(program_, kRoot);
+    EXPECT_EQ(text(kUser + "\\nerio.ini"), "[NERIO]\r\n");
+    EXPECT_FALSE(exists(kUser + "\\nerio.ini.tmp"));
+  }
+}
+
+TEST_F(Repairs, CopyThatCannotTakeItsPlaceLeavesNothing) {
+  put(kNerioMaster, "m");
+  machine().callLog().setInjector([](const sim::SimCall& call) -> std::optional<SystemCode> {
+    return call.kind == sim::CallKind::FileReplace
+               ? std::optional<SystemCode>(system_code::kAccessDenied)
+               : std::nullopt;
+  });
+  const std::string before = everything();
+  RiparaNerioTS(program_, kRoot);
+  EXPECT_EQ(everything(), before);
+  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Gestione anomalia Nerio: Autorizzazione "
+                                "negata: " +
+                                kUser + "\\nerio.ini"));
+}
+
+TEST_F(Repairs, CopyThatAnotherSessionPutThereMeanwhileStays) {
+  put(kNerioMaster, "m");
+  machine().callLog().onCall("files.copy", [this] { put(kUser + "\\nerio.ini", "altrui"); });
+  RiparaNerioTS(program_, kRoot);
+  EXPECT_EQ(text(kUser + "\\nerio.ini"), "altrui");
+  EXPECT_FALSE(exists(kUser + "\\nerio.ini.tmp"));
 }
 
 /// What stands before a repair, one bit each; the profile is another folder than the user's.
