@@ -239,10 +239,20 @@ void pointAtProduct(Program& program, const std::string& ini, const std::string&
   }
 }
 
+/// Not by the service that reports its failures in a form: who may not delete on the share, or
+/// finds the file in use, would see one at every start.
+void deleteObsolete(Program& program, const std::string& file) {
+  if (!modLibrary::FileExists(program, file)) {
+    return;
+  }
+  program.fileSystem.requiredFileSystemObject().deleteFile(file, false);
+  program.log.WriteLog("Cancellazione file: " + file + " effettuata con successo");
+}
+
 void repairModels(Program& program, const std::string& folder) {
   orTell(program, kModels,
          [&]() -> void { pointAtProduct(program, userFolder(program) + kModelsIni, folder); });
-  modLibrary::DeleteFile(program, folder + "\\Dovra2010.ini");
+  orTell(program, kModels, [&]() -> void { deleteObsolete(program, folder + "\\Dovra2010.ini"); });
   const std::string master = folder + kModelsIni;
   program.log.WriteLog("Gestione ProdTrelv - Ricerca esistenza file: " + master);
   if (userHas(program, kModelsIni, folder)) {

@@ -90,6 +90,7 @@ TEST_F(StandaloneDetection, OfAnIntegratedMachineFindsNoneWhateverIsInstalled) {
   installZeltomodelli();
   machine().configuration().put("SYSTEM", "Complementary_Products", "Integration", "Path", "X:\\");
   EXPECT_FALSE(detect());
+  EXPECT_EQ(list_, "di prima\r\n");
   EXPECT_THAT(lines(),
               ElementsAre(kBegun, "Gestione ProdTrelv - Verifica integrazione con Dovra SP",
                           "Gestione ProdTrelv - Integrazione Dovra SP rilevata con: X:\\",

@@ -89,6 +89,9 @@ TEST_F(Repairs, ProfileOfAUserWithoutDomainIsNotThatOfANameWithAPoint) {
   put("C:\\WINDOWS\\lumow.ini", "x");
   RiparaCorvelTS(program_);
   EXPECT_TRUE(exists(kUser + "\\lumow.ini"));
+  // To the system both names are the same folder.
+  EXPECT_EQ(lines().back(), "Gestione ProdTrelv - Inizio copia da: c:\\windows\\lumow.ini a: " +
+                                kProfile + "\\lumow.ini");
 }
 
 // --- Corvel
@@ -197,6 +200,8 @@ TEST_F(Repairs, CorvelLeavesAProtectedFileAndTellsIt) {
   EXPECT_FALSE(RiparaCorvelTS(program_));
   EXPECT_THAT(lines().back(), StartsWith("Gestione ProdTrelv - Gestione anomalia Corvel: "));
   EXPECT_EQ(everything(), before);
+  // Some systems would replace it.
+  EXPECT_EQ(machine().callLog().countOf("files.replaceFile"), 0U);
 }
 
 TEST_F(Repairs, CorvelWithoutAFileToCopyIsTold) {
@@ -244,14 +249,15 @@ TEST_F(Repairs, NerioThatIsNotInstalledYetHasItsLineAndNothingIsCopied) {
 
 /// What an earlier start left behind is no hindrance, protected or not.
 TEST_F(Repairs, CopyThatIsLeftOverFromAStartEndedByForceIsMadeAnew) {
+  useWorkstation();
+  put(kNerioMaster, "[NERIO]\r\n");
   for (const bool protectedCopy : {false, true}) {
-    put(kNerioMaster, "[NERIO]\r\n");
-    machine().removeTree(kUser + "\\nerio.ini");
-    put(kUser + "\\nerio.ini.tmp", "[NER");
-    machine().diskOf("C:\\").setReadOnly(kUser + "\\nerio.ini.tmp", protectedCopy);
+    machine().removeTree("C:\\WINDOWS\\nerio.ini");
+    put("C:\\WINDOWS\\nerio.ini.tmp", "[NER");
+    machine().diskOf("C:\\").setReadOnly("C:\\WINDOWS\\nerio.ini.tmp", protectedCopy);
     RiparaNerioTS(program_, kRoot);
-    EXPECT_EQ(text(kUser + "\\nerio.ini"), "[NERIO]\r\n");
-    EXPECT_FALSE(exists(kUser + "\\nerio.ini.tmp"));
+    EXPECT_EQ(text("C:\\WINDOWS\\nerio.ini"), "[NERIO]\r\n");
+    EXPECT_FALSE(exists("C:\\WINDOWS\\nerio.ini.tmp"));
   }
 }
 
@@ -642,6 +648,38 @@ TEST_F(Repairs, ZeltomodelliIniThatCannotBeMadeIsTold) {
                                 "scrivere il file: " +
                                 kUser + "\\zeltomodelli.ini"));
   EXPECT_FALSE(exists("C:\\WINDOWS\\zeltomodelli.ini"));
+}
+
+TEST_F(Repairs, ZeltomodelliIniThatCannotBeMadeGetsNoOtherInItsPlace) {
+  put("S:\\Lumo\\mv\\ZM\\zeltomodelli.ini", "[Altro]\r\n");
+  std::size_t seen = 0;
+  machine().callLog().setInjector([&](const sim::SimCall& call) -> std::optional<SystemCode> {
+    const bool first = call.kind == sim::CallKind::ProfileWrite && ++seen == 1;
+    return first ? std::optional<SystemCode>(system_code::kDiskFull) : std::nullopt;
+  });
+  RiparaZeltomodelliTS(program_, kRoot);
+  EXPECT_FALSE(exists(kUser + "\\zeltomodelli.ini"));
+  EXPECT_FALSE(exists("C:\\WINDOWS\\zeltomodelli.ini"));
+  RiparaZeltomodelliTS(program_, kRoot);
+  EXPECT_EQ(value(kUser + "\\zeltomodelli.ini", "Parametri", "PathModelli"), "S:\\Lumo\\mv\\ZM");
+}
+
+/// Others may have it open, or the user no right to delete on the share: no form at every start.
+TEST_F(Repairs, ZeltomodelliObsoleteFileThatCannotBeDeletedIsToldInALine) {
+  const std::string obsolete = "S:\\Lumo\\mv\\ZM\\Dovra2010.ini";
+  put(obsolete, "x");
+  machine().diskOf("S:\\").setReadOnly(obsolete);
+  RiparaZeltomodelliTS(program_, kRoot);
+  EXPECT_TRUE(exists(obsolete));
+  ASSERT_GT(lines().size(), 3U);
+  EXPECT_EQ(
+      lines()[2],
+      "Gestione ProdTrelv - Gestione anomalia ZeltoModelli: Autorizzazione negata: " + obsolete);
+  EXPECT_EQ(lines()[3],
+            "Gestione ProdTrelv - Ricerca esistenza file: "
+            "S:\\Lumo\\mv\\ZM\\zeltomodelli.ini");
+  EXPECT_TRUE(exists("C:\\WINDOWS\\zeltomodelli.ini"));
+  EXPECT_THAT(program_.reports(), IsEmpty());
 }
 
 // --- Luda

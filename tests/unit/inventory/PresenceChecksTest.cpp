@@ -116,6 +116,17 @@ TEST_F(PresenceChecks, WithoutReportTheyFindTheSame) {
   EXPECT_FALSE(machine().fileExists(kReport));
 }
 
+TEST_F(PresenceChecks, OnATerminalServerTheUsersIniFilesAreRead) {
+  machine().setEdition(sim::WindowsEdition::Win2003TerminalServer);
+  machine().putFile("C:\\WINDOWS\\nerio.ini", "[NERIO]\r\nVersione=1\r\n");
+  machine().putFile("C:\\Users\\mario\\windows\\nerio.ini", "[NERIO]\r\nVersione=2\r\n");
+  machine().putFile("C:\\WINDOWS\\luda.ini", "[LUDA]\r\nVersione=1\r\n");
+  check(10);
+  expectVersions("", "2");
+  check(20);
+  expectVersions("", "");
+}
+
 // --- Nerio
 
 TEST_F(PresenceChecks, NerioThatIsAbsent) {
