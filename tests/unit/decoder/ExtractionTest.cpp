@@ -195,6 +195,7 @@ TEST(Extraction, APathThatIsTooLongForOtherProgramsIsRefused) {
 TEST(Extraction, AStoredNameIsShownAsOneShortLine) {
   EXPECT_EQ(refusalOf(TarBytes().pax({{"path", "a\n\x1B[2J"}}).file("x", "")),
             "carattere che Windows non ammette: \"a??[2J\"");
+  EXPECT_EQ(refusalOf(between('0', "../\x7F")), "percorso che risale: \"../?\"");
   const std::string refusal =
       refusalOf(TarBytes().pax({{"path", std::string(5000, 'x')}}).file("x", ""));
   EXPECT_EQ(refusal, "nome troppo lungo: \"" + std::string(200, 'x') + "...\"");

@@ -89,6 +89,24 @@ TEST_F(DirectSetup, RunsTheSelectedProductOnly) {
   EXPECT_THAT(program_.reports(), IsEmpty());
 }
 
+TEST_F(DirectSetup, TellsItsStepsInOrderAndEachOnce) {
+  putCatalogue(entry("Prod01", "NERIO", "", "NERIO.ini"));
+  select({"NERIO"});
+  run();
+  EXPECT_THAT(
+      lines(),
+      ElementsAre(kStart, "Gestione ProdTrelv - File Ini Nerio locale non presente",
+                  "Gestione ProdTrelv - Determino path Server di Nerio da componenti registrate",
+                  "Gestione ProdTrelv - Lancio installazione NERIO",
+                  "Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "
+                  "\"C:\\Work\\prg\\com\\setup\\aggdovra\"",
+                  "Creazione path avvenuta correttamente:C:\\Work\\prg\\tempterm",
+                  "Gestione ProdTrelv - Esecuzione comando: \"C:\\Work\\NERIOSetupServer.exe\"",
+                  "Gestione ProdTrelv - esecuzione effettuata: Tipo=Setup - Oggetto=Server - "
+                  "Comando=C:\\Work\\NERIOSetupServer.exe",
+                  "Cancellazione file: C:\\Work\\prg\\tempterm\\agdv.lck effettuata con successo"));
+}
+
 TEST_F(DirectSetup, ReadsKeysAndSectionsInAnyCase) {
   putCatalogue("[PROD01]\r\nID=LUDA\r\nCONF=LUDA.ini\r\n");
   select({"LUDA"});
@@ -197,7 +215,9 @@ TEST_F(DirectSetup, ProductSelectedTwiceRunsTwice) {
 TEST_F(DirectSetup, SelectionThatChangesMeanwhileCountsFromTheNextSectionOn) {
   putCatalogue(entry("Prod01", "LUDA", "", "LUDA.ini") + entry("Prod02", "NERIO", "", "NERIO.ini"));
   machine().programs().define("C:\\Work\\LUDASetupServer.exe", [&](sim::SimProcess&) {
-    program_.state.selectedProducts = {{"NERIO"}};
+    // Far more than before, so that what was selected moves to another place.
+    program_.state.selectedProducts.assign(40, {"ZM"});
+    program_.state.selectedProducts.push_back({"NERIO"});
     return 0U;
   });
   select({"LUDA", "luda"});

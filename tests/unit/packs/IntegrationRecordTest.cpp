@@ -35,6 +35,14 @@ TEST_F(IntegrationRecord, IsReadAsItIsStored) {
                           "Gestione ProdTrelv - Integrazione Dovra SP rilevata con: s:\\Lumo\\"));
 }
 
+TEST_F(IntegrationRecord, OfTheLongestPathIsReadWhole) {
+  const std::string longest = "\\\\server\\" + std::string(250, 'x');
+  record(longest);
+  std::string path;
+  EXPECT_TRUE(modMain::VerifyConfig(program_, path));
+  EXPECT_EQ(path, longest);
+}
+
 TEST_F(IntegrationRecord, WhenMissingAnswersNoAndClearsThePath) {
   station_.forgetIntegration();
   std::string path = "before";

@@ -459,6 +459,17 @@ TEST_F(PackExtraction, AFailingPackIsTriedAndShownOncePerProcess) {
   EXPECT_EQ(boxes().size(), 2U);
 }
 
+// The scan runs for each product and side, and catalogues and command lines spell paths as they
+// like.
+TEST_F(PackExtraction, AFailingPackIsTriedOnceWhateverCaseItsFoldersAreGivenIn) {
+  putPack("a.zip", {}, 2);
+  scan();
+  OpenZipPacksInFolder(program_, "s:\\LUMO\\prg\\com\\setup\\aggdovra", kTarget, true);
+  scan("t:\\DOVRA");
+  EXPECT_EQ(started().size(), 1U);
+  EXPECT_EQ(boxes().size(), 1U);
+}
+
 TEST_F(PackExtraction, AFailingPackThatIsReplacedIsTriedAgain) {
   putPack("a.zip", {}, 2);
   scan();
@@ -479,6 +490,15 @@ TEST_F(PackExtraction, AFailingPackThatIsReplacedIsTriedAgain) {
 TEST_F(PackExtraction, WhatAFailedPackLeftIsRemovedBeforeTheNextOne) {
   putPack("a.zip", {{"prg\\com\\setup\\aggdovra\\half.ini", "half"}, {"prg\\etc\\x", "x"}}, 2);
   putPack("b.zip", oneFile("b.ini", "b"));
+  scan();
+  EXPECT_FALSE(machine_.fileExists(inTarget("half.ini")));
+  EXPECT_EQ(machine_.fileText(inTarget("b.ini")), "b");
+}
+
+TEST_F(PackExtraction, ReadOnlyFilesThatAFailedPackLeftAreRemovedToo) {
+  putPack("a.zip", oneFile("half.ini", "half"), 2);
+  putPack("b.zip", oneFile("b.ini", "b"));
+  programs_.onFile = [this](const std::string& path) { machine_.diskOf(path).setReadOnly(path); };
   scan();
   EXPECT_FALSE(machine_.fileExists(inTarget("half.ini")));
   EXPECT_EQ(machine_.fileText(inTarget("b.ini")), "b");
@@ -672,6 +692,7 @@ TEST_F(GzPacks, OnePackIsDecodedAndItsZipPacksOpened) {
       ElementsAre(R"("C:\Lumo\Programmi\qalbunex.exe" "D:\p\nerio.gz" "C:\Users\mario\Temp")",
                   commandFor(inner)));
   EXPECT_TRUE(machine_.started()[0].waited);
+  EXPECT_TRUE(machine_.started()[0].visible);
   EXPECT_EQ(lines()[0],
             "Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "
             "\"C:\\Users\\mario\\Temp\\prg\\com\\setup\\aggdovra\"");
@@ -709,6 +730,32 @@ TEST_F(GzPacks, AFailedZipPackDoesNotTakeTheOthersAlong) {
   EXPECT_EQ(machine_.fileText(inTarget("b.ini")), "b");
   EXPECT_FALSE(machine_.fileExists(inTarget("half.ini")));
   EXPECT_FALSE(machine_.folderExists(inTarget("dir")));
+  EXPECT_THAT(program_.reports(), IsEmpty());
+}
+
+TEST_F(GzPacks, ReadOnlyFilesThatAFailedZipPackLeftAreRemovedToo) {
+  machine_.putFile("D:\\p\\nerio.gz", gzBytes({{"a.zip", packBytes(oneFile("half.ini", "h"), 2)},
+                                               {"b.zip", zipOf("b.ini", "b")}}));
+  programs_.onFile = [this](const std::string& path) {
+    if (path.find("half.ini") != std::string::npos) {
+      machine_.diskOf(path).setReadOnly(path);
+    }
+  };
+  OpenSinglePacks(program_, "D:\\p\\nerio.gz", kTarget);
+  EXPECT_FALSE(machine_.fileExists(inTarget("half.ini")));
+  EXPECT_EQ(machine_.fileText(inTarget("b.ini")), "b");
+  EXPECT_THAT(program_.reports(), IsEmpty());
+}
+
+// The tree has the spelling of whoever made the pack.
+TEST_F(GzPacks, AFailedZipPackLeavesTheOthersWhateverCaseTheTreeIsIn) {
+  const std::string tree = "PRG\\Com\\SETUP\\AggDovra\\";
+  machine_.putFile("D:\\p\\nerio.gz",
+                   packBytes({{tree + "a.zip", packBytes(oneFile("half.ini", "h"), 2)},
+                              {tree + "b.zip", zipOf("b.ini", "b")}}));
+  OpenSinglePacks(program_, "D:\\p\\nerio.gz", kTarget);
+  EXPECT_EQ(machine_.fileText(inTarget("b.ini")), "b");
+  EXPECT_FALSE(machine_.fileExists(inTarget("half.ini")));
   EXPECT_THAT(program_.reports(), IsEmpty());
 }
 

@@ -288,6 +288,14 @@ TEST_F(ProductInstall, StandaloneLeavesAFileInTheTreesPlace) {
   machine().putFile(std::string(kWork) + "\\prg", "resta");
   installStandAlone();
   EXPECT_EQ(machine().fileText(std::string(kWork) + "\\prg"), "resta");
+  EXPECT_THAT(program_.reportTexts(), ElementsAre("Errore in Apertura Pacco "));
+}
+
+TEST_F(ProductInstall, StandaloneWithATemporaryFolderThatIsNotThereHasNothingToDelete) {
+  machine().support().setTemporaryPath("C:\\Manca\\Temp\\");
+  machine().removeTree(kPack);
+  installStandAlone();
+  EXPECT_THAT(program_.reportTexts(), ElementsAre("Errore in Apertura Pacco "));
 }
 
 TEST_F(ProductInstall, StandaloneDirectSetupThatFailsStillDeletesTheTree) {
