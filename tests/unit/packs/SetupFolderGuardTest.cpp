@@ -44,7 +44,8 @@ TEST_F(Guard, FoldersOfOneProductMayGo) {
         "S:\\Lumo\\prg\\com\\zb", "S:\\Lumo\\prg\\etc\\zb", "S:\\Lumo\\zb", "S:\\Altro",
         "D:\\Setup", "C:\\Program Files\\Lumo", "C:\\Lumo\\Client\\zb", "C:\\WINDOWS2",
         "\\\\srv\\share\\zb", "S:\\Lumo2", "S:\\Lumo\\prgx", "S:/Lumo/mv/zb/",
-        "S:\\Lumo\\mv\\x\\..\\zb", "S:\\LUMO\\MV\\ZB\\", "S:\\Lumo\\mv\\zb\\prg"}) {
+        "S:\\Lumo\\mv\\x\\..\\zb", "S:\\Lumo\\.\\mv\\zb", "S:\\LUMO\\MV\\ZB\\",
+        "S:\\Lumo\\mv\\zb\\prg"}) {
     EXPECT_TRUE(removable(folder)) << folder;
   }
 }
@@ -147,6 +148,10 @@ TEST_F(Guard, OtherSpellingsOfAPathDoNotHelp) {
 }
 
 TEST_F(Guard, DevicePathsStreamsAndNamesOfPointsStay) {
+  // Paths that can be looked at, as on Windows.
+  for (const char* const device : {"\\\\?\\S:", "\\\\.\\S:", "\\\\?\\UNC"}) {
+    station_.machine().mount(device);
+  }
   for (const char* const folder :
        {"\\\\?\\S:\\Lumo\\mv\\zb", "\\\\.\\S:\\Lumo\\mv\\zb", "\\\\?\\UNC\\srv\\share\\zb",
         "S:\\Lumo\\mv\\zb:flusso", "S:\\Lumo\\mv\\...", "S:\\Lumo\\mv\\zb\\... "}) {
@@ -271,7 +276,10 @@ TEST_F(Guard, FolderIsNoProgramThoughItsNameIsABeginning) {
 
 TEST_F(Guard, OfAMissingProgramTheOnlyBeginningThatEndsLikeOneIsTaken) {
   EXPECT_EQ(folderOf("S:\\Lumo\\mv\\z b\\unins.EXE -s a"), "S:\\Lumo\\mv\\z b");
-  EXPECT_EQ(folderOf("S:\\Lumo\\mv\\z b\\unins.bat"), "S:\\Lumo\\mv\\z b");
+  for (const char* const extension : {"bat", "cmd", "com", "exe"}) {
+    EXPECT_EQ(folderOf(std::string("S:\\Lumo\\mv\\z b\\unins.") + extension), "S:\\Lumo\\mv\\z b")
+        << extension;
+  }
   EXPECT_EQ(folderOf("S:\\Lumo\\mv\\z b\\unins -s a"), "");
   EXPECT_EQ(folderOf("S:\\Lumo\\mv\\a.com b\\unins.exe"), "");
 }

@@ -550,9 +550,11 @@ TEST_F(MaintenanceForm, RecordThatCannotBeWrittenIsStillShownAsItIs) {
 
 TEST_F(MaintenanceForm, RepairWithoutVersionIsTooEarly) {
   show([](sim::SimFormWindow& form) {
+    form.setFocus("btnRepair");
     form.click("btnRepair");
     EXPECT_EQ("cmbProduct", form.focus());
     chooseZb(form);
+    form.setFocus("btnRepair");
     form.click("btnRepair");
     EXPECT_EQ("lstVersion", form.focus());
   });
@@ -622,6 +624,19 @@ TEST_F(MaintenanceForm, RepairRunsWhatTheConfigurationHoldsWhenTheButtonIsPresse
             station_.commandLines());
 }
 
+TEST_F(MaintenanceForm, OfTwoEntriesOfOneProductTheFirstIsSelectedAfterwards) {
+  installation_.putCatalogue({{"NERIO", "Nerio", "prg\\com\\setup\\aggdovra\\nerio.ini"},
+                              {"ZB", "Bilancio", "prg\\com\\setup\\aggdovra\\zb.ini"},
+                              {"ZB", "Doppio", "prg\\com\\setup\\aggdovra\\nerio.ini"}});
+  show([](sim::SimFormWindow& form) {
+    chooseProduct(form, 2);
+    EXPECT_EQ(2, form.itemCount("lstVersion")) << "the first entry's configuration counts";
+    form.choose("lstVersion", 0);
+    form.click("btnRepair");
+    EXPECT_EQ(1, form.selected("cmbProduct"));
+  });
+}
+
 TEST_F(MaintenanceForm, RepairThatRanNothingSaysSo) {
   show([](sim::SimFormWindow& form) {
     chooseZb(form);
@@ -629,6 +644,7 @@ TEST_F(MaintenanceForm, RepairThatRanNothingSaysSo) {
     form.click("btnRepair");
     EXPECT_EQ("Ripristino di ZB - 09.94.00.00 - Client: nessun comando eseguito.",
               form.text("lblOutcome"));
+    EXPECT_EQ(1, form.selected("lstVersion")) << "the version stays selected";
   });
   ASSERT_EQ(2U, machine_.boxes().size());
   expectBox(1, "Nessun comando di ripristino eseguito", BoxIcon::Exclamation, BoxButtons::Ok);
