@@ -280,8 +280,10 @@ TEST(PackSearchIsKilled, BeforeEachCallWithZipPacks) {
 }
 
 TEST(PackSearchIsKilled, WithinEachWritingCall) {
-  killAtEachCall(Delivery::ZipPacks, sim::Unfinished::Half);
-  killAtEachCall(Delivery::ZipPacks, sim::Unfinished::Empty);
+  for (const Delivery delivery : {Delivery::ZipPacks, Delivery::GzPacks}) {
+    killAtEachCall(delivery, sim::Unfinished::Half);
+    killAtEachCall(delivery, sim::Unfinished::Empty);
+  }
 }
 
 TEST(PackSearchIsKilled, BeforeEachCallWithGzPacks) {
