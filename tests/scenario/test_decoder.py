@@ -178,6 +178,13 @@ def test_a_pack_with_any_name(decoder):
     assert decoder.call("C:\\P\\più Ω 😀.gz", "C:\\T") == (0, [])
 
 
+@pytest.mark.parametrize("form", [tarfile.USTAR_FORMAT, tarfile.GNU_FORMAT, tarfile.PAX_FORMAT])
+def test_entries_with_any_letters(decoder, form):
+    """The last one takes two units of Windows."""
+    decoder.opened(pack(entry("più Ω 😀.zip", content=b"x"), form=form))
+    assert tree(decoder.output) == {"più Ω 😀.zip": b"x"}
+
+
 def test_files_that_stand_are_overwritten_also_read_only_ones(decoder):
     (decoder.output / "prg").mkdir(parents=True)
     (decoder.output / "prg/A.ZIP").write_bytes(b"old")
