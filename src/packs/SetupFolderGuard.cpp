@@ -165,9 +165,14 @@ bool liesIn(const Place& place, const Place& folder) {
 }
 
 /// Folders of the host below the server path that many products share.
-constexpr std::array<const char*, 7> kHostFolders{
-    "prg",           "prg\\com", "prg\\com\\setup", "prg\\com\\setup\\aggdovra", "prg\\etc",
-    "prg\\tempterm", "mv"};
+constexpr std::array<const char*, 8> kHostFolders{"prg",
+                                                  "prg\\com",
+                                                  "prg\\com\\setup",
+                                                  "prg\\com\\setup\\aggdovra",
+                                                  "prg\\com\\bin\\cpy\\client",
+                                                  "prg\\etc",
+                                                  "prg\\tempterm",
+                                                  "mv"};
 
 /// One of them, or what holds one: the server path too.
 bool isHostFolderByName(const Place& place, const Place& server) {

@@ -15,13 +15,13 @@ std::string FolderOfCommand(Program& program, const std::string& command);
 
 /// May this folder be deleted with everything in it? Never: an empty or relative path, a root of a
 /// drive or share, the Windows folder and what lies in it, Program Files, the server path and its
-/// folders prg, prg\com, prg\com\setup, prg\com\setup\aggdovra, prg\etc, prg\tempterm and mv, the
-/// manager's own folder, and whatever holds one of these. Compared as the system reads paths: any
-/// case, "/" for "\", ".." and trailing blanks, points and backslashes. Other names of the server's
-/// folders (a mapped drive and its share, a link, a short name) are known by the files in them; a
-/// short name that may stand for Program Files counts as it, without being looked up.
-/// Administrative shares and device paths are never deleted, nor anything while the Windows folder
-/// or Program Files cannot be told.
+/// folders prg, prg\com, prg\com\setup, prg\com\setup\aggdovra, prg\com\bin\cpy\client, prg\etc,
+/// prg\tempterm and mv, the manager's own folder, and whatever holds one of these. Compared as the
+/// system reads paths: any case, "/" for "\", ".." and trailing blanks, points and backslashes.
+/// Other names of the server's folders (a mapped drive and its share, a link, a short name) are
+/// known by the files in them; a short name that may stand for Program Files counts as it, without
+/// being looked up. Administrative shares and device paths are never deleted, nor anything while
+/// the Windows folder or Program Files cannot be told.
 bool IsRemovableSetupFolder(Program& program, const std::string& serverPath,
                             const std::string& folder);
 

@@ -63,6 +63,16 @@ TEST_F(Guard, TheFolderOfAllProductsAndTheManagersOwnStay) {
   EXPECT_TRUE(removable(folder + "2"));
 }
 
+TEST_F(Guard, TheClientCopyAndWhatHoldsItStay) {
+  for (const char* const kept :
+       {"S:\\Lumo\\prg\\com\\bin", "S:\\Lumo\\prg\\com\\bin\\cpy",
+        "S:\\Lumo\\prg\\com\\bin\\cpy\\client", "\\\\srv\\dati\\prg\\com\\bin\\cpy\\client"}) {
+    EXPECT_FALSE(removable(kept)) << kept;
+  }
+  EXPECT_TRUE(removable("S:\\Lumo\\prg\\com\\bin\\zb"));
+  EXPECT_TRUE(removable("S:\\Lumo\\prg\\com\\bin\\cpy\\client\\zb"));
+}
+
 TEST_F(Guard, TheFolderOfAllProductsStaysWithoutACatalogueToo) {
   installation_.share().removeTree(Installation::kCatalogue);
   EXPECT_FALSE(removable("S:\\Lumo\\mv"));
