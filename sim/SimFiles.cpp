@@ -438,12 +438,14 @@ SystemCode SimFiles::doRemoveFolder(const std::string& path) {
   return denied;
 }
 
-SystemCode SimFiles::list(const std::string& folder, std::vector<FolderEntry>& entries) {
+SystemCode SimFiles::list(const std::string& folder, const std::string& ending,
+                          std::vector<FolderEntry>& entries) {
   const auto injected = calls_.enter(CallKind::FolderList, "files.list", folder);
-  return injected ? *injected : doList(folder, entries);
+  return injected ? *injected : doList(folder, ending, entries);
 }
 
-SystemCode SimFiles::doList(const std::string& folder, std::vector<FolderEntry>& entries) {
+SystemCode SimFiles::doList(const std::string& folder, const std::string& ending,
+                            std::vector<FolderEntry>& entries) {
   const SimVolumes::Place place = volumes_.find(folder, true);
   if (place.code != kSuccess) {
     return asFolder(place.code);
@@ -453,7 +455,9 @@ SystemCode SimFiles::doList(const std::string& folder, std::vector<FolderEntry>&
   }
   entries.clear();
   for (const auto& child : place.node->children) {
-    entries.push_back({child->name, factsOf(*child)});
+    if (upperCase(child->name).ends_with(upperCase(ending))) {
+      entries.push_back({child->name, factsOf(*child)});
+    }
   }
   return kSuccess;
 }

@@ -66,7 +66,8 @@ class SimFiles : public machine::Files {
   SystemCode setReadOnly(const std::string& path, bool readOnly) override;
   SystemCode makeFolder(const std::string& path) override;
   SystemCode removeFolder(const std::string& path) override;
-  SystemCode list(const std::string& folder, std::vector<machine::FolderEntry>& entries) override;
+  SystemCode list(const std::string& folder, const std::string& ending,
+                  std::vector<machine::FolderEntry>& entries) override;
   SystemCode copyFile(const std::string& source, const std::string& target) override;
   SystemCode replaceFile(const std::string& source, const std::string& target) override;
 
@@ -82,7 +83,8 @@ class SimFiles : public machine::Files {
   SystemCode doRemoveFile(const std::string& path);
   SystemCode doRemoveFolder(const std::string& path);
   SystemCode doMakeFolder(const std::string& path);
-  SystemCode doList(const std::string& folder, std::vector<machine::FolderEntry>& entries);
+  SystemCode doList(const std::string& folder, const std::string& ending,
+                    std::vector<machine::FolderEntry>& entries);
   SystemCode doCopy(const std::string& source, const std::string& target);
   SystemCode doReplace(const std::string& source, const std::string& target);
   SimNode& nodeToWrite(SimVolumes::Place& place);

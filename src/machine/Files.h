@@ -62,9 +62,12 @@ class Files {
   /// Removes one empty folder (not empty: 145) or the link that stands in its place.
   virtual SystemCode removeFolder(const std::string& path) = 0;
 
-  /// Lists a folder in the order in which the file system gives its entries (unsorted). Missing
-  /// answers 3, a file 267; `entries` is replaced on success only.
-  virtual SystemCode list(const std::string& folder, std::vector<FolderEntry>& entries) = 0;
+  /// Lists a folder in the order in which the file system gives its entries (unsorted): those whose
+  /// names end with `ending` (plain text, in any case; empty: all). A server then sends no others;
+  /// entries whose short names end so may come too. Missing answers 3, a file 267; `entries` is
+  /// replaced on success only.
+  virtual SystemCode list(const std::string& folder, const std::string& ending,
+                          std::vector<FolderEntry>& entries) = 0;
 
   /// Copies one file with its last-modified time and its read-only attribute onto `target` (full
   /// path of a file), overwriting. A read-only target or a folder on either side answers 5, a

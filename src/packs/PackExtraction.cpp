@@ -83,8 +83,9 @@ bool removePack(Program& program, const std::string& zipPath) {
 }
 
 std::vector<machine::FolderEntry> zipPacksOf(Program& program, const std::string& folder) {
+  // The server leaves out what else lies there: a start looks twice for each product.
   std::vector<machine::FolderEntry> packs =
-      program.fileSystem.requiredFileSystemObject().fileEntries(folder);
+      program.fileSystem.requiredFileSystemObject().fileEntries(folder, "zip");
   std::erase_if(packs, [](const machine::FolderEntry& entry) {
     return modLibrary::Extension(entry.name) != "zip";
   });

@@ -60,7 +60,7 @@ void removeTree(machine::Files& files, const std::string& folder, const machine:
 
 void removeContent(machine::Files& files, const std::string& folder, bool force) {
   std::vector<machine::FolderEntry> entries;
-  require(files.list(folder, entries), folder);
+  require(files.list(folder, "", entries), folder);
   for (const machine::FolderEntry& entry : entries) {
     const std::string path = child(folder, entry.name);
     if (entry.facts.folder) {
@@ -133,7 +133,7 @@ void makeSure(machine::Files& files, const std::string& folder) {
 void copyTree(machine::Files& files, const std::string& source, const std::string& target,
               const CopyMode& mode) {
   std::vector<machine::FolderEntry> entries;
-  require(files.list(source, entries), source);
+  require(files.list(source, "", entries), source);
   makeSure(files, target);
   for (const machine::FolderEntry& entry : entries) {
     const std::string from = child(source, entry.name);
@@ -213,9 +213,10 @@ void FileSystemObject::copyFolder(const std::string& source, const std::string& 
   copyTree(files_, from, to, {overwrite, force});
 }
 
-std::vector<machine::FolderEntry> FileSystemObject::fileEntries(const std::string& folder) {
+std::vector<machine::FolderEntry> FileSystemObject::fileEntries(const std::string& folder,
+                                                                const std::string& ending) {
   std::vector<machine::FolderEntry> entries;
-  require(files_.list(bareFolder(folder), entries), folder);
+  require(files_.list(bareFolder(folder), ending, entries), folder);
   std::erase_if(entries, [](const machine::FolderEntry& entry) { return entry.facts.folder; });
   return entries;
 }
@@ -230,7 +231,7 @@ std::vector<std::string> FileSystemObject::files(const std::string& folder) {
 
 std::vector<std::string> FileSystemObject::folders(const std::string& folder) {
   std::vector<machine::FolderEntry> entries;
-  require(files_.list(bareFolder(folder), entries), folder);
+  require(files_.list(bareFolder(folder), "", entries), folder);
   std::vector<std::string> names;
   for (const machine::FolderEntry& entry : entries) {
     if (entry.facts.folder) {

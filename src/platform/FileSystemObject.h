@@ -49,8 +49,10 @@ class FileSystemObject {
                   bool force = false);
 
   /// The files of a folder, without its folders, in the order in which the file system gives them.
-  /// One opening. Raises 76 when it is missing.
-  std::vector<machine::FolderEntry> fileEntries(const std::string& folder);
+  /// One opening. `ending`: those whose names end so are enough, in any case; others may come too.
+  /// Raises 76 when it is missing.
+  std::vector<machine::FolderEntry> fileEntries(const std::string& folder,
+                                                const std::string& ending = {});
   /// Their names, and the names of the folders in the same order.
   std::vector<std::string> files(const std::string& folder);
   std::vector<std::string> folders(const std::string& folder);

@@ -86,7 +86,7 @@ bool isFile(const std::string& path) {
 /// The answer of a listing that gave no first entry, from the last error.
 SystemCode withoutSearch(const std::string& folder, std::vector<machine::FolderEntry>& entries) {
   const SystemCode code = GetLastError();
-  // The empty root of a drive has not even "." in it.
+  // No name ends so; the empty root of a drive has not even "." in it.
   if (code == system_code::kFileNotFound) {
     entries.clear();
     return system_code::kSuccess;
@@ -156,10 +156,12 @@ SystemCode Win32Files::removeFolder(const std::string& path) {
   return codeOf(RemoveDirectoryW(wide(path).c_str()));
 }
 
-SystemCode Win32Files::list(const std::string& folder, std::vector<machine::FolderEntry>& entries) {
+SystemCode Win32Files::list(const std::string& folder, const std::string& ending,
+                            std::vector<machine::FolderEntry>& entries) {
   const bool root = !folder.empty() && folder.back() == '\\';
   WIN32_FIND_DATAW data{};
-  const OwnedSearch search(FindFirstFileW(wide(folder + (root ? "*" : "\\*")).c_str(), &data));
+  const OwnedSearch search(
+      FindFirstFileW(wide(folder + (root ? "*" : "\\*") + ending).c_str(), &data));
   if (!search) {
     return withoutSearch(folder, entries);
   }

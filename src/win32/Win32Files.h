@@ -15,7 +15,8 @@ class Win32Files : public machine::Files {
   SystemCode setReadOnly(const std::string& path, bool readOnly) override;
   SystemCode makeFolder(const std::string& path) override;
   SystemCode removeFolder(const std::string& path) override;
-  SystemCode list(const std::string& folder, std::vector<machine::FolderEntry>& entries) override;
+  SystemCode list(const std::string& folder, const std::string& ending,
+                  std::vector<machine::FolderEntry>& entries) override;
   SystemCode copyFile(const std::string& source, const std::string& target) override;
   SystemCode replaceFile(const std::string& source, const std::string& target) override;
 };

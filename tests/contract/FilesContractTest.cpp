@@ -32,9 +32,9 @@ class FilesContract : public Contract {
     return facts.modified;
   }
 
-  std::vector<std::string> namesIn(const std::string& folder) {
+  std::vector<std::string> namesIn(const std::string& folder, const std::string& ending = {}) {
     std::vector<FolderEntry> entries;
-    EXPECT_EQ(files().list(folder, entries), system_code::kSuccess);
+    EXPECT_EQ(files().list(folder, ending, entries), system_code::kSuccess);
     std::vector<std::string> names;
     for (const FolderEntry& entry : entries) names.push_back(entry.name);
     return names;
@@ -137,7 +137,7 @@ TEST_F(FilesContract, ALookAndAListingTellTheSameTime) {
   const std::string file = putFile("a.txt", "x");
   world().makeOld(file);
   std::vector<FolderEntry> entries;
-  ASSERT_EQ(files().list(world().folder(), entries), system_code::kSuccess);
+  ASSERT_EQ(files().list(world().folder(), "", entries), system_code::kSuccess);
   ASSERT_EQ(entries.size(), 1U);
   EXPECT_EQ(entries[0].facts.modified, modified("a.txt"));
   EXPECT_EQ(modified("a.txt") / kSecond, static_cast<std::uint64_t>(world().modifiedSeconds(file)));
@@ -406,7 +406,7 @@ TEST_F(FilesContract, AFolderLinkIsAFolderAndAReparsePoint) {
   EXPECT_TRUE(facts.reparsePoint);
   EXPECT_EQ(look(path("link\\a.txt")), system_code::kSuccess);
   std::vector<FolderEntry> entries;
-  ASSERT_EQ(files().list(world().folder(), entries), system_code::kSuccess);
+  ASSERT_EQ(files().list(world().folder(), "", entries), system_code::kSuccess);
   for (const FolderEntry& entry : entries) {
     EXPECT_EQ(entry.facts.reparsePoint, entry.name == "link") << entry.name;
   }
@@ -439,7 +439,7 @@ TEST_F(FilesContract, ListGivesTheFactsOfEachEntry) {
   world().putFolder(path("sub"));
   ASSERT_EQ(files().setReadOnly(path("b.txt"), true), system_code::kSuccess);
   std::vector<FolderEntry> entries;
-  ASSERT_EQ(files().list(world().folder(), entries), system_code::kSuccess);
+  ASSERT_EQ(files().list(world().folder(), "", entries), system_code::kSuccess);
   ASSERT_EQ(entries.size(), 2U);
   for (const FolderEntry& entry : entries) {
     EXPECT_EQ(entry.facts.folder, entry.name == "sub");
@@ -451,8 +451,28 @@ TEST_F(FilesContract, ListGivesTheFactsOfEachEntry) {
 
 TEST_F(FilesContract, ListOfAnEmptyFolderIsEmpty) {
   std::vector<FolderEntry> entries = {{"old", {}}};
-  ASSERT_EQ(files().list(world().folder(), entries), system_code::kSuccess);
+  ASSERT_EQ(files().list(world().folder(), "", entries), system_code::kSuccess);
   EXPECT_THAT(entries, IsEmpty());
+}
+
+TEST_F(FilesContract, ListByEndingGivesWhatEndsSoInAnyCase) {
+  for (const char* const name :
+       {"a.zip", "B.ZIP", "pack. zip", "zip", "a.zip.txt", "c.zi", "è.zip"})
+    putFile(name, "");
+  world().putFolder(path("folder.zip"));
+  EXPECT_THAT(namesIn(world().folder(), "zip"),
+              UnorderedElementsAre("a.zip", "B.ZIP", "pack. zip", "zip", "è.zip", "folder.zip"));
+  EXPECT_THAT(namesIn(world().folder(), ".zip"),
+              UnorderedElementsAre("a.zip", "B.ZIP", "è.zip", "folder.zip"));
+  EXPECT_THAT(namesIn(world().folder(), "gz"), IsEmpty());
+}
+
+TEST_F(FilesContract, ListByEndingKeepsTheOrder) {
+  for (const char* const name : {"10.zip", "9.zip", "x.ini", "B.zip", "a.zip", "y.ini", "_x.zip"})
+    putFile(name, "");
+  std::vector<std::string> all = namesIn(world().folder());
+  std::erase_if(all, [](const std::string& name) { return name.ends_with(".ini"); });
+  EXPECT_EQ(namesIn(world().folder(), "zip"), all);
 }
 
 TEST_F(FilesContract, ListGivesTheSameOrderEachTime) {
@@ -470,9 +490,12 @@ TEST_F(FilesContract, ListOfALinkToAFolderGivesWhatItsTargetHolds) {
 
 TEST_F(FilesContract, ListThatFailsLeavesTheEntries) {
   std::vector<FolderEntry> entries = {{"old", {}}};
-  EXPECT_EQ(files().list(path("none"), entries), 3U);
-  EXPECT_EQ(files().list(path("none\\sub"), entries), 3U);
-  EXPECT_EQ(files().list(putFile("a.txt", "x"), entries), 267U);
+  EXPECT_EQ(files().list(path("none"), "", entries), 3U);
+  EXPECT_EQ(files().list(path("none\\sub"), "", entries), 3U);
+  EXPECT_EQ(files().list(putFile("a.txt", "x"), "", entries), 267U);
+  EXPECT_EQ(files().list(path("none"), "zip", entries), 3U);
+  EXPECT_EQ(files().list(path("none\\sub"), "zip", entries), 3U);
+  EXPECT_EQ(files().list(path("a.txt"), "zip", entries), 267U);
   EXPECT_EQ(entries.size(), 1U);
 }
 

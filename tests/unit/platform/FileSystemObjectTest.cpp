@@ -361,6 +361,9 @@ TEST_F(FileSystemObjectTest, ListsFilesOnlyInTheOrderOfTheFileSystem) {
   EXPECT_THAT(object.files("C:\\d"), testing::ElementsAre("c.zip", "A.zip", "b.zip"));
   EXPECT_THAT(object.files("C:\\d\\"), testing::SizeIs(3));
   EXPECT_EQ(object.fileEntries("C:\\d").at(0).facts.size, 2U);
+  machine.putFile("C:\\d\\zip.txt", "xyz");
+  EXPECT_THAT(object.fileEntries("C:\\d\\", "zip"), testing::SizeIs(3));
+  EXPECT_EQ(object.fileEntries("C:\\d", "TXT").at(0).name, "zip.txt");
 }
 
 TEST_F(FileSystemObjectTest, ListsFoldersOnlyInTheOrderOfTheFileSystem) {

@@ -44,7 +44,7 @@ TEST(SimCalls, OpeningsAreCountedByPlaceAndKind) {
   machine.files().read("s:\\prg\\a.txt", 10, content);
   machine.files().append("S:\\prg2\\a.txt", "a");
   machine.files().copyFile("C:\\a.txt", "S:\\prg\\a.txt");
-  machine.files().list("S:\\prg", entries);
+  machine.files().list("S:\\prg", "", entries);
   machine.files().look("S:\\prg", facts);
   machine.profiles().readValue("S", "k", "", 10, "S:\\prg\\a.ini");
   machine.profiles().readValue("S", "k", "", 10, "p.ini");

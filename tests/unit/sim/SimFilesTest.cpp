@@ -31,14 +31,14 @@ TEST(SimDisk, IsListedInTheOrderOfCreationOrAsTold) {
   machine.makeFolders("C:\\packs\\0");
   std::vector<machine::FolderEntry> entries;
 
-  ASSERT_EQ(machine.files().list("C:\\packs", entries), kSuccess);
+  ASSERT_EQ(machine.files().list("C:\\packs", "", entries), kSuccess);
   ASSERT_EQ(entries.size(), 3U);
   EXPECT_EQ(entries[0].name, "b.zip");
   EXPECT_EQ(entries[1].name, "a.zip");
   EXPECT_TRUE(entries[2].facts.folder);
 
   machine.diskOf("C:\\").setListingOrder("C:\\packs", {"0", "A.ZIP"});
-  ASSERT_EQ(machine.files().list("C:\\packs", entries), kSuccess);
+  ASSERT_EQ(machine.files().list("C:\\packs", "", entries), kSuccess);
   EXPECT_EQ(entries[0].name, "0");
   EXPECT_EQ(entries[1].name, "a.zip");
   EXPECT_EQ(entries[2].name, "b.zip");
@@ -80,7 +80,7 @@ TEST(SharedDisk, AnswersItsCodeWhileItIsGone) {
   EXPECT_EQ(machine.files().read("S:\\a.ini", kWhole, content), kNetNameDeleted);
   EXPECT_EQ(content, "before");
   EXPECT_EQ(machine.files().look("S:\\a.ini", facts), kNetNameDeleted);
-  EXPECT_EQ(machine.files().list("S:\\", entries), kNetNameDeleted);
+  EXPECT_EQ(machine.files().list("S:\\", "", entries), kNetNameDeleted);
   EXPECT_EQ(machine.files().append("S:\\a.ini", "x"), kNetNameDeleted);
   EXPECT_EQ(machine.profiles().readValue("S", "k", "default", 100, "S:\\a.ini"), "default");
   EXPECT_EQ(machine.profiles().writeValue("S", "k", "w", "S:\\a.ini"), 0U);
@@ -220,7 +220,7 @@ TEST(SimFiles, ALinkToItselfEndsInsteadOfTurningInCircles) {
   machine.diskOf("C:\\").putLink("C:\\a", "C:\\a");
   std::vector<machine::FolderEntry> entries;
 
-  EXPECT_NE(machine.files().list("C:\\a", entries), kSuccess);
+  EXPECT_NE(machine.files().list("C:\\a", "", entries), kSuccess);
 }
 
 TEST(SimFiles, ACopyKeepsTimeVersionAndWhatItRuns) {
@@ -261,7 +261,7 @@ TEST(SimFiles, TimesAreToldByALookAndByAListing) {
   std::vector<machine::FolderEntry> entries;
 
   ASSERT_EQ(machine.files().look("C:\\d\\a.txt", facts), kSuccess);
-  ASSERT_EQ(machine.files().list("C:\\d", entries), kSuccess);
+  ASSERT_EQ(machine.files().list("C:\\d", "", entries), kSuccess);
   EXPECT_EQ(facts.modified, 20'000'000U);
   EXPECT_EQ(entries.at(0).facts.modified, 20'000'000U);
 
