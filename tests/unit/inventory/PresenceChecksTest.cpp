@@ -248,6 +248,15 @@ TEST_F(PresenceChecks, LudaOfWhichOnlyTheHomeFolderIsKnownIsNotThere) {
   EXPECT_THAT(report(), ElementsAre(banner("LUDA"), "File ini locale ASSENTE"));
 }
 
+TEST_F(PresenceChecks, LudaWithoutAHomeFolderIsLookedForInTheRootOfTheCurrentDrive) {
+  machine().putFile("C:\\luda2003.exe", "MZ");
+  machine().setFileVersion("C:\\luda2003.exe", {7, 10, 0, 12});
+  machine().volumes().setCurrentFolder("C:\\Lumo");
+  check(20);
+  expectVersions("7.10.0.12", "7.10.0.12");
+  expectFolders("", "");
+}
+
 // --- Bilancio and Tarsena2
 
 TEST_F(PresenceChecks, BilancioThatIsNowhereIsToBeSetUpOnBothSides) {
