@@ -36,4 +36,10 @@ constexpr SystemCode kElevationRequired = 740;
 constexpr SystemCode kResourceDataNotFound = 1812;
 }  // namespace system_code
 
+/// Does this answer to a look at a path say that nothing stands there? A server that is gone and a
+/// path that is no path say nothing of the kind.
+constexpr bool meansMissing(SystemCode code) {
+  return code == system_code::kFileNotFound || code == system_code::kPathNotFound;
+}
+
 }  // namespace trelv

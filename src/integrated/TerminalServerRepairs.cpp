@@ -66,8 +66,7 @@ std::string profileWindowsFolder(Program& program) {
 bool isMissing(Program& program, const std::string& path) {
   machine::FileFacts facts;
   const SystemCode code = program.machine.files.look(path, facts);
-  if (code != system_code::kSuccess && code != system_code::kFileNotFound &&
-      code != system_code::kPathNotFound) {
+  if (code != system_code::kSuccess && !meansMissing(code)) {
     throw failureFromSystemCode(code, path);
   }
   return code != system_code::kSuccess;
@@ -75,18 +74,12 @@ bool isMissing(Program& program, const std::string& path) {
 
 enum class Existing { Kept, Replaced };
 
-/// Raises where a file must not be put in the place of `target`. A rename would get past the
-/// read-only attribute.
+/// Raises where a file must not be put in the place of `target`.
 void requireFree(Program& program, const std::string& target, Existing existing) {
-  if (isMissing(program, target)) {
-    return;
-  }
-  if (existing == Existing::Kept) {
+  if (existing == Existing::Replaced) {
+    program.fileSystem.requiredFileSystemObject().requireReplaceable(target);
+  } else if (!isMissing(program, target)) {
     throw failureFromSystemCode(system_code::kFileExists, target);
-  }
-  machine::FileFacts facts;
-  if (program.machine.files.look(target, facts) == system_code::kSuccess && facts.readOnly) {
-    throw failureFromSystemCode(system_code::kAccessDenied, target);
   }
 }
 

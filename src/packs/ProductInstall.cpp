@@ -52,7 +52,7 @@ void removeUnpacked(Program& program, const std::string& folder) {
   machine::FileFacts facts;
   const SystemCode code = program.machine.files.look(folder, facts);
   const bool isFile = code == system_code::kSuccess && !facts.folder;
-  if (isFile || code == system_code::kFileNotFound || code == system_code::kPathNotFound) {
+  if (isFile || meansMissing(code)) {
     return;
   }
   program.fileSystem.requiredFileSystemObject().deleteFolder(folder, true);

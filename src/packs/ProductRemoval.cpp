@@ -35,9 +35,9 @@ class Removal {
   void runCommands(const std::string& sideName);
   void runCommand(std::string command);
   void removeSetupFolder(const std::string& folder);
-  bool mayBeThere(const std::string& path);
   void zeroVersion();
   void removeConfiguration();
+  FileSystemObject& files() { return program_.fileSystem.requiredFileSystemObject(); }
 
   Program& program_;
   const Paths paths_;
@@ -101,16 +101,9 @@ void Removal::removeSetupFolder(const std::string& folder) {
     return;
   }
   modLibrary::DeleteFolder(program_, folder);
-  if (mayBeThere(folder)) {
+  if (files().mayExist(folder)) {
     program_.log.WriteLog("Gestione ProdTrelv - Cartella server di setup non rimossa: " + folder);
   }
-}
-
-/// A path that cannot be looked at counts as there: that it was removed nobody knows.
-bool Removal::mayBeThere(const std::string& path) {
-  machine::FileFacts facts;
-  const SystemCode code = program_.machine.files.look(path, facts);
-  return code != system_code::kFileNotFound && code != system_code::kPathNotFound;
 }
 
 void Removal::zeroVersion() {
@@ -131,7 +124,7 @@ void Removal::removeConfiguration() {
   program_.log.WriteLog("Gestione ProdTrelv - Rimozione file di configurazione: " + configuration_);
   modLibrary::DeleteFile(program_, configuration_);
   // Without an entry in the catalogue this is the server path itself, with a backslash behind it.
-  if (configuration_.back() != '\\' && mayBeThere(configuration_)) {
+  if (configuration_.back() != '\\' && files().mayExist(configuration_)) {
     program_.log.WriteLog("Gestione ProdTrelv - File di configurazione non rimosso: " +
                           configuration_);
   }

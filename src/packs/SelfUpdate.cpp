@@ -50,10 +50,6 @@ class SelfUpdate {
   std::string oldProgram_;
 };
 
-bool isMissing(SystemCode code) {
-  return code == system_code::kFileNotFound || code == system_code::kPathNotFound;
-}
-
 /// Empty when it cannot be had: the copies then have a name that all such workstations share.
 std::string computerName(Program& program) {
   std::string name;
@@ -114,7 +110,7 @@ void SelfUpdate::removeTemporary(const std::string& path) {
 void SelfUpdate::restoreClientCopy() {
   machine::FileFacts facts;
   machine::Files& files = program_.machine.files;
-  if (files_.fileExists(oldProgram_) && isMissing(files.look(clientCopy_, facts)) &&
+  if (files_.fileExists(oldProgram_) && meansMissing(files.look(clientCopy_, facts)) &&
       files.replaceFile(oldProgram_, clientCopy_) == system_code::kSuccess) {
     program_.log.WriteLog("Gestione ProdTrelv - Copia precedente ripristinata: " + clientCopy_);
   }
@@ -148,23 +144,8 @@ void SelfUpdate::copyToShare(const std::string& source, const std::string& tempo
   }
 }
 
-/// Renaming would get past what a copy has to respect.
-void refuseProtected(Program& program, const std::string& target) {
-  machine::FileFacts facts;
-  SystemCode code = program.machine.files.look(target, facts);
-  if (isMissing(code)) {
-    return;
-  }
-  if (code == system_code::kSuccess && (facts.readOnly || facts.folder)) {
-    code = system_code::kAccessDenied;
-  }
-  if (code != system_code::kSuccess) {
-    throw failureFromSystemCode(code, target);
-  }
-}
-
 void SelfUpdate::putProgramInPlace() {
-  refuseProtected(program_, clientCopy_);
+  files_.requireReplaceable(clientCopy_);
   const SystemCode code = program_.machine.files.replaceFile(newProgram_, clientCopy_);
   if (code == system_code::kAccessDenied || code == system_code::kSharingViolation) {
     swapWithProgramInUse(code);
@@ -245,7 +226,7 @@ void SelfUpdate::writeScratchCopy(const std::string& scratch, const std::string&
 void SelfUpdate::putEnvironmentFileInPlace(const std::string& scratch) {
   const std::string target = environmentFolder_ + "\\" + kEnvironmentFile;
   copyToShare(scratch, newEnvironmentFile_);
-  refuseProtected(program_, target);
+  files_.requireReplaceable(target);
   const SystemCode code = program_.machine.files.replaceFile(newEnvironmentFile_, target);
   if (code != system_code::kSuccess) {
     throw failureFromSystemCode(code, target);
@@ -282,7 +263,7 @@ bool IsFileNewer(Program& program, const std::string& sourcePath, const std::str
   FileSystemObject& files = program.fileSystem.requiredFileSystemObject();
   machine::FileFacts facts;
   const SystemCode code = program.machine.files.look(targetPath, facts);
-  if (isMissing(code) || (code == system_code::kSuccess && facts.folder)) {
+  if (meansMissing(code) || (code == system_code::kSuccess && facts.folder)) {
     return true;
   }
   if (code != system_code::kSuccess) {

@@ -188,22 +188,16 @@ bool isHostFolderByName(const Place& place, const Place& server) {
   });
 }
 
-/// A path that cannot be looked at counts as there: better a folder too many than one too few.
-bool mayExist(Program& program, const std::string& path) {
-  machine::FileFacts facts;
-  const SystemCode code = program.machine.files.look(path, facts);
-  return code != system_code::kFileNotFound && code != system_code::kPathNotFound;
-}
-
 /// Is the file in the folder, or in folders below it that are named like those on its way? Then the
 /// folder is one of its holders, by whatever name.
 bool leadsTo(Program& program, const std::string& folder, const std::string& file) {
+  FileSystemObject& files = program.fileSystem.requiredFileSystemObject();
   const std::optional<Place> place = placeOf(file);
   std::string rest;
   return place && std::any_of(place->levels.rbegin(), place->levels.rend(),
                               [&](const std::string& level) -> bool {
                                 rest = "\\" + level + rest;
-                                return mayExist(program, folder + rest);
+                                return files.mayExist(folder + rest);
                               });
 }
 

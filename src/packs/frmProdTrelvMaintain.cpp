@@ -148,8 +148,7 @@ bool isOfChosenType(const FormWindow& window, const RepairVersion& version) {
 bool isUnreadable(Program& program, const std::string& record) {
   std::string ignored;
   const SystemCode code = program.machine.files.read(record, 1, ignored);
-  return code != system_code::kSuccess && code != system_code::kFileNotFound &&
-         code != system_code::kPathNotFound;
+  return code != system_code::kSuccess && !meansMissing(code);
 }
 
 std::string recordedText(Program& program, const std::string& product, const std::string& record) {

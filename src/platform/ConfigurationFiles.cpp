@@ -42,10 +42,7 @@ bool isAnsi(machine::Locale& locale, const std::string& path) {
 
 /// The file is not there, or its server is gone. A connection that was dropped does not count: the
 /// next use of the share makes it anew.
-bool isMissing(SystemCode code) {
-  return code == system_code::kFileNotFound || code == system_code::kPathNotFound ||
-         code == system_code::kBadNetPath;
-}
+bool isMissing(SystemCode code) { return meansMissing(code) || code == system_code::kBadNetPath; }
 
 /// True when the value comes whole out of a buffer of `size` characters. Quotes that were taken off
 /// count, because the platform takes them off after it has cut the text.

@@ -164,6 +164,23 @@ bool FileSystemObject::folderExists(const std::string& path) {
   return files_.look(bareFolder(path), facts) == system_code::kSuccess && facts.folder;
 }
 
+bool FileSystemObject::mayExist(const std::string& path) {
+  machine::FileFacts facts;
+  return !meansMissing(files_.look(path, facts));
+}
+
+void FileSystemObject::requireReplaceable(const std::string& path) {
+  machine::FileFacts facts;
+  const SystemCode code = files_.look(path, facts);
+  if (meansMissing(code)) {
+    return;
+  }
+  require(code, path);
+  if (facts.readOnly || facts.folder) {
+    throw failureFromSystemCode(system_code::kAccessDenied, path);
+  }
+}
+
 void FileSystemObject::createFolder(const std::string& path) {
   require(files_.makeFolder(bareFolder(path)), path);
 }

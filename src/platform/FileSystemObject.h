@@ -20,6 +20,14 @@ class FileSystemObject {
   bool fileExists(const std::string& path);
   bool folderExists(const std::string& path);
 
+  /// False only where nothing is known to stand: a path that cannot be looked at counts as there.
+  /// Never raises.
+  bool mayExist(const std::string& path);
+
+  /// Raises 70 where a read-only file or a folder stands: a rename would get past what a copy has to
+  /// respect. Raises too when the path cannot be looked at.
+  void requireReplaceable(const std::string& path);
+
   /// Makes one folder. Raises 58 when it exists, 76 when its parent is missing.
   void createFolder(const std::string& path);
 

@@ -320,9 +320,8 @@ bool replaceContent(machine::Files& files, const std::string& path, const std::s
 }
 
 bool isMissing(SystemCode code) {
-  return code == system_code::kFileNotFound || code == system_code::kPathNotFound ||
-         code == system_code::kBadNetPath || code == system_code::kInvalidName ||
-         code == system_code::kBadPathname;
+  return meansMissing(code) || code == system_code::kBadNetPath ||
+         code == system_code::kInvalidName || code == system_code::kBadPathname;
 }
 
 /// A text value of the pointer key; empty when it is missing or no text.

@@ -26,10 +26,6 @@ Standing standingOf(DWORD attributes) {
   return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? Standing::kFolder : Standing::kFile;
 }
 
-bool isMissing(SystemCode code) {
-  return code == system_code::kFileNotFound || code == system_code::kPathNotFound;
-}
-
 /// Where the backslash behind a drive stands in a literal path.
 constexpr std::size_t kDriveEnd = 6;
 
@@ -42,7 +38,7 @@ SystemCode makeWithParents(const std::wstring& path) {
   }
   SystemCode code = GetLastError();
   const std::size_t parent = path.rfind(L'\\');
-  if (!isMissing(code) || parent == std::wstring::npos || parent + 1 == path.size()) {
+  if (!meansMissing(code) || parent == std::wstring::npos || parent + 1 == path.size()) {
     return code;
   }
   // What is above "\\?\C:\name" is the drive: there, or not to be made.
@@ -139,7 +135,7 @@ SystemCode Win32OutputTree::look(const std::string& name, Standing& standing) {
   }
   const SystemCode code = GetLastError();
   standing = Standing::kNothing;
-  return isMissing(code) ? system_code::kSuccess : code;
+  return meansMissing(code) ? system_code::kSuccess : code;
 }
 
 SystemCode Win32OutputTree::visit(const std::string& folder, const Visitor& visitor) {

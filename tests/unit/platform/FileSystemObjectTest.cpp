@@ -34,6 +34,33 @@ TEST_F(FileSystemObjectTest, TellsFilesFromFolders) {
   EXPECT_TRUE(object.fileExists("c:\\D\\A.TXT"));
 }
 
+TEST_F(FileSystemObjectTest, WhatCannotBeLookedAtMayExist) {
+  machine.putFile("C:\\d\\a.txt", "x");
+  EXPECT_TRUE(object.mayExist("C:\\d\\a.txt"));
+  EXPECT_TRUE(object.mayExist("C:\\d"));
+  EXPECT_FALSE(object.mayExist("C:\\d\\b.txt"));
+  EXPECT_FALSE(object.mayExist("C:\\e\\b.txt"));
+  machine.callLog().setInjector(
+      [](const sim::SimCall&) { return std::optional<SystemCode>(system_code::kBadNetPath); });
+  EXPECT_TRUE(object.mayExist("C:\\d\\b.txt"));
+}
+
+TEST_F(FileSystemObjectTest, OnlyAWritableFileOrNothingIsReplaceable) {
+  machine.putFile("C:\\d\\a.txt", "x");
+  const auto replaceable = [&](const char* path) {
+    return failureOf([&] { object.requireReplaceable(path); });
+  };
+  EXPECT_EQ(replaceable("C:\\d\\a.txt"), 0);
+  EXPECT_EQ(replaceable("C:\\d\\b.txt"), 0);
+  EXPECT_EQ(replaceable("C:\\e\\b.txt"), 0);
+  EXPECT_EQ(replaceable("C:\\d"), 70);
+  ASSERT_EQ(machine.files().setReadOnly("C:\\d\\a.txt", true), system_code::kSuccess);
+  EXPECT_EQ(replaceable("C:\\d\\a.txt"), 70);
+  machine.callLog().setInjector(
+      [](const sim::SimCall&) { return std::optional<SystemCode>(system_code::kBadNetPath); });
+  EXPECT_EQ(replaceable("C:\\d\\b.txt"), 76);
+}
+
 TEST_F(FileSystemObjectTest, TakesATrailingBackslashForFoldersOnly) {
   machine.putFile("C:\\d\\a.txt", "x");
   EXPECT_TRUE(object.folderExists("C:\\d\\"));
