@@ -3,8 +3,8 @@
 #include <array>
 
 #include "base/Text.h"
-#include "integrated/HostPaths.h"
 #include "integrated/LoggedStep.h"
+#include "packs/HostPaths.h"
 #include "platform/modLibrary.h"
 
 namespace trelv::modProdTrelvManager {

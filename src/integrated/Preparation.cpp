@@ -3,10 +3,10 @@
 #include <vector>
 
 #include "base/Codes.h"
-#include "integrated/HostPaths.h"
 #include "integrated/LoggedStep.h"
 #include "inventory/RegisteredComponent.h"
 #include "packs/Deregistration.h"
+#include "packs/HostPaths.h"
 #include "platform/modLibrary.h"
 #include "platform/modRegistry.h"
 #include "startup/modProdTrelvLibrary.h"

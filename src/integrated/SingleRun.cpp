@@ -6,7 +6,7 @@
 #include "base/ProductName.h"
 #include "base/Text.h"
 #include "base/Trap.h"
-#include "integrated/HostPaths.h"
+#include "packs/HostPaths.h"
 #include "platform/modLibrary.h"
 #include "startup/modProdTrelvLibrary.h"
 

@@ -6,7 +6,7 @@
 #include "base/Codes.h"
 #include "base/Text.h"
 #include "inventory/InstallationMode.h"
-#include "packs/IntegrationRecord.h"
+#include "startup/IntegrationRecord.h"
 
 namespace trelv::modProdTrelvManager {
 namespace {

@@ -6,15 +6,15 @@
 #include "base/ProductName.h"
 #include "base/Text.h"
 #include "integrated/DovraCorrection.h"
-#include "integrated/HostPaths.h"
 #include "integrated/LoggedStep.h"
 #include "integrated/Preparation.h"
-#include "integrated/ProductUpdateRun.h"
 #include "integrated/StandaloneDetection.h"
 #include "integrated/TerminalServerRepairs.h"
-#include "packs/IntegrationRecord.h"
+#include "packs/HostPaths.h"
+#include "packs/ProductUpdateRun.h"
 #include "platform/modConfig.h"
 #include "platform/modLibrary.h"
+#include "startup/IntegrationRecord.h"
 #include "startup/modProdTrelvLibrary.h"
 
 namespace trelv::modProdTrelvManager {

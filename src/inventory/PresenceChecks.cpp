@@ -9,9 +9,9 @@
 #include "base/Trap.h"
 #include "inventory/ProductReport.h"
 #include "inventory/RegisteredComponent.h"
-#include "packs/IntegrationRecord.h"
 #include "platform/modLibrary.h"
 #include "platform/modRegistry.h"
+#include "startup/IntegrationRecord.h"
 #include "startup/modProdTrelvLibrary.h"
 
 namespace trelv::modProdTrelvInfo {

@@ -6,9 +6,9 @@
 #include "base/Codes.h"
 #include "base/Text.h"
 #include "base/Trap.h"
-#include "integrated/HostPaths.h"
-#include "integrated/ProductUpdateRun.h"
 #include "inventory/PresenceChecks.h"
+#include "packs/HostPaths.h"
+#include "packs/ProductUpdateRun.h"
 #include "platform/modLibrary.h"
 #include "startup/modProdTrelvLibrary.h"
 

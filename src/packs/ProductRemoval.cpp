@@ -3,7 +3,7 @@
 #include "base/RuntimeError.h"
 #include "base/Text.h"
 #include "base/Trap.h"
-#include "integrated/HostPaths.h"
+#include "packs/HostPaths.h"
 #include "packs/NumberedFailure.h"
 #include "packs/SetupFolderGuard.h"
 #include "platform/modLibrary.h"

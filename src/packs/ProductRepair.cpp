@@ -4,7 +4,7 @@
 
 #include "base/Text.h"
 #include "base/Trap.h"
-#include "integrated/HostPaths.h"
+#include "packs/HostPaths.h"
 #include "packs/NumberedFailure.h"
 #include "platform/modLibrary.h"
 #include "startup/modProdTrelvLibrary.h"

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "base/Text.h"
-#include "integrated/HostPaths.h"
+#include "packs/HostPaths.h"
 #include "platform/modLibrary.h"
 
 namespace trelv::modProdTrelvManager {

@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "base/ProductName.h"
-#include "integrated/HostPaths.h"
-#include "packs/IntegrationRecord.h"
+#include "packs/HostPaths.h"
 #include "packs/ProductRemoval.h"
 #include "platform/modLibrary.h"
+#include "startup/IntegrationRecord.h"
 #include "startup/modProdTrelvLibrary.h"
 
 namespace trelv {

@@ -24,8 +24,8 @@ class FileSystemObject {
   /// Never raises.
   bool mayExist(const std::string& path);
 
-  /// Raises 70 where a read-only file or a folder stands: a rename would get past what a copy has to
-  /// respect. Raises too when the path cannot be looked at.
+  /// Raises 70 where a read-only file or a folder stands: a rename would get past what a copy has
+  /// to respect. Raises too when the path cannot be looked at.
   void requireReplaceable(const std::string& path);
 
   /// Makes one folder. Raises 58 when it exists, 76 when its parent is missing.

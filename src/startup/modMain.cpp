@@ -9,12 +9,12 @@
 #include "integrated/SingleRun.h"
 #include "integrated/UpdateAll.h"
 #include "interactive/modProdTrelvInteractive.h"
-#include "packs/IntegrationRecord.h"
 #include "packs/ProductInstall.h"
 #include "packs/frmProdTrelvMaintain.h"
 #include "platform/modConfig.h"
 #include "platform/modLibrary.h"
 #include "platform/modPlatform.h"
+#include "startup/IntegrationRecord.h"
 #include "startup/modProdTrelvLibrary.h"
 
 namespace trelv::modMain {

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "integrated/ProductUpdateRun.h"
+#include "packs/ProductUpdateRun.h"
 #include "unit/integrated/Installation.h"
 #include "unit/packs/PackPrograms.h"
 

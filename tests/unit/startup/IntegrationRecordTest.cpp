@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "packs/IntegrationRecord.h"
+#include "startup/IntegrationRecord.h"
 #include "unit/integrated/Installation.h"
 
 namespace trelv::tests {

@@ -1,4 +1,4 @@
-#include "integrated/ProductUpdateRun.h"
+#include "packs/ProductUpdateRun.h"
 
 #include <algorithm>
 #include <limits>
@@ -6,7 +6,7 @@
 #include "base/ProductName.h"
 #include "base/Text.h"
 #include "base/Trap.h"
-#include "integrated/HostPaths.h"
+#include "packs/HostPaths.h"
 #include "packs/PackExtraction.h"
 #include "platform/GeneralDate.h"
 #include "platform/modLibrary.h"

@@ -1,4 +1,4 @@
-#include "packs/IntegrationRecord.h"
+#include "startup/IntegrationRecord.h"
 
 #include <cstdint>
 

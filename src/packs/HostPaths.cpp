@@ -1,4 +1,4 @@
-#include "integrated/HostPaths.h"
+#include "packs/HostPaths.h"
 
 #include <optional>
 
