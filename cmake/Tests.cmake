@@ -76,17 +76,12 @@ if(WIN32)
   set_target_properties(bench_naive PROPERTIES OUTPUT_NAME naive
                                                RUNTIME_OUTPUT_DIRECTORY "${benches}")
 else()
-  # What tests of several kinds stand on: the sources under tests/unit that are no tests.
-  file(GLOB_RECURSE support CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/unit/*.cpp")
-  list(FILTER support EXCLUDE REGEX "Test\\.cpp$")
+  # What tests of several folders share.
+  file(GLOB_RECURSE support CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/support/*.cpp")
   list(FILTER support EXCLUDE REGEX "${not_here}")
-  if(support)
-    add_library(test_support STATIC ${support})
-    trelv_test_target(test_support LINKS main xmlstore decoder sim)
-  else()
-    add_library(test_support INTERFACE)
-  endif()
-  trelv_test(unit_tests SOURCES "unit/*Test.cpp" EXCEPT "${not_here}"
+  add_library(test_support STATIC ${support})
+  trelv_test_target(test_support LINKS main xmlstore decoder sim)
+  trelv_test(unit_tests SOURCES "unit/*.cpp" EXCEPT "${not_here}"
              LINKS test_support main xmlstore decoder sim)
   trelv_test(contract_sim SOURCES "contract/*.cpp" EXCEPT "/contract/win32/" LINKS main sim)
   trelv_test(sweep_tests SOURCES "sweep/*.cpp" LINKS test_support main xmlstore sim)

@@ -13,9 +13,9 @@
 #include "packs/SelfUpdate.h"
 #include "sim/FailingMachine.h"
 #include "sim/KilledMachine.h"
-#include "unit/integrated/Installation.h"
-#include "unit/packs/PackPrograms.h"
-#include "unit/support/RealProgram.h"
+#include "support/Installation.h"
+#include "support/PackPrograms.h"
+#include "support/RealProgram.h"
 
 namespace trelv::tests {
 namespace {

@@ -16,7 +16,7 @@
 #include "inventory/ProductReport.h"
 #include "sim/FailingMachine.h"
 #include "sim/KilledMachine.h"
-#include "unit/support/FakeProgram.h"
+#include "support/FakeProgram.h"
 
 namespace trelv::tests {
 namespace {

@@ -11,8 +11,8 @@
 
 #include "packs/frmProdTrelvMaintain.h"
 #include "sim/FailingMachine.h"
-#include "unit/integrated/Installation.h"
-#include "unit/support/RealProgram.h"
+#include "support/Installation.h"
+#include "support/RealProgram.h"
 
 namespace trelv::tests {
 namespace {

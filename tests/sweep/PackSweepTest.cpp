@@ -11,8 +11,8 @@
 #include "packs/PackExtraction.h"
 #include "sim/FailingMachine.h"
 #include "sim/KilledMachine.h"
-#include "unit/packs/PackPrograms.h"
-#include "unit/support/RealProgram.h"
+#include "support/PackPrograms.h"
+#include "support/RealProgram.h"
 
 namespace trelv::tests {
 namespace {

@@ -10,7 +10,7 @@
 #include "packs/ProductRemoval.h"
 #include "sim/FailingMachine.h"
 #include "sim/KilledMachine.h"
-#include "unit/integrated/Installation.h"
+#include "support/Installation.h"
 
 namespace trelv::tests {
 namespace {

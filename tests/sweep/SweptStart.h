@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "unit/integrated/Installation.h"
-#include "unit/support/RealProgram.h"
+#include "support/Installation.h"
+#include "support/RealProgram.h"
 
 namespace trelv::tests {
 

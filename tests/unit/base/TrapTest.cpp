@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "base/Trap.h"
-#include "unit/support/FakeProgram.h"
+#include "support/FakeProgram.h"
 
 namespace trelv {
 namespace {

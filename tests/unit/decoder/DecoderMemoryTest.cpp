@@ -13,7 +13,7 @@
 #include "base/RuntimeError.h"
 #include "decoder/Extraction.h"
 #include "decoder/Placement.h"
-#include "unit/decoder/DecoderPacks.h"
+#include "support/decoder/DecoderPacks.h"
 
 #ifdef __SANITIZE_ADDRESS__
 // The sanitiser's own; the compiler's headers do not declare it.

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "decoder/Decoder.h"
-#include "unit/decoder/DecoderPacks.h"
+#include "support/decoder/DecoderPacks.h"
 
 namespace trelv::decoder {
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "unit/decoder/DecoderPacks.h"
+#include "support/decoder/DecoderPacks.h"
 
 namespace trelv::decoder {
 namespace {

@@ -5,7 +5,7 @@
 
 #include "base/RuntimeError.h"
 #include "decoder/GzipReader.h"
-#include "unit/decoder/DecoderPacks.h"
+#include "support/decoder/DecoderPacks.h"
 
 namespace trelv::decoder {
 namespace {

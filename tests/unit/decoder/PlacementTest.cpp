@@ -6,7 +6,7 @@
 
 #include "base/RuntimeError.h"
 #include "decoder/Placement.h"
-#include "unit/decoder/MemoryTree.h"
+#include "support/decoder/MemoryTree.h"
 
 namespace trelv::decoder {
 namespace {

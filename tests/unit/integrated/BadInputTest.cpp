@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/XmlStore.h"
-#include "unit/integrated/Installation.h"
-#include "unit/support/RealProgram.h"
+#include "support/Installation.h"
+#include "support/RealProgram.h"
 
 namespace trelv::tests {
 namespace {

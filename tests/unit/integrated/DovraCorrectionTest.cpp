@@ -3,7 +3,7 @@
 
 #include "integrated/DovraCorrection.h"
 #include "integrated/UpdateAll.h"
-#include "unit/integrated/Installation.h"
+#include "support/Installation.h"
 
 namespace trelv::tests {
 namespace {

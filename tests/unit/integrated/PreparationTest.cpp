@@ -5,7 +5,7 @@
 #include <set>
 
 #include "integrated/Preparation.h"
-#include "unit/integrated/Installation.h"
+#include "support/Installation.h"
 
 namespace trelv::tests {
 namespace {

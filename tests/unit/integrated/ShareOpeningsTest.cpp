@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <sstream>
 
-#include "unit/integrated/Installation.h"
-#include "unit/support/RealProgram.h"
+#include "support/Installation.h"
+#include "support/RealProgram.h"
 
 namespace trelv::tests {
 namespace {

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "integrated/StandaloneDetection.h"
-#include "unit/support/FakeProgram.h"
+#include "support/FakeProgram.h"
 
 namespace trelv::tests {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "integrated/TerminalServerRepairs.h"
 #include "sim/FailingMachine.h"
-#include "unit/support/FakeProgram.h"
+#include "support/FakeProgram.h"
 
 namespace trelv::tests {
 namespace {

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "integrated/UpdateAll.h"
-#include "unit/integrated/Installation.h"
+#include "support/Installation.h"
 
 namespace trelv::tests {
 namespace {

@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "unit/integrated/Installation.h"
-#include "unit/support/RealProgram.h"
+#include "support/Installation.h"
+#include "support/RealProgram.h"
 
 namespace trelv::tests {
 namespace {

@@ -3,8 +3,8 @@
 
 #include "inventory/ProductReport.h"
 #include "sim/FailingMachine.h"
+#include "support/RealProgram.h"
 #include "unit/inventory/Report.h"
-#include "unit/support/RealProgram.h"
 
 namespace trelv::tests {
 namespace {

@@ -3,7 +3,7 @@
 
 #include "inventory/RegisteredComponent.h"
 #include "platform/modLibrary.h"
-#include "unit/support/FakeProgram.h"
+#include "support/FakeProgram.h"
 
 namespace trelv::tests {
 namespace {

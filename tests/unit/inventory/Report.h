@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "unit/support/FakeProgram.h"
+#include "support/FakeProgram.h"
 
 namespace trelv::tests {
 

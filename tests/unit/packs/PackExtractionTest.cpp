@@ -4,9 +4,9 @@
 #include <algorithm>
 
 #include "packs/PackExtraction.h"
-#include "unit/packs/PackPrograms.h"
-#include "unit/support/FakeProgram.h"
-#include "unit/support/RealProgram.h"
+#include "support/FakeProgram.h"
+#include "support/PackPrograms.h"
+#include "support/RealProgram.h"
 
 namespace trelv::tests {
 namespace {

@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "packs/ProductInstall.h"
-#include "unit/integrated/Installation.h"
-#include "unit/packs/PackPrograms.h"
-#include "unit/support/RealProgram.h"
+#include "support/Installation.h"
+#include "support/PackPrograms.h"
+#include "support/RealProgram.h"
 
 namespace trelv::tests {
 namespace {

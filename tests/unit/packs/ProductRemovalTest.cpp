@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "packs/ProductRemoval.h"
-#include "unit/integrated/Installation.h"
+#include "support/Installation.h"
 
 namespace trelv::tests {
 namespace {

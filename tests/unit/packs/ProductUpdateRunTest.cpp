@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "packs/ProductUpdateRun.h"
-#include "unit/integrated/Installation.h"
-#include "unit/packs/PackPrograms.h"
+#include "support/Installation.h"
+#include "support/PackPrograms.h"
 
 namespace trelv::tests {
 namespace {

@@ -7,7 +7,7 @@
 #include "base/Text.h"
 #include "packs/ProductRemoval.h"
 #include "packs/SetupFolderGuard.h"
-#include "unit/integrated/Installation.h"
+#include "support/Installation.h"
 
 namespace trelv::tests {
 namespace {

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "packs/frmProdTrelvMaintain.h"
-#include "unit/integrated/Installation.h"
-#include "unit/support/RealProgram.h"
+#include "support/Installation.h"
+#include "support/RealProgram.h"
 
 namespace trelv {
 namespace {

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/modLibrary.h"
-#include "unit/support/FakeProgram.h"
+#include "support/FakeProgram.h"
 
 namespace trelv::modLibrary {
 namespace {

@@ -3,7 +3,7 @@
 
 #include "platform/XmlStore.h"
 #include "platform/modConfig.h"
-#include "unit/support/FakeProgram.h"
+#include "support/FakeProgram.h"
 
 namespace trelv::modConfig {
 namespace {

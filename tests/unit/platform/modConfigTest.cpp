@@ -4,7 +4,7 @@
 #include <set>
 
 #include "platform/modConfig.h"
-#include "unit/support/FakeProgram.h"
+#include "support/FakeProgram.h"
 
 namespace trelv::modConfig {
 namespace {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/modPlatform.h"
-#include "unit/support/FakeProgram.h"
+#include "support/FakeProgram.h"
 
 namespace trelv::modPlatform {
 namespace {

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "platform/modRegistry.h"
-#include "unit/support/FakeProgram.h"
+#include "support/FakeProgram.h"
 
 namespace trelv::modRegistry {
 namespace {

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "startup/modProdTrelvLibrary.h"
-#include "unit/support/RealProgram.h"
+#include "support/RealProgram.h"
 
 namespace trelv::modProdTrelvLibrary {
 namespace {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "startup/frmError.h"
-#include "unit/support/RealProgram.h"
+#include "support/RealProgram.h"
 
 namespace trelv {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "base/Text.h"
 #include "startup/HarmlessReports.h"
-#include "unit/support/RealProgram.h"
+#include "support/RealProgram.h"
 
 namespace trelv::modError {
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "unit/support/RealProgram.h"
+#include "support/RealProgram.h"
 
 namespace trelv::modMain {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "sim/SimMachine.h"
 #include "startup/modProdTrelvLibrary.h"
-#include "unit/support/FakeProgram.h"
+#include "support/FakeProgram.h"
 
 namespace trelv::modProdTrelvLibrary {
 namespace {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "sim/FailingMachine.h"
-#include "unit/support/RealProgram.h"
+#include "support/RealProgram.h"
 
 namespace trelv::modError {
 namespace {

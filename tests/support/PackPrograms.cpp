@@ -1,4 +1,4 @@
-#include "unit/packs/PackPrograms.h"
+#include "support/PackPrograms.h"
 
 #include <sstream>
 

@@ -1,4 +1,4 @@
-#include "unit/decoder/DecoderPacks.h"
+#include "support/decoder/DecoderPacks.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>

@@ -1,4 +1,4 @@
-#include "unit/integrated/Installation.h"
+#include "support/Installation.h"
 
 #include <utility>
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "sim/SimMachine.h"
-#include "unit/support/FakeProgram.h"
+#include "support/FakeProgram.h"
 
 namespace trelv::tests {
 

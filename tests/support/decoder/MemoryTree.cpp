@@ -1,4 +1,4 @@
-#include "unit/decoder/MemoryTree.h"
+#include "support/decoder/MemoryTree.h"
 
 #include <gtest/gtest.h>
 

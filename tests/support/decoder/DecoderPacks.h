@@ -8,7 +8,7 @@
 
 #include "decoder/Extraction.h"
 #include "decoder/PackInput.h"
-#include "unit/decoder/MemoryTree.h"
+#include "support/decoder/MemoryTree.h"
 
 namespace trelv::decoder {
 
