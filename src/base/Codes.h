@@ -4,13 +4,13 @@
 
 namespace trelv {
 
-/// Side of an installation. The values are stored and their names build ini key names.
+/// Which end of an installation is meant. Its name begins the key of a command, "Server01".
 enum class Side : std::int16_t { None = 0, Client = 1, Server = 2, ClientServer = 3 };
 
-/// Operation of a section in a product's configuration file. The names build ini section names.
+/// What the commands of a section are for. Its name begins that of the section, "Update01".
 enum class Operation : std::int16_t { Setup = 1, Update = 2, Remove = 3, Exec = 4 };
 
-/// What the first command-line argument asks for.
+/// What a start is to do; the host says it with the first argument.
 enum class RunMode : std::int32_t {
   None = 0,
   IntegratedRun = 2,
@@ -20,7 +20,8 @@ enum class RunMode : std::int32_t {
   SingleInstall = 6
 };
 
-/// Product numbers are multiples of ten; a program number is its product's plus 1 to 4.
+/// Each product owns ten numbers: the first is its own, those behind it are its programs' (Nerio is
+/// 10, its two programs 11 and 12).
 namespace product {
 constexpr std::int16_t kUndefined = 0;
 constexpr std::int16_t kNerio = 10;

@@ -1,5 +1,5 @@
 #pragma once
 
-/// The application's product name: title of message boxes and text of the version resource, which
-/// the resource compiler reads from here too (hence a macro).
+/// What the program calls itself in the titles of its boxes and in its version resource. The
+/// resource compiler reads it from here too, hence a macro.
 #define TRELV_PRODUCT_NAME "TrelvManager"

@@ -12,7 +12,7 @@ namespace trelv {
 
 /// What start-up finds out once and every procedure reads.
 struct StartupFacts {
-  /// Host suite's programs folder from the configuration store; empty when it cannot be had.
+  /// Where the suite's programs lie, as its store tells; empty when the store has no answer.
   std::string programsPath;
   /// Client folder of the workstation, once someone asked for it; empty when it cannot be had.
   std::optional<std::string> clientFolder;
@@ -26,11 +26,11 @@ struct StartupFacts {
   /// Quotes removed; argument 1 is element 0.
   std::vector<std::string> arguments;
   RunMode runMode = RunMode::None;
-  /// Root of the host installation (server path), without trailing backslash as passed.
+  /// The server path: the host's root as the command line names it, without trailing backslash.
   std::string hostFolder;
   std::string integrationPath;
   std::int32_t programNumber = 0;
-  /// Arguments 5 and later, each preceded by one blank.
+  /// All that follows the program code on the command line, a blank before each argument.
   std::string extraArguments;
   /// Product identifier and pack file name of a single installation.
   std::string productToInstall;
@@ -45,13 +45,13 @@ struct StartupFacts {
 struct RunLogState {
   /// Temporary folder + "log", no trailing backslash; empty until someone needs it.
   std::string logFolder;
-  /// Full path; empty until the first line, or what a caller named.
+  /// Full path. The first line chooses it, where nobody named one before.
   std::string logFile;
-  /// Text of the last line, without its date.
+  /// What the newest line says, behind its date.
   std::string lastLine;
-  /// Maintenance switch: shows every line in a box. Nothing in the program turns it on.
+  /// For maintenance: each line comes up in a box too. No code of ours ever sets it.
   bool debugSwitch = false;
-  /// What the error reporter gives back to its caller.
+  /// Answer of ErrorReporter::VisualizzaErrore.
   std::int16_t reporterChoice = 0;
 };
 

@@ -4,15 +4,15 @@
 
 namespace trelv {
 
-/// Where every step is told. One line per call; never raises: a line that cannot be written is
-/// lost and the caller goes on.
+/// The trail of a start. No call raises: where the line cannot be written it is lost, and whoever
+/// wrote it does not learn of it.
 class RunLog {
  public:
   virtual ~RunLog() = default;
-  /// Appends one line (UTF-8, without date and line end) to the run log and shows it in the
-  /// progress display of the active form.
+  /// Adds `text` (UTF-8) as one line, to which date and line end are put here, and tells it to the
+  /// form in front, if that has a progress display.
   virtual void WriteLog(const std::string& text) = 0;
-  /// The same, and makes `logFile` (full path) the log file for this and all later lines.
+  /// Changes over to the file `logFile` (full path) first, for good.
   virtual void WriteLog(const std::string& text, const std::string& logFile) = 0;
 };
 

@@ -29,9 +29,9 @@ std::string firstCharacters(std::string_view text, std::size_t count);
 /// Number of characters (code points).
 std::size_t characterCount(std::string_view text);
 
-/// Number with a leading sign blank: " 5", "-5" (the Basic runtime's Str).
+/// As the Basic runtime's Str writes a number, with a blank where a minus would be: " 5", "-5".
 std::string signedText(std::int64_t number);
-/// At least two digits: 1 gives "01", 100 gives "100" (the pattern "00").
+/// The pattern "00": 1 gives "01", 100 gives "100".
 std::string twoDigits(int number);
 
 }  // namespace trelv

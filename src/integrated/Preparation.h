@@ -4,11 +4,10 @@
 
 #include "platform/Program.h"
 
-/// What the machine needs before a product's first set-up on a side. Paths have no trailing
-/// backslash. Each preparation acts only while the product has no version in that side's record:
-/// the host suite's ini file is pointed at the server, registry values and ini files that the
-/// client set-ups expect are written, and components that an earlier installation registered from
-/// another folder are deregistered.
+/// Set-ups of some products do not find their way on a machine that never had the product: they
+/// read lumow.ini, ini files of their own and a registry value, and stumble over old components
+/// that Windows still knows at another place. All this is put right here, at each start until the
+/// side's record has a version. Paths have no trailing backslash.
 namespace trelv::modProdTrelvManager {
 
 /// Server side: Tarsena2, Zeltobilancio, Nerio.

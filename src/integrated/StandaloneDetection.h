@@ -6,9 +6,9 @@
 
 namespace trelv::modProdTrelvManager {
 
-/// Is a complementary product installed on its own on this machine, so that an integrated
-/// installation must not be mixed in? `list` receives the display names, each followed by CR LF.
-/// False on a machine that has the integration record. `serverPath` is accepted but not used.
+/// Does this machine have products that were installed without the host, beside which no
+/// integrated one may be put? `list` receives their display names, one a line, each with CR LF. A
+/// machine with an integration record has none, whatever stands there. `serverPath` has no effect.
 bool EsisteProdottoComplementareStandalone(Program& program, const std::string& serverPath,
                                            std::string& list);
 

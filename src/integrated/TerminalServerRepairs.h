@@ -4,14 +4,14 @@
 
 #include "platform/Program.h"
 
-/// Repairs of per-user ini files that a server-wide installation does not create in a Terminal
-/// Server session. `integrationPath` (no trailing backslash) is the folder that holds "mv". Each
-/// tells a step that fails in one log line and goes on with the next; none stops its caller. A file
-/// that is there is never overwritten, except by the Corvel repair.
+/// On a Terminal Server a product is installed once, and each user's session lacks the ini files
+/// that its programs read there; these repairs put them in place. `integrationPath` (no trailing
+/// backslash) is the folder that holds "mv". Each tells a step that fails in one log line and goes
+/// on with the next; none stops its caller. A file that is there is never overwritten, except by
+/// the Corvel repair.
 namespace trelv::modProdTrelvManager {
 
-/// Copies the system's lumow.ini to a session user who has none that names the archives. True when
-/// it copied the file.
+/// A session's user whose lumow.ini does not name the archives gets the system's. True if so.
 bool RiparaCorvelTS(Program& program);
 
 /// Puts a missing nerio.ini in its place: in every session in the user's Windows folder, on a

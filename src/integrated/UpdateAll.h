@@ -15,8 +15,8 @@ void UpdateAllProdottiComplementari(Program& program, const std::string& serverP
                                     const std::string& integrationPath,
                                     const std::string& programsPath);
 
-/// Text of the box that tells of products installed on their own; `list` has their display names,
-/// each followed by CR LF.
+/// Text of the box that tells of products installed on their own; `list` as
+/// EsisteProdottoComplementareStandalone gives it.
 std::string standaloneRefusal(const std::string& list);
 
 }  // namespace trelv::modProdTrelvManager

@@ -6,7 +6,7 @@
 namespace trelv::modProdTrelvInteractive {
 
 /// Checks the medium, then leads the user through the forms and installs the chosen products.
-/// Returns when the session ends.
+/// Comes back when the user is done.
 void StartInstall(Program& program);
 
 }  // namespace trelv::modProdTrelvInteractive

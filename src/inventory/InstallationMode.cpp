@@ -68,8 +68,7 @@ bool serverIsThisMachine(Program& program, const std::string& name) {
   return true;
 }
 
-/// Kept: a product that is found on one side only counts as not installed. Integrated products have
-/// both sides.
+/// Kept: of an integrated product both sides are expected; one alone is told like none.
 void tellOtherMode(Program& program, const std::string& name) {
   const ProductInformation& record = program.state.inventory.product;
   if (!record.serverVersion.empty() && !record.clientVersion.empty()) {

@@ -62,10 +62,10 @@ class Files {
   /// Removes one empty folder (not empty: 145) or the link that stands in its place.
   virtual SystemCode removeFolder(const std::string& path) = 0;
 
-  /// Lists a folder in the order in which the file system gives its entries (unsorted): those whose
-  /// names end with `ending` (plain text, in any case; empty: all). A server then sends no others;
-  /// entries whose short names end so may come too. Missing answers 3, a file 267; `entries` is
-  /// replaced on success only.
+  /// Lists a folder, unsorted, as the file system hands its entries out: those whose names end with
+  /// `ending` (plain text, in any case; empty: all). A server then sends no others; entries whose
+  /// short names end so may come too. Missing answers 3, a file 267; `entries` is replaced on
+  /// success only.
   virtual SystemCode list(const std::string& folder, const std::string& ending,
                           std::vector<FolderEntry>& entries) = 0;
 

@@ -5,7 +5,7 @@
 
 namespace trelv::machine {
 
-/// What became of a call of the support library.
+/// How a question to the support library ended.
 enum class SupportAnswer {
   /// No such library stands in its place: the caller uses its own means.
   Absent,
@@ -15,42 +15,42 @@ enum class SupportAnswer {
   Yes
 };
 
-/// The host suite's configuration store, `mviconf.dll` or ours in its place. Texts are UTF-8 here,
-/// ANSI in the library. Results are the library's codes (0 = no error, negative = failures).
-/// Raises RuntimeError when the library cannot be called at all.
+/// Settings of the suite's products, kept by `mviconf.dll` or by ours in its place. Texts are UTF-8
+/// on this side and ANSI on the library's. Answers are numbers of the library, 0 where all went
+/// well. Raises RuntimeError when the library cannot be called at all.
 class ConfigurationLibrary {
  public:
   virtual ~ConfigurationLibrary() = default;
 
-  /// Reads one setting. `buffer` has `size` ANSI characters, all NUL, on entry; on return it holds
-  /// the whole buffer (the value up to its first NUL; the default value for the codes of the
-  /// not-found family). At most `size` characters are written.
+  /// Reads one setting into `buffer`, which comes with `size` NULs and goes back whole: the value,
+  /// or `defaultValue` where the code says that there is none, ends at the first NUL. Never more
+  /// than `size` ANSI characters are written.
   virtual std::int32_t getParameter(const std::string& product, const std::string& section,
                                     const std::string& key, const std::string& attribute,
                                     const std::string& defaultValue, std::int32_t size,
                                     std::string& buffer) = 0;
 
-  /// Writes one setting; `type` is the attribute's type.
+  /// Stores one setting. The library keeps `type` beside the value.
   virtual std::int32_t setParameter(const std::string& product, const std::string& section,
                                     const std::string& key, const std::string& attribute,
                                     std::int32_t type, const std::string& value) = 0;
 
-  /// Path of the configuration store (a folder, without trailing backslash); `kind` is always 1.
-  /// `buffer` as in getParameter (1,000 characters).
+  /// The folder that the store lies in, without trailing backslash. `buffer` as in getParameter,
+  /// 1,000 characters long; of `kind` only 1 is in use.
   virtual std::int32_t getConfigPath(std::int32_t kind, std::string& buffer) = 0;
 };
 
-/// The host suite's support library `tovrautil.dll`, where it is installed.
+/// What `tovrautil.dll` knows about user and folders, on machines where the suite put one.
 class SupportLibrary {
  public:
   virtual ~SupportLibrary() = default;
 
-  /// Has the current user administrator rights?
+  /// May the user change this machine?
   virtual SupportAnswer isAdministrator() = 0;
 
-  /// The suite's temporary folder: the entry is called with an empty first argument and a buffer of
-  /// `buffer.size()` ANSI characters, which holds what the library wrote on return. Yes when it was
-  /// called.
+  /// Has the library write the suite's temporary folder into `buffer`, whose length (in ANSI
+  /// characters) and filling are the caller's; the entry's other argument is left empty. Yes when
+  /// the call was made, whatever it wrote.
   virtual SupportAnswer temporaryPath(std::string& buffer) = 0;
 };
 

@@ -26,9 +26,10 @@ class Processes {
  public:
   virtual ~Processes() = default;
 
-  /// Starts a command line (UTF-8; the system takes the program from it, quoting is the caller's),
-  /// normal priority, no inherited handles, the caller's environment and current folder. `visible`
-  /// false starts its main window hidden. `process` is set on success.
+  /// Starts a command line (UTF-8, quoted by the caller where that is needed: Windows looks for the
+  /// program in it) at normal priority. The process gets our environment and current folder but
+  /// none of our handles. Without `visible` its first window stays hidden. `process` is set on
+  /// success.
   virtual SystemCode start(const std::string& commandLine, bool visible,
                            std::unique_ptr<RunningProcess>& process) = 0;
 };

@@ -8,10 +8,10 @@
 
 namespace trelv::machine {
 
-/// Predefined handle values of the hives.
+/// The two hives, numbered as Windows numbers its ready-made handles.
 enum class Hive : std::uint32_t { CurrentUser = 0x80000001U, LocalMachine = 0x80000002U };
 
-/// Value types as stored.
+/// Numbers of the value types (REG_SZ and so on).
 namespace value_type {
 constexpr std::uint32_t kText = 1;
 constexpr std::uint32_t kExpandText = 2;
@@ -20,12 +20,13 @@ constexpr std::uint32_t kNumber = 4;
 constexpr std::uint32_t kMultiText = 7;
 }  // namespace value_type
 
-/// Access masks that the program opens keys with.
+/// Rights that a key is opened with (KEY_QUERY_VALUE and so on).
 namespace key_access {
 constexpr std::uint32_t kQueryValue = 0x1;
 constexpr std::uint32_t kSetValue = 0x2;
 constexpr std::uint32_t kEnumerate = 0x8;
-/// Query, set, create sub-key, enumerate, notify, create link.
+/// Every right of a key itself, none of the standard rights beside them (to delete the key, to
+/// change who may use it): a user who lacks those may still write.
 constexpr std::uint32_t kAll = 0x3F;
 }  // namespace key_access
 

@@ -27,7 +27,7 @@ class SystemFacts {
   /// leaves the record as it was.
   virtual bool queryVersion(VersionRecord& record) = 0;
 
-  /// The system's version-condition test: true when all bits of `mask` are in the suite mask.
+  /// Are all bits of `mask` among those of the installed suites? Asked of Windows, not of a record.
   virtual bool suiteIncludes(std::uint16_t mask) = 0;
 
   /// True in a 32-bit program on a 64-bit Windows.
@@ -37,7 +37,7 @@ class SystemFacts {
   /// member). A failed query answers its code.
   virtual SystemCode isAdministrator(bool& member) = 0;
 
-  /// Name of the logged-on user; at most `size` - 1 characters.
+  /// The account that this process runs under; at most `size` - 1 characters.
   virtual SystemCode userName(std::uint32_t size, std::string& name) = 0;
 
   /// The system's Windows folder (never the per-user one of a Terminal Server), without trailing

@@ -11,7 +11,7 @@
 namespace trelv::modProdTrelvManager {
 namespace {
 
-/// Names of the controls in the order in which the file system lists them.
+/// File names of the controls, unsorted.
 std::vector<std::string> controlsIn(Program& program, const std::string& folder) {
   std::vector<std::string> names = FileSystemObject(program.machine.files).files(folder);
   names.erase(std::remove_if(names.begin(), names.end(),
@@ -30,9 +30,8 @@ void DeregisterOcxInFolder(Program& program, const std::string& folder) {
         program.log.WriteLog(
             "Gestione ProdTrelv - Inizio fase deregestrizazione componenti in: \"" + folder + "\"");
         for (const std::string& name : controlsIn(program, folder)) {
-          // Kept: regsrv32 is not the system's tool, so wherever no program of that name exists the
-          // command fails and the controls stay registered. Sites that want them deregistered have
-          // one.
+          // Kept: the system's tool is regsvr32. Sites that want controls deregistered bring a
+          // program of this other name; elsewhere nothing starts, and the control stays as it is.
           modLibrary::Execute(program, "regsrv32 /u /s \"" + folder + "\\" + name + "\"", true);
         }
       },

@@ -62,7 +62,7 @@ std::string identifierOf(Program& program, const std::string& section,
   return id.empty() ? modLibrary::ReadSetting(program, section, "name", catalogue) : id;
 }
 
-/// Unlike the update of all products: no last index, and an entry without "conf" is passed over.
+/// There is no last index, and an entry without "conf" is passed over: UpdateAll does neither.
 void walkCatalogue(Program& program, const std::string& rootFolder) {
   const std::string catalogue = hostPaths::catalogue(rootFolder);
   for (int index = 1;; ++index) {

@@ -6,9 +6,9 @@
 
 /// Opening of product packs: zip packs with 7-Zip, "gz" packs with the decoder, whose output holds
 /// zip packs; both programs lie in the manager's own folder. A file's extension is compared
-/// exactly, "zip" or "gz" in lower case. Folders are given without trailing backslash. What a pack
-/// holds passes through the host suite's temporary folder; when that cannot be had nothing is
-/// opened, and one log line says so.
+/// exactly, "zip" or "gz" in lower case. Folders are given without trailing backslash. All is
+/// unpacked in the suite's temporary folder first; where there is none, no pack is opened and one
+/// log line says so.
 namespace trelv::modProdTrelvManager {
 
 /// Opens every zip pack of `folder`, in the file system's order, into the temporary folder. With
@@ -25,8 +25,8 @@ bool OpenZipPacksInFolder(Program& program, const std::string& folder, const std
 bool OpenZipPack(Program& program, const std::string& zipPath, const std::string& destination,
                  bool removePackAfterwards);
 
-/// Opens every gz pack of `folder` into `target`, see OpenSinglePacks. Never raises; a failure is
-/// reported and ends the scan.
+/// OpenSinglePacks for the gz packs of `folder`, one after the other, up to the first failure,
+/// which is reported. Never raises.
 void OpenFolderPacks(Program& program, const std::string& folder, const std::string& target);
 
 /// Opens one gz pack (full path): the decoder writes it to the temporary folder, then the zip packs

@@ -9,9 +9,9 @@
 /// opened is told by whoever opens it and does not end the installation.
 namespace trelv::modProdTrelvManager {
 
-/// Opens the pack into the host server folder `targetFolder`, which loses one trailing backslash,
-/// refreshes the manager's client copy and tells the user. The product's set-up does not run here
-/// but when the host starts a product the next time.
+/// Opens the pack for the host's server, whose folder is `targetFolder` (a trailing backslash is
+/// taken off), brings the manager's client copy up to date and tells the user. The product's set-up
+/// does not run here but when the host starts a product the next time.
 void InstallSingleProdottoComplementareIntegrato(Program& program, const std::string& productName,
                                                  std::string& targetFolder,
                                                  const std::string& packName);

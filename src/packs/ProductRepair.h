@@ -30,10 +30,9 @@ std::vector<std::string> CatalogueProducts(Program& program, const std::string& 
 std::vector<RepairVersion> ProductVersions(Program& program, const std::string& serverPath,
                                            const std::string& productId);
 
-/// Runs the commands of one section of the product's configuration file on a side again, each
-/// waited for; records nothing. Serverpath and run parameters are what "%PATHSETUP%", "%PATHWORK%"
-/// and "%PATHCLIENT%" stand for. True when at least one command was started. Never raises: a
-/// run-time failure ends it with one log line.
+/// Does once more what a section has for a side, one command after the other; no record changes.
+/// "%PATHSETUP%", "%PATHWORK%" and "%PATHCLIENT%" stand for server path and run parameters. True if
+/// any command was started. Never raises: a run-time failure ends it with one log line.
 bool RepairProduct(Program& program, const std::string& serverPath,
                    const std::string& runParameter1, const std::string& runParameter2,
                    const std::string& productId, const std::string& section, Side side);

@@ -90,8 +90,8 @@ bool ProductUpdate::runSection(const std::string& section) {
     }
     const std::string version =
         modLibrary::ReadSetting(program_, section, "version", paths_.configuration);
-    // Kept: a command that ran raises the version at once, so further commands of its section and
-    // side are skipped here. Sections carry one command per side.
+    // Kept: the first command that ran brings the version up to the section's, and the others of
+    // the side are passed over here. Configuration files have one for a side.
     if (VersionNumber(currentVersion_) >= VersionNumber(version)) {
       program_.log.WriteLog("Gestione ProdTrelv - Lato " + sideName_ + " la versione: " + version +
                             " è minore o uguale a quella corrente: " + currentVersion_);

@@ -11,7 +11,7 @@ namespace trelv::modProdTrelvManager {
 /// Run kinds: who calls the product update run.
 namespace run_kind {
 constexpr std::int32_t kUpdateAll = 1;
-/// Each command is cut at its first blank: only the program, no arguments.
+/// What follows the first blank of a command is dropped, so its program gets no arguments.
 constexpr std::int32_t kProgramOnly = 4;
 }  // namespace run_kind
 
@@ -19,9 +19,9 @@ constexpr std::int32_t kProgramOnly = 4;
 /// commands of the 100 sections of `operation` that stand above `currentVersion` are run one after
 /// the other, each waited for. `currentVersion` is raised to the version of each section whose
 /// command ran. While commands run, the side's update lock file exists. Paths have no trailing
-/// backslash. True: go on with the next product; false: the whole procedure stops, because another
-/// session holds the lock (told in a box) or a run-time failure ended the run (one log line; a lock
-/// that this run took is removed). Never raises.
+/// backslash. False: no further product is to be run, because another session holds the lock (told
+/// in a box) or a run-time failure ended the run (one log line; a lock that this run took is
+/// removed). Never raises.
 bool ProductUpdateRun(Program& program, std::int32_t runKind, const std::string& serverPath,
                       const std::string& integrationPath, const std::string& programsPath,
                       const std::string& configurationPath, Operation operation, Side side,

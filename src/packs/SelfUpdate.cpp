@@ -11,7 +11,7 @@ namespace trelv::modProdTrelvManager {
 namespace {
 
 constexpr const char* kEnvironmentFile = "ambver";
-/// Length of the field at the head of the environment file's line, whose meaning is the host's.
+/// So much of the environment file's line is the host's; we hand it on without reading it.
 constexpr std::size_t kHeadLength = 7;
 
 /// One self-update.
@@ -215,8 +215,7 @@ void SelfUpdate::stampEnvironmentFile() {
   putEnvironmentFileInPlace(scratch);
 }
 
-// Kept: this one line becomes the whole file, all lines before the last one are lost. The host only
-// looks at the last line.
+// Kept: the file has one line from now on, whatever stood above it. The host reads its end only.
 void SelfUpdate::writeScratchCopy(const std::string& scratch, const std::string& head) {
   modLibrary::DeleteFile(program_, scratch);
   files_.writeText(scratch, head + dateStamp(program_.machine.clock.now()) + kCrLf);

@@ -56,7 +56,7 @@ class FileSystemObject {
   void copyFolder(const std::string& source, const std::string& target, bool overwrite = true,
                   bool force = false);
 
-  /// The files of a folder, without its folders, in the order in which the file system gives them.
+  /// What stands in a folder, sub-folders left out, unsorted: as the file system hands it out.
   /// One opening. `ending`: those whose names end so are enough, in any case; others may come too.
   /// Raises 76 when it is missing.
   std::vector<machine::FolderEntry> fileEntries(const std::string& folder,

@@ -5,7 +5,7 @@
 
 #include "platform/Program.h"
 
-/// The host suite's configuration store.
+/// Questions to the store that the suite keeps its settings in.
 namespace trelv::modConfig {
 
 /// Product codes that the program uses.
@@ -15,18 +15,19 @@ constexpr std::int32_t kProductSystem = 999;
 /// What the store gives for an absent value when asked with this default.
 constexpr const char* kDefaultValue = "_DEFAULT_VALUE_";
 
-/// Name of a product code, or empty text for an unknown code.
+/// "DOVRA" for 14; "" for a number that no product has.
 std::string ProductName(std::int32_t code);
-/// Code of a name (any case), or 0 for an unknown name.
+/// The other way round, in any case of letters; 0 for what is no product.
 std::int32_t ProductCode(const std::string& name);
 
-/// Reads a setting; `value` receives the text before the buffer's first NUL. False when a failure
-/// was reported; a missing setting gives the default value and true.
+/// Reads a setting, cut at its first NUL, into `value`. One that is missing reads as
+/// `defaultValue`, which is no failure; of any other trouble the user is told, and the answer is
+/// false.
 bool GetParameterXML(Program& program, std::int32_t productCode, const std::string& section,
                      const std::string& key, const std::string& attribute,
                      const std::string& defaultValue, std::int32_t bufferSize, std::string& value);
 
-/// Writes a setting; false when a failure was reported.
+/// Stores a setting. False if the user had to be told that it was not stored.
 bool SetParameterXML(Program& program, std::int32_t productCode, const std::string& section,
                      const std::string& key, const std::string& attribute,
                      std::int32_t attributeType, const std::string& value);
@@ -39,12 +40,12 @@ std::int32_t GetConfigPath(Program& program, std::string& path);
 /// English text of a library code.
 std::string ErrorText(std::int32_t code);
 
-/// Client folder of the workstation; empty when the store cannot give it.
+/// Where this workstation has the suite's client part; "" if the store does not know.
 std::string DeterminaPathClient(Program& program);
 
-/// Is the Ferax suite present?
+/// Does Ferax say in the registry that it is in use here?
 bool EsisteSuiteFerax(Program& program);
-/// Is the Travolin suite present? Logs what it finds.
+/// Does any setting lead to a folder of Travolin's? The log has what was found.
 bool EsisteSuiteTravolin(Program& program);
 
 }  // namespace trelv::modConfig

@@ -100,8 +100,7 @@ bool Execute(Program& program, const std::string& commandLine, bool wait,
 bool IsAdmin(Program& program) {
   return trap([&]() -> bool { return administrator(program); },
               [&](const RuntimeError&) -> bool {
-                // An unknown answer counts as administrator: kept, or a missing library would stop
-                // every user.
+                // Kept: who cannot be judged may go on, or a missing library would stop every user.
                 program.log.WriteLog(
                     "Errore in esecuzione verifica di diritti di amministratore, forzato "
                     "IsAdmin=TRUE");

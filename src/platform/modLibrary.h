@@ -6,67 +6,68 @@
 
 #include "platform/Program.h"
 
-/// Process launching, files, folders, paths and ini values. No operation stops the program: an
-/// unexpected failure is reported and the operation answers false or empty text.
+/// What every procedure needs of the machine: programs to start, files, folders, paths, ini values.
+/// Nothing here raises; who fails unexpectedly tells the user and answers false or "".
 namespace trelv::modLibrary {
 
-/// Starts a command line (see machine::Processes) and waits for its end when `wait`. `visible`
-/// false starts its window hidden; left out is visible. False, after one report, when it could not
-/// be started. The exit code does not matter; `exitCode`, where given, receives it after a wait.
+/// Starts a program (`commandLine` as machine::Processes wants it); with `wait` returns when it has
+/// ended. Its window is hidden only where `visible` says false. False, and one report, if nothing
+/// was started; how the program ended has no part in the answer, a caller that wants to know gives
+/// `exitCode` and waits.
 bool Execute(Program& program, const std::string& commandLine, bool wait,
              std::optional<bool> visible = std::nullopt, std::uint32_t* exitCode = nullptr);
 
-/// Does the current user have administrator rights? An unknown answer counts as yes.
+/// May the user change this machine? Yes too where nobody can tell.
 bool IsAdmin(Program& program);
 
-/// Windows folder for per-user files: below the user's profile on a Terminal Server.
+/// Where products look for a user's own ini files: on a Terminal Server "windows" in the profile.
 std::string GetWinDir(Program& program);
-/// The system's Windows folder, lower case, without trailing backslash.
+/// The Windows folder of the machine, in lower case and without trailing backslash.
 std::string WindowsFolder(Program& program);
 /// Program Files, without trailing backslash.
 std::string ProgramFilesFolder(Program& program);
-/// The host suite's temporary folder as it is reported (usually with trailing backslash); empty
-/// when it cannot be had.
+/// The temporary folder that the suite names, letter by letter (most end with a backslash); "" if
+/// there is no answer.
 std::string GetTempDirectory(Program& program);
-/// The folder in which the manager unpacks and works.
+/// Where a run may put its own things: GetTempDirectory, on a Terminal Server the folder above it.
 std::string WorkTempDirectory(Program& program);
 
-/// Makes a folder with all missing levels, one log line per level made. A failure is logged.
+/// Makes a folder and whatever is missing above it; each folder made has its log line, and so has
+/// one that cannot be made.
 void CreaCartella(Program& program, const std::string& folder);
-/// Makes each level of the path and a sub-folder "kvar".
+/// The same for `folder` and for "kvar" in it.
 void CreaKvarTemp(Program& program, const std::string& folder);
 
-/// True when the file was there and is gone; a missing file answers false.
+/// Did this call remove the file? Not when it was missing before.
 bool DeleteFile(Program& program, const std::string& path);
-/// True when the folder is gone (or was not there); one trailing backslash is dropped. Read-only
-/// content is not deleted: false after a report, as for DeleteFile.
+/// Is no such folder there any more? One trailing backslash does not count. A read-only file, here
+/// as for DeleteFile, stays and is reported: false.
 bool DeleteFolder(Program& program, const std::string& path);
 
-/// True when the path is an existing file (not a folder).
+/// Does a file stand there? A folder is none.
 bool FileExists(Program& program, const std::string& path);
-/// True when the path is an existing folder.
+/// Does a folder stand there?
 bool FolderExists(Program& program, const std::string& path);
 
-/// Text before the last backslash; empty when there is none.
+/// The path without its last backslash and what follows; "" for a bare name.
 std::string ParentPath(const std::string& path);
-/// Trimmed text after the last point; empty when there is none.
+/// "zip" for "a.b.zip"; blanks round it are dropped. "" for a name without a point.
 std::string Extension(const std::string& fileName);
-/// Text before the first NUL, or all of it.
+/// What a C function would see of the text.
 std::string CutAtNul(const std::string& text);
-/// Trims the folder and removes one trailing backslash.
+/// Takes the blanks round a folder's path away, then a backslash at its end.
 void TrimFolder(std::string& folder);
 
-/// Value of an ini key, at most 510 ANSI characters; empty when missing. Reads each file once, see
-/// ConfigurationFiles.
+/// What an ini file has for a key, cut behind 510 ANSI characters; "" if nothing.
+/// ConfigurationFiles says when the file is read.
 std::string ReadSetting(Program& program, const std::string& section, const std::string& key,
                         const std::string& file);
-/// Writes an ini key with the platform's function; non-zero = written. With an empty section
-/// nothing is written and the answer is 0.
+/// Has the platform's function write an ini key and gives its answer: 0 if it did not. Without a
+/// section nobody is asked, 0 too.
 std::uint32_t WriteSetting(Program& program, const std::string& section, const std::string& key,
                            const std::string& file, const std::string& value);
 
-/// File version as decimal numbers joined by ".": major and minor, and with `full` build and
-/// revision too. Empty when the file has no version resource.
+/// "1.2" of a file's fixed version, with `full` "1.2.3.4"; "" for a file without one.
 std::string FileVersionText(Program& program, const std::string& path, bool full);
 
 }  // namespace trelv::modLibrary

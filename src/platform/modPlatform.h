@@ -5,7 +5,7 @@
 #include "platform/Program.h"
 
 /// Facts about the Windows edition and the session. Edition probes ask the system once and keep the
-/// answer, except IsWinNt40. None raises; an unexpected failure is reported and answers false.
+/// answer, except IsWinNt40. None raises: what cannot be found out is reported and counts as no.
 namespace trelv::modPlatform {
 
 bool IsWin95(Program& program);
@@ -28,7 +28,7 @@ bool IsWin2003TS(Program& program);
 /// Writes a log line with its answer at every call.
 bool IsWin2008TS(Program& program);
 
-/// Name of the logged-on user; empty when it cannot be read.
+/// Who is logged on; "" if Windows does not say.
 std::string UserName(Program& program);
 
 }  // namespace trelv::modPlatform

@@ -214,8 +214,7 @@ std::int32_t SetValueEx(Program& program, RegistryKey& key, const std::string& n
           case machine::value_type::kNumber:
             return status(key.writeValue(name, type, littleEndian(numberOf(value))));
           default:
-            // Nothing is written and the caller sees success: kept, callers write texts
-            // and numbers only.
+            // Kept: this looks like a write that went well. Callers only have texts and numbers.
             return status(system_code::kSuccess);
         }
       });

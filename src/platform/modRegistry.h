@@ -6,44 +6,43 @@
 
 #include "platform/Program.h"
 
-/// Registry operations. Each opens and closes its own key and shows no message. Key paths have no
-/// leading backslash; texts are UTF-8 here, ANSI in the registry.
+/// The registry for the rest of the program: no key stays open behind a call, and no box comes up.
+/// A key path starts with a name, not with a backslash. Texts are UTF-8 here and ANSI there.
 namespace trelv::modRegistry {
 
-/// A value on its way to or from the registry: text for REG_SZ and REG_MULTI_SZ (inner NULs kept),
-/// a number for REG_DWORD.
+/// What a value holds: a number if it is a REG_DWORD, else text; the parts of a REG_MULTI_SZ stay
+/// separated by their NULs.
 using Variant = std::variant<std::string, std::int32_t>;
 
-/// Result of a read whose type is not supported (REG_EXPAND_SZ included).
+/// Answer to a read of any other type, REG_EXPAND_SZ for example.
 constexpr std::int32_t kUnsupportedType = -1;
 
-/// True when the key exists afterwards.
+/// Makes sure of a key. True if it is there now.
 bool CreateKey(Program& program, const std::string& keyPath, machine::Hive hive);
 
-/// True when written, and also for value types that write nothing.
+/// Stores a value under a key that is there. Types that cannot be stored answer true all the same.
 bool SetKeyValue(Program& program, machine::Hive hive, const std::string& keyPath,
                  const std::string& name, const Variant& value, std::uint32_t type);
 
-/// True when read; `value` is filled on success only. A missing key or value answers false without
-/// a report.
+/// Reads a value; false leaves `value` alone. That key or value are missing is nothing to report.
 bool QueryValue(Program& program, machine::Hive hive, const std::string& keyPath,
                 const std::string& name, Variant& value);
 
-/// Writes into an open key; status code of the system.
+/// The writing half of SetKeyValue, into a key that is open. Answers as the system does.
 std::int32_t SetValueEx(Program& program, machine::RegistryKey& key, const std::string& name,
                         std::uint32_t type, const Variant& value);
 
-/// Reads from an open key; status code of the system or kUnsupportedType.
+/// The reading half of QueryValue. Answers as the system does, or kUnsupportedType.
 std::int32_t QueryValueEx(Program& program, machine::RegistryKey& key, const std::string& name,
                           Variant& value);
 
-/// Default value, as stored, of the first key two levels below `keyPath` (HKEY_LOCAL_MACHINE) that
-/// contains `searchText` without regard to case; empty when there is none.
+/// Looks through the default values two levels below `keyPath` (HKEY_LOCAL_MACHINE) for one with
+/// `searchText` in it, in any case of letters, and gives the first as it is stored, or "".
 std::string FindRegisteredFile(Program& program, const std::string& keyPath,
                                const std::string& searchText);
 
-/// Folders of the sibling products, without trailing backslash; empty when not installed.
-/// `suffix` is added to the product key's name ("2007").
+/// Where products of the same house are installed, without trailing backslash; "" where they are
+/// not. Olvamar has a key for each year: `suffix` is the year, "2007".
 std::string OlvamarFolder(Program& program, const std::string& suffix);
 std::string BrundelFolder(Program& program);
 std::string KexoraFolder(Program& program);

@@ -3,12 +3,12 @@
 #include <array>
 #include <string_view>
 
-/// Reports of the auxiliary tools that are known and harmless: a report that contains one of these
-/// names (upper case; the report is upper-cased before the comparison) is not shown.
+/// What the auxiliary tools complain of without need: whoever reads a report upper-cases it, and
+/// drops it when one of these names is in it.
 namespace trelv::harmlessReports {
 
-/// Component libraries of the host suite whose registration fails without consequence. Which six
-/// they are is the site's choice: this table is the one place to change. An empty name is no entry.
+/// Libraries of the suite that no product misses when their registration fails. A site that has
+/// others changes this table and nothing else. An empty name is no entry.
 constexpr std::array<std::string_view, 6> kHostLibraries{
     "LUMOCTRL.OCX", "LUMOGRID.OCX", "LUMOEDIT.OCX", "LUMOPRN.DLL", "LUMODATA.DLL", "LUMONET.DLL",
 };

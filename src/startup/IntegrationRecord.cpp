@@ -71,8 +71,8 @@ bool WriteIntegrationConfig(Program& program, const std::string& path) {
           return false;
         }
         program.log.WriteLog("Gestione ProdTrelv - scrittura integrazione su macchina: " + path);
-        // Kept: true although the store may have refused the value. The store's own report is what
-        // the user sees; the next start finds no record and writes again.
+        // Kept: true although the store may have refused the value, of which it has told the user
+        // then; the next start finds no record and writes again.
         modConfig::SetParameterXML(program, modConfig::kProductSystem, kSection, kKey, kAttribute,
                                    kAttributeType, path);
         return true;

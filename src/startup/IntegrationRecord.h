@@ -4,19 +4,19 @@
 
 #include "platform/Program.h"
 
-/// The integration record: the host server folder that this machine was told, once. It is one value
-/// of the configuration store: product SYSTEM, section "Complementary_Products", key "Integration",
-/// attribute "Path".
+/// The integration record says which host server folder this machine belongs to; it is written
+/// once. The store keeps it for the product SYSTEM, as attribute "Path" of "Integration" in the
+/// section "Complementary_Products".
 namespace trelv::modMain {
 
-/// Is an integration recorded? `path` receives the recorded folder as it is stored (an empty text
-/// counts as recorded), else "". False too, with a log line, when the host suite is not found, and
-/// when a run-time failure was reported. Never raises.
+/// Does the machine belong to a server? `path` receives the folder as it is stored, which may be
+/// ""; it is "" too if the answer is no. No, with a log line, also on a machine without the suite,
+/// and behind a failure that was reported. Never raises.
 bool VerifyConfig(Program& program, std::string& path);
 
-/// Writes the record (`path`: host server folder, without trailing backslash) on a machine that has
-/// none. False when one exists, which is left untouched, or when a run-time failure ended it; true
-/// does not mean that the store took the value. Never raises.
+/// Joins the machine to the server whose folder is `path` (no trailing backslash). False if it
+/// belongs to one already, which then stays, or behind a failure; true means that the store was
+/// asked, not that it took the value. Never raises.
 bool WriteIntegrationConfig(Program& program, const std::string& path);
 
 }  // namespace trelv::modMain

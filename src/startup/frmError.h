@@ -15,11 +15,11 @@ struct ErrorRecord {
   std::string project;
   std::string module;
   std::string procedure;
-  /// The failure being handled.
+  /// Source, number and description of what was caught.
   std::string source;
   std::string code;
   std::string description;
-  /// The caller's own message.
+  /// What the procedure that failed has to say.
   std::string internalDescription;
   /// Last log line.
   std::string trace;

@@ -136,7 +136,7 @@ void findPlugin(Program& program) {
   startup.pluginProductNumber = present ? kPluginDovra : kPluginNone;
 }
 
-/// " 4 (INTEGRATEDRUN …)": the count with its sign blank, then the raw command line.
+/// " 4 (INTEGRATEDRUN …)", as the first line of a mode tells its arguments.
 std::string countAndCommandLine(const StartupFacts& startup) {
   return signedText(startup.argumentCount) + " (" + startup.rawCommandLine + ")";
 }

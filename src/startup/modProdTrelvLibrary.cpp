@@ -152,8 +152,8 @@ constexpr const char* kPercentage = "lblProgress";
 constexpr int kFreshMaximum = 1;
 constexpr int kMostPercent = 99;
 
-/// Value / Max × 100, a half away from zero, three digits and a percent sign. One step before its
-/// end a long bar would round to 100 %; it never shows that.
+/// How far the bar is, "050%" at its middle, rounded with a half away from zero. One step before
+/// its end a long bar would round to 100 %; it never shows that.
 std::string percentageText(const machine::ProgressNumbers& numbers) {
   const std::int64_t max = numbers.max;
   const std::int64_t rounded = (std::int64_t{200} * numbers.value + max) / (2 * max);

@@ -8,56 +8,57 @@
 #include "base/Codes.h"
 #include "platform/Program.h"
 
-/// Codes of sides, operations, programs and products with their texts, the catalogue lookup, the
-/// placeholders, the shared file-system object and the progress display. The code conversions raise
-/// RuntimeError for what they do not know: -1 for numbers (the text stands in the source, the
-/// description is empty), -99 for texts. Nothing else here raises.
+/// Small tools of all procedures: numbers and names of codes, a product's entry in the catalogue,
+/// the placeholders, the shared file-system object, the progress display. Only the conversions
+/// raise: a RuntimeError -1 for a number that nothing has (its source says so, its description is
+/// empty), -99 for such a name.
 namespace trelv::modProdTrelvLibrary {
 
-/// "None", "Client", "Server", "ClientServer".
+/// The enumerator's name.
 std::string ConvertClientServerToString(Side value);
-/// "Setup", "Update", "Remove", "Exec".
+/// The enumerator's name.
 std::string ConvertSetupUpdateToString(Operation value);
 
-/// Program and product codes are compared exactly, no trimming or case folding.
+/// Numbers and names of programs ("MVBIL" is 31) and products ("ZB" is 30), letter by letter: "zb"
+/// is none.
 std::int16_t ConvertProgramToNumber(const std::string& code);
 std::int16_t ConvertProductToNumber(const std::string& code);
 std::string ConvertNumberToProgram(std::int16_t number);
 std::string ConvertNumberToProduct(std::int16_t number);
-/// Product number of a program number: 12 gives 10. The number is divided by ten and rounded, a
-/// half to the even neighbour. Raises the runtime's overflow above 16 bits.
+/// Which product a program is of: 12 gives 10. It is the ten next to the number, of two equally
+/// near ones (15) the even one (20). Raises the runtime's overflow above 16 bits.
 std::int16_t ProgramToProduct(std::int32_t programNumber);
 
 /// Name of the catalogue section with this index (from 1): "prod01" … "prod99", "prod100".
 std::string CatalogueSection(int index);
-/// Keys "conf" and "name" of the first of the 100 catalogue sections whose "id" is exactly
-/// `productId`. `iniPath` is the catalogue's full path. Empty where the key or the file is missing.
+/// What the catalogue (full path) has as "conf" and as "name" in a product's section, which is the
+/// first of 100 with this "id", letter by letter. "" if there is no such key, or no catalogue.
 std::string GetCatalogueProductConf(Program& program, const std::string& iniPath,
                                     const std::string& productId);
 std::string GetCatalogueProductName(Program& program, const std::string& iniPath,
                                     const std::string& productId);
 
-/// Resolves the placeholders of a command line or path: rewrites the text in place and returns it.
-/// The three paths are inserted as they are (with or without trailing backslash, slashes kept). A
-/// missing registry value is inserted as empty text.
+/// Puts paths in the place of the "%…%" that a configuration file has in a command or path; `text`
+/// changes, and is the answer too. Nobody adds to the three paths or takes from them, so slashes in
+/// them stay. Where the registry lacks a folder nothing takes the placeholder's place.
 std::string ReplacePlaceholders(Program& program, std::string& text, const std::string& setupPath,
                                 const std::string& workPath, const std::string& clientPath);
 
-/// Shows a log line on the active form, if it carries the progress controls, and advances its bar
-/// by one. Called by the run log only. Ends silently on any failure. The form may be closed when
-/// this returns: pending window events run.
+/// Tells a log line to the form in front: its bar goes one step on. A form without the progress
+/// controls is left alone, trouble of any kind is not told. For the run log only. Clicks that wait
+/// are served in here, so the form may be gone afterwards.
 void ShowProgress(machine::Desktop& desktop, const std::string& text);
 
-/// Owner of the one file-system object of the process.
+/// Keeps the file-system object that all procedures share.
 class SharedFileSystemObject : public FileSystemObjects {
  public:
   using Maker = std::function<std::unique_ptr<FileSystemObject>()>;
   /// `make` gives a new object or null when it cannot. Both must outlive this object.
   SharedFileSystemObject(Maker make, ErrorReporter& errors);
 
-  /// Makes the object on first use. False, after one report per call, when it cannot be made.
+  /// Makes sure of the object. False if it cannot be made; the user is told each time.
   bool AllocateFSObjects();
-  /// The object, which AllocateFSObjects is asked for each time; null when it cannot be made.
+  /// Asks AllocateFSObjects first, whenever it is called; null behind its no.
   FileSystemObject* fileSystemObject() override;
 
  private:

@@ -5,7 +5,7 @@
 
 namespace trelv::win32 {
 
-/// The host suite's own configuration store, `mviconf.dll`.
+/// The store as the suite's own `mviconf.dll` keeps it.
 class Win32ConfigurationLibrary : public machine::ConfigurationLibrary {
  public:
   explicit Win32ConfigurationLibrary(const LibraryFolders& folders);

@@ -5,7 +5,7 @@
 
 namespace trelv::win32 {
 
-/// The host suite's support library, `tovrautil.dll`.
+/// What the suite's `tovrautil.dll` answers.
 class Win32SupportLibrary : public machine::SupportLibrary {
  public:
   explicit Win32SupportLibrary(const LibraryFolders& folders);
