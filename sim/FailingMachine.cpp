@@ -1,6 +1,7 @@
 #include "sim/FailingMachine.h"
 
 #include <array>
+#include <stdexcept>
 
 namespace trelv::sim {
 namespace {
@@ -14,8 +15,12 @@ constexpr std::array kStartCodes{kFileNotFound, kAccessDenied, kElevationRequire
 // -3000 and -9999 as they travel in an unsigned code.
 constexpr std::array kStoreCodes{static_cast<SystemCode>(-3000), static_cast<SystemCode>(-9999)};
 constexpr SystemCode kWaitFailed = 6;
+constexpr SystemCode kNoNetwork = 1222;
+/// For interfaces that tell of a failure in another way: nobody looks at it.
+constexpr SystemCode kWithoutCode = kAccessDenied;
 
-// The code that such a call fails with; interfaces without codes ignore it.
+/// The code that such a call fails with. There is no default: who adds a kind of call has to say
+/// here how it fails, the compiler asks for it.
 SystemCode codeFor(CallKind kind, std::size_t variant) {
   switch (kind) {
     case CallKind::FileLook:
@@ -43,9 +48,38 @@ SystemCode codeFor(CallKind kind, std::size_t variant) {
       return kStoreCodes.at(variant % kStoreCodes.size());
     case CallKind::FileVersionRead:
       return kResourceDataNotFound;
-    default:
+    case CallKind::ConnectionNameQuery:
+      return kNoNetwork;
+    case CallKind::RegistryOpen:
+    case CallKind::RegistryCreate:
+    case CallKind::RegistryDescribe:
+    case CallKind::RegistryRead:
+    case CallKind::RegistryWrite:
+    case CallKind::RegistryEnumerate:
+    case CallKind::AdministratorQuery:
+    case CallKind::UserNameQuery:
+    case CallKind::WindowsFolderQuery:
+    case CallKind::ShellFolderQuery:
+    case CallKind::TemporaryFolderQuery:
+    case CallKind::DeviceNamesQuery:
+    case CallKind::ComputerNameQuery:
       return kAccessDenied;
+    case CallKind::ProfileRead:
+    case CallKind::ProfileWrite:
+    case CallKind::EnvironmentGet:
+    case CallKind::EnvironmentSet:
+    case CallKind::VersionQuery:
+    case CallKind::SuiteTest:
+    case CallKind::Wow64Query:
+    case CallKind::DriveTypeQuery:
+    case CallKind::SupportAdministrator:
+    case CallKind::SupportTemporaryPath:
+    case CallKind::BoxShow:
+    case CallKind::FormShow:
+    case CallKind::PictureShow:
+      return kWithoutCode;
   }
+  throw std::logic_error("a call of no kind");
 }
 
 }  // namespace

@@ -57,13 +57,10 @@ std::optional<SystemCode> SimCalls::enter(CallKind kind, const std::string& meth
   if (dead_) {
     return system_code::kAccessDenied;
   }
-  SimCall call;
-  call.number = calls_.size() + 1;
-  call.kind = kind;
-  call.text = method + (path.empty() ? "" : " " + path) + (target.empty() ? "" : " -> " + target) +
-              (detail.empty() ? "" : " " + detail);
-  call.path = path;
-  call.target = target;
+  const std::string text = method + (path.empty() ? "" : " " + path) +
+                           (target.empty() ? "" : " -> " + target) +
+                           (detail.empty() ? "" : " " + detail);
+  const SimCall call{calls_.size() + 1, kind, text, path, target};
   calls_.push_back(call);
   runHooks(call);
   return injector_ ? injector_(call) : std::nullopt;

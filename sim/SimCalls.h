@@ -56,8 +56,10 @@ enum class CallKind {
   BoxShow,
   FormShow,
   PictureShow,
-  /// Questions that came later than those above; the text says which.
-  Other
+  DriveTypeQuery,
+  ConnectionNameQuery,
+  DeviceNamesQuery,
+  ComputerNameQuery
 };
 
 /// How far a call had come when the program was killed in it.
@@ -84,8 +86,8 @@ class Killed {
 /// One call that reached the machine.
 struct SimCall {
   /// Position among all calls, from 1.
-  std::size_t number = 0;
-  CallKind kind = CallKind::Other;
+  std::size_t number;
+  CallKind kind;
   /// Subject and method, a blank, and what it was about: "files.read S:\prg\com\agdvcomp.ini".
   std::string text;
   /// The path (or key, command line, ...) as it was passed; `target` of a copy or replacement.

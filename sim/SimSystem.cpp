@@ -334,14 +334,15 @@ SystemCode SimSystem::temporaryFolder(std::string& folder) {
 }
 
 std::uint32_t SimSystem::driveType(const std::string& root) {
-  const bool injected = calls_.enter(CallKind::Other, "system.driveType", root).has_value();
+  const bool injected =
+      calls_.enter(CallKind::DriveTypeQuery, "system.driveType", root).has_value();
   const auto found = drives_.find(upperCase(root.substr(0, 2)));
   return injected || found == drives_.end() ? machine::drive_type::kNoRoot : found->second.type;
 }
 
 SystemCode SimSystem::connectionName(const std::string& drive, std::uint32_t size,
                                      std::string& name) {
-  const auto injected = calls_.enter(CallKind::Other, "system.connectionName", drive);
+  const auto injected = calls_.enter(CallKind::ConnectionNameQuery, "system.connectionName", drive);
   const auto found = drives_.find(upperCase(drive));
   const SystemCode code = injected.value_or(connectionCode_);
   if (code != kSuccess) {
@@ -362,7 +363,7 @@ SystemCode SimSystem::connectionName(const std::string& drive, std::uint32_t siz
 
 SystemCode SimSystem::deviceNames(const std::string& drive, std::uint32_t size,
                                   std::string& names) {
-  const auto injected = calls_.enter(CallKind::Other, "system.deviceNames", drive);
+  const auto injected = calls_.enter(CallKind::DeviceNamesQuery, "system.deviceNames", drive);
   const auto found = drives_.find(upperCase(drive));
   const SystemCode code = injected.value_or(deviceCode_);
   if (code != kSuccess) {
@@ -384,7 +385,7 @@ SystemCode SimSystem::deviceNames(const std::string& drive, std::uint32_t size,
 }
 
 SystemCode SimSystem::computerName(std::string& name) {
-  const auto injected = calls_.enter(CallKind::Other, "system.computerName", "");
+  const auto injected = calls_.enter(CallKind::ComputerNameQuery, "system.computerName", "");
   const SystemCode code = injected.value_or(computerNameCode_);
   if (code == kSuccess) {
     name = computerName_;

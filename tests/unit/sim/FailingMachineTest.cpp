@@ -7,6 +7,8 @@ namespace {
 
 using namespace system_code;
 
+constexpr SystemCode kNoNetwork = 1222;
+
 TEST(FailingMachine, FailsExactlyTheCallOfItsNumber) {
   SimMachine machine;
   machine.files().write("C:\\before.txt", "");
@@ -65,6 +67,10 @@ TEST(FailingMachine, EachKindOfCallFailsInItsOwnWay) {
   EXPECT_EQ(parts.processes.start("C:\\a.exe", true, process), kFileNotFound);
   EXPECT_FALSE(parts.environment.get("X", text));
   EXPECT_FALSE(parts.system.queryVersion(record));
+  EXPECT_EQ(parts.system.driveType("C:\\"), machine::drive_type::kNoRoot);
+  EXPECT_EQ(parts.system.connectionName("C:", 100, text), kNoNetwork);
+  EXPECT_EQ(parts.system.deviceNames("C:", 100, text), kAccessDenied);
+  EXPECT_EQ(parts.system.computerName(text), kAccessDenied);
   EXPECT_EQ(parts.configuration.getParameter("P", "S", "K", "A", "D", 10, text), -3000);
   EXPECT_EQ(parts.desktop.messageBox("", "", machine::BoxIcon::None, machine::BoxButtons::Ok),
             machine::BoxAnswer::None);
