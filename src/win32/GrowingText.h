@@ -1,28 +1,25 @@
 #pragma once
 
-#include <windows.h>
-
 #include <string>
 
-#include "base/SystemCode.h"
+#include "win32/SystemCall.h"
 
 namespace trelv::win32 {
 
-/// Fetches a text of unknown length: `fetch(buffer, size)` answers the length without NUL, 0 on
-/// failure, or `size` and more when the buffer is too small. The code of a failure, or 0 with
-/// `text` set; a text that is empty without failure is one too.
+/// Fetches a text of unknown length: `fetch(buffer, size)` gives the Called of a function that
+/// answers the length without NUL, 0 on failure, or `size` and more when the buffer is too small.
+/// The code of a failure, or 0 with `text` set; a text that is empty without failure is one too.
 template <class Text, class Fetch>
 SystemCode growingText(Text& text, Fetch&& fetch) {
   Text buffer(MAX_PATH, typename Text::value_type());
   for (;;) {
     const auto size = static_cast<DWORD>(buffer.size());
-    SetLastError(ERROR_SUCCESS);
-    const DWORD length = fetch(buffer.data(), size);
-    if (length == 0 && GetLastError() != ERROR_SUCCESS) {
-      return GetLastError();
+    const auto length = fetch(buffer.data(), size);
+    if (length.answer == 0 && length.left != ERROR_SUCCESS) {
+      return length.failure();
     }
-    if (length < size) {
-      buffer.resize(length);
+    if (length.answer < size) {
+      buffer.resize(length.answer);
       text = std::move(buffer);
       return system_code::kSuccess;
     }

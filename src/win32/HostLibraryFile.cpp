@@ -7,16 +7,16 @@ namespace {
 
 std::wstring ownFolder() {
   std::wstring path;
-  growingText(
-      path, [](wchar_t* buffer, DWORD size) { return GetModuleFileNameW(nullptr, buffer, size); });
+  growingText(path, [](wchar_t* buffer, DWORD size) {
+    return called(GetModuleFileNameW, nullptr, buffer, size);
+  });
   return path.substr(0, path.rfind(L'\\') + 1);
 }
 
 std::wstring systemFolder() {
   std::wstring path;
-  growingText(path, [](wchar_t* buffer, DWORD size) {
-    return static_cast<DWORD>(GetSystemDirectoryW(buffer, size));
-  });
+  growingText(
+      path, [](wchar_t* buffer, DWORD size) { return called(GetSystemDirectoryW, buffer, size); });
   return path + L"\\";
 }
 
@@ -32,8 +32,8 @@ OwnedLibrary loaded(const std::wstring& path, SystemCode& code) {
   const UINT before = SetErrorMode(SEM_FAILCRITICALERRORS);
   SetErrorMode(before | SEM_FAILCRITICALERRORS);
   // The library's own dependencies are looked for beside it, not beside this program.
-  OwnedLibrary library(LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
-  code = library ? system_code::kSuccess : GetLastError();
+  OwnedLibrary library;
+  code = obtain(library, LoadLibraryExW, path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
   SetErrorMode(before);
   return library;
 }
@@ -57,9 +57,9 @@ FARPROC HostLibraryFile::address(const char* name, SystemCode& code) {
   if (!library_) {
     return nullptr;
   }
-  FARPROC found = GetProcAddress(library_.get(), name);
-  code = found != nullptr ? system_code::kSuccess : GetLastError();
-  return found;
+  const Called<FARPROC> found = called(GetProcAddress, library_.get(), name);
+  code = found.answer != nullptr ? system_code::kSuccess : found.failure();
+  return found.answer;
 }
 
 }  // namespace trelv::win32

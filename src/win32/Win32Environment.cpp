@@ -8,10 +8,9 @@
 namespace trelv::win32 {
 
 bool Win32Environment::get(const std::string& name, std::string& value) {
-  const std::string ansiName = ansi(name);
   std::string found;
   const SystemCode code = growingText(found, [&](char* buffer, DWORD size) {
-    return GetEnvironmentVariableA(ansiName.c_str(), buffer, size);
+    return called(GetEnvironmentVariableA, ansi(name), buffer, size);
   });
   if (code != system_code::kSuccess) {
     return false;

@@ -5,13 +5,11 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "win32/Owned.h"
+#include "win32/SystemCall.h"
 #include "win32/Win32Text.h"
 
 namespace trelv::win32 {
 namespace {
-
-SystemCode codeOf(BOOL done) { return done != FALSE ? system_code::kSuccess : GetLastError(); }
 
 /// Facts from the fields that a look and a listing have in common.
 template <class Data>
@@ -28,26 +26,25 @@ machine::FileFacts factsOf(const Data& data) {
   return facts;
 }
 
-OwnedFile open(const std::string& path, DWORD access, DWORD sharing, DWORD disposition) {
-  return OwnedFile(CreateFileW(wide(path).c_str(), access, sharing, nullptr, disposition,
-                               FILE_ATTRIBUTE_NORMAL, nullptr));
+SystemCode open(OwnedFile& file, const std::string& path, DWORD access, DWORD sharing,
+                DWORD disposition) {
+  return obtain(file, CreateFileW, wide(path), access, sharing, nullptr, disposition,
+                FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
 /// Writes all bytes with one call; fewer written without a code of their own mean a full disk.
 SystemCode writeAll(const OwnedFile& file, std::string_view bytes) {
   DWORD written = 0;
-  if (WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) ==
-      FALSE) {
-    return GetLastError();
-  }
-  return written == bytes.size() ? system_code::kSuccess : system_code::kDiskFull;
+  const SystemCode code = codeOf(WriteFile, file.get(), bytes.data(),
+                                 static_cast<DWORD>(bytes.size()), &written, nullptr);
+  return code == system_code::kSuccess && written != bytes.size() ? system_code::kDiskFull : code;
 }
 
 /// Puts what was written to a file on the disk; as far as it can, since a read-only file refuses.
 void flush(const std::string& path) {
-  const OwnedFile file =
-      open(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, OPEN_EXISTING);
-  if (file) {
+  OwnedFile file;
+  if (open(file, path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, OPEN_EXISTING) ==
+      system_code::kSuccess) {
     FlushFileBuffers(file.get());
   }
 }
@@ -62,9 +59,10 @@ SystemCode readAll(const OwnedFile& file, std::size_t limit, std::string& conten
     const std::size_t asked = std::min(piece, limit - before);
     bytes.resize(before + asked);
     DWORD got = 0;
-    if (ReadFile(file.get(), bytes.data() + before, static_cast<DWORD>(asked), &got, nullptr) ==
-        FALSE) {
-      return GetLastError();
+    const SystemCode code = codeOf(ReadFile, file.get(), bytes.data() + before,
+                                   static_cast<DWORD>(asked), &got, nullptr);
+    if (code != system_code::kSuccess) {
+      return code;
     }
     bytes.resize(before + got);
     if (got < asked) {
@@ -83,9 +81,9 @@ bool isFile(const std::string& path) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
-/// The answer of a listing that gave no first entry, from the last error.
-SystemCode withoutSearch(const std::string& folder, std::vector<machine::FolderEntry>& entries) {
-  const SystemCode code = GetLastError();
+/// The answer of a listing that gave no first entry but this code.
+SystemCode withoutSearch(SystemCode code, const std::string& folder,
+                         std::vector<machine::FolderEntry>& entries) {
   // No name ends so; the empty root of a drive has not even "." in it.
   if (code == system_code::kFileNotFound) {
     entries.clear();
@@ -107,8 +105,7 @@ SystemCode Win32Files::look(const std::string& path, machine::FileFacts& facts) 
     return system_code::kPathNotFound;
   }
   WIN32_FILE_ATTRIBUTE_DATA data{};
-  const SystemCode code =
-      codeOf(GetFileAttributesExW(wide(path).c_str(), GetFileExInfoStandard, &data));
+  const SystemCode code = codeOf(GetFileAttributesExW, wide(path), GetFileExInfoStandard, &data);
   if (code == system_code::kSuccess) {
     facts = factsOf(data);
   }
@@ -116,62 +113,66 @@ SystemCode Win32Files::look(const std::string& path, machine::FileFacts& facts) 
 }
 
 SystemCode Win32Files::read(const std::string& path, std::size_t limit, std::string& content) {
-  const OwnedFile file = open(
-      path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, OPEN_EXISTING);
-  return file ? readAll(file, limit, content) : GetLastError();
+  OwnedFile file;
+  const SystemCode code =
+      open(file, path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+           OPEN_EXISTING);
+  return code == system_code::kSuccess ? readAll(file, limit, content) : code;
 }
 
 SystemCode Win32Files::write(const std::string& path, std::string_view bytes) {
-  const OwnedFile file = open(path, GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS);
-  return file ? writeAll(file, bytes) : GetLastError();
+  OwnedFile file;
+  const SystemCode code = open(file, path, GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS);
+  return code == system_code::kSuccess ? writeAll(file, bytes) : code;
 }
 
 SystemCode Win32Files::append(const std::string& path, std::string_view bytes) {
   // Append access alone lets the system put the bytes at the end, whoever else writes meanwhile.
-  const OwnedFile file =
-      open(path, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_ALWAYS);
-  return file ? writeAll(file, bytes) : GetLastError();
+  OwnedFile file;
+  const SystemCode code =
+      open(file, path, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_ALWAYS);
+  return code == system_code::kSuccess ? writeAll(file, bytes) : code;
 }
 
 SystemCode Win32Files::removeFile(const std::string& path) {
-  return codeOf(DeleteFileW(wide(path).c_str()));
+  return codeOf(DeleteFileW, wide(path));
 }
 
 SystemCode Win32Files::setReadOnly(const std::string& path, bool readOnly) {
   const std::wstring name = wide(path);
-  const DWORD attributes = GetFileAttributesW(name.c_str());
-  if (attributes == INVALID_FILE_ATTRIBUTES) {
-    return GetLastError();
+  const Called<DWORD> attributes = called(GetFileAttributesW, name);
+  if (attributes.answer == INVALID_FILE_ATTRIBUTES) {
+    return attributes.failure();
   }
-  const DWORD wanted = readOnly ? attributes | FILE_ATTRIBUTE_READONLY
-                                : attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY);
-  return codeOf(SetFileAttributesW(name.c_str(), wanted));
+  const DWORD wanted = readOnly ? attributes.answer | FILE_ATTRIBUTE_READONLY
+                                : attributes.answer & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY);
+  return codeOf(SetFileAttributesW, name, wanted);
 }
 
 SystemCode Win32Files::makeFolder(const std::string& path) {
-  return codeOf(CreateDirectoryW(wide(path).c_str(), nullptr));
+  return codeOf(CreateDirectoryW, wide(path), nullptr);
 }
 
 SystemCode Win32Files::removeFolder(const std::string& path) {
-  return codeOf(RemoveDirectoryW(wide(path).c_str()));
+  return codeOf(RemoveDirectoryW, wide(path));
 }
 
 SystemCode Win32Files::list(const std::string& folder, const std::string& ending,
                             std::vector<machine::FolderEntry>& entries) {
   const bool root = !folder.empty() && folder.back() == '\\';
   WIN32_FIND_DATAW data{};
-  const OwnedSearch search(
-      FindFirstFileW(wide(folder + (root ? "*" : "\\*") + ending).c_str(), &data));
-  if (!search) {
-    return withoutSearch(folder, entries);
+  OwnedSearch search;
+  SystemCode code =
+      obtain(search, FindFirstFileW, wide(folder + (root ? "*" : "\\*") + ending), &data);
+  if (code != system_code::kSuccess) {
+    return withoutSearch(code, folder, entries);
   }
   std::vector<machine::FolderEntry> found;
-  do {
+  for (; code == system_code::kSuccess; code = codeOf(FindNextFileW, search.get(), &data)) {
     if (!isSelfOrParent(data.cFileName)) {
       found.push_back({utf8(data.cFileName), factsOf(data)});
     }
-  } while (FindNextFileW(search.get(), &data) != FALSE);
-  const SystemCode code = GetLastError();
+  }
   if (code != system_code::kNoMoreFiles) {
     return code;
   }
@@ -180,13 +181,13 @@ SystemCode Win32Files::list(const std::string& folder, const std::string& ending
 }
 
 SystemCode Win32Files::copyFile(const std::string& source, const std::string& target) {
-  return codeOf(CopyFileW(wide(source).c_str(), wide(target).c_str(), FALSE));
+  return codeOf(CopyFileW, wide(source), wide(target), FALSE);
 }
 
 SystemCode Win32Files::replaceFile(const std::string& source, const std::string& target) {
   // After a power failure the name must not stand for content that was still on its way.
   flush(source);
-  return codeOf(MoveFileExW(wide(source).c_str(), wide(target).c_str(), MOVEFILE_REPLACE_EXISTING));
+  return codeOf(MoveFileExW, wide(source), wide(target), MOVEFILE_REPLACE_EXISTING);
 }
 
 }  // namespace trelv::win32

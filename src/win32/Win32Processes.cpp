@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "win32/Owned.h"
+#include "win32/SystemCall.h"
 #include "win32/Win32Text.h"
 
 namespace trelv::win32 {
@@ -16,10 +16,11 @@ static_assert(sizeof(STARTUPINFOW) == 68, "the start-up record of a 32-bit progr
 
 /// Waits while other programs' sent messages are served: a set-up that broadcasts a change waits
 /// for every top-level window, ours included. Input, painting and timers stay in the queue.
-DWORD waitServingSentMessages(HANDLE process) {
+Called<DWORD> waitServingSentMessages(HANDLE process) {
   for (;;) {
-    const DWORD outcome = MsgWaitForMultipleObjects(1, &process, FALSE, INFINITE, QS_SENDMESSAGE);
-    if (outcome != WAIT_OBJECT_0 + 1) {
+    const Called<DWORD> outcome =
+        called(MsgWaitForMultipleObjects, 1, &process, FALSE, INFINITE, QS_SENDMESSAGE);
+    if (outcome.answer != WAIT_OBJECT_0 + 1) {
       return outcome;
     }
     MSG message;
@@ -29,9 +30,10 @@ DWORD waitServingSentMessages(HANDLE process) {
 
 /// A process without the window library has no window that anyone could send to: it waits plainly
 /// and leaves the library unloaded.
-DWORD waitForEnd(HANDLE process) {
-  return GetModuleHandleW(L"user32.dll") != nullptr ? waitServingSentMessages(process)
-                                                    : WaitForSingleObject(process, INFINITE);
+Called<DWORD> waitForEnd(HANDLE process) {
+  return GetModuleHandleW(L"user32.dll") != nullptr
+             ? waitServingSentMessages(process)
+             : called(WaitForSingleObject, process, INFINITE);
 }
 
 class Win32RunningProcess : public machine::RunningProcess {
@@ -39,16 +41,17 @@ class Win32RunningProcess : public machine::RunningProcess {
   explicit Win32RunningProcess(HANDLE process) : process_(process) {}
 
   SystemCode wait() override {
-    return waitForEnd(process_.get()) == WAIT_OBJECT_0 ? system_code::kSuccess : GetLastError();
+    const Called<DWORD> outcome = waitForEnd(process_.get());
+    return outcome.answer == WAIT_OBJECT_0 ? system_code::kSuccess : outcome.failure();
   }
 
   SystemCode exitCode(std::uint32_t& code) override {
     DWORD found = 0;
-    if (GetExitCodeProcess(process_.get(), &found) == FALSE) {
-      return GetLastError();
+    const SystemCode answer = codeOf(GetExitCodeProcess, process_.get(), &found);
+    if (answer == system_code::kSuccess) {
+      code = found;
     }
-    code = found;
-    return system_code::kSuccess;
+    return answer;
   }
 
  private:
@@ -68,9 +71,10 @@ SystemCode Win32Processes::start(const std::string& commandLine, bool visible,
   startup.dwFlags = STARTF_USESHOWWINDOW;
   startup.wShowWindow = visible ? SW_SHOWNORMAL : SW_HIDE;
   PROCESS_INFORMATION started{};
-  if (CreateProcessW(nullptr, writable.data(), nullptr, nullptr, FALSE, NORMAL_PRIORITY_CLASS,
-                     nullptr, nullptr, &startup, &started) == FALSE) {
-    return GetLastError();
+  const SystemCode code = codeOf(CreateProcessW, nullptr, writable.data(), nullptr, nullptr, FALSE,
+                                 NORMAL_PRIORITY_CLASS, nullptr, nullptr, &startup, &started);
+  if (code != system_code::kSuccess) {
+    return code;
   }
   const OwnedProcess thread(started.hThread);
   process = std::make_unique<Win32RunningProcess>(started.hProcess);

@@ -16,7 +16,7 @@ static_assert(sizeof(OSVERSIONINFOA) == kShortVersionRecord);
 static_assert(sizeof(OSVERSIONINFOEXA) == kExtendedVersionRecord);
 
 /// The system code in a shell result, or the result itself where it carries none.
-SystemCode codeOf(HRESULT result) {
+SystemCode codeIn(HRESULT result) {
   return HRESULT_FACILITY(result) == FACILITY_WIN32 ? static_cast<SystemCode>(HRESULT_CODE(result))
                                                     : static_cast<SystemCode>(result);
 }
@@ -68,27 +68,30 @@ SystemCode Win32SystemFacts::isAdministrator(bool& member) {
   std::array<BYTE, SECURITY_MAX_SID_SIZE> group{};
   auto size = static_cast<DWORD>(group.size());
   BOOL answer = FALSE;
-  if (CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, group.data(), &size) == FALSE ||
-      CheckTokenMembership(nullptr, group.data(), &answer) == FALSE) {
-    return GetLastError();
+  SystemCode code =
+      codeOf(CreateWellKnownSid, WinBuiltinAdministratorsSid, nullptr, group.data(), &size);
+  if (code == system_code::kSuccess) {
+    code = codeOf(CheckTokenMembership, nullptr, group.data(), &answer);
   }
-  member = answer != FALSE;
-  return system_code::kSuccess;
+  if (code == system_code::kSuccess) {
+    member = answer != FALSE;
+  }
+  return code;
 }
 
 SystemCode Win32SystemFacts::userName(std::uint32_t size, std::string& name) {
   std::wstring buffer(size, L'\0');
   DWORD length = size;
-  if (GetUserNameW(buffer.data(), &length) == FALSE) {
-    return GetLastError();
+  const SystemCode code = codeOf(GetUserNameW, buffer.data(), &length);
+  if (code == system_code::kSuccess) {
+    name = utf8(buffer.c_str());
   }
-  name = utf8(buffer.c_str());
-  return system_code::kSuccess;
+  return code;
 }
 
 SystemCode Win32SystemFacts::systemWindowsFolder(std::string& folder) {
   return fetchFolder(folder, [](wchar_t* buffer, DWORD size) {
-    return static_cast<DWORD>(GetSystemWindowsDirectoryW(buffer, size));
+    return called(GetSystemWindowsDirectoryW, buffer, size);
   });
 }
 
@@ -97,15 +100,15 @@ SystemCode Win32SystemFacts::shellFolder(int number, std::string& folder) {
   const HRESULT result =
       SHGetFolderPathW(nullptr, number, nullptr, SHGFP_TYPE_CURRENT, buffer.data());
   if (result != S_OK) {
-    return codeOf(result);
+    return codeIn(result);
   }
   folder = utf8(buffer.data());
   return system_code::kSuccess;
 }
 
 SystemCode Win32SystemFacts::temporaryFolder(std::string& folder) {
-  return fetchFolder(folder,
-                     [](wchar_t* buffer, DWORD size) { return GetTempPathW(size, buffer); });
+  return fetchFolder(
+      folder, [](wchar_t* buffer, DWORD size) { return called(GetTempPathW, size, buffer); });
 }
 
 std::uint32_t Win32SystemFacts::driveType(const std::string& root) {
@@ -129,28 +132,29 @@ SystemCode Win32SystemFacts::connectionName(const std::string& drive, std::uint3
 SystemCode Win32SystemFacts::deviceNames(const std::string& drive, std::uint32_t size,
                                          std::string& names) {
   std::wstring buffer(size, L'\0');
-  const DWORD length = QueryDosDeviceW(wide(drive).c_str(), buffer.data(), size);
-  if (length == 0) {
-    return GetLastError();
+  const Called<DWORD> length = called(QueryDosDeviceW, wide(drive), buffer.data(), size);
+  if (length.answer == 0) {
+    return length.failure();
   }
-  names = utf8(buffer.substr(0, length));
+  names = utf8(buffer.substr(0, length.answer));
   return system_code::kSuccess;
 }
 
 SystemCode Win32SystemFacts::computerName(std::string& name) {
   std::array<wchar_t, MAX_COMPUTERNAME_LENGTH + 1> buffer{};
   auto length = static_cast<DWORD>(buffer.size());
-  if (GetComputerNameW(buffer.data(), &length) == FALSE) {
-    return GetLastError();
+  const SystemCode code = codeOf(GetComputerNameW, buffer.data(), &length);
+  if (code == system_code::kSuccess) {
+    name = utf8(buffer.data());
   }
-  name = utf8(buffer.data());
-  return system_code::kSuccess;
+  return code;
 }
 
 std::string Win32SystemFacts::executablePath() {
   std::string path;
-  fetchFolder(
-      path, [](wchar_t* buffer, DWORD size) { return GetModuleFileNameW(nullptr, buffer, size); });
+  fetchFolder(path, [](wchar_t* buffer, DWORD size) {
+    return called(GetModuleFileNameW, nullptr, buffer, size);
+  });
   return path;
 }
 

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "win32/SystemCall.h"
 #include "win32/Win32Text.h"
 
 namespace trelv::win32 {
@@ -19,13 +20,14 @@ machine::FileVersion numbersOf(const VS_FIXEDFILEINFO& fixed) {
 SystemCode Win32VersionResources::read(const std::string& path, machine::FileVersion& version) {
   const std::wstring name = wide(path);
   DWORD ignored = 0;
-  const DWORD size = GetFileVersionInfoSizeW(name.c_str(), &ignored);
-  if (size == 0) {
-    return GetLastError();
+  const Called<DWORD> size = called(GetFileVersionInfoSizeW, name, &ignored);
+  if (size.answer == 0) {
+    return size.failure();
   }
-  std::string resource(size, '\0');
-  if (GetFileVersionInfoW(name.c_str(), 0, size, resource.data()) == FALSE) {
-    return GetLastError();
+  std::string resource(size.answer, '\0');
+  const SystemCode code = codeOf(GetFileVersionInfoW, name, 0, size.answer, resource.data());
+  if (code != system_code::kSuccess) {
+    return code;
   }
   void* block = nullptr;
   UINT length = 0;

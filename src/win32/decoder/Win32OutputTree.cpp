@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "win32/Owned.h"
+#include "win32/SystemCall.h"
 #include "win32/Win32Text.h"
 #include "win32/decoder/DecoderPath.h"
 
@@ -16,8 +16,6 @@ using decoder::Standing;
 
 /// Paths of other programs end before this length; so do the folders that they list.
 constexpr std::size_t kLongestPath = 259;
-
-SystemCode codeOf(BOOL done) { return done != FALSE ? system_code::kSuccess : GetLastError(); }
 
 Standing standingOf(DWORD attributes) {
   if ((attributes & (FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE)) != 0) {
@@ -31,12 +29,12 @@ constexpr std::size_t kDriveEnd = 6;
 
 /// Makes a folder with its parents; `path` literal, without trailing backslash.
 SystemCode makeWithParents(const std::wstring& path) {
-  const DWORD attributes = GetFileAttributesW(path.c_str());
-  if (attributes != INVALID_FILE_ATTRIBUTES) {
-    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? system_code::kSuccess
-                                                        : system_code::kDirectoryName;
+  const Called<DWORD> attributes = called(GetFileAttributesW, path);
+  if (attributes.answer != INVALID_FILE_ATTRIBUTES) {
+    return (attributes.answer & FILE_ATTRIBUTE_DIRECTORY) != 0 ? system_code::kSuccess
+                                                               : system_code::kDirectoryName;
   }
-  SystemCode code = GetLastError();
+  SystemCode code = attributes.failure();
   const std::size_t parent = path.rfind(L'\\');
   if (!meansMissing(code) || parent == std::wstring::npos || parent + 1 == path.size()) {
     return code;
@@ -46,7 +44,7 @@ SystemCode makeWithParents(const std::wstring& path) {
   if (code != system_code::kSuccess) {
     return code;
   }
-  const SystemCode made = codeOf(CreateDirectoryW(path.c_str(), nullptr));
+  const SystemCode made = codeOf(CreateDirectoryW, path, nullptr);
   // Another program may have made it meanwhile.
   return made == system_code::kAlreadyExists ? system_code::kSuccess : made;
 }
@@ -57,18 +55,16 @@ class Win32OutputFile : public decoder::OutputFile {
 
   SystemCode write(std::string_view bytes) override {
     DWORD written = 0;
-    if (WriteFile(file_.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) ==
-        FALSE) {
-      return GetLastError();
-    }
-    return written == bytes.size() ? system_code::kSuccess : system_code::kDiskFull;
+    const SystemCode code = codeOf(WriteFile, file_.get(), bytes.data(),
+                                   static_cast<DWORD>(bytes.size()), &written, nullptr);
+    return code == system_code::kSuccess && written != bytes.size() ? system_code::kDiskFull : code;
   }
 
   SystemCode finish(std::uint64_t modified) override {
     SystemCode code = system_code::kSuccess;
     if (modified != 0) {
       const FILETIME time{static_cast<DWORD>(modified), static_cast<DWORD>(modified >> 32U)};
-      code = codeOf(SetFileTime(file_.get(), nullptr, nullptr, &time));
+      code = codeOf(SetFileTime, file_.get(), nullptr, nullptr, &time);
     }
     file_ = OwnedFile();
     return code;
@@ -84,7 +80,7 @@ bool isSelfOrParent(const wchar_t* name) {
 }
 
 SystemCode moved(const std::wstring& from, const std::wstring& to) {
-  return codeOf(MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING));
+  return codeOf(MoveFileExW, from, to, MOVEFILE_REPLACE_EXISTING);
 }
 
 }  // namespace
@@ -128,12 +124,12 @@ std::size_t Win32OutputTree::longestName() const {
 }
 
 SystemCode Win32OutputTree::look(const std::string& name, Standing& standing) {
-  const DWORD attributes = GetFileAttributesW(literal(name).c_str());
-  if (attributes != INVALID_FILE_ATTRIBUTES) {
-    standing = standingOf(attributes);
+  const Called<DWORD> attributes = called(GetFileAttributesW, literal(name));
+  if (attributes.answer != INVALID_FILE_ATTRIBUTES) {
+    standing = standingOf(attributes.answer);
     return system_code::kSuccess;
   }
-  const SystemCode code = GetLastError();
+  const SystemCode code = attributes.failure();
   standing = Standing::kNothing;
   return meansMissing(code) ? system_code::kSuccess : code;
 }
@@ -141,31 +137,32 @@ SystemCode Win32OutputTree::look(const std::string& name, Standing& standing) {
 SystemCode Win32OutputTree::visit(const std::string& folder, const Visitor& visitor) {
   const std::wstring pattern = literal(folder) + (folder.empty() ? L"*" : L"\\*");
   WIN32_FIND_DATAW data{};
-  const OwnedSearch search(FindFirstFileW(pattern.c_str(), &data));
-  if (!search) {
-    return GetLastError();
+  OwnedSearch search;
+  SystemCode code = obtain(search, FindFirstFileW, pattern, &data);
+  if (code != system_code::kSuccess) {
+    return code;
   }
-  do {
+  for (; code == system_code::kSuccess; code = codeOf(FindNextFileW, search.get(), &data)) {
     if (!isSelfOrParent(data.cFileName) &&
         !visitor(utf8(data.cFileName), standingOf(data.dwFileAttributes))) {
       return system_code::kSuccess;
     }
-  } while (FindNextFileW(search.get(), &data) != FALSE);
-  const SystemCode code = GetLastError();
+  }
   return code == system_code::kNoMoreFiles ? system_code::kSuccess : code;
 }
 
 SystemCode Win32OutputTree::makeFolder(const std::string& name) {
-  return codeOf(CreateDirectoryW(literal(name).c_str(), nullptr));
+  return codeOf(CreateDirectoryW, literal(name), nullptr);
 }
 
 SystemCode Win32OutputTree::createFile(const std::string& name,
                                        std::unique_ptr<decoder::OutputFile>& file) {
-  OwnedFile made(CreateFileW(literal(name).c_str(), GENERIC_WRITE,
-                             FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, CREATE_NEW,
-                             FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (!made) {
-    return GetLastError();
+  OwnedFile made;
+  const SystemCode code =
+      obtain(made, CreateFileW, literal(name), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE,
+             nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (code != system_code::kSuccess) {
+    return code;
   }
   file = std::make_unique<Win32OutputFile>(std::move(made));
   return system_code::kSuccess;
@@ -189,15 +186,15 @@ SystemCode Win32OutputTree::replaceFile(const std::string& from, const std::stri
 }
 
 SystemCode Win32OutputTree::moveFolder(const std::string& from, const std::string& to) {
-  return codeOf(MoveFileW(literal(from).c_str(), literal(to).c_str()));
+  return codeOf(MoveFileW, literal(from), literal(to));
 }
 
 SystemCode Win32OutputTree::removeFile(const std::string& name) {
-  return codeOf(DeleteFileW(literal(name).c_str()));
+  return codeOf(DeleteFileW, literal(name));
 }
 
 SystemCode Win32OutputTree::removeFolder(const std::string& name) {
-  return codeOf(RemoveDirectoryW(literal(name).c_str()));
+  return codeOf(RemoveDirectoryW, literal(name));
 }
 
 }  // namespace trelv::win32

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "win32/SystemCall.h"
 #include "win32/decoder/DecoderPath.h"
 
 namespace trelv::win32 {
@@ -12,11 +13,12 @@ SystemCode Win32PackInput::open(const std::string& path,
   if (full.empty()) {
     return system_code::kBadPathname;
   }
-  OwnedFile file(CreateFileW(literalPath(full).c_str(), GENERIC_READ,
-                             FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                             FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
-  if (!file) {
-    return GetLastError();
+  OwnedFile file;
+  const SystemCode code = obtain(file, CreateFileW, literalPath(full), GENERIC_READ,
+                                 FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                 FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+  if (code != system_code::kSuccess) {
+    return code;
   }
   pack = std::make_unique<Win32PackInput>(path, std::move(file));
   return system_code::kSuccess;
@@ -24,11 +26,12 @@ SystemCode Win32PackInput::open(const std::string& path,
 
 SystemCode Win32PackInput::read(char* buffer, std::size_t size, std::size_t& count) {
   DWORD got = 0;
-  if (ReadFile(file_.get(), buffer, static_cast<DWORD>(size), &got, nullptr) == FALSE) {
-    return GetLastError();
+  const SystemCode code =
+      codeOf(ReadFile, file_.get(), buffer, static_cast<DWORD>(size), &got, nullptr);
+  if (code == system_code::kSuccess) {
+    count = got;
   }
-  count = got;
-  return system_code::kSuccess;
+  return code;
 }
 
 }  // namespace trelv::win32
