@@ -102,6 +102,14 @@ class FakeProgram {
   operator Program&() { return program; }
 
   const std::vector<std::string>& lines() const { return log.lines; }
+  /// All lines as one text, each with a line feed behind it: compares with a text as it is read.
+  std::string logText() const {
+    std::string text;
+    for (const std::string& line : log.lines) {
+      text += line + "\n";
+    }
+    return text;
+  }
   const std::vector<FakeReport>& reports() const { return errors.reports; }
   /// The messages of all reports, in order.
   std::vector<std::string> reportTexts() const {

@@ -69,6 +69,15 @@ std::vector<std::string> programPaths(const Delivered& product) {
 
 }  // namespace
 
+std::string catalogueText(const std::vector<ProductEntry>& entries) {
+  std::string text;
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    text += "[" + numbered("prod", i + 1) + "]\r\nid=" + entries[i].id +
+            "\r\nname=" + entries[i].name + "\r\nconf=" + entries[i].conf + "\r\n";
+  }
+  return text;
+}
+
 std::string configurationText(const std::vector<Section>& sections,
                               const std::vector<std::string>& programs) {
   std::string text;
@@ -90,16 +99,17 @@ Installation::Installation() : share_(std::make_shared<sim::SimDisk>()) {
 }
 
 void Installation::putCatalogue(const std::vector<ProductEntry>& entries) {
-  std::string text;
-  for (std::size_t i = 0; i < entries.size(); ++i) {
-    text += "[" + numbered("prod", i + 1) + "]\r\nid=" + entries[i].id +
-            "\r\nname=" + entries[i].name + "\r\nconf=" + entries[i].conf + "\r\n";
-  }
-  share_->put(kCatalogue, text);
+  share_->put(kCatalogue, catalogueText(entries));
 }
 
 void Installation::putConfiguration(const std::string& conf, const std::string& text) {
   share_->put(std::string(kServer) + "\\" + conf, text);
+}
+
+void Installation::putPrograms(const std::vector<std::string>& names) {
+  for (const std::string& name : names) {
+    share_->putProgram(std::string(kServer) + "\\" + name + ".exe");
+  }
 }
 
 std::string Installation::serverRecord() { return share_->text(kServerRecord); }

@@ -26,6 +26,9 @@ struct ProductEntry {
   std::string conf;
 };
 
+/// Text of a catalogue with these entries in sections prod01, prod02, ...
+std::string catalogueText(const std::vector<ProductEntry>& entries);
+
 /// Text of a product configuration file; `programs` are the lines of section Exec.
 std::string configurationText(const std::vector<Section>& sections,
                               const std::vector<std::string>& programs = {});
@@ -42,6 +45,8 @@ class Installation {
 
   void putCatalogue(const std::vector<ProductEntry>& entries);
   void putConfiguration(const std::string& conf, const std::string& text);
+  /// Programs S:\Lumo\a.exe, S:\Lumo\b.exe, ... of these names, which end at once.
+  void putPrograms(const std::vector<std::string>& names);
   /// Text of the server's version record, whole.
   std::string serverRecord();
   void putServerRecord(const std::string& text);

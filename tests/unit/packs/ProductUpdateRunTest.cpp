@@ -1,106 +1,124 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "packs/ProductUpdateRun.h"
-#include "support/Installation.h"
+#include "support/Matchers.h"
 #include "support/PackPrograms.h"
+#include "support/Refusals.h"
+#include "support/Rows.h"
+#include "support/StationTest.h"
+#include "support/Texts.h"
 
 namespace trelv::tests {
 namespace {
 
-using modProdTrelvManager::ProductUpdateRun;
-using modProdTrelvManager::RunCommand;
-using modProdTrelvManager::VersionNumber;
+using machine::BoxIcon;
 using testing::Contains;
+using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+using testing::StartsWith;
 
 constexpr const char* kConfiguration = "S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio.ini";
+constexpr const char* kPack = "S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio.zip";
 constexpr const char* kSearch =
     "Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "
     "\"S:\\Lumo\\prg\\com\\setup\\aggdovra\"";
 constexpr const char* kLock = Installation::kServerLock;
+constexpr const char* kClientLock = Station::kClientLock;
+constexpr std::int32_t kUpdateAll = 1;
+constexpr std::int32_t kProgramOnly = 4;
 
-class UpdateRun : public testing::Test {
- protected:
+/// A section of one server command below S:\Lumo.
+std::string section(const std::string& name, const std::string& version,
+                    const std::string& command) {
+  return "[" + name + "]\r\nversion=" + version + "\r\nServer01=S:\\Lumo\\" + command + "\r\n";
+}
+
+/// Runs of one product, whose configuration file tests put: programs a, b and c end well, "fails"
+/// with 5; a folder bears a program's name.
+class UpdateRun : public StationTest {
+ public:
   UpdateRun() {
-    for (const char* const name : {"a", "b", "c"}) {
-      installation_.share().putProgram("S:\\Lumo\\" + std::string(name) + ".exe");
-    }
+    installation_.putPrograms({"a", "b", "c", "nuovi file\\a"});
+    share().putProgram("S:\\Lumo\\fails.exe", [](sim::SimProcess&) { return 5U; });
+    share().makeFolders("S:\\Lumo\\cartella.exe");
   }
 
-  void configure(const std::vector<Section>& sections) {
-    installation_.share().put(kConfiguration, configurationText(sections));
-  }
+  void configure(const std::string& text) { share().put(kConfiguration, text); }
 
-  bool run(Operation operation, Side side, std::int32_t kind = 1) {
-    return ProductUpdateRun(program_, kind, "S:\\Lumo", "S:\\Work", "C:\\Programs", kConfiguration,
-                            operation, side, version_);
+  bool run(Operation operation, Side side, std::int32_t kind = kUpdateAll,
+           const std::string& integrationPath = "S:\\Work") {
+    return modProdTrelvManager::ProductUpdateRun(program(), kind, "S:\\Lumo", integrationPath,
+                                                 "C:\\Programs", kConfiguration, operation, side,
+                                                 version_);
   }
   bool updateServer() { return run(Operation::Update, Side::Server); }
 
-  sim::SimMachine& machine() { return station_.machine(); }
   /// What a run told, without its search for packs.
-  std::vector<std::string> lines() {
-    std::vector<std::string> all = program_.lines();
+  std::vector<std::string> told() {
+    std::vector<std::string> all = lines();
     std::erase(all, kSearch);
     return all;
   }
-  std::vector<std::string> started() { return station_.commandLines(); }
+  /// What was started, "S:\Lumo\" left out, with " | " between.
+  std::string programs() { return joined(without("S:\\Lumo\\", started()), " | "); }
+  /// Content of a lock while an update of one side runs its command; empty when there is none.
+  std::string lockDuring(Side side, const std::string& path) {
+    std::string lock;
+    share().putProgram("S:\\Lumo\\a.exe", [&](sim::SimProcess&) {
+      lock = machine().fileExists(path) ? machine().fileText(path) : "";
+      return 0U;
+    });
+    configure(section("Update01", "01.00", "a.exe") + "Client01=S:\\Lumo\\a.exe\r\n");
+    EXPECT_TRUE(run(Operation::Update, side));
+    EXPECT_FALSE(machine().fileExists(path));
+    return lock;
+  }
 
-  Installation installation_;
-  Station station_{installation_};
-  FakeProgram& program_ = station_.program();
   std::string version_;
 };
 
 // --- Versions
 
-TEST(VersionNumber, IsTheDigitsWithoutPoints) {
-  EXPECT_EQ(VersionNumber("09.93.00.00"), 9930000U);
-  EXPECT_EQ(VersionNumber("10.00.00.00"), 10000000U);
-  EXPECT_EQ(VersionNumber("10.00"), 1000U);
-  EXPECT_EQ(VersionNumber(""), 0U);
-  EXPECT_EQ(VersionNumber("...."), 0U);
-}
-
-TEST(VersionNumber, EndsAtTheFirstOtherCharacter) {
-  EXPECT_EQ(VersionNumber("03.20b.30"), 320U);
-  EXPECT_EQ(VersionNumber("beta"), 0U);
-  EXPECT_EQ(VersionNumber("-1.00"), 0U);
-  EXPECT_EQ(VersionNumber(" 1"), 0U);
-  EXPECT_EQ(VersionNumber("1 2"), 1U);
-}
-
-TEST(VersionNumber, SaturatesWhereItIsTooLong) {
-  EXPECT_EQ(VersionNumber("18446744073709551614"), 18446744073709551614U);
-  EXPECT_EQ(VersionNumber("18446744073709551615"), 18446744073709551615U);
-  EXPECT_EQ(VersionNumber("18446744073709551616"), 18446744073709551615U);
-  EXPECT_EQ(VersionNumber(std::string(40, '9')), 18446744073709551615U);
-  EXPECT_EQ(VersionNumber("1" + std::string(39, '0')), 18446744073709551615U);
+TEST(VersionNumber, IsTheDigitsWithoutPointsUpToAnyOtherCharacterAndSaturates) {
+  constexpr std::uint64_t kMost = 18446744073709551615U;
+  const std::vector<std::pair<std::string, std::uint64_t>> rows{
+      {"09.93.00.00", 9930000U},
+      {"10.00.00.00", 10000000U},
+      {"10.00", 1000U},
+      {"", 0U},
+      {"....", 0U},
+      {"03.20b.30", 320U},
+      {"beta", 0U},
+      {"-1.00", 0U},
+      {" 1", 0U},
+      {"1 2", 1U},
+      {"18446744073709551614", kMost - 1},
+      {"18446744073709551615", kMost},
+      {"18446744073709551616", kMost},
+      {std::string(40, '9'), kMost},
+      {"1" + std::string(39, '0'), kMost}};
+  for (const auto& [text, number] : rows) {
+    EXPECT_EQ(modProdTrelvManager::VersionNumber(text), number) << text;
+  }
 }
 
 // --- Packs
 
 TEST_F(UpdateRun, SearchesForPacksBeforeItLooksForTheConfigurationFile) {
   const PackPrograms programs(machine());
-  installation_.share().put(
-      "S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio.zip",
-      packBytes({{"prg\\com\\setup\\aggdovra\\nerio.ini",
-                  configurationText({{"Setup01", "01", {"S:\\Lumo\\a.exe"}, {}}})}}));
-  EXPECT_TRUE(ProductUpdateRun(program_, 1, "S:\\Lumo", "S:\\Lumo", "C:\\Programs", kConfiguration,
-                               Operation::Setup, Side::Server, version_));
-  EXPECT_EQ(program_.lines().front(), kSearch);
+  share().put(
+      kPack,
+      packBytes({{"prg\\com\\setup\\aggdovra\\nerio.ini", section("Setup01", "01", "a.exe")}}));
+  EXPECT_TRUE(run(Operation::Setup, Side::Server, kUpdateAll, "S:\\Lumo"));
+  EXPECT_EQ(lines().front(), kSearch);
   EXPECT_EQ(version_, "01");
-  EXPECT_FALSE(machine().fileExists("S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio.zip"));
+  EXPECT_FALSE(machine().fileExists(kPack));
 }
 
 TEST_F(UpdateRun, OpensPacksIntoTheIntegrationPath) {
   const PackPrograms programs(machine());
-  installation_.share().put("S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio.zip",
-                            packBytes({{"prg\\com\\setup\\aggdovra\\nerio.ini", "x"}}));
+  share().put(kPack, packBytes({{"prg\\com\\setup\\aggdovra\\nerio.ini", "x"}}));
   EXPECT_TRUE(updateServer());
   EXPECT_TRUE(machine().fileExists("S:\\Work\\prg\\com\\setup\\aggdovra\\nerio.ini"));
   EXPECT_FALSE(machine().fileExists(kConfiguration));
@@ -108,9 +126,8 @@ TEST_F(UpdateRun, OpensPacksIntoTheIntegrationPath) {
 
 TEST_F(UpdateRun, PackThatCannotBeCopiedEndsTheRunAndIsTold) {
   const PackPrograms programs(machine());
-  configure({{"Update01", "01", {"S:\\Lumo\\a.exe"}, {}}});
-  installation_.share().put("S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio.zip",
-                            packBytes({{"readme.txt", "x"}}));
+  configure(section("Update01", "01", "a.exe"));
+  share().put(kPack, packBytes({{"readme.txt", "x"}}));
   EXPECT_FALSE(updateServer());
   EXPECT_EQ(lines().back(),
             "Gestione ProdTrelv - Comando non eseguito:  (Impossibile trovare il percorso: "
@@ -120,341 +137,283 @@ TEST_F(UpdateRun, PackThatCannotBeCopiedEndsTheRunAndIsTold) {
 
 // --- Which commands run
 
-TEST_F(UpdateRun, RunsTheSectionsAboveTheVersionAndRaisesIt) {
-  configure({{"Update01", "03.10.00.00", {"S:\\Lumo\\a.exe"}, {}},
-             {"Update02", "03.20.30.00", {"S:\\Lumo\\b.exe -S"}, {}}});
+/// A configuration file, the version before a run of the server's side; the programs that ran and
+/// the version afterwards.
+struct Run : Row {
+  Operation operation;
+  std::string configuration;
+  const char* before;
+  const char* programs;
+  const char* after;
+};
+
+std::string commands(std::size_t failing, const std::string& others) {
+  std::string text = "[Update01]\r\nversion=02.00\r\n";
+  for (std::size_t i = 1; i <= failing; ++i) {
+    text += "Server" + std::string(i < 10 ? "0" : "") + std::to_string(i) + "=S:\\manca.exe\r\n";
+  }
+  return text + others;
+}
+
+const std::vector<Run> kRuns{
+    {"ComparesVersionsAsNumbers", Operation::Update, section("Update01", "10.00.00.00", "a.exe"),
+     "09.93.00.00", "a.exe", "10.00.00.00"},
+    {"VersionOfFewerFieldsIsBelow", Operation::Update, section("Update01", "09.93.00.00", "a.exe"),
+     "10.00", "a.exe", "09.93.00.00"},
+    {"WithoutVersionEverySectionThatHasOneRuns", Operation::Setup,
+     section("Setup01", "01.00", "a.exe") + section("Setup02", "", "b.exe") +
+         section("Setup03", "02.00", "c.exe"),
+     "", "a.exe | c.exe", "02.00"},
+    {"SectionWithoutAnyVersionOnAnEmptyOneIsLeft", Operation::Setup,
+     section("Setup01", "", "a.exe"), "", "", ""},
+    {"SectionsOfItsKindOnly", Operation::Update,
+     section("Setup01", "05.00", "a.exe") + section("Update01", "05.00", "b.exe"), "", "b.exe",
+     "05.00"},
+    {"SecondCommandOfASectionIsSkippedOnceTheFirstRan", Operation::Update,
+     section("Update01", "05.00", "a.exe") + "Server02=S:\\Lumo\\b.exe\r\n", "", "a.exe", "05.00"},
+    {"SecondCommandRunsWhenTheFirstCouldNotBeStarted", Operation::Update,
+     commands(1, "Server02=S:\\Lumo\\b.exe\r\n"), "", "b.exe", "02.00"},
+    {"CommandThatRanCountsWhateverItsExitCode", Operation::Update,
+     section("Update01", "05.00", "fails.exe"), "", "fails.exe", "05.00"},
+    {"CommandsAfterAnEmptyOneAreNotLookedAt", Operation::Update,
+     "[Update01]\r\nversion=01.00\r\nServer02=S:\\Lumo\\a.exe\r\n" +
+         section("Update02", "02.00", "b.exe"),
+     "", "b.exe", "02.00"},
+    {"AllHundredSections", Operation::Update,
+     section("Update02", "02.00", "a.exe") + section("Update100", "03.00", "b.exe") +
+         section("Update101", "04.00", "c.exe"),
+     "", "a.exe | b.exe", "03.00"},
+    {"HundredCommandsOfASection", Operation::Update,
+     commands(99, "Server100=S:\\Lumo\\a.exe\r\nServer101=S:\\Lumo\\b.exe\r\n"), "", "a.exe",
+     "02.00"},
+    {"HundredAndFirstCommandIsNotLookedAt", Operation::Update,
+     commands(100, "Server101=S:\\Lumo\\b.exe\r\n"), "", "", ""},
+    {"FolderInThePlaceOfACommandCannotBeStarted", Operation::Update,
+     section("Update01", "01.00", "cartella.exe"), "", "", ""},
+    {"PathWithBlanksRunsQuoted", Operation::Update,
+     "[Update01]\r\nversion=01\r\nServer01=\"%PATHSETUP%\\nuovi file\\a.exe\" -S\r\n", "",
+     "\"S:\\Lumo\\nuovi file\\a.exe\" -S", "01"},
+    {"PlaceholdersAreResolvedWithAnEmptyClientPath", Operation::Update,
+     "[Update01]\r\nversion=01\r\nServer01=%PATHSETUP%/a.exe /w:%PATHWORK% /c:%PATHCLIENT%; "
+     "/t:%INSTALLTYPE%\r\n",
+     "", "a.exe \\w:S:\\Work \\c:; \\t:rete", "01"}};
+
+class UpdateRunOf : public UpdateRun, public testing::WithParamInterface<Run> {};
+
+TEST_P(UpdateRunOf, RunsWhatIsAboveTheVersionAndRaisesIt) {
+  configure(GetParam().configuration);
+  version_ = GetParam().before;
+  EXPECT_TRUE(run(GetParam().operation, Side::Server));
+  EXPECT_EQ(programs(), GetParam().programs);
+  EXPECT_EQ(version_, GetParam().after);
+  EXPECT_FALSE(installation_.serverLockExists());
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, UpdateRunOf, testing::ValuesIn(kRuns), NameOfRow());
+
+TEST_F(UpdateRun, TellsEachCommandThatRanOrDidNot) {
+  configure(section("Update01", "03.10.00.00", "a.exe") +
+            section("Update02", "03.20.30.00", "b.exe -S") + "Server02=%PATHSETUP%\\c.exe\r\n" +
+            section("Update03", "04.00.00.00", "manca.exe"));
   version_ = "03.00.00.00";
   EXPECT_TRUE(updateServer());
   EXPECT_EQ(version_, "03.20.30.00");
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe -S"));
   EXPECT_TRUE(machine().started()[0].waited);
-  EXPECT_THAT(lines(),
-              ElementsAre("Gestione ProdTrelv - Esecuzione comando: \"S:\\Lumo\\a.exe\"",
-                          "Gestione ProdTrelv - esecuzione effettuata: Tipo=Update - "
-                          "Oggetto=Server - Comando=S:\\Lumo\\a.exe",
-                          "Gestione ProdTrelv - Esecuzione comando: \"S:\\Lumo\\b.exe -S\"",
-                          "Gestione ProdTrelv - esecuzione effettuata: Tipo=Update - "
-                          "Oggetto=Server - Comando=S:\\Lumo\\b.exe -S",
-                          "Cancellazione file: S:\\Lumo\\prg\\tempterm\\agdv.lck effettuata con "
-                          "successo"));
+  EXPECT_EQ(
+      program().logText(),
+      R"(Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "S:\Lumo\prg\com\setup\aggdovra"
+Gestione ProdTrelv - Esecuzione comando: "S:\Lumo\a.exe"
+Gestione ProdTrelv - esecuzione effettuata: Tipo=Update - Oggetto=Server - Comando=S:\Lumo\a.exe
+Gestione ProdTrelv - Esecuzione comando: "S:\Lumo\b.exe -S"
+Gestione ProdTrelv - esecuzione effettuata: Tipo=Update - Oggetto=Server - Comando=S:\Lumo\b.exe -S
+Gestione ProdTrelv - Lato Server la versione: 03.20.30.00 è minore o uguale a quella corrente: 03.20.30.00
+Gestione ProdTrelv - Esecuzione comando: "S:\Lumo\manca.exe"
+Gestione ProdTrelv - Esecuzione non effettuata di: S:\Lumo\manca.exe
+Cancellazione file: S:\Lumo\prg\tempterm\agdv.lck effettuata con successo
+)");
+  EXPECT_THAT(program().reportTexts(),
+              ElementsAre("Errore in esecuzione programma: S:\\Lumo\\manca.exe"));
 }
 
 TEST_F(UpdateRun, LeavesSectionsThatAreNotAbove) {
-  configure({{"Update01", "03.20.30.00", {"S:\\Lumo\\a.exe"}, {}},
-             {"Update02", "03.10.00.00", {"S:\\Lumo\\b.exe"}, {}}});
+  configure(section("Update01", "03.20.30.00", "a.exe") +
+            section("Update02", "03.10.00.00", "b.exe") + section("Update03", "", "c.exe"));
   version_ = "03.20.30.00";
   EXPECT_TRUE(updateServer());
   EXPECT_EQ(version_, "03.20.30.00");
-  EXPECT_THAT(started(), IsEmpty());
-  EXPECT_THAT(lines(), ElementsAre("Gestione ProdTrelv - Lato Server la versione: 03.20.30.00 è "
-                                   "minore o uguale a quella corrente: 03.20.30.00",
-                                   "Gestione ProdTrelv - Lato Server la versione: 03.10.00.00 è "
-                                   "minore o uguale a quella corrente: 03.20.30.00"));
+  EXPECT_EQ(programs(), "");
+  EXPECT_THAT(endsOf(told(), "Gestione ProdTrelv - Lato Server la versione: "),
+              ElementsAre("03.20.30.00 è minore o uguale a quella corrente: 03.20.30.00",
+                          "03.10.00.00 è minore o uguale a quella corrente: 03.20.30.00",
+                          " è minore o uguale a quella corrente: 03.20.30.00"));
 }
 
-TEST_F(UpdateRun, ComparesVersionsAsNumbers) {
-  configure({{"Update01", "10.00.00.00", {"S:\\Lumo\\a.exe"}, {}}});
-  version_ = "09.93.00.00";
-  EXPECT_TRUE(updateServer());
-  EXPECT_EQ(version_, "10.00.00.00");
-}
-
-TEST_F(UpdateRun, VersionOfFewerFieldsIsBelow) {
-  configure({{"Update01", "09.93.00.00", {"S:\\Lumo\\a.exe"}, {}}});
-  version_ = "10.00";
-  EXPECT_TRUE(updateServer());
-  EXPECT_EQ(version_, "09.93.00.00");
-}
-
-TEST_F(UpdateRun, WithoutVersionRunsEverySectionThatHasOne) {
-  configure({{"Setup01", "01.00.00.00", {"S:\\Lumo\\a.exe"}, {}},
-             {"Setup02", "", {"S:\\Lumo\\b.exe"}, {}},
-             {"Setup03", "02.00.00.00", {"S:\\Lumo\\c.exe"}, {}}});
-  EXPECT_TRUE(run(Operation::Setup, Side::Server));
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\c.exe"));
-  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Lato Server la versione:  è minore o uguale "
-                                "a quella corrente: 01.00.00.00"));
-}
-
-TEST_F(UpdateRun, SectionWithoutAnyVersionOnAnEmptyOneIsLeft) {
-  configure({{"Setup01", "", {"S:\\Lumo\\a.exe"}, {}}});
-  EXPECT_TRUE(run(Operation::Setup, Side::Server));
-  EXPECT_THAT(started(), IsEmpty());
-  EXPECT_THAT(lines(), ElementsAre("Gestione ProdTrelv - Lato Server la versione:  è minore o "
-                                   "uguale a quella corrente: "));
-}
-
-TEST_F(UpdateRun, TakesTheCommandsOfItsSideAndKindOnly) {
-  configure({{"Setup01", "05.00.00.00", {"S:\\Lumo\\a.exe"}, {"S:\\Lumo\\a.exe"}},
-             {"Update01", "05.00.00.00", {"S:\\Lumo\\b.exe"}, {"S:\\Lumo\\c.exe"}}});
+TEST_F(UpdateRun, TakesTheCommandsOfItsSideOnly) {
+  configure(section("Update01", "05.00.00.00", "b.exe") + "Client01=S:\\Lumo\\c.exe\r\n");
   EXPECT_TRUE(run(Operation::Update, Side::Client));
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\c.exe"));
-  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - esecuzione effettuata: Tipo=Update - "
-                                "Oggetto=Client - Comando=S:\\Lumo\\c.exe"));
-}
-
-TEST_F(UpdateRun, SecondCommandOfASectionIsSkippedOnceTheFirstRan) {
-  configure({{"Update01", "05.00.00.00", {"S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe"}, {}}});
-  EXPECT_TRUE(updateServer());
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe"));
-  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Lato Server la versione: 05.00.00.00 è "
-                                "minore o uguale a quella corrente: 05.00.00.00"));
-}
-
-TEST_F(UpdateRun, SecondCommandOfASectionRunsWhenTheFirstCouldNotBeStarted) {
-  configure({{"Update01", "05.00.00.00", {"S:\\Lumo\\manca.exe", "S:\\Lumo\\b.exe"}, {}}});
-  EXPECT_TRUE(updateServer());
-  EXPECT_EQ(version_, "05.00.00.00");
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\b.exe"));
-  EXPECT_THAT(lines(),
-              Contains("Gestione ProdTrelv - Esecuzione non effettuata di: S:\\Lumo\\manca.exe"));
-}
-
-TEST_F(UpdateRun, CommandThatRanCountsWhateverItsExitCode) {
-  installation_.share().putProgram("S:\\Lumo\\a.exe", [](sim::SimProcess&) { return 5U; });
-  configure({{"Update01", "05.00.00.00", {"S:\\Lumo\\a.exe"}, {}}});
-  EXPECT_TRUE(updateServer());
-  EXPECT_EQ(version_, "05.00.00.00");
-}
-
-TEST_F(UpdateRun, CommandsAfterAnEmptyOneAreNotLookedAt) {
-  installation_.share().put(kConfiguration,
-                            "[Update01]\r\nversion=01.00\r\nServer02=S:\\Lumo\\a.exe\r\n"
-                            "[Update02]\r\nversion=02.00\r\nServer01=S:\\Lumo\\b.exe\r\n");
-  EXPECT_TRUE(updateServer());
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\b.exe"));
-}
-
-TEST_F(UpdateRun, VisitsAllHundredSections) {
-  configure({{"Update02", "02.00", {"S:\\Lumo\\a.exe"}, {}},
-             {"Update100", "03.00", {"S:\\Lumo\\b.exe"}, {}},
-             {"Update101", "04.00", {"S:\\Lumo\\c.exe"}, {}}});
-  EXPECT_TRUE(updateServer());
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe"));
-  EXPECT_EQ(version_, "03.00");
-}
-
-TEST_F(UpdateRun, LooksAtHundredCommandsOfASection) {
-  std::vector<std::string> commands(99, "S:\\Lumo\\manca.exe");
-  commands.push_back("S:\\Lumo\\a.exe");
-  commands.push_back("S:\\Lumo\\b.exe");
-  configure({{"Update01", "02.00", commands, {}}});
-  EXPECT_TRUE(updateServer());
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe"));
-  // The one that ran tells no comparison, and the 101st is not looked at.
-  EXPECT_THAT(lines(), Not(Contains(HasSubstr("minore o uguale"))));
+  EXPECT_EQ(programs(), "c.exe");
+  EXPECT_THAT(told(), Contains("Gestione ProdTrelv - esecuzione effettuata: Tipo=Update - "
+                               "Oggetto=Client - Comando=S:\\Lumo\\c.exe"));
 }
 
 TEST_F(UpdateRun, SeesWhatACommandWroteIntoTheConfiguration) {
-  configure({{"Update01", "01.00", {"S:\\Lumo\\a.exe"}, {}}});
-  installation_.share().putProgram("S:\\Lumo\\a.exe", [this](sim::SimProcess&) {
-    configure({{"Update01", "01.00", {"S:\\Lumo\\a.exe"}, {}},
-               {"Update02", "02.00", {"S:\\Lumo\\b.exe"}, {}}});
+  const std::string first = section("Update01", "01.00", "a.exe");
+  configure(first);
+  share().putProgram("S:\\Lumo\\a.exe", [&](sim::SimProcess&) {
+    configure(first + section("Update02", "02.00", "b.exe"));
     return 0U;
   });
   EXPECT_TRUE(updateServer());
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe"));
+  EXPECT_EQ(programs(), "a.exe | b.exe");
 }
 
 TEST_F(UpdateRun, ProductWithoutConfigurationFileIsNoPartOfTheInstallation) {
-  installation_.share().put(kLock, "other");
+  share().put(kLock, "other");
   EXPECT_TRUE(updateServer());
-  EXPECT_THAT(lines(), ElementsAre("Gestione ProdTrelv - Prodotto non rilevato, file di config non "
-                                   "presente S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio.ini"));
+  share().makeFolders(kConfiguration);
+  EXPECT_TRUE(updateServer());
+  EXPECT_THAT(told(), ElementsAre(lines()[1], lines()[1]));
+  EXPECT_EQ(lines()[1],
+            "Gestione ProdTrelv - Prodotto non rilevato, file di config non presente "
+            "S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio.ini");
   EXPECT_TRUE(installation_.serverLockExists());
 }
 
-TEST_F(UpdateRun, FolderInThePlaceOfTheConfigurationFileIsNone) {
-  installation_.share().makeFolders(kConfiguration);
-  EXPECT_TRUE(updateServer());
-  EXPECT_THAT(lines(), ElementsAre(HasSubstr("file di config non presente")));
-}
-
-// --- Run kinds
-
 TEST_F(UpdateRun, OfKindFourCutsCommandsAtTheirFirstBlank) {
-  configure({{"Setup01", "01.00", {"S:\\Lumo\\a.exe -S -X"}, {}},
-             {"Setup02", "02.00", {"S:\\Lumo\\b.exe"}, {}}});
-  EXPECT_TRUE(run(Operation::Setup, Side::Server, 4));
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe"));
-  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - esecuzione effettuata: Tipo=Setup - "
-                                "Oggetto=Server - Comando=S:\\Lumo\\a.exe"));
+  configure(section("Setup01", "01.00", "a.exe -S -X") + section("Setup02", "02.00", "b.exe"));
+  EXPECT_TRUE(run(Operation::Setup, Side::Server, kProgramOnly));
+  EXPECT_EQ(programs(), "a.exe | b.exe");
+  EXPECT_THAT(told(), Contains("Gestione ProdTrelv - esecuzione effettuata: Tipo=Setup - "
+                               "Oggetto=Server - Comando=S:\\Lumo\\a.exe"));
 }
 
 // --- The lock
 
 TEST_F(UpdateRun, HoldsTheLockWhileACommandRuns) {
-  std::string lock;
-  installation_.share().putProgram("S:\\Lumo\\a.exe", [&](sim::SimProcess&) {
-    lock = installation_.share().text(kLock);
-    return 0U;
-  });
-  configure({{"Update01", "01.00", {"S:\\Lumo\\a.exe"}, {}}});
-  EXPECT_TRUE(updateServer());
-  EXPECT_EQ(lock, "16/11/2026 09:30:00\r\n");
-  EXPECT_FALSE(installation_.serverLockExists());
+  EXPECT_EQ(lockDuring(Side::Server, kLock), "16/11/2026 09:30:00\r\n");
 }
 
 TEST_F(UpdateRun, LockOfMidnightHasNoTime) {
   machine().clock().set({2026, 11, 17, 0, 0, 0});
-  std::string lock;
-  installation_.share().putProgram("S:\\Lumo\\a.exe", [&](sim::SimProcess&) {
-    lock = installation_.share().text(kLock);
-    return 0U;
-  });
-  configure({{"Update01", "01.00", {"S:\\Lumo\\a.exe"}, {}}});
-  EXPECT_TRUE(updateServer());
-  EXPECT_EQ(lock, "17/11/2026\r\n");
-}
-
-TEST_F(UpdateRun, MakesTheFolderOfTheLock) {
-  installation_.share().removeTree("S:\\Lumo\\prg\\tempterm");
-  configure({{"Update01", "01.00", {"S:\\Lumo\\a.exe"}, {}}});
-  EXPECT_TRUE(updateServer());
-  EXPECT_EQ(lines().front(), "Creazione path avvenuta correttamente:S:\\Lumo\\prg\\tempterm");
-  EXPECT_EQ(version_, "01.00");
-}
-
-TEST_F(UpdateRun, WithoutWorkTakesNoLock) {
-  configure({{"Update01", "01.00", {"S:\\Lumo\\a.exe"}, {}}});
-  version_ = "01.00";
-  EXPECT_TRUE(updateServer());
-  EXPECT_EQ(machine().openings("S:\\Lumo\\prg\\tempterm").files(), 0U);
-}
-
-TEST_F(UpdateRun, TakesTheLockOnce) {
-  configure({{"Update01", "01.00", {"S:\\Lumo\\a.exe"}, {}},
-             {"Update02", "02.00", {"S:\\Lumo\\b.exe"}, {}}});
-  EXPECT_TRUE(updateServer());
-  EXPECT_EQ(machine().callLog().countOf("files.write S:\\Lumo\\prg\\tempterm\\agdv.lck"), 1U);
+  EXPECT_EQ(lockDuring(Side::Server, kLock), "17/11/2026\r\n");
 }
 
 TEST_F(UpdateRun, OfTheClientLocksBesideTheClientFolder) {
-  bool locked = false;
-  installation_.share().putProgram("S:\\Lumo\\a.exe", [&](sim::SimProcess&) {
-    locked = machine().fileExists("C:\\Lumo\\Clientagdv.lck");
-    return 0U;
-  });
-  configure({{"Update01", "01.00", {}, {"S:\\Lumo\\a.exe"}}});
-  installation_.share().put(kLock, "other");
-  EXPECT_TRUE(run(Operation::Update, Side::Client));
-  EXPECT_TRUE(locked);
-  EXPECT_FALSE(machine().fileExists("C:\\Lumo\\Clientagdv.lck"));
+  share().put(kLock, "other");
+  EXPECT_NE(lockDuring(Side::Client, kClientLock), "");
   EXPECT_TRUE(installation_.serverLockExists());
 }
 
 TEST_F(UpdateRun, OfTheClientLocksInTheRootForAClientFolderBelowIt) {
   machine().configuration().setConfigPath("C:\\Client");
-  bool locked = false;
-  installation_.share().putProgram("S:\\Lumo\\a.exe", [&](sim::SimProcess&) {
-    locked = machine().fileExists("C:\\Clientagdv.lck");
-    return 0U;
-  });
-  configure({{"Update01", "01.00", {}, {"S:\\Lumo\\a.exe"}}});
-  EXPECT_TRUE(run(Operation::Update, Side::Client));
-  EXPECT_TRUE(locked);
-  EXPECT_THAT(lines(), Not(Contains(HasSubstr("Crea"))));
+  EXPECT_NE(lockDuring(Side::Client, "C:\\Clientagdv.lck"), "");
+  EXPECT_THAT(told(), Each(Not(HasSubstr("Crea"))));
 }
 
-TEST(LockPath, JoinsWithoutBackslashOnTheClientOnly) {
-  Installation installation;
-  Station station(installation);
+TEST_F(UpdateRun, MakesTheFolderOfTheLock) {
+  share().removeTree("S:\\Lumo\\prg\\tempterm");
+  EXPECT_NE(lockDuring(Side::Server, kLock), "");
+  EXPECT_EQ(told().front(), "Creazione path avvenuta correttamente:S:\\Lumo\\prg\\tempterm");
+}
+
+TEST_F(UpdateRun, TakesTheLockOnceAndOnlyForWork) {
+  configure(section("Update01", "01.00", "a.exe") + section("Update02", "02.00", "b.exe"));
+  EXPECT_TRUE(updateServer());
+  EXPECT_EQ(machine().callLog().countOf("files.write S:\\Lumo\\prg\\tempterm\\agdv.lck"), 1U);
+  machine().callLog().clear();
+  EXPECT_TRUE(updateServer());
+  EXPECT_EQ(machine().openings("S:\\Lumo\\prg\\tempterm").files(), 0U);
+}
+
+TEST_F(UpdateRun, LockPathJoinsWithoutBackslashOnTheClientOnly) {
   using modProdTrelvManager::LockPath;
-  EXPECT_EQ(LockPath(station.program(), Side::Server, "\\\\srv\\Lumo"),
+  EXPECT_EQ(LockPath(program(), Side::Server, "\\\\srv\\Lumo"),
             "\\\\srv\\Lumo\\prg\\tempterm\\agdv.lck");
-  EXPECT_EQ(LockPath(station.program(), Side::Client, "S:\\Lumo"), "C:\\Lumo\\Clientagdv.lck");
+  EXPECT_EQ(LockPath(program(), Side::Client, "S:\\Lumo"), "C:\\Lumo\\Clientagdv.lck");
 }
 
-TEST(LockPath, OfAMissingStoreIsTheBareNameAndTheStoreIsReportedOnce) {
-  Installation installation;
-  Station station(installation);
+TEST_F(UpdateRun, LockPathOfAMissingStoreIsTheBareNameAndTheStoreIsReportedOnce) {
   using modProdTrelvManager::LockPath;
-  station.machine().configuration().answerAlways(-4011);
-  EXPECT_EQ(LockPath(station.program(), Side::Client, "S:\\Lumo"), "agdv.lck");
-  EXPECT_EQ(LockPath(station.program(), Side::Client, "S:\\Lumo"), "agdv.lck");
-  EXPECT_EQ(station.program().reports().size(), 1U);
+  machine().configuration().answerAlways(-4011);
+  EXPECT_EQ(LockPath(program(), Side::Client, "S:\\Lumo"), "agdv.lck");
+  EXPECT_EQ(LockPath(program(), Side::Client, "S:\\Lumo"), "agdv.lck");
+  EXPECT_EQ(reports().size(), 1U);
 }
 
 TEST_F(UpdateRun, LockOfAnotherSessionIsLeftAlone) {
-  installation_.share().put(kLock, "01/01/2001 08:00:00\r\n");
-  configure({{"Update01", "01.00", {"%PATHSETUP%\\a.exe"}, {}}});
+  share().put(kLock, "01/01/2001 08:00:00\r\n");
+  configure("[Update01]\r\nversion=01.00\r\nServer01=%PATHSETUP%\\a.exe\r\n");
   EXPECT_FALSE(updateServer());
-  EXPECT_EQ(installation_.share().text(kLock), "01/01/2001 08:00:00\r\n");
-  EXPECT_THAT(started(), IsEmpty());
+  EXPECT_EQ(share().text(kLock), "01/01/2001 08:00:00\r\n");
+  EXPECT_EQ(programs(), "");
   EXPECT_EQ(version_, "");
-  EXPECT_THAT(lines(), ElementsAre("Gestione ProdTrelv - esecuzione non effettuata per presenza "
-                                   "altre sessioni: Tipo=Update - Oggetto=Server - "
-                                   "Comando=%PATHSETUP%\\a.exe"));
-  ASSERT_EQ(machine().boxes().size(), 1U);
-  const sim::SimBox& box = machine().boxes()[0];
-  EXPECT_EQ(box.title, "TrelvManager");
-  EXPECT_EQ(box.icon, machine::BoxIcon::Exclamation);
-  EXPECT_EQ(box.buttons, machine::BoxButtons::Ok);
-  EXPECT_EQ(box.text,
-            "Il sistema ha rilevato la necessità di effettuare un aggiornamento del seguente "
-            "prodotto complementare installato lato: \r\n\r\nServer\r\n\r\noperazione che però non "
-            "può essere avviata per la presenza di una o più precedenti sessioni in corso. "
-            "L'operazione di aggiornamento verrà ritentata alla prossima esecuzione del "
-            "prodotto\r\n\r\nPremere Ok per proseguire");
+  EXPECT_THAT(told(), ElementsAre("Gestione ProdTrelv - esecuzione non effettuata per presenza "
+                                  "altre sessioni: Tipo=Update - Oggetto=Server - "
+                                  "Comando=%PATHSETUP%\\a.exe"));
+  EXPECT_THAT(
+      boxes(),
+      ElementsAre(isBox(
+          BoxIcon::Exclamation,
+          "Il sistema ha rilevato la necessità di effettuare un aggiornamento del seguente "
+          "prodotto complementare installato lato: \r\n\r\nServer\r\n\r\noperazione che però non "
+          "può essere avviata per la presenza di una o più precedenti sessioni in corso. "
+          "L'operazione di aggiornamento verrà ritentata alla prossima esecuzione del "
+          "prodotto\r\n\r\nPremere Ok per proseguire")));
 }
 
 TEST_F(UpdateRun, WithoutWorkFreesTheLockOfAnotherSession) {
-  installation_.share().put(kLock, "other");
-  configure({{"Update01", "01.00", {"S:\\Lumo\\a.exe"}, {}}});
+  share().put(kLock, "other");
+  configure(section("Update01", "01.00", "a.exe"));
   version_ = "01.00";
   EXPECT_TRUE(updateServer());
   EXPECT_FALSE(installation_.serverLockExists());
-  EXPECT_THAT(machine().boxes(), IsEmpty());
+  EXPECT_THAT(boxes(), IsEmpty());
 }
 
-TEST_F(UpdateRun, FolderInThePlaceOfTheLockEndsTheRunBeforeAnyCommand) {
-  installation_.share().makeFolders(kLock);
-  configure({{"Update01", "01.00", {"S:\\Lumo\\a.exe"}, {}}});
+/// Why the lock cannot be taken, and the line that tells it last but for its end.
+struct Obstacle : Row {
+  void (*arrange)(UpdateRun&);
+  /// What stands in the lock's place afterwards.
+  const char* lock;
+  std::string line;
+};
+
+const std::string kRefused = "Gestione ProdTrelv - Comando non eseguito: S:\\Lumo\\a.exe (";
+
+const std::vector<Obstacle> kObstacles{
+    {"FolderInItsPlace", [](UpdateRun& t) { t.share().makeFolders(kLock); }, "folder",
+     kRefused + "Autorizzazione negata: " + kLock + ")"},
+    {"NoRoom", [](UpdateRun& t) { t.share().setCapacity(t.share().usedBytes()); }, "",
+     kRefused + "Disco pieno: " + kLock + ")"},
+    {"AnotherSessionWasFaster",
+     [](UpdateRun& t) {
+       t.machine().onCall("files.write " + std::string(kLock),
+                          [&t] { t.share().put(kLock, "other"); });
+       t.machine().callLog().setInjector(refuse({sim::CallKind::FileWrite}));
+     },
+     "other", kRefused + "Autorizzazione negata: " + kLock + ")"},
+    {"ItsFolderCannotBeMade",
+     [](UpdateRun& t) {
+       t.share().removeTree("S:\\Lumo\\prg\\tempterm");
+       t.share().denyWriting("S:\\Lumo\\prg\\tempterm");
+     },
+     "", kRefused}};
+
+class LockObstacle : public UpdateRun, public testing::WithParamInterface<Obstacle> {};
+
+TEST_P(LockObstacle, EndsTheRunBeforeAnyCommand) {
+  configure(section("Update01", "01.00", "a.exe"));
+  GetParam().arrange(*this);
   EXPECT_FALSE(updateServer());
-  EXPECT_THAT(started(), IsEmpty());
-  EXPECT_TRUE(installation_.share().folderExists(kLock));
-  EXPECT_THAT(lines(), ElementsAre("Gestione ProdTrelv - Comando non eseguito: S:\\Lumo\\a.exe "
-                                   "(Autorizzazione negata: "
-                                   "S:\\Lumo\\prg\\tempterm\\agdv.lck)"));
+  EXPECT_EQ(programs(), "");
+  EXPECT_THAT(told(), Contains(StartsWith(GetParam().line)).Times(1));
+  EXPECT_EQ(share().folderExists(kLock)        ? "folder"
+            : installation_.serverLockExists() ? share().text(kLock)
+                                               : "",
+            GetParam().lock);
 }
 
-TEST_F(UpdateRun, LockThatHasNoRoomLeavesNoEmptyFileBehind) {
-  configure({{"Update01", "01.00", {"S:\\Lumo\\a.exe"}, {}}});
-  installation_.share().setCapacity(installation_.share().usedBytes());
-  EXPECT_FALSE(updateServer());
-  EXPECT_THAT(started(), IsEmpty());
-  EXPECT_FALSE(installation_.serverLockExists());
-  EXPECT_EQ(lines().front(),
-            "Gestione ProdTrelv - Comando non eseguito: S:\\Lumo\\a.exe (Disco pieno: "
-            "S:\\Lumo\\prg\\tempterm\\agdv.lck)");
-}
-
-TEST_F(UpdateRun, LockThatAnotherSessionWasFasterToTakeIsLeftAlone) {
-  configure({{"Update01", "01.00", {"S:\\Lumo\\a.exe"}, {}}});
-  machine().callLog().setInjector([this](const sim::SimCall& call) -> std::optional<SystemCode> {
-    if (call.text.rfind("files.write " + std::string(kLock), 0) != 0) {
-      return std::nullopt;
-    }
-    installation_.share().put(kLock, "other");
-    return system_code::kAccessDenied;
-  });
-  EXPECT_FALSE(updateServer());
-  EXPECT_THAT(started(), IsEmpty());
-  EXPECT_EQ(installation_.share().text(kLock), "other");
-}
-
-TEST_F(UpdateRun, FolderOfTheLockThatCannotBeMadeEndsTheRun) {
-  installation_.share().removeTree("S:\\Lumo\\prg\\tempterm");
-  installation_.share().denyWriting("S:\\Lumo\\prg\\tempterm");
-  configure({{"Update01", "01.00", {"S:\\Lumo\\a.exe"}, {}}});
-  EXPECT_FALSE(updateServer());
-  EXPECT_THAT(started(), IsEmpty());
-  ASSERT_EQ(lines().size(), 2U);
-  EXPECT_EQ(lines()[0],
-            "modLibrary - CreaCartella, errore in creazione cartella: S:\\Lumo\\prg\\tempterm");
-  EXPECT_THAT(lines()[1],
-              HasSubstr("Gestione ProdTrelv - Comando non eseguito: S:\\Lumo\\a.exe ("));
-}
+INSTANTIATE_TEST_SUITE_P(Of, LockObstacle, testing::ValuesIn(kObstacles), NameOfRow());
 
 /// A reporter that raises, which the real one never does: a failure in the middle of a run.
 class RaisingReporter : public FakeErrorReporter {
@@ -466,107 +425,61 @@ class RaisingReporter : public FakeErrorReporter {
 };
 
 TEST_F(UpdateRun, FailureWhileItHoldsTheLockRemovesIt) {
-  configure({{"Update01", "01.00", {"S:\\Lumo\\manca.exe"}, {}}});
+  configure(section("Update01", "01.00", "manca.exe"));
   RaisingReporter errors;
   Program failing{
-      program_.program.machine,   program_.state, program_.log, errors, program_.fileSystem,
-      program_.configurationFiles};
-  EXPECT_FALSE(ProductUpdateRun(failing, 1, "S:\\Lumo", "S:\\Work", "", kConfiguration,
-                                Operation::Update, Side::Server, version_));
+      program().program.machine,   program().state, program().log, errors, program().fileSystem,
+      program().configurationFiles};
+  EXPECT_FALSE(modProdTrelvManager::ProductUpdateRun(failing, kUpdateAll, "S:\\Lumo", "S:\\Work",
+                                                     "", kConfiguration, Operation::Update,
+                                                     Side::Server, version_));
   EXPECT_FALSE(installation_.serverLockExists());
-  EXPECT_THAT(lines(), ElementsAre("Gestione ProdTrelv - Esecuzione comando: "
-                                   "\"S:\\Lumo\\manca.exe\"",
-                                   "Gestione ProdTrelv - Comando non eseguito: "
-                                   "S:\\Lumo\\manca.exe (Memoria insufficiente)",
-                                   "Cancellazione file: S:\\Lumo\\prg\\tempterm\\agdv.lck "
-                                   "effettuata con successo"));
+  EXPECT_THAT(told(), ElementsAre("Gestione ProdTrelv - Esecuzione comando: "
+                                  "\"S:\\Lumo\\manca.exe\"",
+                                  "Gestione ProdTrelv - Comando non eseguito: "
+                                  "S:\\Lumo\\manca.exe (Memoria insufficiente)",
+                                  "Cancellazione file: S:\\Lumo\\prg\\tempterm\\agdv.lck "
+                                  "effettuata con successo"));
 }
 
 TEST_F(UpdateRun, UnknownKindIsAFailureOfTheRun) {
-  installation_.share().put(kLock, "other");
+  share().put(kLock, "other");
   EXPECT_FALSE(run(static_cast<Operation>(9), Side::Server));
-  EXPECT_THAT(lines(), ElementsAre("Gestione ProdTrelv - Comando non eseguito:  ()"));
+  EXPECT_THAT(told(), ElementsAre("Gestione ProdTrelv - Comando non eseguito:  ()"));
   EXPECT_TRUE(installation_.serverLockExists());
 }
 
 // --- The command runner
 
-TEST_F(UpdateRun, ResolvesPlaceholdersWithAnEmptyClientPath) {
-  configure({{"Update01",
-              "01.00",
-              {"%PATHSETUP%/a.exe /w:%PATHWORK% /c:%PATHCLIENT%; /t:%INSTALLTYPE%"},
-              {}}});
-  EXPECT_TRUE(updateServer());
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe \\w:S:\\Work \\c:; \\t:rete"));
-  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Esecuzione comando: \"S:\\Lumo\\a.exe "
-                                "\\w:S:\\Work \\c:; \\t:rete\""));
-  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - esecuzione effettuata: Tipo=Update - "
-                                "Oggetto=Server - Comando=S:\\Lumo\\a.exe \\w:S:\\Work \\c:; "
-                                "\\t:rete"));
-}
-
 TEST_F(UpdateRun, ResolvedTextReplacesTheCallersCommand) {
   std::string command = "%PATHSETUP%\\a.exe";
-  EXPECT_TRUE(RunCommand(program_, command, "S:\\Lumo", "S:\\Work", "C:\\Programs"));
+  EXPECT_TRUE(
+      modProdTrelvManager::RunCommand(program(), command, "S:\\Lumo", "S:\\Work", "C:\\Programs"));
   EXPECT_EQ(command, "S:\\Lumo\\a.exe");
 }
 
 TEST_F(UpdateRun, UserWithoutRightsGetsOneBoxForEachRefusedCommand) {
-  program_.state.startup.administrator = false;
-  configure({{"Update01", "01.00", {"%PATHSETUP%\\a.exe"}, {}},
-             {"Update02", "02.00", {"%PATHSETUP%\\b.exe"}, {}}});
+  program().state.startup.administrator = false;
+  configure("[Update01]\r\nversion=01.00\r\nServer01=%PATHSETUP%\\a.exe\r\n" +
+            section("Update02", "02.00", "b.exe"));
   EXPECT_TRUE(updateServer());
   EXPECT_EQ(version_, "");
-  EXPECT_THAT(started(), IsEmpty());
+  EXPECT_EQ(programs(), "");
   EXPECT_FALSE(installation_.serverLockExists());
-  EXPECT_THAT(lines(),
-              ElementsAre("Gestione ProdTrelv - Esecuzione prodotto complementare fallita, utente "
-                          "non amministratore",
-                          "Gestione ProdTrelv - Esecuzione non effettuata di: S:\\Lumo\\a.exe",
-                          "Gestione ProdTrelv - Esecuzione prodotto complementare fallita, utente "
-                          "non amministratore",
-                          "Gestione ProdTrelv - Esecuzione non effettuata di: S:\\Lumo\\b.exe",
-                          "Cancellazione file: S:\\Lumo\\prg\\tempterm\\agdv.lck effettuata con "
-                          "successo"));
-  ASSERT_EQ(machine().boxes().size(), 2U);
-  EXPECT_EQ(machine().boxes()[0].title, "Errore");
-  EXPECT_EQ(machine().boxes()[0].icon, machine::BoxIcon::Critical);
-  EXPECT_EQ(machine().boxes()[0].text,
+  EXPECT_EQ(
+      joined(told(), "\n"),
+      R"(Gestione ProdTrelv - Esecuzione prodotto complementare fallita, utente non amministratore
+Gestione ProdTrelv - Esecuzione non effettuata di: S:\Lumo\a.exe
+Gestione ProdTrelv - Esecuzione prodotto complementare fallita, utente non amministratore
+Gestione ProdTrelv - Esecuzione non effettuata di: S:\Lumo\b.exe
+Cancellazione file: S:\Lumo\prg\tempterm\agdv.lck effettuata con successo)");
+  const auto refusal =
+      isBox(BoxIcon::Critical,
             "Per il corretto funzionamento il sistema richiede l'aggiornamento di alcuni "
             "componenti.\r\nL'utente corrente non dispone dei privilegi necessari per effettuare "
-            "tale operazione, impossibile proseguire.");
-}
-
-TEST_F(UpdateRun, CommandThatCannotBeStartedIsReportedOnceAndDoesNotRaiseTheVersion) {
-  configure({{"Update01", "01.00", {"S:\\Lumo\\manca.exe"}, {}}});
-  EXPECT_TRUE(updateServer());
-  EXPECT_EQ(version_, "");
-  EXPECT_THAT(program_.reportTexts(),
-              ElementsAre("Errore in esecuzione programma: S:\\Lumo\\manca.exe"));
-  EXPECT_THAT(lines(),
-              ElementsAre("Gestione ProdTrelv - Esecuzione comando: \"S:\\Lumo\\manca.exe\"",
-                          "Gestione ProdTrelv - Esecuzione non effettuata di: "
-                          "S:\\Lumo\\manca.exe",
-                          "Cancellazione file: S:\\Lumo\\prg\\tempterm\\agdv.lck effettuata con "
-                          "successo"));
-}
-
-TEST_F(UpdateRun, FolderInThePlaceOfACommandCannotBeStarted) {
-  installation_.share().makeFolders("S:\\Lumo\\cartella.exe");
-  configure({{"Update01", "01.00", {"S:\\Lumo\\cartella.exe"}, {}}});
-  EXPECT_TRUE(updateServer());
-  EXPECT_EQ(version_, "");
-  EXPECT_EQ(program_.reports().size(), 1U);
-}
-
-TEST_F(UpdateRun, CommandOnAPathWithBlanksRunsQuoted) {
-  installation_.share().putProgram("S:\\Lumo\\nuovi file\\a.exe");
-  installation_.share().put(
-      kConfiguration,
-      "[Update01]\r\nversion=01.00\r\nServer01=\"%PATHSETUP%\\nuovi file\\a.exe\" -S\r\n");
-  EXPECT_TRUE(updateServer());
-  EXPECT_THAT(started(), ElementsAre("\"S:\\Lumo\\nuovi file\\a.exe\" -S"));
-  EXPECT_EQ(machine().started()[0].program, "S:\\Lumo\\nuovi file\\a.exe");
+            "tale operazione, impossibile proseguire.",
+            machine::BoxButtons::Ok, "Errore");
+  EXPECT_THAT(boxes(), ElementsAre(refusal, refusal));
 }
 
 }  // namespace

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <cstdint>
+#include <string>
+
+#include "sim/SimDesktop.h"
+#include "support/FakeProgram.h"
+
+namespace trelv::tests {
+
+/// A message box with this icon and this whole text; its title is the product's name and its only
+/// button Ok unless others are given.
+inline testing::Matcher<const sim::SimBox&> isBox(
+    machine::BoxIcon icon, const std::string& text,
+    machine::BoxButtons buttons = machine::BoxButtons::Ok,
+    const std::string& title = "TrelvManager") {
+  return testing::AllOf(testing::Field("icon", &sim::SimBox::icon, icon),
+                        testing::Field("text", &sim::SimBox::text, text),
+                        testing::Field("buttons", &sim::SimBox::buttons, buttons),
+                        testing::Field("title", &sim::SimBox::title, title));
+}
+
+/// A failure of this number, its description aside.
+inline testing::Matcher<const RuntimeError&> isFailure(std::int32_t number) {
+  return testing::Property("number", &RuntimeError::number, number);
+}
+
+/// The report of a program error of this procedure: its message, the number of its failure.
+inline testing::Matcher<const FakeReport&> isReport(
+    const std::string& procedure, const testing::Matcher<const std::string&>& message,
+    std::int32_t number, const std::string& module = "ModProdTrelvManager") {
+  return testing::AllOf(testing::Field("procedure", &FakeReport::procedure, procedure),
+                        testing::Field("message", &FakeReport::message, message),
+                        testing::Field("failure", &FakeReport::failure, isFailure(number)),
+                        testing::Field("module", &FakeReport::module, module),
+                        testing::Field("kind", &FakeReport::kind, 0));
+}
+
+}  // namespace trelv::tests
