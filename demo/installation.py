@@ -10,6 +10,7 @@ What lies where, as Windows sees it:
     prg\\etc\\agdvver.ini, dvrel, ambver       version record, release, environment of the host
     prg\\tempterm                             update locks
     prg\\com\\dovra\\plugin                    marks the host as Dovra
+    prg\\applidir                             marks the folder as a host's
     mv\\PRODUCT                               the programs, put there by the set-ups
   C:\\Lumo\\Client                            the workstation: configuration store, version record
   C:\\Lumo\\Consegna                          a delivery: a newer TrelvManager.exe with a pack
@@ -186,7 +187,7 @@ class Installation:
 
     def lay_out(self, products=PRODUCTS, release="11.00.00", dovra=True):
         """The state before the first start: nothing is installed, nothing recorded."""
-        for folder in ("prg/etc", "prg/tempterm", "prg/com/bin/cpy/client", "mv"):
+        for folder in ("prg/etc", "prg/tempterm", "prg/com/bin/cpy/client", "prg/applidir", "mv"):
             (self.server / folder).mkdir(parents=True, exist_ok=True)
         if dovra:
             (self.server / "prg/com/dovra/plugin").mkdir(parents=True, exist_ok=True)

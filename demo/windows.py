@@ -46,14 +46,15 @@ class Build:
         return {} if done.returncode else {name: folder / name for name in ("7z.exe", "7z.dll")}
 
     def put_release(self, folder):
-        """Puts what is shipped into a folder, with its dates; the manager and what it opens packs
-        with where the build has no release."""
+        """Puts what is shipped into a folder, with its dates; the manager, what it opens packs with
+        and the pictures of its forms where the build has no release."""
         if self.release.name == "release":
             shutil.copytree(self.release, folder, dirs_exist_ok=True)
             return
         folder.mkdir(parents=True, exist_ok=True)
         for file in (*self.release.glob("*.exe"), *self.seven_zip.values()):
             shutil.copy2(file, folder)
+        shutil.copytree(PROJECT / "images", folder / "images", dirs_exist_ok=True)
 
     @property
     def driver(self):
