@@ -21,20 +21,20 @@ enum class RunMode : std::int32_t {
 };
 
 /// Each product owns ten numbers: the first is its own, those behind it are its programs' (Nerio is
-/// 10, its two programs 11 and 12).
-namespace product {
-constexpr std::int16_t kUndefined = 0;
-constexpr std::int16_t kNerio = 10;
-constexpr std::int16_t kLuda = 20;
-constexpr std::int16_t kZeltobilancio = 30;
-constexpr std::int16_t kTarsena2 = 40;
-constexpr std::int16_t kZeltomodelli = 50;
-constexpr std::int16_t kKxk = 60;
-constexpr std::int16_t kRr = 70;
-}  // namespace product
+/// 10, its two programs 11 and 12). A program number may lead to other tens than these.
+enum class Product : std::int16_t {
+  Undefined = 0,
+  Nerio = 10,
+  Luda = 20,
+  Zeltobilancio = 30,
+  Tarsena2 = 40,
+  Zeltomodelli = 50,
+  Kxk = 60,
+  Rr = 70,
+  Veltra = 80
+};
 
-/// Values of the plugin product number: the host is Dovra, or it is not.
-constexpr std::int32_t kPluginDovra = 14;
-constexpr std::int32_t kPluginNone = 999;
+/// Plugin product number: the host is Dovra, or it is not; nothing before a start asked.
+enum class PluginProduct : std::int32_t { Unasked = 0, Dovra = 14, None = 999 };
 
 }  // namespace trelv

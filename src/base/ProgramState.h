@@ -35,8 +35,7 @@ struct StartupFacts {
   /// Product identifier and pack file name of a single installation.
   std::string productToInstall;
   std::string packFileName;
-  /// kPluginDovra or kPluginNone.
-  std::int32_t pluginProductNumber = 0;
+  PluginProduct pluginProduct = PluginProduct::Unasked;
   /// Host integration folder of a single installation.
   std::string hostIntegrationFolder;
 };
@@ -85,8 +84,8 @@ struct PlatformProbes {
 
 /// What the last presence check found out about one product; each check overwrites it whole.
 struct ProductInformation {
-  /// One of the product codes; 0 before the first check.
-  std::int32_t productCode = 0;
+  /// Undefined before the first check.
+  Product productCode = Product::Undefined;
   std::string productName;
   /// Versions found, empty when none.
   std::string serverVersion;

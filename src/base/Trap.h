@@ -29,25 +29,15 @@ auto trap(Body&& body, Handler&& handler) -> decltype(body()) {
   return std::forward<Handler>(handler)(failure);
 }
 
-/// The usual trap of a procedure: a failure in `body` is reported as a program error of
-/// `module`.`procedure` with the text `message`, and the procedure answers `onFailure`.
-template <class Result, class Body>
-Result reportingTrap(ErrorReporter& errors, const char* module, const char* procedure,
-                     const std::string& message, Result onFailure, Body&& body) {
-  return trap(std::forward<Body>(body), [&](const RuntimeError& failure) -> Result {
-    errors.VisualizzaErrore(module, procedure, message, report_kind::kProgramError, failure);
-    return onFailure;
-  });
-}
-
-/// The same, and the failure leaves its line in the run log too: `message` with the failure's
-/// description behind it. The report comes first, so that it still shows the line before the
-/// failure as its trace.
+/// The usual trap of a procedure, told before its body what to do: a failure is reported as a
+/// program error of `module`.`procedure` with the text `message`, leaves its line in the run log,
+/// `message` with the failure's description behind it, and the procedure answers `onFailure`. The
+/// report comes first, so that it still shows the line before the failure as its trace.
 template <class Result, class Body>
 Result loggedTrap(RunLog& log, ErrorReporter& errors, const char* module, const char* procedure,
                   const std::string& message, Result onFailure, Body&& body) {
   return trap(std::forward<Body>(body), [&](const RuntimeError& failure) -> Result {
-    errors.VisualizzaErrore(module, procedure, message, report_kind::kProgramError, failure);
+    errors.VisualizzaErrore(module, procedure, message, ReportKind::ProgramError, failure);
     log.WriteLog("Gestione ProdTrelv - " + message + failure.description());
     return onFailure;
   });
@@ -56,7 +46,7 @@ Result loggedTrap(RunLog& log, ErrorReporter& errors, const char* module, const 
 /// "Goes on with the next statement": runs one `step`; a failure is handed to
 /// `onFailure(const RuntimeError&)` and the caller continues after this call.
 template <class Step, class Handler>
-void resumeNext(Handler&& onFailure, Step&& step) {
+void resumeNext(Step&& step, Handler&& onFailure) {
   trap([&]() -> void { std::forward<Step>(step)(); },
        [&](const RuntimeError& failure) -> void { std::forward<Handler>(onFailure)(failure); });
 }

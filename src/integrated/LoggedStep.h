@@ -11,12 +11,10 @@ namespace trelv::modProdTrelvManager {
 /// line and the caller goes on with the statement after this call.
 template <class Step>
 void orGoOn(Program& program, Step&& step) {
-  resumeNext(
-      [&program](const RuntimeError& failure) -> void {
-        program.log.WriteLog("Gestione ProdTrelv - Errore in GestioneProdottiComplementari (" +
-                             failure.description() + ")");
-      },
-      std::forward<Step>(step));
+  resumeNext(std::forward<Step>(step), [&program](const RuntimeError& failure) -> void {
+    program.log.WriteLog("Gestione ProdTrelv - Errore in GestioneProdottiComplementari (" +
+                         failure.description() + ")");
+  });
 }
 
 /// The same for a test: one that fails counts as false.

@@ -18,13 +18,13 @@ constexpr const char* kProgramsKey = "SOFTWARE\\LUMO\\Programmi";
 
 /// What differs between Zeltobilancio and Tarsena2.
 struct ServerPreparation {
-  std::int16_t versionOf;
+  Product versionOf;
   const char* startLine;
   const char* iniLine;
 };
 
 struct ClientPreparation {
-  std::int16_t versionOf;
+  Product versionOf;
   const char* startLine;
   /// How the lines of single steps begin.
   const char* stepLine;
@@ -34,7 +34,7 @@ struct ClientPreparation {
 
 const char* truthWord(bool value) { return value ? "True" : "False"; }
 
-bool isRecorded(Program& program, std::int16_t product, const std::string& record) {
+bool isRecorded(Program& program, Product product, const std::string& record) {
   return holdsOrGoOn(program, [&]() -> bool {
     const std::string id = modProdTrelvLibrary::ConvertNumberToProduct(product);
     return !modLibrary::ReadSetting(program, id, "version", record).empty();
@@ -108,7 +108,7 @@ void prepareClient(Program& program, const std::string& serverPath, const std::s
   program.log.WriteLog(preparation.startLine);
   pointToServer(program, serverPath, stepLine + "WritePrivateProfileString Byte scritti = ");
   registerLocalPath(program, programsPath, stepLine);
-  if (program.state.startup.pluginProductNumber != kPluginDovra) {
+  if (program.state.startup.pluginProduct != PluginProduct::Dovra) {
     writeWindowsFiles(program, preparation);
   }
 }
@@ -130,7 +130,7 @@ void deregisterOldNerio(Program& program) {
 
 /// `record`: that of the side.
 void PreparaInstNerio(Program& program, const std::string& serverPath, const std::string& record) {
-  if (isRecorded(program, product::kNerio, record)) {
+  if (isRecorded(program, Product::Nerio, record)) {
     return;
   }
   program.log.WriteLog("Gestione ProdTrelv - Preparazione installazione server/client Nerio");
@@ -142,14 +142,14 @@ void PreparaInstNerio(Program& program, const std::string& serverPath, const std
 void PreparaInstSrvTarsena2(Program& program, const std::string& serverPath) {
   prepareServer(
       program, serverPath,
-      {product::kTarsena2, "Gestione ProdTrelv - Preparazione installazione server Tarsena2",
+      {Product::Tarsena2, "Gestione ProdTrelv - Preparazione installazione server Tarsena2",
        "Gestione ProdTrelv - PreparaInstSrvTarsena2 WritePrivateProfileString Byte "
        "scritti = "});
 }
 
 void PreparaInstSrvBilancio(Program& program, const std::string& serverPath) {
   prepareServer(program, serverPath,
-                {product::kZeltobilancio,
+                {Product::Zeltobilancio,
                  "Gestione ProdTrelv - Preparazione installazione server Zeltobilancio",
                  "Gestione ProdTrelv - PreparaInstSrvBilancio WritePrivateProfileString Byte "
                  "scritti = "});
@@ -160,7 +160,7 @@ void PreparaInstClientTarsena2(Program& program, const std::string& serverPath,
   // Kept: asks for Zeltobilancio's version, not its own. Where Zeltobilancio is recorded on the
   // client its preparation has already done all this but the ini files of Tarsena2.
   prepareClient(program, serverPath, programsPath,
-                {product::kZeltobilancio,
+                {Product::Zeltobilancio,
                  "Gestione ProdTrelv - Preparazione installazione client Tarsena2",
                  "Gestione ProdTrelv - PreparaInstClientTarsena2 ",
                  "Aggiornamento ini della windir caso installazione Tarsena Client",
@@ -171,7 +171,7 @@ void PreparaInstClientBilancio(Program& program, const std::string& serverPath,
                                const std::string& programsPath) {
   prepareClient(
       program, serverPath, programsPath,
-      {product::kZeltobilancio,
+      {Product::Zeltobilancio,
        "Gestione ProdTrelv - Preparazione installazione client Zeltobilancio",
        "Gestione ProdTrelv - PreparaInstClientBilancio ",
        "Aggiornamento ini della windir caso installazione Bilancio Client",

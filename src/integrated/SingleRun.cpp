@@ -15,7 +15,7 @@ namespace {
 
 /// The requested program, as codes and catalogue tell it.
 struct Request {
-  std::int16_t productNumber = product::kUndefined;
+  Product productNumber = Product::Undefined;
   std::string productId;
   std::string displayName;
   /// Path of the program, placeholders resolved; empty when the product has none of this name.
@@ -77,21 +77,21 @@ void setVariables(Program& program, std::initializer_list<const char*> names, co
 }
 
 /// Through these variables a product learns that it runs hosted.
-void setProductVariables(Program& program, std::int16_t productNumber) {
+void setProductVariables(Program& program, Product productNumber) {
   switch (productNumber) {
-    case product::kTarsena2:
+    case Product::Tarsena2:
       setVariables(program,
                    {"MVQ2_HostedByLumo", "MVQ2_Valutazione", "MVQ2_Rating", "MVQ2_Analisi"}, "Yes",
                    "Gestione ProdTrelv - Errore in settaggio variabili di ambiente Tarsena2");
       break;
-    case product::kZeltobilancio:
+    case Product::Zeltobilancio:
       setVariables(program,
                    {"MVBil_HostedByLumo", "MVBil_Bilancio", "MVBil_Consolidato", "MVBil_ICAD",
                     "MVBil_BIL-COOSOC", "MVBil_BIL-ENTFIN", "MVBil_BIL-IASCON", "MVBil_BIL-IASIFR"},
                    "Yes",
                    "Gestione ProdTrelv - Errore in settaggio variabili di ambiente Bilancio");
       break;
-    case product::kLuda:
+    case Product::Luda:
       setVariables(program, {"LUDAIntermed", "LUDAProf", "LUDAIndFin", "LUDAComRap"}, "1",
                    "Gestione ProdTrelv - Errore in settaggio variabili di ambiente LUDA");
       break;
@@ -103,7 +103,7 @@ void setProductVariables(Program& program, std::int16_t productNumber) {
 void reportFailure(Program& program, const RuntimeError& failure) {
   const std::string text = "Esecuzione comando fallita: " + failure.description();
   program.errors.VisualizzaErrore("ModProdTrelvManager", "RunSingleProdottoComplementare", text,
-                                  report_kind::kProgramError, failure);
+                                  ReportKind::ProgramError, failure);
   program.log.WriteLog("Gestione ProdTrelv - " + text);
 }
 

@@ -1,7 +1,6 @@
 #include "integrated/StandaloneDetection.h"
 
 #include <array>
-#include <cstdint>
 
 #include "base/Codes.h"
 #include "base/Text.h"
@@ -12,15 +11,15 @@ namespace trelv::modProdTrelvManager {
 namespace {
 
 struct Named {
-  std::int32_t code;
+  Product code;
   const char* name;
 };
 
 /// In the order in which they are asked for and listed.
 constexpr std::array kProducts{
-    Named{product::kNerio, "Nerio Standalone"}, Named{product::kTarsena2, "Tarsena2 Standalone"},
-    Named{product::kZeltobilancio, "Bilancio Standalone"}, Named{product::kLuda, "Luda Standalone"},
-    Named{product::kZeltomodelli, "Zeltomodelli Standalone"}};
+    Named{Product::Nerio, "Nerio Standalone"}, Named{Product::Tarsena2, "Tarsena2 Standalone"},
+    Named{Product::Zeltobilancio, "Bilancio Standalone"}, Named{Product::Luda, "Luda Standalone"},
+    Named{Product::Zeltomodelli, "Zeltomodelli Standalone"}};
 
 }  // namespace
 
@@ -36,8 +35,7 @@ bool EsisteProdottoComplementareStandalone(Program& program, const std::string& 
   }
   list.clear();
   for (const Named& product : kProducts) {
-    std::int32_t code = product.code;
-    if (modProdTrelvInfo::VerifyInstallationMode(program, code)) {
+    if (modProdTrelvInfo::VerifyInstallationMode(program, product.code)) {
       list += std::string(product.name) + kCrLf;
     }
   }

@@ -104,7 +104,7 @@ void makeWhole(Program& program, const std::string& target, Existing existing, M
     }
   } catch (const RuntimeError&) {
     // What failed first is told; what is left is discarded by the next start.
-    resumeNext([](const RuntimeError&) -> void {}, discard);
+    resumeNext(discard, [](const RuntimeError&) -> void {});
     throw;
   }
   program.configurationFiles.forget(target);

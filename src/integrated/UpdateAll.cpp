@@ -56,7 +56,7 @@ void refuse(Program& program, const std::string& text) {
                                      machine::BoxButtons::Ok);
 }
 
-bool refuseUnwritableRecord(Program& program) {
+void refuseUnwritableRecord(Program& program) {
   std::string path;
   orGoOn(program, [&]() -> void { modConfig::GetConfigPath(program, path); });
   refuse(program,
@@ -66,10 +66,9 @@ bool refuseUnwritableRecord(Program& program) {
              "\"\r\nLa procedura di integrazione pertanto non può essere completata\r\n\r\n"
              "Premere Ok per interrompere");
   program.log.WriteLog("Gestione ProdTrelv - Impossibile aggiornare IntegrazioneSuMacchina");
-  return false;
 }
 
-bool refuseOtherServer(Program& program, const std::string& recorded,
+void refuseOtherServer(Program& program, const std::string& recorded,
                        const std::string& serverPath) {
   refuse(program,
          "Sull'installazione corrente è stata rilevata l'integrazione con i prodotti complementari "
@@ -79,16 +78,27 @@ bool refuseOtherServer(Program& program, const std::string& recorded,
              "Premere Ok per interrompere");
   program.log.WriteLog(
       "Gestione ProdTrelv - Integrazione disponibile ma su altro server - Impossibile proseguire");
-  return false;
 }
 
-bool integrationAllows(Program& program, const std::string& serverPath) {
+Procedure integrate(Program& program, const std::string& serverPath) {
+  if (modMain::WriteIntegrationConfig(program, serverPath)) {
+    return Procedure::GoesOn;
+  }
+  refuseUnwritableRecord(program);
+  return Procedure::Stops;
+}
+
+Procedure checkIntegration(Program& program, const std::string& serverPath) {
   std::string recorded;
   if (!modMain::VerifyConfig(program, recorded)) {
-    return modMain::WriteIntegrationConfig(program, serverPath) || refuseUnwritableRecord(program);
+    return integrate(program, serverPath);
   }
   // Kept: compared as texts, so a trailing backslash or another name of the same share is refused.
-  return equalNoCase(recorded, serverPath) || refuseOtherServer(program, recorded, serverPath);
+  if (equalNoCase(recorded, serverPath)) {
+    return Procedure::GoesOn;
+  }
+  refuseOtherServer(program, recorded, serverPath);
+  return Procedure::Stops;
 }
 
 bool blockingSuiteIsThere(Program& program) {
@@ -131,7 +141,7 @@ void prepareAndRepair(Program& program, const Inputs& inputs) {
 
 void correctForDovra(Program& program, const Inputs& inputs, const HostFiles& files) {
   program.log.WriteLog("Gestione ProdTrelv - Gestione specifica per Dovra pre 11.0 (UNDICIZERO)");
-  if (program.state.startup.pluginProductNumber == kPluginDovra) {
+  if (program.state.startup.pluginProduct == PluginProduct::Dovra) {
     CorrectDovraBefore11(program, inputs.serverPath, files.serverRecord, files.clientRecord);
   }
 }
@@ -164,46 +174,45 @@ void recordVersion(Program& program, const SideOfProduct& product, const std::st
   }
 }
 
-/// False: the whole procedure stops.
-bool updateSide(Program& program, const Inputs& inputs, const SideOfProduct& product,
-                const std::string& recorded) {
+Procedure updateSide(Program& program, const Inputs& inputs, const SideOfProduct& product,
+                     const std::string& recorded) {
   const Operation operation = recorded.empty() ? Operation::Setup : Operation::Update;
   std::string version = recorded;
-  if (!ProductUpdateRun(program, run_kind::kUpdateAll, inputs.serverPath, inputs.integrationPath,
-                        inputs.programsPath, product.configuration, operation, product.side,
-                        version)) {
-    return false;
+  if (ProductUpdateRun(program, RunKind::UpdateAll, inputs.serverPath, inputs.integrationPath,
+                       inputs.programsPath, product.configuration, operation, product.side,
+                       version) == Procedure::Stops) {
+    return Procedure::Stops;
   }
   orGoOn(program, [&]() -> void { recordVersion(program, product, recorded, version); });
-  return true;
+  return Procedure::GoesOn;
 }
 
-/// False: the whole procedure stops.
-bool updateProduct(Program& program, const Inputs& inputs, const HostFiles& files,
-                   const std::string& conf, const std::string& id) {
+Procedure updateProduct(Program& program, const Inputs& inputs, const HostFiles& files,
+                        const std::string& conf, const std::string& id) {
   const std::string configuration = hostPaths::productConfiguration(inputs.serverPath, conf);
   const std::string serverVersion = settingOf(program, id, "version", files.serverRecord);
   const std::string clientVersion = settingOf(program, id, "version", files.clientRecord);
-  return updateSide(program, inputs, {Side::Server, id, configuration, files.serverRecord},
-                    serverVersion) &&
-         updateSide(program, inputs, {Side::Client, id, configuration, files.clientRecord},
+  if (updateSide(program, inputs, {Side::Server, id, configuration, files.serverRecord},
+                 serverVersion) == Procedure::Stops) {
+    return Procedure::Stops;
+  }
+  return updateSide(program, inputs, {Side::Client, id, configuration, files.clientRecord},
                     clientVersion);
 }
 
-/// False: the whole procedure stops.
-bool updateEveryProduct(Program& program, const Inputs& inputs, const HostFiles& files) {
+Procedure updateEveryProduct(Program& program, const Inputs& inputs, const HostFiles& files) {
   for (int index = 1; index <= kMostProducts; ++index) {
     const std::string section = modProdTrelvLibrary::CatalogueSection(index);
     const std::string conf = settingOf(program, section, "conf", files.catalogue);
     if (conf.empty()) {
-      return true;
+      return Procedure::GoesOn;
     }
     const std::string id = settingOf(program, section, "id", files.catalogue);
-    if (!updateProduct(program, inputs, files, conf, id)) {
-      return false;
+    if (updateProduct(program, inputs, files, conf, id) == Procedure::Stops) {
+      return Procedure::Stops;
     }
   }
-  return true;
+  return Procedure::GoesOn;
 }
 
 }  // namespace
@@ -223,7 +232,9 @@ void UpdateAllProdottiComplementari(Program& program, const std::string& serverP
   HostFiles files{hostPaths::catalogue(serverPath), hostPaths::serverVersionRecord(serverPath), ""};
   orGoOn(program, [&]() -> void { files.clientRecord = hostPaths::clientVersionRecord(program); });
   program.log.WriteLog("Gestione ProdTrelv - Inizio procedura");
-  if (!holdsOrGoOn(program, [&]() -> bool { return integrationAllows(program, serverPath); })) {
+  Procedure procedure = Procedure::Stops;
+  orGoOn(program, [&]() -> void { procedure = checkIntegration(program, serverPath); });
+  if (procedure == Procedure::Stops) {
     return;
   }
   if (blockingSuiteIsThere(program) || standaloneProductIsThere(program, serverPath)) {
@@ -231,7 +242,7 @@ void UpdateAllProdottiComplementari(Program& program, const std::string& serverP
   }
   prepareAndRepair(program, inputs);
   orGoOn(program, [&]() -> void { correctForDovra(program, inputs, files); });
-  if (!updateEveryProduct(program, inputs, files)) {
+  if (updateEveryProduct(program, inputs, files) == Procedure::Stops) {
     return;
   }
   program.log.WriteLog("Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari");

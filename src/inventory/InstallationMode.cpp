@@ -80,9 +80,8 @@ void tellOtherMode(Program& program, const std::string& name) {
   }
 }
 
-bool isStandalone(Program& program, std::int32_t productCode) {
-  const std::string name =
-      modProdTrelvLibrary::ConvertNumberToProduct(static_cast<std::int16_t>(productCode));
+bool isStandalone(Program& program, Product productCode) {
+  const std::string name = modProdTrelvLibrary::ConvertNumberToProduct(productCode);
   program.log.WriteLog("Gestione ProdTrelv - Verifica modalità installazione " + name);
   CheckProduct(program, productCode);
   if (clientIsThere(program, name) || serverIsThisMachine(program, name)) {
@@ -95,7 +94,7 @@ bool isStandalone(Program& program, std::int32_t productCode) {
 
 }  // namespace
 
-bool VerifyInstallationMode(Program& program, std::int32_t& productCode) {
+bool VerifyInstallationMode(Program& program, Product productCode) {
   return trap(
       [&]() -> bool { return isStandalone(program, productCode); },
       [&](const RuntimeError& failure) -> bool {

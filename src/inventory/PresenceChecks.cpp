@@ -31,7 +31,7 @@ void reportBanner(Program& program, const std::string& word) {
 }
 
 /// A record as every check starts it: not found.
-ProductInformation notFound(std::int16_t code, Side side) {
+ProductInformation notFound(Product code, Side side) {
   ProductInformation record;
   record.productCode = code;
   record.productName = modProdTrelvLibrary::ConvertNumberToProduct(code);
@@ -70,7 +70,7 @@ std::string versionOfRegisteredNerio(Program& program, const std::string& folder
 
 ProductInformation checkNerio(Program& program) {
   reportBanner(program, "NERIO");
-  ProductInformation record = notFound(product::kNerio, Side::Server);
+  ProductInformation record = notFound(Product::Nerio, Side::Server);
   record.clientFolder = modLibrary::ReadSetting(program, "Pathnames", "Homedir", kNerioIni);
   record.clientVersion = modLibrary::ReadSetting(program, "NERIO", "Versione", kNerioIni);
   if (record.clientVersion.empty()) {
@@ -94,7 +94,7 @@ ProductInformation checkNerio(Program& program) {
 
 ProductInformation checkLuda(Program& program) {
   reportBanner(program, "LUDA");
-  ProductInformation record = notFound(product::kLuda, Side::Server);
+  ProductInformation record = notFound(Product::Luda, Side::Server);
   const std::string folder = modLibrary::ReadSetting(program, "PathNames", "HomeDir", kLudaIni);
   std::string version = modLibrary::FileVersionText(program, folder + "\\luda2003.exe", true);
   if (version.empty()) {
@@ -118,7 +118,7 @@ ProductInformation checkLuda(Program& program) {
 /// Where the two differ. Kept: the report's lines differ in a blank and a capital, support staff
 /// know each by its own.
 struct Twin {
-  std::int16_t code;
+  Product code;
   const char* word;
   /// Below the root of an installation.
   const char* ini;
@@ -128,11 +128,11 @@ struct Twin {
   const char* serverIniMissing;
 };
 
-constexpr Twin kBilancio{product::kZeltobilancio,       "BILANCIO",
+constexpr Twin kBilancio{Product::Zeltobilancio,        "BILANCIO",
                          "\\mv\\bilancio\\mvanbil.ini", "\\mv\\bilancio",
                          "Lettura ini Server :",        "Ini server PRESENTE",
                          "Ini server ASSENTE"};
-constexpr Twin kTarsena2{product::kTarsena2,     "Q2",
+constexpr Twin kTarsena2{Product::Tarsena2,      "Q2",
                          "\\mv\\q2\\mvq2.ini",   "\\mv\\q2",
                          "Lettura ini Server: ", "Ini Server PRESENTE",
                          "Ini Server ASSENTE"};
@@ -239,14 +239,14 @@ void readModelsVersion(Program& program, ProductInformation& record) {
   }
   // A version file that cannot be read must not hide the folder that was found.
   resumeNext(
-      [&program](const RuntimeError& failure) -> void {
-        program.log.WriteLog("Gestione ProdTrelv - Errore in lettura file: " +
-                             failure.description());
-      },
       [&]() -> void {
         record.serverVersion = firstLine(program, file);
         record.side = Side::Server;
         record.kind = Operation::Update;
+      },
+      [&program](const RuntimeError& failure) -> void {
+        program.log.WriteLog("Gestione ProdTrelv - Errore in lettura file: " +
+                             failure.description());
       });
 }
 
@@ -261,7 +261,7 @@ void checkModelsFolder(Program& program, ProductInformation& record) {
 }
 
 ProductInformation checkZeltomodelli(Program& program) {
-  ProductInformation record = notFound(product::kZeltomodelli, Side::None);
+  ProductInformation record = notFound(Product::Zeltomodelli, Side::None);
   std::string integration;
   // Kept: on an integrated machine the report has neither banner nor registry lines.
   if (modMain::VerifyConfig(program, integration) || modelsAreRegistered(program)) {
@@ -276,7 +276,7 @@ ProductInformation checkZeltomodelli(Program& program) {
 }
 
 /// Products that nobody looks for.
-ProductInformation unchecked(std::int16_t code) {
+ProductInformation unchecked(Product code) {
   ProductInformation record;
   record.productCode = code;
   record.kind = Operation::Setup;
@@ -285,27 +285,27 @@ ProductInformation unchecked(std::int16_t code) {
 
 }  // namespace
 
-void CheckProduct(Program& program, std::int32_t productCode) {
+void CheckProduct(Program& program, Product productCode) {
   ProductInformation& record = program.state.inventory.product;
   switch (productCode) {
-    case product::kNerio:
+    case Product::Nerio:
       record = checkNerio(program);
       break;
-    case product::kLuda:
+    case Product::Luda:
       record = checkLuda(program);
       break;
-    case product::kZeltobilancio:
+    case Product::Zeltobilancio:
       record = checkTwin(program, kBilancio);
       break;
-    case product::kTarsena2:
+    case Product::Tarsena2:
       record = checkTwin(program, kTarsena2);
       break;
-    case product::kZeltomodelli:
+    case Product::Zeltomodelli:
       record = checkZeltomodelli(program);
       break;
-    case product::kKxk:
-    case product::kRr:
-      record = unchecked(static_cast<std::int16_t>(productCode));
+    case Product::Kxk:
+    case Product::Rr:
+      record = unchecked(productCode);
       break;
     default:
       break;

@@ -13,12 +13,10 @@ constexpr const char* kFileName = "ProdInfo.txt";
 /// One step on the report, whose failure is told in one log line.
 template <class Step>
 void orTell(Program& program, Step&& step) {
-  resumeNext(
-      [&program](const RuntimeError& failure) -> void {
-        program.log.WriteLog("Gestione ProdTrelv - Errore in scrittura file informazioni: " +
-                             failure.description());
-      },
-      std::forward<Step>(step));
+  resumeNext(std::forward<Step>(step), [&program](const RuntimeError& failure) -> void {
+    program.log.WriteLog("Gestione ProdTrelv - Errore in scrittura file informazioni: " +
+                         failure.description());
+  });
 }
 
 void require(SystemCode code, const std::string& path) {

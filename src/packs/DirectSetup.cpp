@@ -18,7 +18,7 @@ namespace {
 void runSide(Program& program, const std::string& rootFolder, const std::string& configuration,
              Operation kind, Side side) {
   std::string version;
-  ProductUpdateRun(program, run_kind::kProgramOnly, rootFolder, rootFolder,
+  ProductUpdateRun(program, RunKind::ProgramOnly, rootFolder, rootFolder,
                    program.state.startup.programsPath, configuration, kind, side, version);
 }
 
@@ -26,10 +26,10 @@ void setUp(Program& program, const std::string& rootFolder, const std::string& c
            const std::string& identifier) {
   // Kept: the catalogue's spelling is converted, not the selected one, and codes are upper case: an
   // identifier that a catalogue spells otherwise ends the walk. Catalogues are delivered so.
-  const std::int16_t code = modProdTrelvLibrary::ConvertProductToNumber(identifier);
+  const Product code = modProdTrelvLibrary::ConvertProductToNumber(identifier);
   modProdTrelvInfo::CheckProduct(program, code);
   // A product without a check leaves the record as the check of another product filled it.
-  if (code == product::kUndefined || program.state.inventory.product.productCode != code) {
+  if (code == Product::Undefined || program.state.inventory.product.productCode != code) {
     program.log.WriteLog("Gestione ProdTrelv - Prodotto senza verifica di presenza: " + identifier);
     return;
   }

@@ -29,17 +29,16 @@ struct Paths {
 /// One run: one product, one side.
 class ProductUpdate {
  public:
-  ProductUpdate(Program& program, std::int32_t runKind, const Paths& paths,
-                std::string& currentVersion)
+  ProductUpdate(Program& program, RunKind runKind, const Paths& paths, std::string& currentVersion)
       : program_(program), runKind_(runKind), paths_(paths), currentVersion_(currentVersion) {}
 
-  bool run(Operation operation, Side side);
+  Procedure run(Operation operation, Side side);
   /// The run's trap: tells the failure and gives the run's answer.
-  bool ended(const RuntimeError& failure);
+  Procedure ended(const RuntimeError& failure);
 
  private:
-  bool runSection(const std::string& section);
-  bool update(const std::string& sectionVersion);
+  Procedure runSection(const std::string& section);
+  Procedure update(const std::string& sectionVersion);
   bool takeLock();
   void writeLock();
   void releaseLock();
@@ -47,7 +46,7 @@ class ProductUpdate {
   std::string kindSideAndCommand() const;
 
   Program& program_;
-  const std::int32_t runKind_;
+  const RunKind runKind_;
   const Paths paths_;
   std::string& currentVersion_;
   std::string kindName_;
@@ -58,7 +57,7 @@ class ProductUpdate {
   bool lockTaken_ = false;
 };
 
-bool ProductUpdate::run(Operation operation, Side side) {
+Procedure ProductUpdate::run(Operation operation, Side side) {
   kindName_ = modProdTrelvLibrary::ConvertSetupUpdateToString(operation);
   sideName_ = modProdTrelvLibrary::ConvertClientServerToString(side);
   lockPath_ = LockPath(program_, side, paths_.server);
@@ -67,25 +66,25 @@ bool ProductUpdate::run(Operation operation, Side side) {
     program_.log.WriteLog(
         "Gestione ProdTrelv - Prodotto non rilevato, file di config non presente " +
         paths_.configuration);
-    return true;
+    return Procedure::GoesOn;
   }
   for (int section = 1; section <= kMostSections; ++section) {
-    if (!runSection(kindName_ + twoDigits(section))) {
-      return false;
+    if (runSection(kindName_ + twoDigits(section)) == Procedure::Stops) {
+      return Procedure::Stops;
     }
   }
   releaseLock();
-  return true;
+  return Procedure::GoesOn;
 }
 
-bool ProductUpdate::runSection(const std::string& section) {
+Procedure ProductUpdate::runSection(const std::string& section) {
   for (int index = 1; index <= kMostCommands; ++index) {
     command_ = modLibrary::ReadSetting(program_, section, sideName_ + twoDigits(index),
                                        paths_.configuration);
     if (command_.empty()) {
-      return true;
+      return Procedure::GoesOn;
     }
-    if (runKind_ == run_kind::kProgramOnly) {
+    if (runKind_ == RunKind::ProgramOnly) {
       command_.resize(std::min(command_.find(' '), command_.size()));
     }
     const std::string version =
@@ -95,16 +94,16 @@ bool ProductUpdate::runSection(const std::string& section) {
     if (VersionNumber(currentVersion_) >= VersionNumber(version)) {
       program_.log.WriteLog("Gestione ProdTrelv - Lato " + sideName_ + " la versione: " + version +
                             " è minore o uguale a quella corrente: " + currentVersion_);
-    } else if (!update(version)) {
-      return false;
+    } else if (update(version) == Procedure::Stops) {
+      return Procedure::Stops;
     }
   }
-  return true;
+  return Procedure::GoesOn;
 }
 
-bool ProductUpdate::update(const std::string& sectionVersion) {
+Procedure ProductUpdate::update(const std::string& sectionVersion) {
   if (!lockTaken_ && !takeLock()) {
-    return false;
+    return Procedure::Stops;
   }
   if (RunCommand(program_, command_, paths_.server, paths_.integration, paths_.programs)) {
     currentVersion_ = sectionVersion;
@@ -112,7 +111,7 @@ bool ProductUpdate::update(const std::string& sectionVersion) {
   } else {
     program_.log.WriteLog("Gestione ProdTrelv - Esecuzione non effettuata di: " + command_);
   }
-  return true;
+  return Procedure::GoesOn;
 }
 
 // Kept: test and creation are two steps, so two sessions that meet between them both run. The locks
@@ -167,13 +166,13 @@ std::string ProductUpdate::kindSideAndCommand() const {
   return "Tipo=" + kindName_ + " - Oggetto=" + sideName_ + " - Comando=" + command_;
 }
 
-bool ProductUpdate::ended(const RuntimeError& failure) {
+Procedure ProductUpdate::ended(const RuntimeError& failure) {
   program_.log.WriteLog("Gestione ProdTrelv - Comando non eseguito: " + command_ + " (" +
                         failure.description() + ")");
   if (lockTaken_) {
     releaseLock();
   }
-  return false;
+  return Procedure::Stops;
 }
 
 bool refuseForLackOfRights(Program& program) {
@@ -190,15 +189,15 @@ bool refuseForLackOfRights(Program& program) {
 
 }  // namespace
 
-bool ProductUpdateRun(Program& program, std::int32_t runKind, const std::string& serverPath,
-                      const std::string& integrationPath, const std::string& programsPath,
-                      const std::string& configurationPath, Operation operation, Side side,
-                      std::string& currentVersion) {
+Procedure ProductUpdateRun(Program& program, RunKind runKind, const std::string& serverPath,
+                           const std::string& integrationPath, const std::string& programsPath,
+                           const std::string& configurationPath, Operation operation, Side side,
+                           std::string& currentVersion) {
   ProductUpdate update(program, runKind,
                        {serverPath, integrationPath, programsPath, configurationPath},
                        currentVersion);
-  return trap([&]() -> bool { return update.run(operation, side); },
-              [&](const RuntimeError& failure) -> bool { return update.ended(failure); });
+  return trap([&]() -> Procedure { return update.run(operation, side); },
+              [&](const RuntimeError& failure) -> Procedure { return update.ended(failure); });
 }
 
 bool RunCommand(Program& program, std::string& command, const std::string& serverPath,

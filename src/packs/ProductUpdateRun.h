@@ -8,24 +8,27 @@
 
 namespace trelv::modProdTrelvManager {
 
-/// Run kinds: who calls the product update run.
-namespace run_kind {
-constexpr std::int32_t kUpdateAll = 1;
-/// What follows the first blank of a command is dropped, so its program gets no arguments.
-constexpr std::int32_t kProgramOnly = 4;
-}  // namespace run_kind
+/// Who calls the product update run.
+enum class RunKind : std::int32_t {
+  UpdateAll = 1,
+  /// What follows the first blank of a command is dropped, so its program gets no arguments.
+  ProgramOnly = 4
+};
+
+/// What becomes of the procedure that a step belongs to.
+enum class Procedure { GoesOn, Stops };
 
 /// Brings one product on one side to the versions of its configuration file (full path): the
 /// commands of the 100 sections of `operation` that stand above `currentVersion` are run one after
 /// the other, each waited for. `currentVersion` is raised to the version of each section whose
 /// command ran. While commands run, the side's update lock file exists. Paths have no trailing
-/// backslash. False: no further product is to be run, because another session holds the lock (told
-/// in a box) or a run-time failure ended the run (one log line; a lock that this run took is
-/// removed). Never raises.
-bool ProductUpdateRun(Program& program, std::int32_t runKind, const std::string& serverPath,
-                      const std::string& integrationPath, const std::string& programsPath,
-                      const std::string& configurationPath, Operation operation, Side side,
-                      std::string& currentVersion);
+/// backslash. The procedure stops where another session holds the lock (told in a box) or a
+/// run-time failure ended the run (one log line; a lock that this run took is removed). Never
+/// raises.
+Procedure ProductUpdateRun(Program& program, RunKind runKind, const std::string& serverPath,
+                           const std::string& integrationPath, const std::string& programsPath,
+                           const std::string& configurationPath, Operation operation, Side side,
+                           std::string& currentVersion);
 
 /// Resolves the placeholders of `command` in place and runs it, waiting for its end. True when it
 /// was started, whatever its exit code; false when the user is no administrator (told in a box) or

@@ -94,14 +94,14 @@ void SelfUpdate::removeOwnTemporaries() {
 
 void SelfUpdate::removeTemporary(const std::string& path) {
   resumeNext(
-      [&](const RuntimeError& failure) -> void {
-        program_.log.WriteLog("Gestione ProdTrelv - File temporaneo non rimosso: " + path + " (" +
-                              failure.description() + ")");
-      },
       [&]() -> void {
         if (files_.fileExists(path)) {
           files_.deleteFile(path, true);
         }
+      },
+      [&](const RuntimeError& failure) -> void {
+        program_.log.WriteLog("Gestione ProdTrelv - File temporaneo non rimosso: " + path + " (" +
+                              failure.description() + ")");
       });
 }
 
@@ -253,7 +253,7 @@ void UpdateTrelvManager(Program& program, const std::string& hostServerFolder) {
         const std::string text =
             "Gestione ProdTrelv - Errore in aggiornamento TrelvManager " + failure.description();
         program.errors.VisualizzaErrore("ModProdTrelvManager", "UpdateTrelvManager", text,
-                                        report_kind::kProgramError, failure);
+                                        ReportKind::ProgramError, failure);
         program.log.WriteLog(text);
       });
 }

@@ -202,7 +202,7 @@ bool GetParameterXML(Program& program, std::int32_t productCode, const std::stri
     }
     program.errors.VisualizzaErrore(kModule, "GetParameterXML",
                                     failureText(what, answer, section, key, productCode),
-                                    report_kind::kConfigurationFile, RuntimeError());
+                                    ReportKind::ConfigurationFile, RuntimeError());
     return false;
   });
 }
@@ -219,7 +219,7 @@ bool SetParameterXML(Program& program, std::int32_t productCode, const std::stri
     }
     program.errors.VisualizzaErrore(kModule, "SetParameterXML",
                                     failureText(what, answer, section, key, productCode),
-                                    report_kind::kProgramError, RuntimeError());
+                                    ReportKind::ProgramError, RuntimeError());
     return false;
   });
 }
@@ -242,7 +242,7 @@ std::string DeterminaPathClient(Program& program) {
     program.errors.VisualizzaErrore(
         kModule, "DeterminaPathClient",
         std::string("Verificare i seguenti parametri: ") + kCrLf + "sPathProgrammi: " + path,
-        report_kind::kProgramError, failure);
+        ReportKind::ProgramError, failure);
     return {};
   };
   return trap(

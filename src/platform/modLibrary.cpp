@@ -79,7 +79,7 @@ bool Execute(Program& program, const std::string& commandLine, bool wait,
     const SystemCode code =
         program.machine.processes.start(commandLine, visible.value_or(true), process);
     if (code != system_code::kSuccess) {
-      program.errors.VisualizzaErrore(kModule, "Execute", message, report_kind::kProgramError,
+      program.errors.VisualizzaErrore(kModule, "Execute", message, ReportKind::ProgramError,
                                       RuntimeError());
       return false;
     }
@@ -172,9 +172,6 @@ std::string WorkTempDirectory(Program& program) {
 
 void CreaCartella(Program& program, const std::string& folder) {
   resumeNext(
-      [&](const RuntimeError&) {
-        program.log.WriteLog("modLibrary - CreaCartella, errore in creazione cartella: " + folder);
-      },
       [&] {
         if (FolderExists(program, folder)) {
           return;
@@ -184,6 +181,9 @@ void CreaCartella(Program& program, const std::string& folder) {
         }
         program.fileSystem.requiredFileSystemObject().createFolder(folder);
         program.log.WriteLog("Creazione path avvenuta correttamente:" + folder);
+      },
+      [&](const RuntimeError&) {
+        program.log.WriteLog("modLibrary - CreaCartella, errore in creazione cartella: " + folder);
       });
 }
 
@@ -210,8 +210,8 @@ void CreaKvarTemp(Program& program, const std::string& folder) {
       [&](const RuntimeError& failure) -> void {
         const std::string message = std::string("Verificare percorsi: ") + kCrLf +
                                     "vsPathTemp: " + folder + kCrLf + "sPathComodo: " + done;
-        program.errors.VisualizzaErrore(kModule, "CreaKvarTemp", message,
-                                        report_kind::kProgramError, failure);
+        program.errors.VisualizzaErrore(kModule, "CreaKvarTemp", message, ReportKind::ProgramError,
+                                        failure);
       });
 }
 

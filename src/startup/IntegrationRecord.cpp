@@ -45,7 +45,7 @@ bool readRecord(Program& program, std::string& path) {
 
 bool reportFailure(Program& program, const RuntimeError& failure) {
   constexpr const char* kText = "Errore in Determinazione configurazione";
-  program.errors.VisualizzaErrore("modMain", "VerifyConfig", kText, report_kind::kProgramError,
+  program.errors.VisualizzaErrore("modMain", "VerifyConfig", kText, ReportKind::ProgramError,
                                   failure);
   program.log.WriteLog(std::string("Gestione ProdTrelv - ") + kText + ": " + failure.description());
   return false;

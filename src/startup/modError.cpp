@@ -74,11 +74,11 @@ struct Tool {
   std::string errorFile;
 };
 
-Tool toolOf(std::int32_t kind, const std::string& logFolder) {
-  if (kind == report_kind::kComponentsTool) {
+Tool toolOf(ReportKind kind, const std::string& logFolder) {
+  if (kind == ReportKind::ComponentsTool) {
     return {"componenti.exe", logFolder + "\\componenti.err"};
   }
-  if (kind == report_kind::kUpdateTool) {
+  if (kind == ReportKind::UpdateTool) {
     return {"compupd.exe", logFolder + "\\compupd.err"};
   }
   return {};
@@ -119,7 +119,7 @@ bool isHarmless(Program& program, const std::string& report) {
 
 /// Fills the record of a tool's report before the probes of isHarmless() write log lines of their
 /// own: the trace shows the line before the report.
-void reportTool(Program& program, ErrorRecord record, std::int32_t kind) {
+void reportTool(Program& program, ErrorRecord record, ReportKind kind) {
   const Tool tool = toolOf(kind, program.state.runLog.logFolder);
   record.label = kConfigurationFileHeadline;
   record.source = tool.program;
@@ -135,7 +135,7 @@ void ignore(const RuntimeError& /*failure*/) {}
 
 void LogAndReporter::WriteLog(const std::string& text) {
   if (program_ != nullptr) {
-    resumeNext(ignore, [&] { writeLine(text); });
+    resumeNext([&] { writeLine(text); }, ignore);
   }
 }
 
@@ -192,16 +192,17 @@ void LogAndReporter::askForLogFolder() {
 
 void LogAndReporter::makeLogFolder() {
   makingFolder_ = true;
-  resumeNext(ignore, [&] {
+  const auto make = [&] {
     const std::string folder = temporaryFolder(*program_);
     if (!modLibrary::FolderExists(*program_, folder)) {
       program_->errors.VisualizzaErrore(
           "modError", "WriteLog",
           std::string("Verificare percorsi: ") + kCrLf + "vsPathTemp: " + folder,
-          report_kind::kProgramError, RuntimeError());
+          ReportKind::ProgramError, RuntimeError());
     }
     modLibrary::CreaCartella(*program_, folder + "log");
-  });
+  };
+  resumeNext(make, ignore);
   makingFolder_ = false;
 }
 
@@ -243,42 +244,42 @@ void LogAndReporter::showDebugBox(const std::string& text) {
 
 std::int16_t LogAndReporter::VisualizzaErrore(const std::string& module,
                                               const std::string& procedure,
-                                              const std::string& message, std::int32_t kind,
+                                              const std::string& message, ReportKind kind,
                                               const RuntimeError& failure) {
   if (program_ == nullptr) {
     return 0;
   }
-  resumeNext(ignore, [&] {
-    if (kind != report_kind::kProgramError && kind != report_kind::kConfigurationFile) {
+  const auto report = [&] {
+    if (kind != ReportKind::ProgramError && kind != ReportKind::ConfigurationFile) {
       VisualizzaErroreCustom(module, procedure, message, kind, failure);
       return;
     }
     ErrorRecord record = recordOf(*program_, module, procedure, message, failure);
-    if (kind == report_kind::kConfigurationFile) {
+    if (kind == ReportKind::ConfigurationFile) {
       record.label = kConfigurationFileHeadline;
     }
     showForm(*program_, std::move(record));
-  });
+  };
+  resumeNext(report, ignore);
   return program_->state.runLog.reporterChoice;
 }
 
 void LogAndReporter::VisualizzaErroreCustom(const std::string& module, const std::string& procedure,
-                                            const std::string& message, std::int32_t kind,
+                                            const std::string& message, ReportKind kind,
                                             const RuntimeError& failure) {
   if (program_ == nullptr) {
     return;
   }
-  const auto report = [&] {
-    reportTool(*program_, recordOf(*program_, module, procedure, message, failure), kind);
-  };
   resumeNext(
+      [&] {
+        reportTool(*program_, recordOf(*program_, module, procedure, message, failure), kind);
+      },
       [&](const RuntimeError& unread) {
         const std::string text = "Errore in apertura file di log: " + unread.description();
-        VisualizzaErrore("modError", "VisualizzaErroreCustom", text, report_kind::kProgramError,
+        VisualizzaErrore("modError", "VisualizzaErroreCustom", text, ReportKind::ProgramError,
                          unread);
         WriteLog(text);
-      },
-      report);
+      });
 }
 
 }  // namespace trelv::modError

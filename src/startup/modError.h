@@ -27,16 +27,16 @@ class LogAndReporter : public RunLog, public ErrorReporter {
   void WriteLog(const std::string& text) override;
   void WriteLog(const std::string& text, const std::string& logFile) override;
 
-  /// Shows the error form (kinds 0 and 3) or the report of an auxiliary tool (every other kind).
+  /// Shows the error form or the report of an auxiliary tool.
   /// Without a desktop nothing is shown. Gives the reporter choice of the program's state.
   std::int16_t VisualizzaErrore(const std::string& module, const std::string& procedure,
-                                const std::string& message, std::int32_t kind,
+                                const std::string& message, ReportKind kind,
                                 const RuntimeError& failure) override;
 
   /// Shows what an auxiliary tool (kind 1 "componenti.exe", 2 "compupd.exe") left as first line of
   /// its error file in the log folder, unless it is known to be harmless. Never raises.
   void VisualizzaErroreCustom(const std::string& module, const std::string& procedure,
-                              const std::string& message, std::int32_t kind,
+                              const std::string& message, ReportKind kind,
                               const RuntimeError& failure);
 
  private:

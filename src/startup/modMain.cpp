@@ -133,7 +133,7 @@ void findPlugin(Program& program) {
   }
   StartupFacts& startup = program.state.startup;
   const bool present = files->folderExists(startup.hostFolder + "\\prg\\com\\dovra\\plugin");
-  startup.pluginProductNumber = present ? kPluginDovra : kPluginNone;
+  startup.pluginProduct = present ? PluginProduct::Dovra : PluginProduct::None;
 }
 
 /// " 4 (INTEGRATEDRUN …)", as the first line of a mode tells its arguments.
@@ -229,8 +229,8 @@ void reportFailure(Program& program, const RuntimeError& failure) {
 }  // namespace
 
 void Main(Program& program) {
-  resumeNext([&](const RuntimeError& failure) { reportFailure(program, failure); },
-             [&] { start(program); });
+  resumeNext([&] { start(program); },
+             [&](const RuntimeError& failure) { reportFailure(program, failure); });
 }
 
 std::string argumentsOf(const std::string& commandLine) {

@@ -207,19 +207,19 @@ std::int16_t ConvertProgramToNumber(const std::string& code) {
   return numberOf(kPrograms, code, "ConvertProgramToNumber", "Programma ");
 }
 
-std::int16_t ConvertProductToNumber(const std::string& code) {
-  return numberOf(kProducts, code, "ConvertProductToNumber", "Prodotto ");
+Product ConvertProductToNumber(const std::string& code) {
+  return Product{numberOf(kProducts, code, "ConvertProductToNumber", "Prodotto ")};
 }
 
 std::string ConvertNumberToProgram(std::int16_t number) {
   return textOf(kPrograms, number, "Programma ");
 }
 
-std::string ConvertNumberToProduct(std::int16_t number) {
-  return textOf(kProducts, number, "Prodotto ");
+std::string ConvertNumberToProduct(Product number) {
+  return textOf(kProducts, static_cast<std::int16_t>(number), "Prodotto ");
 }
 
-std::int16_t ProgramToProduct(std::int32_t programNumber) {
+Product ProgramToProduct(std::int32_t programNumber) {
   constexpr std::int32_t kTen = 10;
   constexpr std::int32_t kHalf = 5;
   const std::int32_t units = programNumber % kTen;
@@ -234,7 +234,7 @@ std::int16_t ProgramToProduct(std::int32_t programNumber) {
       product > std::numeric_limits<std::int16_t>::max()) {
     throw RuntimeError(runtime_number::kOverflow, "ProgramToProduct", "Numero troppo grande");
   }
-  return static_cast<std::int16_t>(product);
+  return Product{static_cast<std::int16_t>(product)};
 }
 
 std::string CatalogueSection(int index) { return "prod" + twoDigits(index); }
@@ -269,13 +269,14 @@ std::string ReplacePlaceholders(Program& program, std::string& text, const std::
 }
 
 void ShowProgress(machine::Desktop& desktop, const std::string& text) {
-  resumeNext([](const RuntimeError&) {},
-             [&] {
-               machine::FormWindow* const form = desktop.activeForm();
-               if (form != nullptr && showOnForm(*form, text)) {
-                 desktop.processEvents();
-               }
-             });
+  resumeNext(
+      [&] {
+        machine::FormWindow* const form = desktop.activeForm();
+        if (form != nullptr && showOnForm(*form, text)) {
+          desktop.processEvents();
+        }
+      },
+      [](const RuntimeError&) {});
 }
 
 SharedFileSystemObject::SharedFileSystemObject(Maker make, ErrorReporter& errors)
@@ -290,7 +291,7 @@ bool SharedFileSystemObject::AllocateFSObjects() {
         "modUtility", "AllocateFSObjects",
         std::string("Impossibile allocare l'oggetto FileSystemObject.") + kCrLf +
             "Verificare la presenza del componente \"scrrun.dll\" nel percorso system32 di windows",
-        report_kind::kProgramError, RuntimeError());
+        ReportKind::ProgramError, RuntimeError());
   }
   return object_ != nullptr;
 }

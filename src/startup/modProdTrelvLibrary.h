@@ -22,12 +22,12 @@ std::string ConvertSetupUpdateToString(Operation value);
 /// Numbers and names of programs ("MVBIL" is 31) and products ("ZB" is 30), letter by letter: "zb"
 /// is none.
 std::int16_t ConvertProgramToNumber(const std::string& code);
-std::int16_t ConvertProductToNumber(const std::string& code);
+Product ConvertProductToNumber(const std::string& code);
 std::string ConvertNumberToProgram(std::int16_t number);
-std::string ConvertNumberToProduct(std::int16_t number);
+std::string ConvertNumberToProduct(Product number);
 /// Which product a program is of: 12 gives 10. It is the ten next to the number, of two equally
 /// near ones (15) the even one (20). Raises the runtime's overflow above 16 bits.
-std::int16_t ProgramToProduct(std::int32_t programNumber);
+Product ProgramToProduct(std::int32_t programNumber);
 
 /// Name of the catalogue section with this index (from 1): "prod01" … "prod99", "prod100".
 std::string CatalogueSection(int index);

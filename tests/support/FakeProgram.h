@@ -42,7 +42,7 @@ struct FakeReport {
   std::string module;
   std::string procedure;
   std::string message;
-  std::int32_t kind = 0;
+  ReportKind kind{};
   RuntimeError failure;
 };
 
@@ -50,7 +50,7 @@ struct FakeReport {
 class FakeErrorReporter : public ErrorReporter {
  public:
   std::int16_t VisualizzaErrore(const std::string& module, const std::string& procedure,
-                                const std::string& message, std::int32_t kind,
+                                const std::string& message, ReportKind kind,
                                 const RuntimeError& failure) override {
     reports.push_back({module, procedure, message, kind, failure});
     return 0;

@@ -130,7 +130,7 @@ FakeProgram& Station::program() {
   if (!program_) {
     program_ = std::make_unique<FakeProgram>(machine_);
     program_->state.startup.administrator = true;
-    program_->state.startup.pluginProductNumber = kPluginNone;
+    program_->state.startup.pluginProduct = PluginProduct::None;
   }
   return *program_;
 }

@@ -35,7 +35,7 @@ inline testing::Matcher<const FakeReport&> isReport(
                         testing::Field("message", &FakeReport::message, message),
                         testing::Field("failure", &FakeReport::failure, isFailure(number)),
                         testing::Field("module", &FakeReport::module, module),
-                        testing::Field("kind", &FakeReport::kind, 0));
+                        testing::Field("kind", &FakeReport::kind, ReportKind::ProgramError));
 }
 
 }  // namespace trelv::tests

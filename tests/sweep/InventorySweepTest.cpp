@@ -305,8 +305,8 @@ TEST(InventoryUnderFaults, ReportThatFailsHidesNoProduct) {
                                              : std::nullopt;
         });
     modProdTrelvInfo::CreateProductReport(session.program());
-    std::int32_t code = 40;
-    EXPECT_TRUE(modProdTrelvInfo::VerifyInstallationMode(session.program(), code)) << number;
+    EXPECT_TRUE(modProdTrelvInfo::VerifyInstallationMode(session.program(), Product::Tarsena2))
+        << number;
     if (appends < number) {
       EXPECT_GT(number, 10U);
       return;

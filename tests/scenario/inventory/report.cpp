@@ -15,7 +15,7 @@ int main(int count, char** words) {
   trelv::modProdTrelvInfo::CreateProductReport(program.program());
   int standalone = 0;
   for (int i = 1; i < count; ++i) {
-    std::int32_t code = std::atoi(words[i]);
+    const auto code = static_cast<trelv::Product>(std::atoi(words[i]));
     standalone += trelv::modProdTrelvInfo::VerifyInstallationMode(program.program(), code) ? 1 : 0;
   }
   return standalone;

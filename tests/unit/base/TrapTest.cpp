@@ -40,9 +40,10 @@ TEST(Trap, LetsAFailureOfTheHandlerTravel) {
                RuntimeError);
 }
 
-TEST(ReportingTrap, ReportsOnceAndAnswersTheGivenValue) {
+TEST(LoggedTrap, ReportsOnceAndAnswersTheGivenValue) {
   FakeErrorReporter errors;
-  EXPECT_FALSE(reportingTrap(errors, "modX", "Prova", "testo", false, []() -> bool {
+  FakeRunLog log;
+  EXPECT_FALSE(loggedTrap(log, errors, "modX", "Prova", "testo", false, []() -> bool {
     fail();
     return true;
   }));
@@ -50,14 +51,16 @@ TEST(ReportingTrap, ReportsOnceAndAnswersTheGivenValue) {
   EXPECT_EQ(errors.reports[0].module, "modX");
   EXPECT_EQ(errors.reports[0].procedure, "Prova");
   EXPECT_EQ(errors.reports[0].message, "testo");
-  EXPECT_EQ(errors.reports[0].kind, 0);
+  EXPECT_EQ(errors.reports[0].kind, ReportKind::ProgramError);
   EXPECT_EQ(errors.reports[0].failure.number(), 70);
 }
 
-TEST(ReportingTrap, IsSilentWhenNothingFails) {
+TEST(LoggedTrap, IsSilentWhenNothingFails) {
   FakeErrorReporter errors;
-  EXPECT_TRUE(reportingTrap(errors, "modX", "Prova", "testo", false, [] { return true; }));
+  FakeRunLog log;
+  EXPECT_TRUE(loggedTrap(log, errors, "modX", "Prova", "testo", false, [] { return true; }));
   EXPECT_TRUE(errors.reports.empty());
+  EXPECT_TRUE(log.lines.empty());
 }
 
 TEST(LoggedTrap, LeavesALineWithTheDescriptionBehindTheMessage) {
@@ -72,12 +75,13 @@ TEST(LoggedTrap, LeavesALineWithTheDescriptionBehindTheMessage) {
 TEST(ResumeNext, GoesOnAfterAFailedStep) {
   std::vector<std::string> done;
   const auto note = [&](const RuntimeError& failure) { done.push_back(failure.description()); };
-  resumeNext(note, [&] {
+  const auto first = [&] {
     done.push_back("uno");
     fail();
     done.push_back("mai");
-  });
-  resumeNext(note, [&] { done.push_back("due"); });
+  };
+  resumeNext(first, note);
+  resumeNext([&] { done.push_back("due"); }, note);
   EXPECT_EQ(done, (std::vector<std::string>{"uno", "Autorizzazione negata: C:\\a", "due"}));
 }
 

@@ -140,7 +140,7 @@ TEST_F(DovraCorrection, OnlyHappensWhereTheHostIsDovra) {
   modProdTrelvManager::UpdateAllProdottiComplementari(station_.program(), "S:\\Lumo", "", "");
   EXPECT_FALSE(installation_.share().exists(Installation::kServerRecord));
   EXPECT_THAT(lines(), Not(Contains("Gestione ProdTrelv - Prodotto Dovra riconosciuto")));
-  station_.program().state.startup.pluginProductNumber = 14;
+  station_.program().state.startup.pluginProduct = PluginProduct::Dovra;
   modProdTrelvManager::UpdateAllProdottiComplementari(station_.program(), "S:\\Lumo", "", "");
   EXPECT_EQ(installation_.serverRecord(), kCorrected);
   EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Gestione specifica per Dovra pre 11.0 "
@@ -153,7 +153,7 @@ TEST_F(DovraCorrection, TheWalkGoesByTheCorrectedVersions) {
   installation_.putCatalogue({{"ZB", "Bilancio", "zb.ini"}});
   installation_.putConfiguration(
       "zb.ini", configurationText({{"Update01", "09.93.00.00", {"S:\\Lumo\\a.exe"}, {}}}));
-  station_.program().state.startup.pluginProductNumber = 14;
+  station_.program().state.startup.pluginProduct = PluginProduct::Dovra;
   modProdTrelvManager::UpdateAllProdottiComplementari(station_.program(), "S:\\Lumo", "", "");
   EXPECT_THAT(station_.commandLines(), IsEmpty());
   EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Lato Server la versione: 09.93.00.00 è "

@@ -233,7 +233,7 @@ TEST_F(Preparation, TypeStandsBeforeThePathInAnIniFileThatIsNew) {
 }
 
 TEST_F(Preparation, OnADovraHostTheWindowsIniFilesAreLeftOut) {
-  station_.program().state.startup.pluginProductNumber = 14;
+  station_.program().state.startup.pluginProduct = PluginProduct::Dovra;
   prepareClient();
   EXPECT_THAT(lines(), Each(Not(HasSubstr("Aggiornamento ini della windir"))));
   EXPECT_THAT(iniWrites(), Each(HasSubstr("windows\\Lumow.ini")));
@@ -244,7 +244,7 @@ TEST_F(Preparation, OnADovraHostTheWindowsIniFilesAreLeftOut) {
 
 TEST_F(Preparation, OnAnyOtherHostTheyAreWritten) {
   for (const int number : {0, 13, 999}) {
-    station_.program().state.startup.pluginProductNumber = number;
+    station_.program().state.startup.pluginProduct = PluginProduct{number};
     prepareClient();
     EXPECT_EQ(windowsIni("rating.ini", "TipoInstallazione", "Tipo"), "Client") << number;
     machine().removeTree("C:\\WINDOWS\\rating.ini");

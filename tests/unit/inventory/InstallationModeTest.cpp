@@ -182,7 +182,7 @@ class InstallationMode : public testing::Test {
  protected:
   InstallationMode() { beginReport(program_); }
 
-  bool verify(std::int32_t code) { return VerifyInstallationMode(program_, code); }
+  bool verify(std::int16_t code) { return VerifyInstallationMode(program_, Product{code}); }
   sim::SimMachine& machine() { return program_.sim; }
   const std::vector<std::string>& lines() const { return program_.lines(); }
   std::vector<std::string> report() { return reportLines(machine()); }
@@ -261,9 +261,7 @@ TEST_F(InstallationMode, OfAnUnknownCodeIsToldAndNotStandalone) {
 
 TEST_F(InstallationMode, OfACodeWithoutCheckIsAnsweredFromTheLastRecord) {
   program_.state.inventory.product.clientFolder = "C:\\vecchio";
-  std::int32_t code = 80;
-  EXPECT_TRUE(VerifyInstallationMode(program_, code));
-  EXPECT_EQ(code, 80);
+  EXPECT_TRUE(verify(80));
   EXPECT_EQ(lines()[1], "Gestione ProdTrelv - Esiste il file ini locale di VELTRA");
 }
 

@@ -32,7 +32,7 @@ constexpr std::array kPlaces{
 
 /// What a case expects, besides the lines that tell the mode. `log` are the lines of the check.
 struct Expected {
-  std::int32_t code = 0;
+  std::int16_t code = 0;
   const char* name = "";
   Operation kind{};
   Side side{};
@@ -476,7 +476,7 @@ Mode modeLines(char mode, const std::string& name, bool serverFolderKnown) {
 }
 
 void expectRecord(const ProductInformation& found, const Expected& e) {
-  EXPECT_EQ(found.productCode, e.code);
+  EXPECT_EQ(found.productCode, Product{e.code});
   EXPECT_EQ(found.productName, e.name);
   EXPECT_EQ(found.kind, e.kind);
   EXPECT_EQ(found.side, e.side);
@@ -495,8 +495,8 @@ void playIn(std::size_t place, const Case& one) {
   e.log.insert(e.log.begin(),
                "Gestione ProdTrelv - Verifica modalità installazione " + std::string(e.name));
   e.log.insert(e.log.end(), mode.log.begin(), mode.log.end());
-  std::int32_t code = e.code;
-  EXPECT_EQ(modProdTrelvInfo::VerifyInstallationMode(world.program(), code), mode.standalone);
+  EXPECT_EQ(modProdTrelvInfo::VerifyInstallationMode(world.program(), Product{e.code}),
+            mode.standalone);
   expectRecord(world.program().state.inventory.product, e);
   EXPECT_EQ(reportLines(world.machine()), e.report);
   EXPECT_EQ(world.program().lines(), e.log);

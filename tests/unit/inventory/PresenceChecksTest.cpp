@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+
 #include "inventory/PresenceChecks.h"
 #include "sim/FailingMachine.h"
 #include "unit/inventory/Report.h"
@@ -27,7 +29,7 @@ class PresenceChecks : public testing::Test {
   PresenceChecks() { beginReport(program_); }
 
   sim::SimMachine& machine() { return program_.sim; }
-  void check(std::int32_t code) { CheckProduct(program_, code); }
+  void check(std::int16_t code) { CheckProduct(program_, Product{code}); }
   const ProductInformation& record() const { return program_.state.inventory.product; }
   std::vector<std::string> report() { return reportLines(machine()); }
 
@@ -56,8 +58,8 @@ class PresenceChecks : public testing::Test {
                                  path + "\\setup\\korvatgestionepratiche.ocx");
   }
 
-  void expectRecord(std::int32_t code, const std::string& name, Operation kind, Side side) {
-    EXPECT_EQ(record().productCode, code);
+  void expectRecord(std::int16_t code, const std::string& name, Operation kind, Side side) {
+    EXPECT_EQ(record().productCode, Product{code});
     EXPECT_EQ(record().productName, name);
     EXPECT_EQ(record().kind, kind);
     EXPECT_EQ(record().side, side);
@@ -83,9 +85,9 @@ std::string banner(const std::string& word) {
 TEST_F(PresenceChecks, HyphensAre46) { EXPECT_EQ(kHyphens.size(), 46U); }
 
 TEST_F(PresenceChecks, ProductsThatNobodyLooksForAreSetUpNowhere) {
-  for (const std::int32_t code : {60, 70}) {
-    program_.state.inventory.product = {10,           "NERIO", "1",    "2", Operation::Update,
-                                        Side::Server, "C:\\a", "C:\\b"};
+  for (const std::int16_t code : std::initializer_list<std::int16_t>{60, 70}) {
+    program_.state.inventory.product = {Product::Nerio,    "NERIO",      "1",     "2",
+                                        Operation::Update, Side::Server, "C:\\a", "C:\\b"};
     check(code);
     expectRecord(code, "", Operation::Setup, Side::None);
     expectVersions("", "");
@@ -96,9 +98,9 @@ TEST_F(PresenceChecks, ProductsThatNobodyLooksForAreSetUpNowhere) {
 }
 
 TEST_F(PresenceChecks, AnyOtherCodeLeavesTheRecord) {
-  for (const std::int32_t code : {0, 5, 11, 80, 100, -10, 65546}) {
-    program_.state.inventory.product = {30,           "ZB",    "1",    "2", Operation::Update,
-                                        Side::Client, "C:\\a", "C:\\b"};
+  for (const std::int16_t code : std::initializer_list<std::int16_t>{0, 5, 11, 80, 100, -10}) {
+    program_.state.inventory.product = {Product::Zeltobilancio, "ZB",         "1",     "2",
+                                        Operation::Update,      Side::Client, "C:\\a", "C:\\b"};
     machine().callLog().clear();
     check(code);
     expectRecord(30, "ZB", Operation::Update, Side::Client);

@@ -212,7 +212,7 @@ TEST_F(DirectSetup, UndefinedProductIsNotRun) {
 TEST_F(DirectSetup, LeavesTheRecordOfTheLastProduct) {
   putCatalogue(kLudaAndNerio);
   setUp("LUDA");
-  EXPECT_EQ(program_.state.inventory.product.productCode, 20);
+  EXPECT_EQ(program_.state.inventory.product.productCode, Product::Luda);
 }
 
 // --- Commands and failures

@@ -782,7 +782,7 @@ TEST_F(GzPacks, ADecoderThatWritesNothingIsReportedByItsMissingFolder) {
   EXPECT_EQ(report.module, "ModProdTrelvManager");
   EXPECT_EQ(report.procedure, "OpenSinglePacks");
   EXPECT_EQ(report.message, "Errore in Apertura Pacco ");
-  EXPECT_EQ(report.kind, 0);
+  EXPECT_EQ(report.kind, ReportKind::ProgramError);
   EXPECT_EQ(report.failure.number(), 76);
   EXPECT_THAT(lines(),
               ElementsAre("Gestione ProdTrelv - Errore in Apertura Pacco Impossibile trovare il "

@@ -174,7 +174,7 @@ TEST_F(ProductInstall, IntegratedFailureIsReported) {
   EXPECT_EQ(report.module, "ModProdTrelvManager");
   EXPECT_EQ(report.procedure, "InstallSingleProdottoComplementareIntegrato");
   EXPECT_EQ(report.message, "Errore in installazione singolo prodotto integrato: ");
-  EXPECT_EQ(report.kind, 0);
+  EXPECT_EQ(report.kind, ReportKind::ProgramError);
   EXPECT_THAT(machine().boxes(), IsEmpty());
 }
 

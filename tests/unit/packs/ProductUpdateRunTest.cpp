@@ -10,6 +10,8 @@ namespace trelv::tests {
 namespace {
 
 using machine::BoxIcon;
+using modProdTrelvManager::Procedure;
+using modProdTrelvManager::RunKind;
 using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
@@ -25,8 +27,6 @@ constexpr const char* kSearch =
     "\"S:\\Lumo\\prg\\com\\setup\\aggdovra\"";
 constexpr const char* kLock = Installation::kServerLock;
 constexpr const char* kClientLock = Station::kClientLock;
-constexpr std::int32_t kUpdateAll = 1;
-constexpr std::int32_t kProgramOnly = 4;
 
 /// A section of one server command below S:\Lumo.
 std::string section(const std::string& name, const std::string& version,
@@ -46,11 +46,12 @@ class UpdateRun : public StationTest {
 
   void configure(const std::string& text) { share().put(kConfiguration, text); }
 
-  bool run(Operation operation, Side side, std::int32_t kind = kUpdateAll,
+  /// May the procedure go on?
+  bool run(Operation operation, Side side, RunKind kind = RunKind::UpdateAll,
            const std::string& integrationPath = "S:\\Work") {
     return modProdTrelvManager::ProductUpdateRun(program(), kind, "S:\\Lumo", integrationPath,
                                                  "C:\\Programs", kConfiguration, operation, side,
-                                                 version_);
+                                                 version_) == Procedure::GoesOn;
   }
   bool updateServer() { return run(Operation::Update, Side::Server); }
 
@@ -110,7 +111,7 @@ TEST_F(UpdateRun, SearchesForPacksBeforeItLooksForTheConfigurationFile) {
   share().put(
       kPack,
       packBytes({{"prg\\com\\setup\\aggdovra\\nerio.ini", section("Setup01", "01", "a.exe")}}));
-  EXPECT_TRUE(run(Operation::Setup, Side::Server, kUpdateAll, "S:\\Lumo"));
+  EXPECT_TRUE(run(Operation::Setup, Side::Server, RunKind::UpdateAll, "S:\\Lumo"));
   EXPECT_EQ(lines().front(), kSearch);
   EXPECT_EQ(version_, "01");
   EXPECT_FALSE(machine().fileExists(kPack));
@@ -281,7 +282,7 @@ TEST_F(UpdateRun, ProductWithoutConfigurationFileIsNoPartOfTheInstallation) {
 
 TEST_F(UpdateRun, OfKindFourCutsCommandsAtTheirFirstBlank) {
   configure(section("Setup01", "01.00", "a.exe -S -X") + section("Setup02", "02.00", "b.exe"));
-  EXPECT_TRUE(run(Operation::Setup, Side::Server, kProgramOnly));
+  EXPECT_TRUE(run(Operation::Setup, Side::Server, RunKind::ProgramOnly));
   EXPECT_EQ(programs(), "a.exe | b.exe");
   EXPECT_THAT(told(), Contains("Gestione ProdTrelv - esecuzione effettuata: Tipo=Setup - "
                                "Oggetto=Server - Comando=S:\\Lumo\\a.exe"));
@@ -419,7 +420,7 @@ INSTANTIATE_TEST_SUITE_P(Of, LockObstacle, testing::ValuesIn(kObstacles), NameOf
 class RaisingReporter : public FakeErrorReporter {
  public:
   std::int16_t VisualizzaErrore(const std::string&, const std::string&, const std::string&,
-                                std::int32_t, const RuntimeError&) override {
+                                ReportKind, const RuntimeError&) override {
     throw RuntimeError(runtime_number::kOutOfMemory, "test", "Memoria insufficiente");
   }
 };
@@ -430,9 +431,10 @@ TEST_F(UpdateRun, FailureWhileItHoldsTheLockRemovesIt) {
   Program failing{
       program().program.machine,   program().state, program().log, errors, program().fileSystem,
       program().configurationFiles};
-  EXPECT_FALSE(modProdTrelvManager::ProductUpdateRun(failing, kUpdateAll, "S:\\Lumo", "S:\\Work",
-                                                     "", kConfiguration, Operation::Update,
-                                                     Side::Server, version_));
+  EXPECT_EQ(modProdTrelvManager::ProductUpdateRun(failing, RunKind::UpdateAll, "S:\\Lumo",
+                                                  "S:\\Work", "", kConfiguration, Operation::Update,
+                                                  Side::Server, version_),
+            Procedure::Stops);
   EXPECT_FALSE(installation_.serverLockExists());
   EXPECT_THAT(told(), ElementsAre("Gestione ProdTrelv - Esecuzione comando: "
                                   "\"S:\\Lumo\\manca.exe\"",

@@ -18,7 +18,7 @@ TEST(Execute, ReportsAMissingProgramOnceWithTheCommandLine) {
   EXPECT_EQ(program.reports()[0].module, "modLibrary");
   EXPECT_EQ(program.reports()[0].procedure, "Execute");
   EXPECT_EQ(program.reports()[0].message, "Errore in esecuzione programma: C:\\no.exe /a");
-  EXPECT_EQ(program.reports()[0].kind, 0);
+  EXPECT_EQ(program.reports()[0].kind, ReportKind::ProgramError);
   EXPECT_EQ(program.reports()[0].failure.number(), 0);
   EXPECT_EQ(program.reports()[0].failure.description(), "");
 }

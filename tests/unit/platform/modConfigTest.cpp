@@ -178,7 +178,7 @@ TEST_P(ReportedCodeTest, IsReportedWhenReading) {
   ASSERT_EQ(program.reports().size(), 1U);
   EXPECT_EQ(program.reports()[0].module, "modConfig");
   EXPECT_EQ(program.reports()[0].procedure, "GetParameterXML");
-  EXPECT_EQ(program.reports()[0].kind, 3);
+  EXPECT_EQ(program.reports()[0].kind, ReportKind::ConfigurationFile);
   EXPECT_EQ(program.reports()[0].message,
             std::string("Errore in lettura chiave da file di configurazione: ") + GetParam().text +
                 "\r\nSezione: Server\r\nChiave: Path\r\nProdotto: DOVRA");
@@ -192,7 +192,7 @@ TEST_P(ReportedCodeTest, IsReportedWhenWriting) {
   ASSERT_EQ(program.reports().size(), 1U);
   EXPECT_EQ(program.reports()[0].module, "modConfig");
   EXPECT_EQ(program.reports()[0].procedure, "SetParameterXML");
-  EXPECT_EQ(program.reports()[0].kind, 0);
+  EXPECT_EQ(program.reports()[0].kind, ReportKind::ProgramError);
   EXPECT_EQ(program.reports()[0].message,
             std::string("Errore in scrittura chiave da file di configurazione: ") +
                 GetParam().text + "\r\nSezione: Sez\r\nChiave: Chi\r\nProdotto: SYSTEM");
@@ -230,7 +230,7 @@ TEST(GetParameterXML, FailsOnAValueThatFillsTheBuffer) {
   ASSERT_EQ(program.reports().size(), 1U);
   EXPECT_EQ(program.reports()[0].module, "modConfig");
   EXPECT_EQ(program.reports()[0].procedure, "GetParameterXML");
-  EXPECT_EQ(program.reports()[0].kind, 0);
+  EXPECT_EQ(program.reports()[0].kind, ReportKind::ProgramError);
   EXPECT_NE(program.reports()[0].failure.number(), 0);
 }
 
@@ -318,7 +318,7 @@ TEST(DeterminaPathClient, ReportsAMissingStoreAndIsEmpty) {
   EXPECT_EQ(program.reports()[0].module, "modConfig");
   EXPECT_EQ(program.reports()[0].procedure, "DeterminaPathClient");
   EXPECT_EQ(program.reports()[0].message, "Verificare i seguenti parametri: \r\nsPathProgrammi: ");
-  EXPECT_EQ(program.reports()[0].kind, 0);
+  EXPECT_EQ(program.reports()[0].kind, ReportKind::ProgramError);
 }
 
 // --- Ferax

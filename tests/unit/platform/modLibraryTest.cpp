@@ -247,7 +247,7 @@ TEST(CreaKvarTemp, ReportsAnErrorWithBothPaths) {
   EXPECT_EQ(program.reports()[0].procedure, "CreaKvarTemp");
   EXPECT_EQ(program.reports()[0].message,
             "Verificare percorsi: \r\nvsPathTemp: C:\\a\\b\r\nsPathComodo: C:\\a\\");
-  EXPECT_EQ(program.reports()[0].kind, 0);
+  EXPECT_EQ(program.reports()[0].kind, ReportKind::ProgramError);
 }
 
 // --- Deleting

@@ -201,7 +201,7 @@ TEST_P(ProbeTest, ReportsAnUnexpectedFailureAndAnswersFalse) {
   ASSERT_EQ(measured.program.reports().size(), 1U);
   EXPECT_EQ(measured.program.reports()[0].module, "modPlatform");
   EXPECT_EQ(measured.program.reports()[0].procedure, probe().name);
-  EXPECT_EQ(measured.program.reports()[0].kind, 0);
+  EXPECT_EQ(measured.program.reports()[0].kind, ReportKind::ProgramError);
 }
 
 INSTANTIATE_TEST_SUITE_P(Probes, ProbeTest, testing::Range<std::size_t>(0, kProbes.size()),

@@ -58,8 +58,8 @@ TEST(Codes, ProgramCodesConvertBothWays) {
 
 TEST(Codes, ProductCodesConvertBothWays) {
   for (const auto& [text, number] : kProductCodes) {
-    EXPECT_EQ(number, ConvertProductToNumber(text)) << text;
-    EXPECT_EQ(text, ConvertNumberToProduct(number)) << number;
+    EXPECT_EQ(Product{number}, ConvertProductToNumber(text)) << text;
+    EXPECT_EQ(text, ConvertNumberToProduct(Product{number})) << number;
   }
 }
 
@@ -82,7 +82,7 @@ TEST(Codes, UnknownOperationRaisesMinusOneWithItsTextInTheSource) {
 }
 
 TEST(Codes, UnknownNumbersRaiseMinusOneWithTheirTextInTheSource) {
-  const RuntimeError product = failureOf([] { ConvertNumberToProduct(11); });
+  const RuntimeError product = failureOf([] { ConvertNumberToProduct(Product{11}); });
   EXPECT_EQ(-1, product.number());
   EXPECT_EQ("Prodotto  11 non riconosciuto", product.source());
   EXPECT_EQ("", product.description());
@@ -113,25 +113,25 @@ TEST(Codes, TextsAreComparedExactly) {
 }
 
 TEST(Codes, ProductOfAProgramIsItsTens) {
-  EXPECT_EQ(10, ProgramToProduct(ConvertProgramToNumber("NERIO")));
-  EXPECT_EQ(10, ProgramToProduct(ConvertProgramToNumber("VIRADO")));
-  EXPECT_EQ(30, ProgramToProduct(ConvertProgramToNumber("MVPERS")));
-  EXPECT_EQ(80, ProgramToProduct(ConvertProgramToNumber("VELTRA")));
-  EXPECT_EQ(0, ProgramToProduct(0));
+  EXPECT_EQ(Product{10}, ProgramToProduct(ConvertProgramToNumber("NERIO")));
+  EXPECT_EQ(Product{10}, ProgramToProduct(ConvertProgramToNumber("VIRADO")));
+  EXPECT_EQ(Product{30}, ProgramToProduct(ConvertProgramToNumber("MVPERS")));
+  EXPECT_EQ(Product{80}, ProgramToProduct(ConvertProgramToNumber("VELTRA")));
+  EXPECT_EQ(Product{0}, ProgramToProduct(0));
 }
 
 TEST(Codes, ProductOfAProgramRoundsHalvesToTheEvenNeighbour) {
-  EXPECT_EQ(0, ProgramToProduct(5));
-  EXPECT_EQ(20, ProgramToProduct(15));
-  EXPECT_EQ(20, ProgramToProduct(25));
-  EXPECT_EQ(20, ProgramToProduct(16));
-  EXPECT_EQ(10, ProgramToProduct(14));
-  EXPECT_EQ(-20, ProgramToProduct(-15));
-  EXPECT_EQ(-20, ProgramToProduct(-25));
+  EXPECT_EQ(Product{0}, ProgramToProduct(5));
+  EXPECT_EQ(Product{20}, ProgramToProduct(15));
+  EXPECT_EQ(Product{20}, ProgramToProduct(25));
+  EXPECT_EQ(Product{20}, ProgramToProduct(16));
+  EXPECT_EQ(Product{10}, ProgramToProduct(14));
+  EXPECT_EQ(Product{-20}, ProgramToProduct(-15));
+  EXPECT_EQ(Product{-20}, ProgramToProduct(-25));
 }
 
 TEST(Codes, ProductNumberBeyond16BitsIsAnOverflow) {
-  EXPECT_EQ(32760, ProgramToProduct(32764));
+  EXPECT_EQ(Product{32760}, ProgramToProduct(32764));
   EXPECT_EQ(6, failureOf([] { ProgramToProduct(32766); }).number());
 }
 

@@ -140,7 +140,7 @@ TEST_F(ErrorForm, NotepadThatCannotBeStartedIsReportedOnASecondForm) {
                             [](sim::SimFormWindow& form) { form.click("cmdDettagli"); });
   machine_.desktop().onForm(
       "frmError", [&](sim::SimFormWindow& form) { inner = form.text("txtErrDescrizioneInterna"); });
-  program_.log().VisualizzaErrore("m", "p", "t", 0, RuntimeError());
+  program_.log().VisualizzaErrore("m", "p", "t", ReportKind::ProgramError, RuntimeError());
   EXPECT_EQ(2U, machine_.desktop().shownForms().size());
   EXPECT_EQ("Errore in esecuzione programma: notepad.exe C:\\Lumo\\prova.log", inner);
 }

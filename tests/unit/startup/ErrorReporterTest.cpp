@@ -40,7 +40,8 @@ class ErrorReport : public ::testing::Test {
   }
 
   std::int16_t report(std::int32_t kind, const RuntimeError& failure = RuntimeError()) {
-    return program_.log().VisualizzaErrore("modProva", "Procedura", "messaggio", kind, failure);
+    return program_.log().VisualizzaErrore("modProva", "Procedura", "messaggio", ReportKind{kind},
+                                           failure);
   }
   bool shows(std::int32_t kind) {
     const std::size_t before = formsShown();
@@ -165,7 +166,7 @@ TEST_F(ErrorReport, OfASystemLibraryIsNotShownOnSystemsThatBringIt) {
     for (const char* line : {"errore su msxml4.dll", "DAO360.DLL non registrata"}) {
       machine.putFile(kComponents, line);
       const std::size_t before = machine.desktop().shownForms().size();
-      program.log().VisualizzaErrore("m", "p", "t", 1, RuntimeError());
+      program.log().VisualizzaErrore("m", "p", "t", ReportKind::ComponentsTool, RuntimeError());
       EXPECT_EQ(known.shown ? 1U : 0U, machine.desktop().shownForms().size() - before)
           << line << " on edition " << static_cast<int>(known.edition);
     }

@@ -111,7 +111,7 @@ TEST_F(IntegrationRecord, RunTimeFailureIsReportedAndAnswersNo) {
   EXPECT_EQ(program_.reports()[0].module, "modMain");
   EXPECT_EQ(program_.reports()[0].procedure, "VerifyConfig");
   EXPECT_EQ(program_.reports()[0].message, "Errore in Determinazione configurazione");
-  EXPECT_EQ(program_.reports()[0].kind, report_kind::kProgramError);
+  EXPECT_EQ(program_.reports()[0].kind, ReportKind::ProgramError);
 }
 
 /// A log whose first line raises, which the real log never does.

@@ -332,20 +332,20 @@ TEST_F(Start, PluginFolderBelowTheHostFolderMeansDovra) {
   machine_.mount("S:");
   machine_.makeFolders("S:\\Lumo\\prg\\com\\dovra\\plugin");
   run("INTEGRATEDMAINTAIN S:\\Lumo");
-  EXPECT_EQ(14, facts().pluginProductNumber);
+  EXPECT_EQ(PluginProduct{14}, facts().pluginProduct);
 }
 
 TEST_F(Start, NoPluginFolderMeansNoDovra) {
   machine_.mount("S:");
   machine_.putFile("S:\\Lumo\\prg\\com\\dovra\\plugin", "a file is no folder");
   run("INTEGRATEDMAINTAIN S:\\Lumo");
-  EXPECT_EQ(999, facts().pluginProductNumber);
+  EXPECT_EQ(PluginProduct{999}, facts().pluginProduct);
 }
 
 TEST_F(Start, EmptyHostFolderIsTestedToo) {
   machine_.makeFolders("C:\\prg\\com\\dovra\\plugin");
   run("");
-  EXPECT_EQ(14, facts().pluginProductNumber);
+  EXPECT_EQ(PluginProduct{14}, facts().pluginProduct);
 }
 
 // --- Dispatch
@@ -448,7 +448,7 @@ TEST_F(SingleInstallStart, TestsThePluginFolderBeforeItAsksForTheRecord) {
                                "C:\\Lumo");
   machine_.makeFolders("C:\\Lumo\\prg\\com\\dovra\\plugin");
   run("SINGLEINSTALL ZB pacco.zip");
-  EXPECT_EQ(999, facts().pluginProductNumber) << "the host folder was not known yet";
+  EXPECT_EQ(PluginProduct{999}, facts().pluginProduct) << "the host folder was not known yet";
   const std::size_t plugin = callAt(CallKind::FileLook, "\\prg\\com\\dovra\\plugin");
   ASSERT_NE(0U, plugin);
   EXPECT_LT(plugin, callAt(CallKind::ConfigurationGet));

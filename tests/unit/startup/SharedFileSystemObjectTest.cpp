@@ -40,7 +40,7 @@ TEST(SharedFileSystemObject, ThatCannotBeMadeIsReportedAndMissing) {
       "Impossibile allocare l'oggetto FileSystemObject.\r\nVerificare la presenza del componente "
       "\"scrrun.dll\" nel percorso system32 di windows",
       report.message);
-  EXPECT_EQ(0, report.kind);
+  EXPECT_EQ(ReportKind::ProgramError, report.kind);
 }
 
 TEST(SharedFileSystemObject, IsTriedAndReportedAgainAtTheNextUse) {

@@ -390,8 +390,8 @@ TEST(RunLogWithoutProgram, LosesItsLines) {
   LogAndReporter log;
   log.WriteLog("uno");
   log.WriteLog("due", "C:\\x.log");
-  EXPECT_EQ(0, log.VisualizzaErrore("m", "p", "t", 0, RuntimeError()));
-  EXPECT_EQ(0, log.VisualizzaErrore("m", "p", "t", 1, RuntimeError()));
+  EXPECT_EQ(0, log.VisualizzaErrore("m", "p", "t", ReportKind::ProgramError, RuntimeError()));
+  EXPECT_EQ(0, log.VisualizzaErrore("m", "p", "t", ReportKind::ComponentsTool, RuntimeError()));
 }
 
 /// Counts what the log asks of the locale.
