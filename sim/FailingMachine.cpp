@@ -14,6 +14,8 @@ constexpr std::array kReadCodes{kSharingViolation, kAccessDenied, kNetNameDelete
 constexpr std::array kStartCodes{kFileNotFound, kAccessDenied, kElevationRequired};
 // -3000 and -9999 as they travel in an unsigned code.
 constexpr std::array kStoreCodes{static_cast<SystemCode>(-3000), static_cast<SystemCode>(-9999)};
+constexpr std::array kAutomationCodes{machine::automation_code::kNotRegistered,
+                                      machine::automation_code::kServerGone};
 constexpr SystemCode kWaitFailed = 6;
 constexpr SystemCode kNoNetwork = 1222;
 /// For interfaces that tell of a failure in another way: nobody looks at it.
@@ -46,6 +48,8 @@ SystemCode codeFor(CallKind kind, std::size_t variant) {
     case CallKind::ConfigurationSet:
     case CallKind::ConfigurationPath:
       return kStoreCodes.at(variant % kStoreCodes.size());
+    case CallKind::AutomationCall:
+      return kAutomationCodes.at(variant % kAutomationCodes.size());
     case CallKind::FileVersionRead:
       return kResourceDataNotFound;
     case CallKind::ConnectionNameQuery:
@@ -77,6 +81,7 @@ SystemCode codeFor(CallKind kind, std::size_t variant) {
     case CallKind::BoxShow:
     case CallKind::FormShow:
     case CallKind::PictureShow:
+    case CallKind::InputShow:
       return kWithoutCode;
   }
   throw std::logic_error("a call of no kind");

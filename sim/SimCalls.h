@@ -56,6 +56,8 @@ enum class CallKind {
   BoxShow,
   FormShow,
   PictureShow,
+  InputShow,
+  AutomationCall,
   DriveTypeQuery,
   ConnectionNameQuery,
   DeviceNamesQuery,

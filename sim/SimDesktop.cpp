@@ -47,7 +47,16 @@ SimFormWindow::SimFormWindow(std::string formName, machine::Form* form,
 }
 
 bool SimFormWindow::hasControl(const std::string& control) const {
-  return !declared_ || contains(declared_->controls, control) || isBar(control);
+  return !declared_ || contains(declared_->controls, control) || isBar(control) ||
+         isMultiList(control) || isTab(control);
+}
+
+bool SimFormWindow::isMultiList(const std::string& control) const {
+  return declared_ && contains(declared_->multiLists, control);
+}
+
+bool SimFormWindow::isTab(const std::string& control) const {
+  return declared_ && contains(declared_->tabs, control);
 }
 
 bool SimFormWindow::isBar(const std::string& control) const {
@@ -118,16 +127,20 @@ const SimFormWindow::Item* SimFormWindow::findItem(const std::string& control, i
   return found == nullptr || index < 0 || at >= found->items.size() ? nullptr : &found->items[at];
 }
 
+SimFormWindow::Item* SimFormWindow::findItem(const std::string& control, int index) {
+  return const_cast<Item*>(std::as_const(*this).findItem(control, index));
+}
+
 void SimFormWindow::clearItems(const std::string& control) {
   if (hasControl(control)) {
     make(control).items.clear();
-    make(control).selected = -1;
   }
 }
 
 void SimFormWindow::addItem(const std::string& control, const std::string& text, int data) {
   if (hasControl(control)) {
-    make(control).items.push_back({text, data});
+    std::vector<Item>& items = make(control).items;
+    items.push_back({text, data, isTab(control) && items.empty()});
   }
 }
 
@@ -147,13 +160,44 @@ int SimFormWindow::itemData(const std::string& control, int index) const {
 }
 
 int SimFormWindow::selected(const std::string& control) const {
-  const Control* found = find(control);
-  return found == nullptr ? -1 : found->selected;
+  const std::vector<int> all = selectedItems(control);
+  return all.empty() ? -1 : all.front();
 }
 
 void SimFormWindow::select(const std::string& control, int index) {
-  if (index == -1 || findItem(control, index) != nullptr) {
-    make(control).selected = index;
+  const bool none = index == -1 && hasControl(control) && !isTab(control);
+  if (!none && findItem(control, index) == nullptr) {
+    return;
+  }
+  for (Item& item : make(control).items) {
+    item.selected = false;
+  }
+  if (Item* const item = findItem(control, index)) {
+    item->selected = true;
+  }
+}
+
+bool SimFormWindow::itemSelected(const std::string& control, int index) const {
+  const Item* found = findItem(control, index);
+  return found != nullptr && found->selected;
+}
+
+void SimFormWindow::setItemSelected(const std::string& control, int index, bool selected) {
+  Item* const found = findItem(control, index);
+  if (found == nullptr) {
+    return;
+  }
+  if (isMultiList(control)) {
+    found->selected = selected;
+  } else if (found->selected != selected) {
+    select(control, selected ? index : -1);
+  }
+}
+
+void SimFormWindow::setItemEnabled(const std::string& control, int index, bool enabled) {
+  Item* const found = findItem(control, index);
+  if (found != nullptr && isTab(control)) {
+    found->enabled = enabled;
   }
 }
 
@@ -204,14 +248,67 @@ bool SimFormWindow::choose(const std::string& control, int index) {
   if (!usable(control)) {
     return false;
   }
-  if (findItem(control, index) == nullptr) {
-    throw std::out_of_range(control + " has no item " + std::to_string(index));
+  demandSingleChoice(control);
+  demandItem(control, index);
+  if (!isItemEnabled(control, index)) {
+    return false;
   }
   if (selected(control) != index) {
     select(control, index);
     tellOfSelection(control);
   }
   return true;
+}
+
+bool SimFormWindow::toggle(const std::string& control, int index) {
+  if (!usable(control)) {
+    return false;
+  }
+  if (!isMultiList(control)) {
+    throw std::logic_error(control + " is no list of several choices");
+  }
+  demandItem(control, index);
+  setItemSelected(control, index, !itemSelected(control, index));
+  tellOfSelection(control);
+  return true;
+}
+
+bool SimFormWindow::doubleClick(const std::string& control, int index) {
+  if (!usable(control)) {
+    return false;
+  }
+  demandSingleChoice(control);
+  if (isTab(control)) {
+    throw std::logic_error(control + " is no list");
+  }
+  if (index != -1) {
+    choose(control, index);
+  }
+  // Its first click may have closed the form or taken the control away.
+  if (usable(control) && form_ != nullptr) {
+    form_->doubleClicked(*this, control);
+  }
+  return true;
+}
+
+bool SimFormWindow::press(const std::string& control, machine::Key key) {
+  if (!usable(control)) {
+    return false;
+  }
+  focus_ = control;
+  return form_ != nullptr && form_->keyPressed(*this, control, key);
+}
+
+void SimFormWindow::demandItem(const std::string& control, int index) const {
+  if (findItem(control, index) == nullptr) {
+    throw std::out_of_range(control + " has no item " + std::to_string(index));
+  }
+}
+
+void SimFormWindow::demandSingleChoice(const std::string& control) const {
+  if (isMultiList(control)) {
+    throw std::logic_error(control + " is a list of several choices");
+  }
 }
 
 bool SimFormWindow::check(const std::string& control, bool on) {
@@ -256,6 +353,21 @@ std::vector<std::string> SimFormWindow::items(const std::string& control) const 
     texts.push_back(itemText(control, i));
   }
   return texts;
+}
+
+std::vector<int> SimFormWindow::selectedItems(const std::string& control) const {
+  std::vector<int> all;
+  for (int i = 0; i < itemCount(control); ++i) {
+    if (itemSelected(control, i)) {
+      all.push_back(i);
+    }
+  }
+  return all;
+}
+
+bool SimFormWindow::isItemEnabled(const std::string& control, int index) const {
+  const Item* found = findItem(control, index);
+  return found != nullptr && found->enabled;
 }
 
 std::string SimFormWindow::picture(const std::string& control) const {
@@ -316,6 +428,30 @@ void SimDesktop::answer(std::initializer_list<BoxAnswer> answers) {
 
 void SimDesktop::setDefaultAnswer(BoxButtons buttons, BoxAnswer answer) {
   defaultAnswers_[buttons] = answer;
+}
+
+// --- Input boxes
+
+std::optional<std::string> SimDesktop::inputBox(const std::string& title,
+                                                const std::string& prompt) {
+  const bool injected = calls_.enter(CallKind::InputShow, "desktop.inputBox", prompt).has_value();
+  if (injected || !present_) {
+    return std::nullopt;
+  }
+  SimInput input{title, prompt, std::nullopt};
+  if (!inputAnswers_.empty()) {
+    input.answer = std::move(inputAnswers_.front());
+    inputAnswers_.pop_front();
+  }
+  inputs_.push_back(input);
+  if (inputAction_) {
+    inputAction_(input);
+  }
+  return input.answer;
+}
+
+void SimDesktop::answerInput(std::initializer_list<std::optional<std::string>> answers) {
+  inputAnswers_.insert(inputAnswers_.end(), answers);
 }
 
 // --- Forms

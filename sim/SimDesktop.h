@@ -26,13 +26,23 @@ struct SimBox {
   machine::BoxAnswer answer = machine::BoxAnswer::None;
 };
 
+/// An input box that was shown, with what the user did: the text at OK, or nothing.
+struct SimInput {
+  std::string title;
+  std::string prompt;
+  std::optional<std::string> answer;
+};
+
 /// The controls of a form, where a test declares them; without a declaration a window has every
-/// control that is asked for.
+/// control that is asked for, but no list of several choices and no tab control.
 struct SimFormControls {
   std::vector<std::string> controls;
   std::vector<std::string> progressBars;
   /// Option buttons that exclude each other.
   std::vector<std::vector<std::string>> optionGroups = {};
+  /// Lists of several choices, and tab controls; neither need stand among `controls`.
+  std::vector<std::string> multiLists = {};
+  std::vector<std::string> tabs = {};
 };
 
 /// The window of a form on the simulated desktop: controls by name (no regard to case), and the
@@ -61,6 +71,9 @@ class SimFormWindow : public machine::FormWindow {
   int itemData(const std::string& control, int index) const override;
   int selected(const std::string& control) const override;
   void select(const std::string& control, int index) override;
+  bool itemSelected(const std::string& control, int index) const override;
+  void setItemSelected(const std::string& control, int index, bool selected) override;
+  void setItemEnabled(const std::string& control, int index, bool enabled) override;
   bool checked(const std::string& control) const override;
   void setChecked(const std::string& control, bool checked) override;
   bool setPicture(const std::string& control, const std::string& path) override;
@@ -70,10 +83,18 @@ class SimFormWindow : public machine::FormWindow {
 
   /// Presses a button; nothing (and false) when it is disabled or the window is closed.
   bool click(const std::string& control);
-  /// Picks an item of a list or combo (index from 0); false when it is disabled or the window is
-  /// closed. The form hears of another item only. Raises std::out_of_range where there is no such
-  /// item.
+  /// Picks an item of a list of single choice or a combo, or a page of a tab control (index from
+  /// 0); false when it or the page is disabled or the window is closed. The form hears of another
+  /// item only. Raises std::out_of_range where there is no such item.
   bool choose(const std::string& control, int index);
+  /// Selects or deselects an item of a list of several choices; false and std::out_of_range as
+  /// above.
+  bool toggle(const std::string& control, int index);
+  /// Double-clicks an item of a list of single choice, or the free room below the items (-1); false
+  /// and std::out_of_range as above.
+  bool doubleClick(const std::string& control, int index);
+  /// Goes to a control and presses a key there; what the form answered, false as above.
+  bool press(const std::string& control, machine::Key key);
   /// Picks an option, or gives a check box its check or takes it; false as above. The form hears of
   /// a change only.
   bool check(const std::string& control, bool on = true);
@@ -90,6 +111,9 @@ class SimFormWindow : public machine::FormWindow {
   const std::string& focus() const { return focus_; }
   /// Texts of a list's items.
   std::vector<std::string> items(const std::string& control) const;
+  /// Indexes of a list's selected items, in order.
+  std::vector<int> selectedItems(const std::string& control) const;
+  bool isItemEnabled(const std::string& control, int index) const;
   /// Path of the picture that a control shows; empty when none.
   std::string picture(const std::string& control) const;
   /// Every text that a control was given, in order.
@@ -105,13 +129,14 @@ class SimFormWindow : public machine::FormWindow {
   struct Item {
     std::string text;
     int data = 0;
+    bool selected = false;
+    bool enabled = true;
   };
 
   struct Control {
     std::string text;
     bool enabled = true;
     std::vector<Item> items;
-    int selected = -1;
     bool checked = false;
     std::string picture;
     machine::ProgressNumbers numbers;
@@ -121,7 +146,12 @@ class SimFormWindow : public machine::FormWindow {
 
   bool isBar(const std::string& control) const;
   const Control* find(const std::string& control) const;
+  bool isMultiList(const std::string& control) const;
+  bool isTab(const std::string& control) const;
   const Item* findItem(const std::string& control, int index) const;
+  Item* findItem(const std::string& control, int index);
+  void demandItem(const std::string& control, int index) const;
+  void demandSingleChoice(const std::string& control) const;
   bool usable(const std::string& control) const;
   void tellOfSelection(const std::string& control);
   Control& make(const std::string& control);
@@ -149,6 +179,7 @@ class SimDesktop : public machine::Desktop {
 
   machine::BoxAnswer messageBox(const std::string& title, const std::string& text,
                                 machine::BoxIcon icon, machine::BoxButtons buttons) override;
+  std::optional<std::string> inputBox(const std::string& title, const std::string& prompt) override;
   bool showModal(machine::Form& form) override;
   std::unique_ptr<machine::ShownForm> showModeless(machine::Form& form) override;
   machine::FormWindow* activeForm() override;
@@ -165,6 +196,15 @@ class SimDesktop : public machine::Desktop {
   void setDefaultAnswer(machine::BoxButtons buttons, machine::BoxAnswer answer);
   /// What happens while a box is shown; called for every box.
   void onBox(BoxAction action) { boxAction_ = std::move(action); }
+
+  // --- Input boxes
+
+  const std::vector<SimInput>& inputs() const { return inputs_; }
+  /// What the user does in the next input boxes, in order: a text and OK, or nothing for Cancel.
+  /// Without one: Cancel.
+  void answerInput(std::initializer_list<std::optional<std::string>> answers);
+  /// What happens while an input box is shown; called for every one.
+  void onInput(std::function<void(const SimInput&)> action) { inputAction_ = std::move(action); }
 
   // --- Forms
 
@@ -226,6 +266,9 @@ class SimDesktop : public machine::Desktop {
   std::deque<machine::BoxAnswer> answers_;
   std::map<machine::BoxButtons, machine::BoxAnswer> defaultAnswers_;
   BoxAction boxAction_;
+  std::vector<SimInput> inputs_;
+  std::deque<std::optional<std::string>> inputAnswers_;
+  std::function<void(const SimInput&)> inputAction_;
   std::map<std::string, std::deque<UserAction>> scripts_;
   std::map<std::string, UserAction> standingScripts_;
   std::map<std::string, SimFormControls> declared_;

@@ -47,8 +47,10 @@ SimMachine::SimMachine()
       configurationSocket_(calls_, configuration_),
       support_(calls_),
       desktop_(calls_, files_),
-      machine_{files_, profiles_, registry_, processes_,           environment_, system_,
-               clock_, locale_,   versions_, configurationSocket_, support_,     desktop_} {
+      automation_(calls_, files_),
+      machine_{files_,   profiles_, registry_,  processes_, environment_,
+               system_,  clock_,    locale_,    versions_,  configurationSocket_,
+               support_, desktop_,  automation_} {
   mount("C:");
   fillDisk();
   fillEnvironment();

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "machine/Machine.h"
+#include "sim/SimAutomation.h"
 #include "sim/SimCalls.h"
 #include "sim/SimDesktop.h"
 #include "sim/SimDisk.h"
@@ -31,8 +32,9 @@ class SimVersionResources : public machine::VersionResources {
 
 /// One simulated workstation: Windows XP, Italian, user mario (administrator), drive C: with
 /// C:\WINDOWS\system32, C:\Program Files, C:\Users\mario\Temp and the manager's own executable
-/// C:\Lumo\Programmi\TrelvManager.exe, which runs. No registry keys, no support library, an empty
-/// configuration store with the path C:\Lumo\Client. Everything can be changed through the parts.
+/// C:\Lumo\Programmi\TrelvManager.exe, which runs. No registry keys, no support library, no word
+/// processor, an empty configuration store with the path C:\Lumo\Client. Everything can be changed
+/// through the parts.
 class SimMachine {
  public:
   SimMachine();
@@ -56,6 +58,7 @@ class SimMachine {
   SimConfigurationLibrary& configuration() { return configuration_; }
   SimSupportLibrary& support() { return support_; }
   SimDesktop& desktop() { return desktop_; }
+  SimAutomation& automation() { return automation_; }
   SimVolumes& volumes() { return volumes_; }
   SimCalls& callLog() { return calls_; }
 
@@ -127,6 +130,7 @@ class SimMachine {
   ConfigurationSocket configurationSocket_;
   SimSupportLibrary support_;
   SimDesktop desktop_;
+  SimAutomation automation_;
   /// Lives as long as this program runs from its executable.
   std::shared_ptr<void> runningExecutable_;
   machine::Machine machine_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "machine/Form.h"
@@ -27,6 +28,12 @@ class Desktop {
   /// answer. Without a desktop it answers None at once.
   virtual BoxAnswer messageBox(const std::string& title, const std::string& text, BoxIcon icon,
                                BoxButtons buttons) = 0;
+
+  /// Asks for one line of text over the active form: a prompt, a field (empty at first), OK, Cancel
+  /// and a button that chooses a folder, whose path goes into the field. The field's text as it
+  /// stands (UTF-8, may be empty), or nothing when the user cancelled or it cannot be shown.
+  virtual std::optional<std::string> inputBox(const std::string& title,
+                                              const std::string& prompt) = 0;
 
   /// Loads the form's window, shows it modally over the active form and returns when it is closed.
   /// False when it could not be made (nothing of the form was called then).

@@ -12,6 +12,9 @@ struct ProgressNumbers {
   int value = 0;
 };
 
+/// The keys that a form can hear of itself; all others belong to the controls.
+enum class Key { F10 };
+
 /// The window of a form that is open, seen through its controls by name. Owned by the desktop,
 /// valid from load to unload. A control that the form does not have: texts are dropped or empty,
 /// the Boolean methods answer false.
@@ -37,10 +40,12 @@ class FormWindow {
   virtual bool progress(const std::string& control, ProgressNumbers& numbers) const = 0;
   virtual bool setProgress(const std::string& control, const ProgressNumbers& numbers) = 0;
 
-  /// Items of a list (of single choice) or a combo, index from 0; each carries a number of the
-  /// program's own. New items come last. Changing items or the selection by these methods calls no
-  /// handler. -1: nothing is selected. An index that there is not: empty text, number 0, the
-  /// selection stays.
+  /// Items of a list, items of a combo, pages of a tab control, index from 0; each carries a number
+  /// of the program's own. New items come last. Changing items or the selection by these methods
+  /// calls no handler. -1: nothing is selected. An index that there is not: empty text, number 0,
+  /// the selection stays. In a list of several choices `selected` is the first selected item, and
+  /// `select` takes the selection from all others. A tab control that has pages always has one of
+  /// them selected: from its first page on that one, and -1 changes nothing.
   virtual void clearItems(const std::string& control) = 0;
   virtual void addItem(const std::string& control, const std::string& text, int data = 0) = 0;
   virtual int itemCount(const std::string& control) const = 0;
@@ -48,6 +53,16 @@ class FormWindow {
   virtual int itemData(const std::string& control, int index) const = 0;
   virtual int selected(const std::string& control) const = 0;
   virtual void select(const std::string& control, int index) = 0;
+
+  /// One item of a list of several choices; setting leaves the others as they are. In all other
+  /// controls with items: is it the selected one? Setting selects it; taking its selection leaves
+  /// none (a tab control keeps it). False for an index that there is not.
+  virtual bool itemSelected(const std::string& control, int index) const = 0;
+  virtual void setItemSelected(const std::string& control, int index, bool selected) = 0;
+
+  /// A page of a tab control; enabled from the start. One that is disabled the user cannot choose,
+  /// by mouse or keyboard; `select` can. Nothing happens to other controls.
+  virtual void setItemEnabled(const std::string& control, int index, bool enabled) = 0;
 
   /// Option buttons and check boxes. Checking an option takes the check from the others of its
   /// group; no handler is called.
@@ -73,8 +88,18 @@ class Form {
   virtual void loaded(FormWindow& window) = 0;
   /// A push button was pressed (mouse, accelerator, Enter on it, or as the default button).
   virtual void clicked(FormWindow& window, const std::string& control) = 0;
-  /// The user chose another item of a list or combo, or changed an option or a check box.
+  /// The user chose another item of a list or combo or another page, selected or deselected an item
+  /// of a list of several choices, or changed an option or a check box.
   virtual void selectionChanged(FormWindow& /*window*/, const std::string& /*control*/) {}
+  /// The user double-clicked in a list of single choice. Where an item stands there it is selected,
+  /// and the form heard of that before if it was another; the free room below the items changes
+  /// nothing.
+  virtual void doubleClicked(FormWindow& /*window*/, const std::string& /*control*/) {}
+  /// The user pressed a key while the control had the focus. True when the form dealt with it; else
+  /// the key does what it does without a form.
+  virtual bool keyPressed(FormWindow& /*window*/, const std::string& /*control*/, Key /*key*/) {
+    return false;
+  }
   /// The user asked to close the window (close box, Esc). The form decides; the usual answer is
   /// window.close().
   virtual void closeRequested(FormWindow& window) = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "machine/Automation.h"
 #include "machine/Clock.h"
 #include "machine/Desktop.h"
 #include "machine/Environment.h"
@@ -28,6 +29,7 @@ struct Machine {
   ConfigurationLibrary& configuration;
   SupportLibrary& support;
   Desktop& desktop;
+  Automation& automation;
 };
 
 }  // namespace trelv::machine

@@ -114,6 +114,11 @@ BoxAnswer Win32Desktop::messageBox(const std::string& title, const std::string& 
                               styleOf(icon) | styleOf(buttons)));
 }
 
+// The program has no such dialog yet: none can be shown.
+std::optional<std::string> Win32Desktop::inputBox(const std::string&, const std::string&) {
+  return std::nullopt;
+}
+
 bool Win32Desktop::showModal(machine::Form& form) {
   registerControlClasses();
   HWND const over = owner();

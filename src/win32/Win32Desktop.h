@@ -13,6 +13,7 @@ class Win32Desktop : public machine::Desktop {
  public:
   machine::BoxAnswer messageBox(const std::string& title, const std::string& text,
                                 machine::BoxIcon icon, machine::BoxButtons buttons) override;
+  std::optional<std::string> inputBox(const std::string& title, const std::string& prompt) override;
   bool showModal(machine::Form& form) override;
   std::unique_ptr<machine::ShownForm> showModeless(machine::Form& form) override;
   machine::FormWindow* activeForm() override;

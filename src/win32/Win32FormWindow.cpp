@@ -320,6 +320,19 @@ void Win32FormWindow::select(const std::string& control, int index) {
   }
 }
 
+bool Win32FormWindow::itemSelected(const std::string& control, int index) const {
+  return index >= 0 && selected(control) == index;
+}
+
+void Win32FormWindow::setItemSelected(const std::string& control, int index, bool selected) {
+  if (selected != itemSelected(control, index)) {
+    select(control, selected ? index : -1);
+  }
+}
+
+// No form has a tab control yet.
+void Win32FormWindow::setItemEnabled(const std::string&, int, bool) {}
+
 bool Win32FormWindow::checked(const std::string& control) const {
   HWND const window = windowOf(control);
   return isChoice(window) && isChecked(window);

@@ -61,6 +61,9 @@ class Win32FormWindow : public machine::FormWindow {
   int itemData(const std::string& control, int index) const override;
   int selected(const std::string& control) const override;
   void select(const std::string& control, int index) override;
+  bool itemSelected(const std::string& control, int index) const override;
+  void setItemSelected(const std::string& control, int index, bool selected) override;
+  void setItemEnabled(const std::string& control, int index, bool enabled) override;
   bool checked(const std::string& control) const override;
   void setChecked(const std::string& control, bool checked) override;
   bool setPicture(const std::string& control, const std::string& path) override;

@@ -2,6 +2,7 @@
 
 #include "machine/Machine.h"
 #include "win32/HostLibraryFile.h"
+#include "win32/Win32Automation.h"
 #include "win32/Win32Clock.h"
 #include "win32/Win32ConfigurationLibrary.h"
 #include "win32/Win32Desktop.h"
@@ -31,11 +32,12 @@ struct Win32Machine {
   Win32ConfigurationLibrary hostConfiguration{LibraryFolders::ofThisProcess()};
   Win32SupportLibrary support{LibraryFolders::ofThisProcess()};
   Win32Desktop desktop;
+  Win32Automation automation;
 
   /// What the program asks this machine through; `configuration` is the store to use.
   machine::Machine machine(machine::ConfigurationLibrary& configuration) {
-    return {files, profiles, registry, processes,     environment, system,
-            clock, locale,   versions, configuration, support,     desktop};
+    return {files,  profiles, registry,      processes, environment, system,    clock,
+            locale, versions, configuration, support,   desktop,     automation};
   }
 };
 

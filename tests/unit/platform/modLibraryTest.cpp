@@ -104,8 +104,8 @@ class MeasuringSupport : public machine::SupportLibrary {
 
 machine::Machine withSupport(sim::SimMachine& sim, machine::SupportLibrary& support) {
   machine::Machine& m = sim.machine();
-  return {m.files, m.profiles, m.registry, m.processes,     m.environment, m.system,
-          m.clock, m.locale,   m.versions, m.configuration, support,       m.desktop};
+  return {m.files,  m.profiles, m.registry,      m.processes, m.environment, m.system,    m.clock,
+          m.locale, m.versions, m.configuration, support,     m.desktop,     m.automation};
 }
 
 TEST(GetTempDirectory, HandsTheLibraryAHundredBlanks) {

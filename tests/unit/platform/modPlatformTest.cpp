@@ -160,7 +160,8 @@ struct Measured {
       sim.machine().files,         sim.machine().profiles,    sim.machine().registry,
       sim.machine().processes,     sim.machine().environment, system,
       sim.machine().clock,         sim.machine().locale,      sim.machine().versions,
-      sim.machine().configuration, sim.machine().support,     sim.machine().desktop};
+      sim.machine().configuration, sim.machine().support,     sim.machine().desktop,
+      sim.machine().automation};
   FakeProgram program{sim, machine};
 };
 

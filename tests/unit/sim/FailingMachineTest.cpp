@@ -74,6 +74,10 @@ TEST(FailingMachine, EachKindOfCallFailsInItsOwnWay) {
   EXPECT_EQ(parts.configuration.getParameter("P", "S", "K", "A", "D", 10, text), -3000);
   EXPECT_EQ(parts.desktop.messageBox("", "", machine::BoxIcon::None, machine::BoxButtons::Ok),
             machine::BoxAnswer::None);
+  EXPECT_EQ(parts.desktop.inputBox("", ""), std::nullopt);
+  std::unique_ptr<machine::WordProcessor> word;
+  EXPECT_EQ(parts.automation.startWord(word).code, machine::automation_code::kNotRegistered);
+  EXPECT_EQ(word, nullptr);
   EXPECT_EQ(text, "before");
   EXPECT_EQ(machine.fileText("C:\\a.ini"), "[S]\r\nk=v\r\n");
   EXPECT_TRUE(machine.started().empty());

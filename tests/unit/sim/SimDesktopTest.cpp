@@ -169,6 +169,14 @@ class ChoiceForm : public machine::Form {
   void selectionChanged(machine::FormWindow& window, const std::string& control) override {
     heard.push_back(control + " " + std::to_string(window.selected(control)));
   }
+  void doubleClicked(machine::FormWindow& /*window*/, const std::string& control) override {
+    heard.push_back("double " + control);
+  }
+  bool keyPressed(machine::FormWindow& /*window*/, const std::string& control,
+                  machine::Key key) override {
+    heard.push_back("key " + control);
+    return key == machine::Key::F10 && control == "lstProdotti";
+  }
   void closeRequested(machine::FormWindow& window) override { window.close(); }
 
   std::vector<std::string> heard;
@@ -180,7 +188,9 @@ class SimChoices : public testing::Test {
     machine_.desktop().declareForm(
         "frmScelta", {{"lstProdotti", "optClient", "optServer", "chkTutti", "picFoto"},
                       {},
-                      {{"optClient", "optServer"}}});
+                      {{"optClient", "optServer"}},
+                      {"lstVersioni"},
+                      {"labTab"}});
     machine_.desktop().onForm("frmScelta", std::move(user));
     EXPECT_TRUE(machine_.desktop().showModal(form_));
   }
@@ -233,6 +243,97 @@ TEST_F(SimChoices, TheFormHearsOfTheUsersChoicesOnly) {
   EXPECT_EQ(form_.heard, (std::vector<std::string>{"lstProdotti 1"}));
 }
 
+TEST_F(SimChoices, AListOfSeveralChoicesIsToggledItemByItem) {
+  show([](SimFormWindow& window) {
+    for (const char* const item : {"a", "b", "c"}) {
+      window.addItem("lstVersioni", item);
+    }
+    EXPECT_TRUE(window.selectedItems("lstVersioni").empty());
+    EXPECT_TRUE(window.toggle("lstVersioni", 2));
+    EXPECT_TRUE(window.toggle("lstVersioni", 1));
+    EXPECT_EQ(window.selected("lstVersioni"), 1);
+    EXPECT_EQ(window.selectedItems("lstVersioni"), (std::vector<int>{1, 2}));
+    EXPECT_TRUE(window.toggle("lstVersioni", 2));
+    window.setItemSelected("lstVersioni", 0, true);
+    window.setItemSelected("lstVersioni", 3, true);
+    EXPECT_EQ(window.selectedItems("lstVersioni"), (std::vector<int>{0, 1}));
+    EXPECT_FALSE(window.itemSelected("lstVersioni", 2));
+    EXPECT_FALSE(window.itemSelected("lstVersioni", 3));
+    window.select("lstVersioni", 2);
+    EXPECT_EQ(window.selectedItems("lstVersioni"), (std::vector<int>{2}));
+    window.select("lstVersioni", -1);
+    EXPECT_EQ(window.selected("lstVersioni"), -1);
+    EXPECT_THROW(window.toggle("lstVersioni", 3), std::out_of_range);
+    EXPECT_THROW(window.choose("lstVersioni", 0), std::logic_error);
+    EXPECT_THROW(window.doubleClick("lstVersioni", 0), std::logic_error);
+    EXPECT_THROW(window.toggle("lstProdotti", 0), std::logic_error);
+    window.setEnabled("lstVersioni", false);
+    EXPECT_FALSE(window.toggle("lstVersioni", 0));
+  });
+  EXPECT_EQ(form_.heard,
+            (std::vector<std::string>{"lstVersioni 2", "lstVersioni 1", "lstVersioni 1"}));
+}
+
+TEST_F(SimChoices, AListOfSingleChoiceHasOneItemSelectedAtMost) {
+  show([](SimFormWindow& window) {
+    window.setItemSelected("lstProdotti", 0, true);
+    window.setItemSelected("lstProdotti", 1, true);
+    EXPECT_EQ(window.selectedItems("lstProdotti"), (std::vector<int>{1}));
+    window.setItemSelected("lstProdotti", 0, false);
+    EXPECT_TRUE(window.itemSelected("lstProdotti", 1));
+    window.setItemSelected("lstProdotti", 1, false);
+    EXPECT_EQ(window.selected("lstProdotti"), -1);
+  });
+  EXPECT_TRUE(form_.heard.empty());
+}
+
+TEST_F(SimChoices, APageThatIsDisabledCannotBeChosen) {
+  show([](SimFormWindow& window) {
+    EXPECT_EQ(window.selected("labTab"), -1);
+    for (const char* const page : {"Uno", "Due", "Tre"}) {
+      window.addItem("labTab", page);
+    }
+    EXPECT_EQ(window.selected("labTab"), 0);
+    window.setItemEnabled("labTab", 1, false);
+    EXPECT_FALSE(window.choose("labTab", 1));
+    EXPECT_TRUE(window.choose("labTab", 2));
+    EXPECT_EQ(window.selected("labTab"), 2);
+    window.select("labTab", -1);
+    EXPECT_EQ(window.selected("labTab"), 2);
+    window.select("labTab", 1);
+    EXPECT_EQ(window.selected("labTab"), 1);
+    window.setItemEnabled("lstProdotti", 0, false);
+    EXPECT_TRUE(window.choose("lstProdotti", 0)) << "items of lists are always enabled";
+    EXPECT_THROW(window.doubleClick("labTab", 0), std::logic_error);
+  });
+  EXPECT_EQ(form_.heard, (std::vector<std::string>{"labTab 2", "lstProdotti 0"}));
+}
+
+TEST_F(SimChoices, ADoubleClickPicksTheItemFirst) {
+  show([](SimFormWindow& window) {
+    EXPECT_TRUE(window.doubleClick("lstProdotti", -1));
+    EXPECT_TRUE(window.doubleClick("lstProdotti", 1));
+    EXPECT_TRUE(window.doubleClick("lstProdotti", 1));
+    EXPECT_THROW(window.doubleClick("lstProdotti", 2), std::out_of_range);
+    window.setEnabled("lstProdotti", false);
+    EXPECT_FALSE(window.doubleClick("lstProdotti", 0));
+  });
+  EXPECT_EQ(form_.heard, (std::vector<std::string>{"double lstProdotti", "lstProdotti 1",
+                                                   "double lstProdotti", "double lstProdotti"}));
+}
+
+TEST_F(SimChoices, AKeyIsHeardInTheControlThatHasTheFocus) {
+  show([](SimFormWindow& window) {
+    EXPECT_TRUE(window.press("lstProdotti", machine::Key::F10));
+    EXPECT_EQ(window.focus(), "lstProdotti");
+    EXPECT_FALSE(window.press("optClient", machine::Key::F10));
+    window.setEnabled("lstProdotti", false);
+    EXPECT_FALSE(window.press("lstProdotti", machine::Key::F10));
+    EXPECT_EQ(window.focus(), "optClient");
+  });
+  EXPECT_EQ(form_.heard, (std::vector<std::string>{"key lstProdotti", "key optClient"}));
+}
+
 TEST_F(SimChoices, OptionsOfAGroupExcludeEachOther) {
   show([](SimFormWindow& window) {
     window.setChecked("optClient", true);
@@ -266,6 +367,28 @@ TEST_F(SimChoices, APictureMustBeWhole) {
     EXPECT_EQ(window.picture("picFoto"), "C:\\a.bmp");
   });
   EXPECT_EQ(machine_.callLog().countOf("form.setPicture C:\\a.jpg"), 1U);
+}
+
+// --- Input boxes
+
+TEST(SimDesktop, InputBoxesAreAnsweredInOrderAndCancelledAfterwards) {
+  SimMachine machine;
+  machine::Desktop& desktop = machine.machine().desktop;
+  std::vector<std::string> shown;
+  machine.desktop().answerInput({"S:\\Lumo", std::nullopt, ""});
+  machine.desktop().onInput([&](const SimInput& input) { shown.push_back(input.prompt); });
+  EXPECT_EQ(desktop.inputBox("Titolo", "Uno"), "S:\\Lumo");
+  EXPECT_EQ(desktop.inputBox("Titolo", "Due"), std::nullopt);
+  EXPECT_EQ(desktop.inputBox("Titolo", "Tre"), "");
+  EXPECT_EQ(desktop.inputBox("Titolo", "Quattro"), std::nullopt);
+  EXPECT_EQ(shown, (std::vector<std::string>{"Uno", "Due", "Tre", "Quattro"}));
+  EXPECT_EQ(machine.desktop().inputs().at(0).answer, "S:\\Lumo");
+  EXPECT_EQ(machine.desktop().inputs().at(0).title, "Titolo");
+  EXPECT_EQ(machine.callLog().countOf("desktop.inputBox Due"), 1U);
+  machine.desktop().setPresent(false);
+  machine.desktop().answerInput({"C:\\"});
+  EXPECT_EQ(desktop.inputBox("Titolo", "Cinque"), std::nullopt);
+  EXPECT_EQ(machine.desktop().inputs().size(), 4U);
 }
 
 // --- Modeless forms and the pointer

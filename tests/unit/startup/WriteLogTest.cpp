@@ -424,7 +424,8 @@ TEST_F(WriteLog, DateIsFormattedOncePerSecondAndEachLineConvertedOnce) {
   CountingLocale locale(real.locale);
   machine::Machine counted{real.files,       real.profiles,      real.registry, real.processes,
                            real.environment, real.system,        real.clock,    locale,
-                           real.versions,    real.configuration, real.support,  real.desktop};
+                           real.versions,    real.configuration, real.support,  real.desktop,
+                           real.automation};
   LogAndReporter log;
   Program& whole = program_;
   Program program{counted, whole.state, log, log, whole.fileSystem, whole.configurationFiles};
