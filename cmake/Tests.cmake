@@ -83,6 +83,10 @@ else()
   trelv_test_target(test_support LINKS main xmlstore decoder sim)
   trelv_test(unit_tests SOURCES "unit/*.cpp" EXCEPT "${not_here}"
              LINKS test_support main xmlstore decoder sim)
+  # This one reads the sources.
+  set_source_files_properties(
+    "${PROJECT_SOURCE_DIR}/tests/unit/win32/DialogControlsTest.cpp"
+    PROPERTIES COMPILE_DEFINITIONS TRELV_PROJECT_FOLDER="${PROJECT_SOURCE_DIR}")
   trelv_test(contract_sim SOURCES "contract/*.cpp" EXCEPT "/contract/win32/" LINKS main sim)
   trelv_test(sweep_tests SOURCES "sweep/*.cpp" LINKS test_support main xmlstore sim)
   trelv_test(fuzz_tests SOURCES "fuzz/*.cpp" EXCEPT "${not_here}"

@@ -4,8 +4,6 @@
 #include <array>
 #include <string_view>
 
-#include "win32/resource.h"
-
 namespace trelv::win32 {
 namespace {
 
@@ -14,43 +12,22 @@ struct Control {
   int id;
 };
 
-#define TRELV_CONTROL(name) \
-  Control { #name, IDC_##name }
+/// Rows of resource.h (cmake/ControlTable.cmake).
+constexpr auto kControls = std::to_array<Control>({
+#include <ControlTable.inc>
+});
 
-constexpr std::array kControls{
-    TRELV_CONTROL(btnOk),
-    TRELV_CONTROL(cmdDettagli),
-    TRELV_CONTROL(picError),
-    TRELV_CONTROL(prgProgress),
-    TRELV_CONTROL(txtProgress),
-    TRELV_CONTROL(lblProgress),
-    TRELV_CONTROL(txtErrLabel),
-    TRELV_CONTROL(txtProgetto),
-    TRELV_CONTROL(txtModulo),
-    TRELV_CONTROL(txtProcedura),
-    TRELV_CONTROL(txtErrSource),
-    TRELV_CONTROL(txtErrCodice),
-    TRELV_CONTROL(txtErrDescrizione),
-    TRELV_CONTROL(txtErrDescrizioneInterna),
-    TRELV_CONTROL(txtErrTrace),
-    TRELV_CONTROL(cmbProduct),
-    TRELV_CONTROL(optClient),
-    TRELV_CONTROL(optServer),
-    TRELV_CONTROL(optSetup),
-    TRELV_CONTROL(optUpdate),
-    TRELV_CONTROL(lstVersion),
-    TRELV_CONTROL(btnRemove),
-    TRELV_CONTROL(btnRepair),
-    TRELV_CONTROL(btnExit),
-    TRELV_CONTROL(lblServerPath),
-    TRELV_CONTROL(lblClientVersion),
-    TRELV_CONTROL(lblServerVersion),
-    TRELV_CONTROL(lblRemove),
-    TRELV_CONTROL(lblRepair),
-    TRELV_CONTROL(lblOutcome),
-};
-
-#undef TRELV_CONTROL
+constexpr bool noneTwice() {
+  for (auto control = kControls.begin(); control != kControls.end(); ++control) {
+    for (auto other = control + 1; other != kControls.end(); ++other) {
+      if (control->id == other->id || control->name == other->name) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+static_assert(noneTwice(), "two controls of resource.h share a name or a number");
 
 }  // namespace
 

@@ -1,8 +1,9 @@
 #pragma once
 
-/* Read by the resource compiler too: definitions only. A control's identifier is "IDC_" and its
-   name. 1 and 2 are the dialog manager's own (Enter without a default button, and Esc or the close
-   box) and must not be given to a control. */
+/* The resource compiler reads this, and cmake/ControlTable.cmake: a control is one line
+   "#define IDC_name number", by which the dialogs place it; the forms say the name alone. 1 and 2
+   are the dialog manager's own (Enter without a default button, and Esc or the close box) and must
+   not be given to a control. */
 
 #define TRELV_ICON_PROGRAM 1
 

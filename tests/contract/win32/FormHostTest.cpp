@@ -3,8 +3,10 @@
 // The common controls' header needs the one above first.
 #include <commctrl.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -83,8 +85,21 @@ Names controlNames(Win32Desktop& desktop, const std::string& resource) {
   return found;
 }
 
-TEST_F(FormHost, TheWaitFormHasNoControlThatIsAddressed) {
-  EXPECT_EQ(Names{}, controlNames(desktop_, frmwait().name()));
+BOOL CALLBACK noteDialog(HMODULE /*module*/, LPCWSTR /*type*/, LPWSTR name, LONG_PTR names) {
+  auto& found = *reinterpret_cast<Names*>(names);
+  found.push_back(IS_INTRESOURCE(name) ? "#" + std::to_string(LOWORD(name)) : utf8(name));
+  return TRUE;
+}
+
+TEST_F(FormHost, EveryDialogCanBeShownAndEachControlOfItHasANameOfItsOwn) {
+  Names dialogs;
+  EnumResourceNamesW(nullptr, RT_DIALOG, noteDialog, reinterpret_cast<LONG_PTR>(&dialogs));
+  EXPECT_LE(3U, dialogs.size());
+  for (const std::string& dialog : dialogs) {
+    const Names found = controlNames(desktop_, dialog);
+    EXPECT_EQ(0, std::count(found.begin(), found.end(), "")) << dialog;
+    EXPECT_EQ(found.size(), std::set<std::string>(found.begin(), found.end()).size()) << dialog;
+  }
 }
 
 TEST_F(FormHost, EveryControlOfTheErrorFormHasItsName) {

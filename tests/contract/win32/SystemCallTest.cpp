@@ -27,8 +27,9 @@ BOOL WINAPI failWithoutCode() { return FALSE; }
 
 TEST(SystemCall, TheCodeIsTakenBeforeTheArgumentsAreDestroyed) {
   EXPECT_EQ(system_code::kFileNotFound, codeOf(DeleteFileW, ForgetfulPath(kMissing)));
-  EXPECT_EQ(system_code::kFileNotFound,
-            called(GetFileAttributesW, ForgetfulPath(kMissing)).failure());
+  const Called<DWORD> attributes = called(GetFileAttributesW, ForgetfulPath(kMissing));
+  EXPECT_EQ(INVALID_FILE_ATTRIBUTES, attributes.answer);
+  EXPECT_EQ(system_code::kFileNotFound, attributes.failure());
 }
 
 TEST(SystemCall, AHandleThatCannotBeHadLeavesNoneAndItsCode) {
