@@ -97,6 +97,14 @@ FailingMachine::FailingMachine(SimMachine& simMachine, std::size_t number, Failu
 
 FailingMachine::~FailingMachine() { machine_.callLog().setInjector(nullptr); }
 
+std::size_t FailingMachine::variants(CallKind kind) {
+  std::size_t count = 1;
+  while (codeFor(kind, count) != codeFor(kind, 0)) {
+    ++count;
+  }
+  return count;
+}
+
 std::optional<SystemCode> FailingMachine::look(const SimCall& call) {
   ++seen_;
   const bool fails = span_ == FailureSpan::Once ? seen_ == number_ : seen_ >= number_;

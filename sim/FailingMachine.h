@@ -26,6 +26,9 @@ class FailingMachine {
   FailingMachine(const FailingMachine&) = delete;
   FailingMachine& operator=(const FailingMachine&) = delete;
 
+  /// In how many ways a call of this kind can fail: variants 0 … less than this.
+  static std::size_t variants(CallKind kind);
+
   /// Was there a call of that number? A sweep ends with the first run that answers false.
   bool reached() const { return seen_ >= number_; }
   /// How many calls were made since.

@@ -20,6 +20,10 @@ KilledMachine::~KilledMachine() {
   }
 }
 
+bool KilledMachine::canBeLeftBegun(CallKind kind) {
+  return kind == CallKind::FileWrite || kind == CallKind::FileAppend || kind == CallKind::FileCopy;
+}
+
 void KilledMachine::look(const SimCall& call) {
   ++seen_;
   if (seen_ == number_) {

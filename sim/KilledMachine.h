@@ -23,6 +23,9 @@ class KilledMachine {
   KilledMachine(const KilledMachine&) = delete;
   KilledMachine& operator=(const KilledMachine&) = delete;
 
+  /// Can such a call be left begun? Otherwise `left` makes no difference.
+  static bool canBeLeftBegun(CallKind kind);
+
   /// Was there a call of that number? A sweep ends with the first run that answers false.
   bool reached() const { return !killedCall_.empty(); }
   /// How many calls were made until then, the deadly one included.

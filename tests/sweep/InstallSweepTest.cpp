@@ -1,21 +1,20 @@
 // The installation of one product and the manager's self-update, again and again: each time one
-// more call of the machine fails, or the program ends there by force. Client copy, environment file
-// and what a pack brought are old or new, never half; nothing stays on the share; and whoever finds
-// a failure silent says here why that is right.
+// more call of the machine fails, or everything from it on, or the program ends there by force.
+// Client copy, environment file and what a pack brought are old or new, never half; nothing stays
+// on the share; and whoever finds a failure silent says here why that is right.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <memory>
-#include <sstream>
+#include <string>
 #include <vector>
 
 #include "packs/SelfUpdate.h"
-#include "sim/FailingMachine.h"
-#include "sim/KilledMachine.h"
 #include "support/Installation.h"
 #include "support/PackPrograms.h"
 #include "support/RealProgram.h"
+#include "sweep/ExpectSwept.h"
 
 namespace trelv::tests {
 namespace {
@@ -26,6 +25,7 @@ constexpr const char* kClientCopy = "S:\\Lumo\\prg\\com\\bin\\cpy\\client\\Trelv
 constexpr const char* kAmbver = "S:\\Lumo\\prg\\etc\\ambver";
 constexpr const char* kTemporaries = "S:\\Lumo\\prg\\tempterm";
 constexpr const char* kTree = "prg\\com\\setup\\aggdovra\\";
+constexpr const char* kDelivered = "S:\\Lumo\\prg\\com\\setup\\aggdovra\\luda.ini";
 constexpr const char* kSetup = "C:\\Setup\\luda.exe";
 
 constexpr const char* kOldAmbver = "prima\r\nAMB0001 01/02/08 10:11\r\n";
@@ -35,148 +35,9 @@ constexpr const char* kCatalogueText =
 constexpr const char* kConfigurationText =
     "[Setup01]\r\nversion=01.00\r\nServer01=C:\\Setup\\luda.exe -S\r\n";
 
-enum class InstallKind {
-  /// The self-update alone.
-  SelfUpdate,
-  /// The same while the client copy runs somewhere.
-  SelfUpdateOfARunningCopy,
-  /// A whole start that installs Luda's pack on the integrated server.
-  Integrated,
-  /// A whole start that installs Luda's pack on a machine without integration.
-  Standalone
-};
-
-bool updatesItself(InstallKind kind) { return kind != InstallKind::Standalone; }
-bool opensAPack(InstallKind kind) {
-  return kind == InstallKind::Integrated || kind == InstallKind::Standalone;
-}
-
-/// One world; nothing is shared between two of them.
-class SweptInstall {
- public:
-  explicit SweptInstall(InstallKind kind) : kind_(kind) {
-    machine().putFile(kOwn, "il nuovo");
-    machine().diskOf(kOwn).setModified(kOwn, {2026, 11, 1, 12, 0, 0});
-    share().put(kClientCopy, "il vecchio");
-    share().setModified(kClientCopy, {2026, 10, 1, 12, 0, 0});
-    share().put(kAmbver, kOldAmbver);
-    const std::string tree(kTree);
-    machine().putFile(
-        kPack,
-        packBytes({{tree + "luda.zip", packBytes({{tree + "agdvcomp.ini", kCatalogueText},
-                                                  {tree + "luda.ini", kConfigurationText}})}}));
-    machine().programs().define(kSetup);
-    if (kind == InstallKind::Standalone) {
-      station_.forgetIntegration();
-    }
-    if (kind == InstallKind::SelfUpdateOfARunningCopy) {
-      running_ = share().run(kClientCopy);
-    }
-  }
-
-  void run() {
-    RealProgram program(machine());
-    if (opensAPack(kind_)) {
-      program.run("SINGLEINSTALL LUDA luda.gz");
-    } else {
-      program.state().startup.hostFolder = "S:\\Lumo";
-      modProdTrelvManager::UpdateTrelvManager(program, "S:\\Lumo");
-    }
-    log_ = program.logLines();
-  }
-  bool lockWasLeft() {
-    return machine().fileExists("C:\\Users\\mario\\Temp\\prg\\tempterm\\agdv.lck");
-  }
-  void endRunningCopy() { running_.reset(); }
-
-  sim::SimMachine& machine() { return station_.machine(); }
-  sim::SimDisk& share() { return installation_.share(); }
-
-  /// One of the parts, which "|" separates, stands in a line of the log or the text of a box, or
-  /// is the name of a form that was shown.
-  bool told(const std::string& parts) {
-    std::vector<std::string> told = log_;
-    const std::vector<std::string> boxes = machine().desktop().boxTexts();
-    told.insert(told.end(), boxes.begin(), boxes.end());
-    const std::vector<std::string>& forms = machine().desktop().shownForms();
-    told.insert(told.end(), forms.begin(), forms.end());
-    std::istringstream text(parts);
-    for (std::string part; std::getline(text, part, '|');) {
-      if (std::any_of(told.begin(), told.end(), [&part](const std::string& line) {
-            return line.find(part) != std::string::npos;
-          })) {
-        return true;
-      }
-    }
-    return false;
-  }
-
-  bool copyIsNew() {
-    return share().exists(kClientCopy) && share().text(kClientCopy) == "il nuovo";
-  }
-  bool isStamped() { return share().exists(kAmbver) && share().text(kAmbver) == kNewAmbver; }
-  bool setupRan() {
-    const std::vector<std::string> lines = machine().programs().startedCommandLines();
-    return std::count(lines.begin(), lines.end(), kSetup) > 0;
-  }
-  bool isDelivered() {
-    return share().exists(std::string("S:\\Lumo\\") + kTree + "luda.ini") &&
-           share().exists(Installation::kCatalogue);
-  }
-  /// All that a start without failures does is done.
-  bool isDone() {
-    switch (kind_) {
-      case InstallKind::Standalone:
-        return setupRan() && !machine().folderExists("C:\\Users\\mario\\Temp\\prg");
-      case InstallKind::Integrated:
-        return copyIsNew() && isStamped() && isDelivered();
-      default:
-        return copyIsNew() && isStamped();
-    }
-  }
-
-  /// Nothing of it is half, whatever happened.
-  void expectNothingHalf() {
-    if (share().exists(kClientCopy)) {
-      EXPECT_TRUE(copyIsNew() || share().text(kClientCopy) == "il vecchio") << "client copy";
-    }
-    ASSERT_TRUE(share().exists(kAmbver));
-    EXPECT_TRUE(isStamped() || share().text(kAmbver) == kOldAmbver) << share().text(kAmbver);
-    EXPECT_TRUE(machine().fileExists(kPack));
-    EXPECT_EQ(machine().fileText(kOwn), "il nuovo");
-    if (!updatesItself(kind_)) {
-      EXPECT_FALSE(copyIsNew());
-      EXPECT_FALSE(isStamped());
-      EXPECT_FALSE(isDelivered());
-    }
-  }
-  void expectDeliveredWhole() {
-    const std::string configuration = std::string("S:\\Lumo\\") + kTree + "luda.ini";
-    if (share().exists(configuration)) {
-      EXPECT_EQ(share().text(configuration), kConfigurationText);
-    }
-    if (share().exists(Installation::kCatalogue)) {
-      EXPECT_EQ(share().text(Installation::kCatalogue), kCatalogueText);
-    }
-  }
-  /// Temporaries of the self-update; the lock of nobody is among them.
-  std::vector<std::string> temporaries() { return share().names(kTemporaries); }
-
- private:
-  InstallKind kind_;
-  Installation installation_;
-  Station station_{installation_};
-  PackPrograms packPrograms_{station_.machine()};
-  std::shared_ptr<void> running_;
-  std::vector<std::string> log_;
-};
-
-// --- One call fails
-
 enum class Work { Done, NotDone, EitherWay };
 
 struct Outcome {
-  /// How the call's text begins.
   const char* call;
   /// Part of a log line or box; "|" separates what different calls of that beginning lead to. Null:
   /// told nowhere, or not by all of them.
@@ -184,14 +45,14 @@ struct Outcome {
   Work work;
   /// Why it is right so, where that does not speak for itself.
   const char* reason = "";
+  Trouble in = Trouble::FailsOnce;
 };
 
 /// Told in the error form only.
 constexpr const char* kErrorForm = "frmError";
 constexpr const char* kSelfUpdateFails = "Errore in aggiornamento TrelvManager ";
 
-// The first row that fits counts.
-const std::vector<Outcome> kOutcomes{
+const CallTable<Outcome> kOutcomes{
     // The run log and start-up.
     {"files.append C:\\Users\\mario\\Temp\\log\\", nullptr, Work::Done, "a line is lost"},
     {"files.look C:\\Users\\mario\\Temp\\log\\", nullptr, Work::Done, "an old log is kept then"},
@@ -275,163 +136,204 @@ const std::vector<Outcome> kOutcomes{
      Work::NotDone},
     {"desktop.messageBox", nullptr, Work::Done, "there is nobody to see it"}};
 
-void expectOutcome(SweptInstall& install, const std::string& call) {
-  const auto row = std::find_if(kOutcomes.begin(), kOutcomes.end(), [&call](const Outcome& known) {
-    return call.compare(0, std::string(known.call).size(), known.call) == 0;
-  });
-  ASSERT_NE(row, kOutcomes.end()) << "nobody says what this failure leads to";
-  EXPECT_TRUE(row->told == nullptr || install.told(row->told)) << "nobody told \"" << row->told;
-  const bool done = install.isDone();
-  EXPECT_TRUE(done || row->work != Work::Done) << "not done";
-  EXPECT_TRUE(!done || row->work != Work::NotDone) << "done all the same";
-  EXPECT_TRUE(done || install.told("rrore|non rilevat|non effettuata|Comando non eseguito|"
-                                   "non trovata in registro|frmError"))
-      << "not done, and nobody told it";
+enum class InstallKind {
+  /// The self-update alone.
+  SelfUpdate,
+  /// The same while the client copy runs somewhere.
+  SelfUpdateOfARunningCopy,
+  /// A whole start that installs Luda's pack on the integrated server.
+  Integrated,
+  /// A whole start that installs Luda's pack on a machine without integration.
+  Standalone
+};
+
+bool updatesItself(InstallKind kind) { return kind != InstallKind::Standalone; }
+bool opensAPack(InstallKind kind) {
+  return kind == InstallKind::Integrated || kind == InstallKind::Standalone;
 }
 
-/// Gives the failed call's text; empty when there are fewer calls.
-std::string failOnce(InstallKind kind, std::size_t number, std::size_t variant) {
-  SweptInstall install(kind);
-  sim::FailingMachine failing(install.machine(), number, sim::FailureSpan::Once, variant);
-  install.run();
-  if (!failing.reached()) {
-    EXPECT_TRUE(install.isDone());
-    return "";
+/// A workstation on which one installation runs.
+class SweptInstall : public SweptWorld {
+ public:
+  explicit SweptInstall(InstallKind kind);
+
+  sim::SimMachine& machine() override { return station_.machine(); }
+  sim::SimDisk& share() override { return installation_.share(); }
+  void run() override;
+  void judge(const Fault& fault, Findings& findings) override;
+
+ private:
+  bool told(const std::string& parts) { return tellsOneOf(told_, parts); }
+  bool copyIs(const char* text) {
+    return share().exists(kClientCopy) && share().text(kClientCopy) == text;
   }
-  const std::string& call = failing.failedCall();
-  SCOPED_TRACE("call " + std::to_string(number) + ", variant " + std::to_string(variant) +
-               " failed: " + call);
-  expectOutcome(install, call);
-  install.expectNothingHalf();
-  install.expectDeliveredWhole();
-  EXPECT_TRUE(install.share().exists(kClientCopy));
-  for (const std::string& name : install.temporaries()) {
-    EXPECT_EQ(name, "TrelvManager.old") << "left on the share";
-    EXPECT_EQ(kind, InstallKind::SelfUpdateOfARunningCopy);
+  bool isStamped() { return share().exists(kAmbver) && share().text(kAmbver) == kNewAmbver; }
+  bool setupRan();
+  bool isDelivered();
+  bool isDone();
+  bool lockWasLeft() {
+    return machine().fileExists("C:\\Users\\mario\\Temp\\prg\\tempterm\\agdv.lck");
   }
-  return call;
-}
 
-void failEachCall(InstallKind kind, std::size_t leastCalls) {
-  constexpr std::size_t kVariants = 3;
-  for (std::size_t variant = 0; variant < kVariants; ++variant) {
-    std::size_t number = 1;
-    while (!failOnce(kind, number, variant).empty()) {
-      ++number;
-    }
-    EXPECT_GT(number, leastCalls);
+  void expectNothingHalf(Findings& findings);
+  void expectDeliveredWhole(Findings& findings);
+  void expectOutcome(const Fault& fault, Findings& findings);
+  void expectNoTemporaries(const std::string& allowed, Findings& findings);
+  void finishAfterTheEnd(Findings& findings);
+
+  const InstallKind kind_;
+  Installation installation_;
+  Station station_{installation_};
+  PackPrograms packPrograms_{station_.machine()};
+  std::shared_ptr<void> running_;
+  /// Log lines, texts of boxes, names of forms.
+  std::vector<std::string> told_;
+};
+
+SweptInstall::SweptInstall(InstallKind kind) : kind_(kind) {
+  machine().putFile(kOwn, "il nuovo");
+  machine().diskOf(kOwn).setModified(kOwn, {2026, 11, 1, 12, 0, 0});
+  share().put(kClientCopy, "il vecchio");
+  share().setModified(kClientCopy, {2026, 10, 1, 12, 0, 0});
+  share().put(kAmbver, kOldAmbver);
+  const std::string tree(kTree);
+  machine().putFile(
+      kPack,
+      packBytes({{tree + "luda.zip", packBytes({{tree + "agdvcomp.ini", kCatalogueText},
+                                                {tree + "luda.ini", kConfigurationText}})}}));
+  machine().programs().define(kSetup);
+  if (kind == InstallKind::Standalone) {
+    station_.forgetIntegration();
   }
-}
-
-TEST(InstallCallFails, InASelfUpdate) { failEachCall(InstallKind::SelfUpdate, 25); }
-
-TEST(InstallCallFails, InASelfUpdateOfARunningCopy) {
-  failEachCall(InstallKind::SelfUpdateOfARunningCopy, 25);
-}
-
-TEST(InstallCallFails, InAnIntegratedInstallation) { failEachCall(InstallKind::Integrated, 60); }
-
-TEST(InstallCallFails, InAStandaloneInstallation) { failEachCall(InstallKind::Standalone, 50); }
-
-// --- Everything fails from some call on
-
-void failFromEachCallOn(InstallKind kind, std::size_t leastCalls) {
-  for (std::size_t number = 1;; ++number) {
-    SweptInstall install(kind);
-    bool reached = false;
-    {
-      sim::FailingMachine failing(install.machine(), number, sim::FailureSpan::FromThenOn, number);
-      install.run();
-      reached = failing.reached();
-    }
-    if (!reached) {
-      EXPECT_GT(number, leastCalls);
-      return;
-    }
-    SCOPED_TRACE("everything failed from call " + std::to_string(number) + " on");
-    install.expectNothingHalf();
-    install.expectDeliveredWhole();
+  if (kind == InstallKind::SelfUpdateOfARunningCopy) {
+    running_ = share().run(kClientCopy);
   }
 }
 
-TEST(InstallFailsFromACallOn, InASelfUpdate) { failFromEachCallOn(InstallKind::SelfUpdate, 25); }
-
-TEST(InstallFailsFromACallOn, InASelfUpdateOfARunningCopy) {
-  failFromEachCallOn(InstallKind::SelfUpdateOfARunningCopy, 25);
-}
-
-TEST(InstallFailsFromACallOn, InAnIntegratedInstallation) {
-  failFromEachCallOn(InstallKind::Integrated, 60);
-}
-
-TEST(InstallFailsFromACallOn, InAStandaloneInstallation) {
-  failFromEachCallOn(InstallKind::Standalone, 50);
-}
-
-// --- The program is ended by force, and started again
-
-bool dies(SweptInstall& install) {
-  try {
-    install.run();
-  } catch (const sim::Killed&) {
-    return true;
+void SweptInstall::run() {
+  RealProgram program(machine());
+  if (opensAPack(kind_)) {
+    program.run("SINGLEINSTALL LUDA luda.gz");
+  } else {
+    program.state().startup.hostFolder = "S:\\Lumo";
+    modProdTrelvManager::UpdateTrelvManager(program, "S:\\Lumo");
   }
-  return false;
+  told_ = program.logLines();
+  for (const std::vector<std::string>& shown :
+       {machine().desktop().boxTexts(), machine().desktop().shownForms()}) {
+    told_.insert(told_.end(), shown.begin(), shown.end());
+  }
 }
 
-/// False when there are fewer calls.
-bool killOnce(InstallKind kind, std::size_t number, sim::Unfinished left) {
-  SweptInstall install(kind);
-  std::string call;
-  {
-    const sim::KilledMachine kill(install.machine(), number, left);
-    if (!dies(install)) {
-      EXPECT_FALSE(kill.reached());
-      return false;
-    }
-    call = kill.killedCall();
+bool SweptInstall::setupRan() {
+  const std::vector<std::string> lines = machine().programs().startedCommandLines();
+  return std::count(lines.begin(), lines.end(), kSetup) > 0;
+}
+
+bool SweptInstall::isDelivered() {
+  return share().exists(kDelivered) && share().exists(Installation::kCatalogue);
+}
+
+/// All that a start without failures does is done.
+bool SweptInstall::isDone() {
+  if (kind_ == InstallKind::Standalone) {
+    return setupRan() && !machine().folderExists("C:\\Users\\mario\\Temp\\prg");
   }
-  SCOPED_TRACE("ended in call " + std::to_string(number) + ": " + call);
-  install.expectNothingHalf();
-  // Between the two renames of a copy in use there is none.
-  EXPECT_TRUE(install.share().exists(kClientCopy) || kind == InstallKind::SelfUpdateOfARunningCopy);
-  install.endRunningCopy();
-  if (install.lockWasLeft()) {
+  return copyIs("il nuovo") && isStamped() && (!opensAPack(kind_) || isDelivered());
+}
+
+void SweptInstall::judge(const Fault& fault, Findings& findings) {
+  expectNothingHalf(findings);
+  if (fault.trouble == Trouble::Killed) {
+    // Between the two renames of a copy in use there is none.
+    findings.expect(share().exists(kClientCopy) || kind_ == InstallKind::SelfUpdateOfARunningCopy,
+                    "no client copy");
+    finishAfterTheEnd(findings);
+  } else {
+    expectDeliveredWhole(findings);
+  }
+  if (fault.trouble == Trouble::None) {
+    findings.expect(isDone(), "not done");
+  } else if (fault.trouble == Trouble::FailsOnce) {
+    expectOutcome(fault, findings);
+    findings.expect(share().exists(kClientCopy), "no client copy");
+    expectNoTemporaries(kind_ == InstallKind::SelfUpdateOfARunningCopy ? "TrelvManager.old" : "",
+                        findings);
+  }
+}
+
+/// Nothing of it is half, whatever happened.
+void SweptInstall::expectNothingHalf(Findings& findings) {
+  findings.expect(!share().exists(kClientCopy) || copyIs("il nuovo") || copyIs("il vecchio"),
+                  "half a client copy");
+  findings.expect(isStamped() || share().text(kAmbver) == kOldAmbver, "half an environment file");
+  findings.expect(machine().fileExists(kPack), "the pack is gone");
+  findings.expect(machine().fileText(kOwn) == "il nuovo", "the manager itself changed");
+  findings.expect(updatesItself(kind_) || !(copyIs("il nuovo") || isStamped() || isDelivered()),
+                  "the server changed");
+}
+
+void SweptInstall::expectDeliveredWhole(Findings& findings) {
+  findings.expect(!share().exists(kDelivered) || share().text(kDelivered) == kConfigurationText,
+                  "half a configuration");
+  findings.expect(!share().exists(Installation::kCatalogue) ||
+                      share().text(Installation::kCatalogue) == kCatalogueText,
+                  "half a catalogue");
+}
+
+void SweptInstall::expectOutcome(const Fault& fault, Findings& findings) {
+  const Outcome* const row = kOutcomes.of(fault);
+  if (row == nullptr) {
+    findings.expect(false, "nobody says what this failure leads to");
+    return;
+  }
+  findings.expect(row->told == nullptr || told(row->told),
+                  std::string("nobody told \"") + (row->told != nullptr ? row->told : ""));
+  const bool done = isDone();
+  findings.expect(done || row->work != Work::Done, "not done");
+  findings.expect(!done || row->work != Work::NotDone, "done all the same");
+  findings.expect(done || told("rrore|non rilevat|non effettuata|Comando non eseguito|"
+                               "non trovata in registro|frmError"),
+                  "not done, and nobody told it");
+}
+
+/// The lock of nobody lies there too.
+void SweptInstall::expectNoTemporaries(const std::string& allowed, Findings& findings) {
+  for (const std::string& name : share().names(kTemporaries)) {
+    findings.expect(name == allowed, "left on the share: " + name);
+  }
+}
+
+/// The next start finishes what one that was ended by force began.
+void SweptInstall::finishAfterTheEnd(Findings& findings) {
+  running_.reset();
+  if (lockWasLeft()) {
     // Kept: a lock is respected whoever left it. The start that met it deletes it with the tree.
-    install.run();
-    EXPECT_TRUE(install.told("presenza di una o più precedenti sessioni in corso"));
+    run();
+    findings.expect(told("presenza di una o più precedenti sessioni in corso"),
+                    "nobody told of the lock that was left");
   }
-  install.run();
-  EXPECT_TRUE(install.isDone()) << "not done by the next start";
-  install.expectNothingHalf();
-  install.expectDeliveredWhole();
-  EXPECT_EQ(install.temporaries(), std::vector<std::string>());
-  return true;
+  run();
+  findings.expect(isDone(), "not done by the next start");
+  expectNothingHalf(findings);
+  expectDeliveredWhole(findings);
+  expectNoTemporaries("", findings);
 }
 
-void killInEachCall(InstallKind kind, std::size_t leastCalls) {
-  for (const sim::Unfinished left :
-       {sim::Unfinished::NotBegun, sim::Unfinished::Empty, sim::Unfinished::Half}) {
-    std::size_t number = 1;
-    while (killOnce(kind, number, left)) {
-      ++number;
-    }
-    EXPECT_GT(number, leastCalls);
+TEST(InstallSweep, FailuresAreToldAndNothingIsHalf) {
+  expectSwept<SweptInstall>({Trouble::FailsOnce}, 25, InstallKind::SelfUpdate);
+  expectSwept<SweptInstall>({Trouble::FailsOnce}, 25, InstallKind::SelfUpdateOfARunningCopy);
+  expectSwept<SweptInstall>({Trouble::FailsOnce}, 60, InstallKind::Integrated);
+  expectSwept<SweptInstall>({Trouble::FailsOnce}, 50, InstallKind::Standalone);
+  expectEachRowMatched(kOutcomes);
+}
+
+TEST(InstallSweep, NothingIsHalfWhereEverythingFailsOrTheProgramEnds) {
+  for (const InstallKind kind : {InstallKind::SelfUpdate, InstallKind::SelfUpdateOfARunningCopy,
+                                 InstallKind::Integrated, InstallKind::Standalone}) {
+    expectSwept<SweptInstall>({Trouble::FailsFromThenOn, Trouble::Killed},
+                              opensAPack(kind) ? 50 : 25, kind);
   }
-}
-
-TEST(InstallIsEndedByForce, InASelfUpdate) { killInEachCall(InstallKind::SelfUpdate, 25); }
-
-TEST(InstallIsEndedByForce, InASelfUpdateOfARunningCopy) {
-  killInEachCall(InstallKind::SelfUpdateOfARunningCopy, 25);
-}
-
-TEST(InstallIsEndedByForce, InAnIntegratedInstallation) {
-  killInEachCall(InstallKind::Integrated, 60);
-}
-
-TEST(InstallIsEndedByForce, InAStandaloneInstallation) {
-  killInEachCall(InstallKind::Standalone, 50);
 }
 
 }  // namespace

@@ -1,11 +1,11 @@
-// Detection, report and repairs, again and again: each time one more call of the machine fails.
-// Whatever fails, the procedure ends, what stood there stands as it was or as it is to become, and
-// the failure is told, or it stands by name in the table.
+// Detection, report and repairs, again and again: each time one more call of the machine fails, or
+// everything from it on, or the program ends there by force. Whatever fails, the procedure ends,
+// what stood there stands as it was or as it is to become, and the failure is told, or it stands by
+// name in the table.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -14,28 +14,19 @@
 #include "integrated/TerminalServerRepairs.h"
 #include "inventory/InstallationMode.h"
 #include "inventory/ProductReport.h"
-#include "sim/FailingMachine.h"
-#include "sim/KilledMachine.h"
 #include "support/FakeProgram.h"
+#include "sweep/ExpectSwept.h"
 
 namespace trelv::tests {
 namespace {
 
 using machine::Hive;
 
-struct Silent {
-  /// How the call's text begins.
-  const char* call;
-  const char* why;
-};
-
 /// Failures that nobody is told of.
-const std::vector<Silent> kSilent{
+const CallTable<Exception> kSilent{
     {"system.driveType", "a drive without type counts as local"},
     {"system.connectionName", "the device is asked for instead"},
-    {"system.deviceNames", "the rest of the path leads to no share of this computer"},
     {"system.computerName", "every share counts as one of this computer"},
-    {"support.temporaryPath", "the system's temporary folder is taken instead"},
     {"registry.", "a key or value that cannot be read counts as missing"},
     {"profiles.readValue", "ini reading answers its default"},
     {"files.read", "the platform's functions are asked instead"},
@@ -43,101 +34,28 @@ const std::vector<Silent> kSilent{
     {"versions.read", "a program without version"},
     {"environment.get", "counts as not set"},
     {"system.userName", "a user without name has no profile folder"},
-    {"configuration.getConfigPath", "has its own line"},
-    {"configuration.getParameter", "reported by the store"}};
+    {"configuration.getConfigPath", "has its own line"}};
 
-bool isSilent(const std::string& call) {
-  return std::any_of(kSilent.begin(), kSilent.end(), [&call](const Silent& row) {
-    return call.compare(0, std::string(row.call).size(), row.call) == 0;
-  });
-}
+/// Failures after which the ini files of Luda are other ones than without.
+const CallTable<Exception> kOtherLuda{
+    {"versions.read", "the version stays empty"},
+    {"system.userName", "without the user's name the product's own file becomes the system's"},
+    {"environment.get USERPROFILE", "the same without the profile"}};
 
-/// A session on a Terminal Server with remains of everything: Nerio in its folder, a Tarsena2 on
-/// both sides, a Luda with an ini file of the product, a Zeltomodelli with an obsolete file.
-class Session {
- public:
-  Session() {
-    sim::SimMachine& machine = program_.sim;
-    machine.setEdition(sim::WindowsEdition::Win2008TerminalServer);
-    program_.state.startup.terminalServer = true;
-    machine.mount("S:");
-    machine.system().connectDrive("S:", "\\\\SRV\\Dati");
-    machine.putFile("S:\\Lumo\\mv\\nerio\\nerio.ini", "[NERIO]\r\nVersione=03.20\r\n");
-    machine.registry().setText(Hive::LocalMachine, "Software\\Classes\\ClsID\\{1}\\InprocServer32",
-                               "", "S:\\Lumo\\mv\\nerio\\setup\\korvatgestionepratiche.ocx");
-    machine.putFile("C:\\WINDOWS\\lumow.ini", "[Archivi]\r\nPath=S:\\Lumo\r\n");
-    machine.putFile("S:\\Lumo\\mv\\q2\\mvq2.ini", "[AMBIENTE]\r\nVRINST=02.92\r\n");
-    machine.putFile("S:\\Lumo\\mv\\LUDA2003\\LUDA2003.exe", "MZ");
-    machine.setFileVersion("S:\\Lumo\\mv\\LUDA2003\\LUDA2003.exe", {7, 10, 0, 0});
-    machine.putFile("S:\\Lumo\\mv\\LUDA2003\\Luda.ini", "[LUDA]\r\nVersione=07.00\r\nNome=x\r\n");
-    machine.putFile("S:\\Lumo\\mv\\ZM\\Dovra2010.ini", "x");
-    machine.putFile("S:\\Lumo\\mv\\ZM\\vers.ini", "06.50\r\n");
-    machine.registry().setText(
-        Hive::LocalMachine, "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\ZeltoMod.exe",
-        "Path", "C:\\ZM");
-  }
-
-  FakeProgram& program() { return program_; }
-  sim::SimMachine& machine() { return program_.sim; }
-
-  bool told() const { return !program_.reports().empty() || hasFailureLine(); }
-
-  /// What others own and nobody may change or take away.
-  std::string foreign() {
-    std::string text;
-    for (const char* const file :
-         {"S:\\Lumo\\mv\\nerio\\nerio.ini", "C:\\WINDOWS\\lumow.ini", "S:\\Lumo\\mv\\q2\\mvq2.ini",
-          "S:\\Lumo\\mv\\LUDA2003\\LUDA2003.exe", "S:\\Lumo\\mv\\ZM\\vers.ini"}) {
-      text += machine().fileText(file);
-    }
-    return text + machine().iniValue("S:\\Lumo\\mv\\LUDA2003\\Luda.ini", "LUDA", "Nome");
-  }
-
- private:
-  bool hasFailureLine() const {
-    return std::any_of(
-        program_.lines().begin(), program_.lines().end(), [](const std::string& line) {
-          return line.find("Gestione anomalia Corvel: ") != std::string::npos ||
-                 line.find("Gestione anomalia Nerio: ") != std::string::npos ||
-                 line.find("Gestione anomalia ZeltoModelli: ") != std::string::npos ||
-                 line.find("Gestione anomalia Luda: ") != std::string::npos ||
-                 line.find("Errore in ") != std::string::npos ||
-                 line.find("errore in ") != std::string::npos;
-        });
-  }
-
-  FakeProgram program_;
+/// What runs, and on which machine.
+enum class Work {
+  Detection,
+  /// The report and the question for Tarsena2, whose client is installed.
+  Report,
+  Repairs,
+  /// Where the user and the system have ini files of their own.
+  RepairsBesideFilesOfTheUser
 };
 
-using Work = std::function<void(FakeProgram&)>;
-
-void detect(FakeProgram& program) {
-  modProdTrelvInfo::CreateProductReport(program);
-  std::string list;
-  modProdTrelvManager::EsisteProdottoComplementareStandalone(program, "S:\\Lumo", list);
-}
-
-void repair(FakeProgram& program) {
-  modProdTrelvManager::RiparaCorvelTS(program);
-  modProdTrelvManager::RiparaNerioTS(program, "S:\\Lumo");
-  modProdTrelvManager::RiparaZeltomodelliTS(program, "S:\\Lumo");
-  modProdTrelvManager::RiparaLudaTS(program, "S:\\Lumo");
-}
-
-/// All files of the machine and the share, sorted.
-std::vector<std::string> filesOf(sim::SimMachine& machine) {
-  std::istringstream text(machine.diskOf("C:\\").tree() + machine.diskOf("S:\\").tree());
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(text, line);) {
-    lines.push_back(line);
-  }
-  std::sort(lines.begin(), lines.end());
-  return lines;
-}
+using Lines = std::vector<std::string>;
 
 /// What only one of two sorted lists has: "-" the first, "+" the second.
-std::string difference(const std::vector<std::string>& first,
-                       const std::vector<std::string>& second) {
+std::string difference(const Lines& first, const Lines& second) {
   std::string text;
   for (const std::string& line : first) {
     text += std::binary_search(second.begin(), second.end(), line) ? "" : "-" + line + "\n";
@@ -148,170 +66,155 @@ std::string difference(const std::vector<std::string>& first,
   return text;
 }
 
-/// The machine's files as a run without failures leaves them.
-std::vector<std::string> repaired() {
-  Session session;
-  repair(session.program());
-  return filesOf(session.machine());
+/// A session on a Terminal Server with remains of everything: Nerio in its folder, a Tarsena2 on
+/// both sides, a Luda with an ini file of the product, a Zeltomodelli with an obsolete file.
+class SweptSession : public SweptWorld {
+ public:
+  /// `repaired` holds the files that repairs without failures leave.
+  explicit SweptSession(Work work, const Lines& repaired = {});
+
+  sim::SimMachine& machine() override { return program_.sim; }
+  void run() override { runWith(program_); }
+  void judge(const Fault& fault, Findings& findings) override;
+  /// All files of the machine and the share, sorted.
+  Lines files();
+
+ private:
+  void putFilesOfTheUser();
+  void runWith(FakeProgram& program);
+  std::string foreign();
+  bool told() const;
+
+  const Work work_;
+  const Lines repaired_;
+  FakeProgram program_;
+  bool productIsFound_ = false;
+  /// Files of others; nobody may change them or take them away.
+  Lines foreignFiles_{"S:\\Lumo\\mv\\nerio\\nerio.ini", "C:\\WINDOWS\\lumow.ini",
+                      "S:\\Lumo\\mv\\q2\\mvq2.ini", "S:\\Lumo\\mv\\LUDA2003\\LUDA2003.exe",
+                      "S:\\Lumo\\mv\\ZM\\vers.ini"};
+  std::string foreignBefore_;
+};
+
+SweptSession::SweptSession(Work work, const Lines& repaired) : work_(work), repaired_(repaired) {
+  machine().setEdition(sim::WindowsEdition::Win2008TerminalServer);
+  program_.state.startup.terminalServer = true;
+  machine().mount("S:");
+  machine().system().connectDrive("S:", "\\\\SRV\\Dati");
+  sim::SimRegistry& registry = machine().registry();
+  machine().putFile("S:\\Lumo\\mv\\nerio\\nerio.ini", "[NERIO]\r\nVersione=03.20\r\n");
+  registry.setText(Hive::LocalMachine, "Software\\Classes\\ClsID\\{1}\\InprocServer32", "",
+                   "S:\\Lumo\\mv\\nerio\\setup\\korvatgestionepratiche.ocx");
+  machine().putFile("C:\\WINDOWS\\lumow.ini", "[Archivi]\r\nPath=S:\\Lumo\r\n");
+  machine().putFile("S:\\Lumo\\mv\\q2\\mvq2.ini", "[AMBIENTE]\r\nVRINST=02.92\r\n");
+  machine().putFile("S:\\Lumo\\mv\\LUDA2003\\LUDA2003.exe", "MZ");
+  machine().setFileVersion("S:\\Lumo\\mv\\LUDA2003\\LUDA2003.exe", {7, 10, 0, 0});
+  machine().putFile("S:\\Lumo\\mv\\LUDA2003\\Luda.ini", "[LUDA]\r\nVersione=07.00\r\nNome=x\r\n");
+  machine().putFile("S:\\Lumo\\mv\\ZM\\Dovra2010.ini", "x");
+  machine().putFile("S:\\Lumo\\mv\\ZM\\vers.ini", "06.50\r\n");
+  registry.setText(Hive::LocalMachine,
+                   "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\ZeltoMod.exe", "Path",
+                   "C:\\ZM");
+  if (work == Work::RepairsBesideFilesOfTheUser) {
+    putFilesOfTheUser();
+  } else if (work == Work::Report) {
+    registry.setText(Hive::LocalMachine, "Software\\Lumo\\Programmi", "PathLocale", "C:\\Client");
+    machine().setIniValue("C:\\Client\\mv\\q2\\mvq2.ini", "AMBIENTE", "VRINST", "1");
+  }
+  foreignBefore_ = foreign();
 }
 
-/// Fails one call; its text, empty when the work has fewer calls.
-std::string failOnce(const Work& work, std::size_t number, std::size_t variant,
-                     std::vector<std::string>* afterwards) {
-  Session session;
-  const std::string foreign = session.foreign();
-  std::string call;
-  {
-    sim::FailingMachine failing(session.machine(), number, sim::FailureSpan::Once, variant);
-    work(session.program());
-    if (!failing.reached()) {
-      return "";
-    }
-    call = failing.failedCall();
-    SCOPED_TRACE("call " + std::to_string(number) + ", variant " + std::to_string(variant) +
-                 " failed: " + failing.failedCall());
-    EXPECT_TRUE(session.told() || isSilent(failing.failedCall())) << "nobody told it";
-    EXPECT_EQ(session.foreign(), foreign);
+void SweptSession::putFilesOfTheUser() {
+  for (const std::string name : {"nerio.ini", "luda.ini", "zeltomodelli.ini"}) {
+    machine().putFile("C:\\WINDOWS\\" + name, "[x]\r\na=system\r\n");
+    machine().putFile("C:\\Users\\mario\\windows\\" + name, "[x]\r\na=user\r\n");
+    foreignFiles_.push_back("C:\\WINDOWS\\" + name);
+    foreignFiles_.push_back("C:\\Users\\mario\\windows\\" + name);
+  }
+  foreignFiles_.emplace_back("C:\\Users\\mario\\windows\\lumow.ini");
+  machine().putFile(foreignFiles_.back(), "[Archivi]\r\nPath=X:\\\r\n");
+}
+
+void SweptSession::runWith(FakeProgram& program) {
+  using namespace modProdTrelvManager;
+  if (work_ == Work::Detection || work_ == Work::Report) {
+    modProdTrelvInfo::CreateProductReport(program);
+  }
+  if (work_ == Work::Detection) {
+    std::string list;
+    EsisteProdottoComplementareStandalone(program, "S:\\Lumo", list);
+  } else if (work_ == Work::Report) {
+    productIsFound_ = modProdTrelvInfo::VerifyInstallationMode(program, Product::Tarsena2);
+  } else {
+    RiparaCorvelTS(program);
+    RiparaNerioTS(program, "S:\\Lumo");
+    RiparaZeltomodelliTS(program, "S:\\Lumo");
+    RiparaLudaTS(program, "S:\\Lumo");
+  }
+}
+
+std::string SweptSession::foreign() {
+  std::string text;
+  for (const std::string& file : foreignFiles_) {
+    text += machine().fileText(file);
+  }
+  return text + machine().iniValue("S:\\Lumo\\mv\\LUDA2003\\Luda.ini", "LUDA", "Nome");
+}
+
+bool SweptSession::told() const {
+  return !program_.reports().empty() ||
+         tellsOneOf(program_.lines(),
+                    "Gestione anomalia Corvel: |Gestione anomalia Nerio: |"
+                    "Gestione anomalia ZeltoModelli: |Gestione anomalia Luda: |"
+                    "Errore in |errore in ");
+}
+
+Lines SweptSession::files() {
+  std::istringstream text(machine().diskOf("C:\\").tree() + machine().diskOf("S:\\").tree());
+  Lines lines;
+  for (std::string line; std::getline(text, line);) {
+    lines.push_back(line);
+  }
+  std::sort(lines.begin(), lines.end());
+  return lines;
+}
+
+void SweptSession::judge(const Fault& fault, Findings& findings) {
+  findings.expect(foreign() == foreignBefore_, "files of others changed");
+  if (work_ == Work::Report) {
+    findings.expect(productIsFound_ || !tellsOneOf({fault.call}, "ProdInfo.txt"),
+                    "hides a product");
+    return;
+  }
+  if (fault.trouble == Trouble::FailsOnce) {
+    findings.expect(told() || kSilent.holds(fault), "nobody told it");
   }
   // The next start.
-  FakeProgram next(session.machine());
+  FakeProgram next(machine());
   next.state.startup.terminalServer = true;
-  work(next);
-  if (afterwards != nullptr) {
-    *afterwards = filesOf(session.machine());
-  }
-  return call;
-}
-
-TEST(InventoryUnderFaults, DetectionTellsEachOrCountsItAsMissing) {
-  std::size_t number = 1;
-  for (; !failOnce(detect, number, number % 3, nullptr).empty(); ++number) {
-  }
-  EXPECT_GT(number, 60U);
-}
-
-/// Failures after which the ini files of Luda are other ones than without, and why.
-const std::vector<Silent> kOtherLuda{
-    {"versions.read", "the version stays empty"},
-    {"system.userName", "without the user's name the product's own file becomes the system's"},
-    {"environment.get USERPROFILE", "the same without the profile"}};
-
-bool mayDiffer(const std::string& call) {
-  return std::any_of(kOtherLuda.begin(), kOtherLuda.end(), [&call](const Silent& row) {
-    return call.compare(0, std::string(row.call).size(), row.call) == 0;
-  });
-}
-
-TEST(InventoryUnderFaults, RepairsTellEachAndTheNextStartCompletesThem) {
-  const std::vector<std::string> complete = repaired();
-  std::size_t number = 1;
-  std::vector<std::string> afterwards;
-  for (std::string call; !(call = failOnce(repair, number, number % 3, &afterwards)).empty();
-       ++number) {
-    EXPECT_TRUE(difference(complete, afterwards).empty() || mayDiffer(call))
-        << "after a failure of " << call << ":\n"
-        << difference(complete, afterwards);
-  }
-  EXPECT_GT(number, 40U);
-}
-
-TEST(InventoryUnderFaults, EverythingThatFailsFromACallOnLosesNothing) {
-  for (const Work& work : {Work(detect), Work(repair)}) {
-    for (std::size_t number = 1;; ++number) {
-      SCOPED_TRACE(number);
-      Session session;
-      const std::string foreign = session.foreign();
-      sim::FailingMachine failing(session.machine(), number, sim::FailureSpan::FromThenOn, number);
-      work(session.program());
-      EXPECT_EQ(session.foreign(), foreign);
-      if (!failing.reached()) {
-        EXPECT_GT(number, 40U);
-        break;
-      }
-    }
+  runWith(next);
+  if (work_ == Work::Repairs && fault.trouble != Trouble::FailsFromThenOn) {
+    const std::string left = difference(repaired_, files());
+    findings.expect(left.empty() || kOtherLuda.holds(fault), "the next start leaves:\n" + left);
   }
 }
 
-/// Ends the repairs by force at a call, then starts anew. False when they have fewer calls.
-bool killOnce(std::size_t number, sim::Unfinished left, const std::vector<std::string>& complete) {
-  Session session;
-  std::string call;
-  {
-    const sim::KilledMachine killed(session.machine(), number, left);
-    try {
-      repair(session.program());
-    } catch (const sim::Killed&) {
-      call = killed.killedCall();
-    }
-  }
-  FakeProgram next(session.machine());
-  next.state.startup.terminalServer = true;
-  repair(next);
-  EXPECT_EQ(difference(complete, filesOf(session.machine())), "")
-      << "ended by force at call " << number << ", " << call;
-  return !call.empty();
+TEST(InventorySweep, FailuresAreToldOrCountAsMissingAndTheNextStartCompletesTheRepairs) {
+  SweptSession complete(Work::Repairs);
+  complete.run();
+  expectSwept<SweptSession>({Trouble::FailsOnce, Trouble::FailsFromThenOn, Trouble::Killed}, 40,
+                            Work::Repairs, complete.files());
+  expectSwept<SweptSession>({Trouble::FailsOnce, Trouble::FailsFromThenOn}, 60, Work::Detection);
+  expectEachRowMatched(kSilent);
+  expectEachRowMatched(kOtherLuda);
 }
 
-TEST(RepairsEndedByForce, AtEachCallAreCompletedByTheNextStart) {
-  const std::vector<std::string> complete = repaired();
-  for (const sim::Unfinished left :
-       {sim::Unfinished::NotBegun, sim::Unfinished::Empty, sim::Unfinished::Half}) {
-    std::size_t number = 1;
-    while (killOnce(number, left, complete)) {
-      ++number;
-    }
-    EXPECT_GT(number, 40U);
-  }
+TEST(InventorySweep, FilesOfTheUserStayWhateverFails) {
+  expectSwept<SweptSession>({Trouble::FailsOnce}, 20, Work::RepairsBesideFilesOfTheUser);
 }
 
-TEST(InventoryUnderFaults, FilesOfTheUserStayWhateverFails) {
-  const std::vector<std::string> names{"nerio.ini", "luda.ini", "zeltomodelli.ini"};
-  for (std::size_t number = 1;; ++number) {
-    Session session;
-    for (const std::string& name : names) {
-      session.machine().putFile("C:\\WINDOWS\\" + name, "[x]\r\na=system\r\n");
-      session.machine().putFile("C:\\Users\\mario\\windows\\" + name, "[x]\r\na=user\r\n");
-    }
-    const std::string lumow = "C:\\Users\\mario\\windows\\lumow.ini";
-    session.machine().putFile(lumow, "[Archivi]\r\nPath=X:\\\r\n");
-    sim::FailingMachine failing(session.machine(), number, sim::FailureSpan::Once, number);
-    repair(session.program());
-    if (!failing.reached()) {
-      EXPECT_GT(number, 20U);
-      return;
-    }
-    SCOPED_TRACE(failing.failedCall());
-    for (const std::string& name : names) {
-      EXPECT_EQ(session.machine().fileText("C:\\WINDOWS\\" + name), "[x]\r\na=system\r\n");
-      EXPECT_EQ(session.machine().fileText("C:\\Users\\mario\\windows\\" + name),
-                "[x]\r\na=user\r\n");
-    }
-    EXPECT_EQ(session.machine().fileText(lumow), "[Archivi]\r\nPath=X:\\\r\n");
-  }
-}
-
-/// Only what decides whether a product stands on its own: the folder of Tarsena2's client.
-TEST(InventoryUnderFaults, ReportThatFailsHidesNoProduct) {
-  for (std::size_t number = 1;; ++number) {
-    Session session;
-    session.machine().registry().setText(Hive::LocalMachine, "Software\\Lumo\\Programmi",
-                                         "PathLocale", "C:\\Client");
-    session.machine().setIniValue("C:\\Client\\mv\\q2\\mvq2.ini", "AMBIENTE", "VRINST", "1");
-    std::size_t appends = 0;
-    session.machine().callLog().setInjector(
-        [&](const sim::SimCall& call) -> std::optional<SystemCode> {
-          const bool ours = call.text.find("ProdInfo.txt") != std::string::npos;
-          return ours && ++appends == number ? std::optional<SystemCode>(system_code::kDiskFull)
-                                             : std::nullopt;
-        });
-    modProdTrelvInfo::CreateProductReport(session.program());
-    EXPECT_TRUE(modProdTrelvInfo::VerifyInstallationMode(session.program(), Product::Tarsena2))
-        << number;
-    if (appends < number) {
-      EXPECT_GT(number, 10U);
-      return;
-    }
-  }
+TEST(InventorySweep, ReportThatFailsHidesNoProduct) {
+  expectSwept<SweptSession>({Trouble::FailsOnce}, 20, Work::Report);
 }
 
 }  // namespace

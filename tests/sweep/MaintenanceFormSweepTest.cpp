@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "packs/frmProdTrelvMaintain.h"
-#include "sim/FailingMachine.h"
 #include "support/Installation.h"
 #include "support/RealProgram.h"
+#include "sweep/ExpectSwept.h"
 
 namespace trelv::tests {
 namespace {
@@ -126,10 +126,10 @@ std::string recordedText(const std::string& version) {
   return version.empty() ? kNoneRecorded : "versione registrata: " + version;
 }
 
-void expectAllEnabled(const sim::SimFormWindow& form) {
-  for (const std::string& control : kUsable) {
-    EXPECT_TRUE(form.isEnabled(control)) << control;
-  }
+std::vector<std::string> disabled(const sim::SimFormWindow& form) {
+  std::vector<std::string> controls = kUsable;
+  std::erase_if(controls, [&form](const std::string& name) { return form.isEnabled(name); });
+  return controls;
 }
 
 /// Everything that the form shows of the selection is so in the files.
@@ -213,7 +213,7 @@ class Monkey {
       act(form);
       ASSERT_TRUE(form.isOpen()) << "left while something ran, action " << i;
       EXPECT_LE(maintained_.questions(), asked + 1) << "action " << i;
-      expectAllEnabled(form);
+      EXPECT_EQ(std::vector<std::string>(), disabled(form)) << "action " << i;
       expectTruth(maintained_, form);
       if (testing::Test::HasFailure()) {
         return;
@@ -260,14 +260,38 @@ void chooseIfThere(sim::SimFormWindow& form, const std::string& list, int index)
   }
 }
 
-/// What the form shows of NERIO at the end.
-struct LastShown {
-  std::string client;
-  std::string server;
+/// A user who repairs and removes ZB on the server, then removes NERIO from the client.
+class SweptMaintenance : public SweptWorld {
+ public:
+  SweptMaintenance() {
+    maintained_.desktop().onEveryForm("frmError",
+                                      [](sim::SimFormWindow& form) { form.closeBox(); });
+  }
+
+  sim::SimMachine& machine() override { return maintained_.machine(); }
+  void run() override {
+    maintained_.show([this](sim::SimFormWindow& form) { maintain(form); });
+  }
+  void judge(const Fault& fault, Findings& findings) override;
+
+ private:
+  void maintain(sim::SimFormWindow& form);
+  /// A version that was shown is the recorded one; a record that could not be read is said to be
+  /// so.
+  static bool isHonest(const std::string& shown, const std::string& recorded) {
+    return shown.empty() || shown == "versione registrata non leggibile" ||
+           shown == recordedText(recorded);
+  }
+
+  MaintainedStation maintained_;
+  /// Controls that were left disabled.
+  std::vector<std::string> disabled_;
+  /// What the form shows of NERIO at the end.
+  std::string shownClient_;
+  std::string shownServer_;
 };
 
-/// Repairs and removes ZB on the server, then removes NERIO from the client.
-void maintain(sim::SimFormWindow& form, LastShown& shown) {
+void SweptMaintenance::maintain(sim::SimFormWindow& form) {
   chooseIfThere(form, "cmbProduct", 1);
   form.check("optServer");
   chooseIfThere(form, "lstVersion", 0);
@@ -276,68 +300,44 @@ void maintain(sim::SimFormWindow& form, LastShown& shown) {
   chooseIfThere(form, "cmbProduct", 0);
   form.check("optClient");
   form.click("btnRemove");
-  expectAllEnabled(form);
+  disabled_ = disabled(form);
   if (form.selected("cmbProduct") == 0) {
-    shown = {form.text("lblClientVersion"), form.text("lblServerVersion")};
+    shownClient_ = form.text("lblClientVersion");
+    shownServer_ = form.text("lblServerVersion");
   }
   form.click("btnExit");
 }
 
-/// A version that was shown is the recorded one; a record that could not be read is said to be so.
-void expectHonest(const std::string& shown, const std::string& recorded) {
-  if (!shown.empty() && shown != "versione registrata non leggibile") {
-    EXPECT_EQ(recordedText(recorded), shown);
+/// Failures after which the form may show another version of the client than the recorded one.
+const CallTable<Exception> kOtherClientShown{
+    {"configuration.getConfigPath",
+     "without the client folder, which was reported, the record is looked for in the root"}};
+
+void SweptMaintenance::judge(const Fault& fault, Findings& findings) {
+  findings.expect(disabled_.empty(), "a control stays disabled");
+  findings.expect(maintained_.desktop().forcedCloses() == 0, "the form could not be left");
+  for (const std::string& file :
+       {std::string(Installation::kCatalogue), MaintainedStation::configurationOf("NERIO"),
+        std::string("S:\\Lumo\\mv\\NERIO\\s.exe")}) {
+    findings.expect(machine().fileExists(file), "lost: " + file);
   }
+  Station& station = maintained_.station();
+  for (const std::string id : {"LUDA", "Q2", "ZM", "ZB"}) {
+    findings.expect(!station.clientVersion(id).empty(), "lost: client version of " + id);
+  }
+  for (const std::string id : {"LUDA", "Q2", "ZM", "NERIO"}) {
+    findings.expect(!station.serverVersion(id).empty(), "lost: server version of " + id);
+  }
+  findings.expect(isHonest(shownServer_, station.serverVersion("NERIO")),
+                  "shown of the server: " + shownServer_);
+  findings.expect(
+      isHonest(shownClient_, station.clientVersion("NERIO")) || kOtherClientShown.holds(fault),
+      "shown of the client: " + shownClient_);
 }
 
-/// The call that failed; empty when there are fewer.
-std::string failOnce(std::size_t number, std::size_t variant) {
-  MaintainedStation maintained;
-  maintained.desktop().onEveryForm("frmError", [](sim::SimFormWindow& form) { form.closeBox(); });
-  std::string call;
-  LastShown shown;
-  {
-    sim::FailingMachine failing(maintained.machine(), number, sim::FailureSpan::Once, variant);
-    EXPECT_NO_THROW(maintained.show([&shown](sim::SimFormWindow& form) { maintain(form, shown); }));
-    if (!failing.reached()) {
-      return "";
-    }
-    call = failing.failedCall();
-  }
-  SCOPED_TRACE("call " + std::to_string(number) + ", variant " + std::to_string(variant) +
-               " failed: " + call);
-  EXPECT_EQ(0U, maintained.desktop().forcedCloses());
-  EXPECT_TRUE(maintained.installation().share().fileExists(Installation::kCatalogue));
-  EXPECT_TRUE(
-      maintained.installation().share().fileExists(MaintainedStation::configurationOf("NERIO")));
-  EXPECT_TRUE(maintained.installation().share().fileExists("S:\\Lumo\\mv\\NERIO\\s.exe"));
-  EXPECT_NE("", maintained.station().clientVersion("ZB")) << "only the server's is removed";
-  EXPECT_NE("", maintained.station().serverVersion("NERIO")) << "only the client's is removed";
-  expectHonest(shown.server, maintained.station().serverVersion("NERIO"));
-  // Without the client folder, which was reported, the record is looked for in the root.
-  if (call.rfind("configuration.getConfigPath", 0) != 0) {
-    expectHonest(shown.client, maintained.station().clientVersion("NERIO"));
-  }
-  for (const char* const other : {"LUDA", "Q2", "ZM"}) {
-    EXPECT_NE("", maintained.station().clientVersion(other)) << other;
-    EXPECT_NE("", maintained.station().serverVersion(other)) << other;
-  }
-  return call;
-}
-
-TEST(EachCallOfAMaintenanceFailsOnce, TheFormCanBeWorkedOnAndLeft) {
-  constexpr std::size_t kVariants = 3;
-  std::size_t number = 1;
-  while (!failOnce(number, 0).empty()) {
-    for (std::size_t variant = 1; variant < kVariants; ++variant) {
-      failOnce(number, variant);
-    }
-    ++number;
-    if (HasFailure()) {
-      return;
-    }
-  }
-  EXPECT_LT(100U, number);
+TEST(MaintenanceSweep, TheFormCanBeWorkedOnAndLeftWhateverFails) {
+  expectSwept<SweptMaintenance>({Trouble::FailsOnce}, 100);
+  expectEachRowMatched(kOtherClientShown);
 }
 
 }  // namespace

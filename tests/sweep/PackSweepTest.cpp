@@ -1,18 +1,19 @@
-// The search for packs, again and again: each time one more call of the machine fails, or the
-// program ends there by force. A pack is never lost but in the one place that has a name here, no
-// half copy goes untold, and nothing of the waiting stays on the screen.
+// The search for packs, again and again: each time one more call of the machine fails, or
+// everything from it on, or the program ends there by force. A pack is never lost but in the one
+// place that has a name here, no half copy goes untold, and nothing of the waiting stays on the
+// screen.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <string>
 #include <vector>
 
 #include "base/RuntimeError.h"
 #include "packs/PackExtraction.h"
-#include "sim/FailingMachine.h"
-#include "sim/KilledMachine.h"
 #include "support/PackPrograms.h"
 #include "support/RealProgram.h"
+#include "sweep/ExpectSwept.h"
 
 namespace trelv::tests {
 namespace {
@@ -20,6 +21,12 @@ namespace {
 constexpr const char* kSetup = "S:\\Lumo\\prg\\com\\setup\\aggdovra\\";
 constexpr const char* kUnpacked = "C:\\Users\\mario\\Temp\\prg";
 constexpr const char* kTree = "prg\\com\\setup\\aggdovra\\";
+
+/// Failures that nobody tells although something stays undone.
+const CallTable<Exception> kSilent{
+    {"files.look S:\\Lumo\\prg\\com\\setup\\aggdovra\\",
+     "the pack counts as missing, stays and is opened again by the next process"},
+    {"files.look C:\\Users\\mario\\Temp\\prg", "what is unpacked goes with the next search"}};
 
 enum class Delivery {
   /// Two zip packs wait in the set-up folder of the server.
@@ -29,7 +36,7 @@ enum class Delivery {
 };
 
 struct Delivered {
-  const char* name;
+  std::string name;
   PackContent content;
 };
 
@@ -41,121 +48,140 @@ const std::vector<Delivered>& delivered() {
   return packs;
 }
 
-/// One world; nothing is shared between two of them.
-class SweptPacks {
+/// Between these two calls of an undisturbed search the pack is removed and not yet copied.
+struct Window {
+  std::size_t removal = 0;
+  std::size_t lastCopy = 0;
+  bool holds(const Fault& fault) const {
+    return fault.number > removal && fault.number <= lastCopy;
+  }
+};
+
+/// A machine on which one process looks for packs as its callers do.
+class SweptPacks : public SweptWorld {
  public:
-  explicit SweptPacks(Delivery delivery) : delivery_(delivery) {
-    machine_.mount("S:");
-    machine_.putFile(std::string(kSetup) + "old.ini", "old");
-    machine_.diskOf("S:\\").setReadOnly(std::string(kSetup) + "old.ini");
-    for (const Delivered& pack : delivered()) {
-      const std::string zip = packBytes(pack.content);
-      machine_.putFile(packPath(pack),
-                       delivery == Delivery::ZipPacks
-                           ? zip
-                           : packBytes({{std::string(kTree) + pack.name + ".zip", zip}}));
-    }
-    machine_.callLog().clear();
-  }
+  /// In `window` the last pack may be lost.
+  SweptPacks(Delivery delivery, const Window& window);
 
-  /// One process that looks for packs as its callers do.
-  void run() {
-    RealProgram program(machine_);
-    try {
-      if (delivery_ == Delivery::ZipPacks) {
-        modProdTrelvManager::OpenZipPacksInFolder(program, "S:\\Lumo\\prg\\com\\setup\\aggdovra",
-                                                  "S:\\Lumo", true);
-      } else {
-        modProdTrelvManager::OpenFolderPacks(program, "S:\\Packs", "S:\\Lumo");
-      }
-    } catch (const RuntimeError&) {
-      raised_ = true;
-    }
-    log_ = program.logLines();
-  }
-
-  sim::SimMachine& machine() { return machine_; }
-  sim::SimDesktop& desktop() { return machine_.desktop(); }
-
-  bool waits(const Delivered& pack) { return machine_.fileExists(packPath(pack)); }
-  bool arrived(const Delivered& pack) {
-    return std::all_of(pack.content.begin(), pack.content.end(), [this](const auto& file) {
-      const std::string path = "S:\\Lumo\\" + file.first;
-      return machine_.fileExists(path) && machine_.fileText(path) == file.second;
-    });
-  }
-  bool isDone() {
-    const bool zips = delivery_ == Delivery::ZipPacks;
-    return !machine_.folderExists(kUnpacked) &&
-           std::all_of(delivered().begin(), delivered().end(), [&](const Delivered& pack) {
-             return arrived(pack) && waits(pack) == !zips;
-           });
-  }
-  /// Raised to the caller, shown, or told in the log.
-  bool told() {
-    const std::vector<std::string>& forms = desktop().shownForms();
-    return raised_ || !desktop().boxes().empty() ||
-           std::count(forms.begin(), forms.end(), std::string("frmError")) > 0 ||
-           std::any_of(log_.begin(), log_.end(), [](const std::string& line) {
-             return line.find("rrore") != std::string::npos;
-           });
-  }
-  void expectNothingOnTheScreen() {
-    EXPECT_FALSE(desktop().hourglass());
-    EXPECT_EQ(desktop().activeForm(), nullptr);
-  }
+  sim::SimMachine& machine() override { return machine_; }
+  void run() override;
+  void judge(const Fault& fault, Findings& findings) override;
+  bool isDone();
 
  private:
   std::string packPath(const Delivered& pack) const {
-    return delivery_ == Delivery::ZipPacks ? std::string(kSetup) + pack.name + ".zip"
-                                           : std::string("S:\\Packs\\") + pack.name + ".gz";
+    return zips_ ? kSetup + pack.name + ".zip" : "S:\\Packs\\" + pack.name + ".gz";
   }
+  bool waits(const Delivered& pack) { return machine_.fileExists(packPath(pack)); }
+  bool arrived(const Delivered& pack);
+  bool told();
+  void expectNothingOnTheScreen(Findings& findings);
+  void judgeNextSearch(const Fault& fault, Findings& findings);
 
-  Delivery delivery_;
+  const bool zips_;
+  const Window window_;
   sim::SimMachine machine_;
   PackPrograms programs_{machine_};
   bool raised_ = false;
   std::vector<std::string> log_;
 };
 
-bool begins(const std::string& text, const std::string& beginning) {
-  return text.compare(0, beginning.size(), beginning) == 0;
+SweptPacks::SweptPacks(Delivery delivery, const Window& window)
+    : zips_(delivery == Delivery::ZipPacks), window_(window) {
+  machine_.mount("S:");
+  machine_.putFile(std::string(kSetup) + "old.ini", "old");
+  machine_.diskOf("S:\\").setReadOnly(std::string(kSetup) + "old.ini");
+  for (const Delivered& pack : delivered()) {
+    const std::string zip = packBytes(pack.content);
+    machine_.putFile(packPath(pack), zips_ ? zip : packBytes({{kTree + pack.name + ".zip", zip}}));
+  }
 }
 
-/// Failures that nobody tells although something stays undone, and why that is right.
-struct Silent {
-  const char* call;
-  const char* reason;
-};
-
-const std::vector<Silent> kSilent{
-    {"files.look S:\\Lumo\\prg\\com\\setup\\aggdovra\\",
-     "the pack counts as missing, stays and is opened again by the next process"},
-    {"files.look C:\\Users\\mario\\Temp\\prg", "what is unpacked goes with the next search"}};
-
-bool isSilent(const std::string& call) {
-  return std::any_of(kSilent.begin(), kSilent.end(),
-                     [&](const Silent& row) { return begins(call, row.call); });
+void SweptPacks::run() {
+  RealProgram program(machine_);
+  try {
+    if (zips_) {
+      modProdTrelvManager::OpenZipPacksInFolder(program, "S:\\Lumo\\prg\\com\\setup\\aggdovra",
+                                                "S:\\Lumo", true);
+    } else {
+      modProdTrelvManager::OpenFolderPacks(program, "S:\\Packs", "S:\\Lumo");
+    }
+  } catch (const RuntimeError&) {
+    raised_ = true;
+  }
+  log_ = program.logLines();
 }
 
-/// Between these two calls of an undisturbed search the pack is removed and not yet copied.
-struct Window {
-  std::size_t removal = 0;
-  std::size_t lastCopy = 0;
-  bool holds(std::size_t call) const { return call > removal && call <= lastCopy; }
-};
+bool SweptPacks::arrived(const Delivered& pack) {
+  return std::all_of(pack.content.begin(), pack.content.end(), [this](const auto& file) {
+    const std::string path = "S:\\Lumo\\" + file.first;
+    return machine_.fileExists(path) && machine_.fileText(path) == file.second;
+  });
+}
 
-/// The window of the second pack. Kept: the removal stands before the copy. What is lost there has
-/// to be delivered again; the first pack's content is taken along by the second one's copy.
+bool SweptPacks::isDone() {
+  return !machine_.folderExists(kUnpacked) &&
+         std::all_of(delivered().begin(), delivered().end(),
+                     [&](const Delivered& pack) { return arrived(pack) && waits(pack) != zips_; });
+}
+
+/// Raised to the caller, shown, or told in the log.
+bool SweptPacks::told() {
+  return raised_ || !machine_.boxes().empty() ||
+         tellsOneOf(machine_.desktop().shownForms(), "frmError") || tellsOneOf(log_, "rrore");
+}
+
+void SweptPacks::expectNothingOnTheScreen(Findings& findings) {
+  findings.expect(!machine_.desktop().hourglass(), "the hourglass stays");
+  findings.expect(machine_.desktop().activeForm() == nullptr, "a form stays");
+}
+
+void SweptPacks::judge(const Fault& fault, Findings& findings) {
+  if (fault.trouble != Trouble::Killed) {
+    expectNothingOnTheScreen(findings);
+  }
+  if (fault.trouble == Trouble::None) {
+    findings.expect(isDone(), "it did not go well");
+  } else if (fault.trouble == Trouble::FailsOnce) {
+    findings.expect(isDone() || told() || kSilent.holds(fault), "not done and not told");
+    for (const Delivered& pack : delivered()) {
+      findings.expect(waits(pack) || arrived(pack) || told(), "nobody told of " + pack.name);
+    }
+  }
+  run();
+  expectNothingOnTheScreen(findings);
+  if (fault.trouble == Trouble::FailsOnce || fault.trouble == Trouble::Killed) {
+    judgeNextSearch(fault, findings);
+  }
+}
+
+/// What a search that was disturbed left undone is done by the next one.
+void SweptPacks::judgeNextSearch(const Fault& fault, Findings& findings) {
+  const bool killed = fault.trouble == Trouble::Killed;
+  const bool within = fault.left != sim::Unfinished::NotBegun;
+  findings.expect(!machine_.folderExists(kUnpacked), "what was unpacked stays");
+  for (const Delivered& pack : delivered()) {
+    // The last copy repeats the files of the first pack, and leaves half of one where it is cut.
+    const bool mayBeLost = window_.holds(fault) && (pack.name == "b" || within);
+    findings.expect(arrived(pack) || mayBeLost, pack.name + " is lost");
+    if (killed) {
+      findings.expect(!arrived(pack) || !mayBeLost || within, pack.name + " is not lost any more");
+      findings.expect(!waits(pack) || !zips_, pack.name + " is not opened");
+    }
+  }
+}
+
+/// Where the second pack may be lost. Kept: the removal stands before the copy. What is lost there
+/// has to be delivered again; the first pack's content is taken along by the second one's copy.
 Window windowOfTheLastPack() {
-  SweptPacks packs(Delivery::ZipPacks);
+  SweptPacks packs(Delivery::ZipPacks, {});
   packs.run();
   EXPECT_TRUE(packs.isDone());
   Window window;
   for (const sim::SimCall& call : packs.machine().callLog().all()) {
     if (call.text == "files.removeFile " + std::string(kSetup) + "b.zip") {
       window.removal = call.number;
-    } else if (begins(call.text, "files.copyFile ")) {
+    } else if (call.kind == sim::CallKind::FileCopy) {
       window.lastCopy = call.number;
     }
   }
@@ -163,131 +189,15 @@ Window windowOfTheLastPack() {
   return window;
 }
 
-bool failOnce(Delivery delivery, std::size_t number, std::size_t variant, const Window& window) {
-  SweptPacks packs(delivery);
-  std::string call;
-  {
-    sim::FailingMachine failing(packs.machine(), number, sim::FailureSpan::Once, variant);
-    packs.run();
-    if (!failing.reached()) {
-      return false;
-    }
-    call = failing.failedCall();
-  }
-  SCOPED_TRACE("call " + std::to_string(number) + ", variant " + std::to_string(variant) +
-               " failed: " + call);
-  packs.expectNothingOnTheScreen();
-  EXPECT_TRUE(packs.isDone() || packs.told() || isSilent(call)) << "not done and not told";
-  for (const Delivered& pack : delivered()) {
-    EXPECT_TRUE(packs.waits(pack) || packs.arrived(pack) || packs.told()) << pack.name;
-  }
-  packs.run();
-  for (const Delivered& pack : delivered()) {
-    const bool mayBeLost =
-        delivery == Delivery::ZipPacks && pack.name == std::string("b") && window.holds(number);
-    EXPECT_TRUE(packs.arrived(pack) || mayBeLost) << pack.name << " is lost";
-  }
-  EXPECT_FALSE(packs.machine().folderExists(kUnpacked));
-  packs.expectNothingOnTheScreen();
-  return true;
+TEST(PackSweep, ZipPacksAreLostOnlyBetweenTheirRemovalAndTheirCopy) {
+  expectSwept<SweptPacks>({Trouble::FailsOnce, Trouble::FailsFromThenOn, Trouble::Killed}, 30,
+                          Delivery::ZipPacks, windowOfTheLastPack());
 }
 
-void failEachCall(Delivery delivery) {
-  const Window window = windowOfTheLastPack();
-  constexpr std::size_t kVariants = 3;
-  std::size_t number = 1;
-  while (failOnce(delivery, number, 0, window)) {
-    for (std::size_t variant = 1; variant < kVariants; ++variant) {
-      failOnce(delivery, number, variant, window);
-    }
-    ++number;
-  }
-  EXPECT_GT(number, 30U);
-}
-
-TEST(PackCallFails, InASearchForZipPacks) { failEachCall(Delivery::ZipPacks); }
-
-TEST(PackCallFails, InASearchForGzPacks) { failEachCall(Delivery::GzPacks); }
-
-void failFromEachCallOn(Delivery delivery) {
-  for (std::size_t number = 1;; ++number) {
-    SweptPacks packs(delivery);
-    {
-      sim::FailingMachine failing(packs.machine(), number, sim::FailureSpan::FromThenOn, number);
-      packs.run();
-      if (!failing.reached()) {
-        EXPECT_GT(number, 30U);
-        return;
-      }
-      SCOPED_TRACE("everything failed from call " + std::to_string(number) +
-                   " on: " + failing.failedCall());
-      packs.expectNothingOnTheScreen();
-    }
-    packs.run();
-    packs.expectNothingOnTheScreen();
-  }
-}
-
-TEST(EverythingFailsFromAPackCallOn, InASearchForZipPacks) {
-  failFromEachCallOn(Delivery::ZipPacks);
-}
-
-TEST(EverythingFailsFromAPackCallOn, InASearchForGzPacks) { failFromEachCallOn(Delivery::GzPacks); }
-
-// --- The program is ended by force, and started again
-
-bool killOnce(Delivery delivery, std::size_t number, sim::Unfinished left, const Window& window) {
-  SweptPacks packs(delivery);
-  std::string call;
-  {
-    sim::KilledMachine killed(packs.machine(), number, left);
-    try {
-      packs.run();
-    } catch (const sim::Killed&) {
-    }
-    if (!killed.reached()) {
-      return false;
-    }
-    call = killed.killedCall();
-  }
-  SCOPED_TRACE("killed at call " + std::to_string(number) + ": " + call);
-  packs.run();
-  packs.expectNothingOnTheScreen();
-  for (const Delivered& pack : delivered()) {
-    // The last copy repeats the files of the first pack, and leaves half of one where it is cut.
-    const bool mayBeLost = delivery == Delivery::ZipPacks && window.holds(number) &&
-                           (pack.name == std::string("b") || left != sim::Unfinished::NotBegun);
-    const bool mustBeLost = mayBeLost && left == sim::Unfinished::NotBegun;
-    EXPECT_TRUE(packs.arrived(pack) || mayBeLost) << pack.name << " is lost";
-    EXPECT_FALSE(packs.arrived(pack) && mustBeLost) << pack.name << " is not lost any more";
-    EXPECT_FALSE(packs.waits(pack) && delivery == Delivery::ZipPacks) << pack.name;
-  }
-  EXPECT_FALSE(packs.machine().folderExists(kUnpacked));
-  return true;
-}
-
-void killAtEachCall(Delivery delivery, sim::Unfinished left) {
-  const Window window = windowOfTheLastPack();
-  std::size_t number = 1;
-  while (killOnce(delivery, number, left, window)) {
-    ++number;
-  }
-  EXPECT_GT(number, 30U);
-}
-
-TEST(PackSearchIsKilled, BeforeEachCallWithZipPacks) {
-  killAtEachCall(Delivery::ZipPacks, sim::Unfinished::NotBegun);
-}
-
-TEST(PackSearchIsKilled, WithinEachWritingCall) {
-  for (const Delivery delivery : {Delivery::ZipPacks, Delivery::GzPacks}) {
-    killAtEachCall(delivery, sim::Unfinished::Half);
-    killAtEachCall(delivery, sim::Unfinished::Empty);
-  }
-}
-
-TEST(PackSearchIsKilled, BeforeEachCallWithGzPacks) {
-  killAtEachCall(Delivery::GzPacks, sim::Unfinished::NotBegun);
+TEST(PackSweep, GzPacksAreNeverLost) {
+  expectSwept<SweptPacks>({Trouble::FailsOnce, Trouble::FailsFromThenOn, Trouble::Killed}, 30,
+                          Delivery::GzPacks, Window());
+  expectEachRowMatched(kSilent);
 }
 
 }  // namespace

@@ -1,0 +1,185 @@
+#include "sweep/Sweep.h"
+
+#include <exception>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+#include "sim/FailingMachine.h"
+#include "sim/KilledMachine.h"
+
+namespace trelv::tests {
+namespace {
+
+std::size_t waysToFail(const sim::SimCall& call) {
+  // Appending is logging: a line that fails is lost, whatever the code.
+  return call.kind == sim::CallKind::FileAppend ? 1 : sim::FailingMachine::variants(call.kind);
+}
+
+std::vector<sim::Unfinished> waysToEnd(const sim::SimCall& call) {
+  using sim::Unfinished;
+  return sim::KilledMachine::canBeLeftBegun(call.kind)
+             ? std::vector<Unfinished>{Unfinished::NotBegun, Unfinished::Empty, Unfinished::Half}
+             : std::vector<Unfinished>{Unfinished::NotBegun};
+}
+
+/// The ways in which a call can meet a trouble. Where one way is enough it is another from call to
+/// call.
+std::vector<Fault> faultsOf(const sim::SimCall& call, Trouble trouble) {
+  std::vector<Fault> faults;
+  Fault fault{trouble, call.number, call.text, call.number};
+  if (trouble == Trouble::FailsOnce) {
+    for (std::size_t way = 0; way < waysToFail(call); ++way, ++fault.variant) {
+      faults.push_back(fault);
+    }
+  } else if (trouble == Trouble::Killed) {
+    for (const sim::Unfinished left : waysToEnd(call)) {
+      fault.left = left;
+      faults.push_back(fault);
+    }
+  } else {
+    faults.push_back(fault);
+  }
+  return faults;
+}
+
+std::string describe(const Fault& fault) {
+  const std::string call = "call " + std::to_string(fault.number) + ", " + fault.call;
+  switch (fault.trouble) {
+    case Trouble::FailsOnce:
+      return call + ", failed (variant " + std::to_string(fault.variant) + ")";
+    case Trouble::FailsFromThenOn:
+      return "everything failed from " + call + " on";
+    case Trouble::Killed:
+      return "ended by force in " + call + " (" +
+             (fault.left == sim::Unfinished::NotBegun ? "not begun"
+              : fault.left == sim::Unfinished::Empty  ? "opened"
+                                                      : "half done") +
+             ")";
+    case Trouble::ShareVanishes:
+      return "the share vanished before " + call;
+    default:
+      return "undisturbed";
+  }
+}
+
+/// The text of the call that failed.
+std::string runFailing(SweptWorld& world, const Fault& fault) {
+  const auto span =
+      fault.trouble == Trouble::FailsOnce ? sim::FailureSpan::Once : sim::FailureSpan::FromThenOn;
+  sim::FailingMachine failing(world.machine(), fault.number, span, fault.variant);
+  world.run();
+  return failing.failedCall();
+}
+
+/// The text of the call in which the program ended.
+std::string runKilled(SweptWorld& world, const Fault& fault) {
+  const sim::KilledMachine killed(world.machine(), fault.number, fault.left);
+  try {
+    world.run();
+  } catch (const sim::Killed&) {
+    return killed.killedCall();
+  }
+  return "none: it lived on";
+}
+
+/// The text of the first call that did without the share.
+std::string runWithoutShare(SweptWorld& world, const Fault& fault) {
+  std::string met;
+  world.machine().onCall(fault.number, [&] {
+    met = world.machine().callLog().all().back().text;
+    world.share().disconnect(fault.variant % 2 == 0 ? system_code::kBadNetPath
+                                                    : system_code::kNetNameDeleted);
+  });
+  world.run();
+  world.share().reconnect();
+  return met;
+}
+
+/// Lets the program run into a fault; the text of the call that met it.
+std::string runInto(SweptWorld& world, const Fault& fault) {
+  world.machine().callLog().clear();
+  switch (fault.trouble) {
+    case Trouble::FailsOnce:
+    case Trouble::FailsFromThenOn:
+      return runFailing(world, fault);
+    case Trouble::Killed:
+      return runKilled(world, fault);
+    case Trouble::ShareVanishes:
+      return runWithoutShare(world, fault);
+    default:
+      world.run();
+      return fault.call;
+  }
+}
+
+/// One world from its making to its judgement. Gives the calls of the run.
+std::vector<sim::SimCall> runOnce(const MakeWorld& make, const Fault& fault, Findings& findings) {
+  std::vector<sim::SimCall> calls;
+  try {
+    const std::unique_ptr<SweptWorld> world = make();
+    const std::string met = runInto(*world, fault);
+    calls = world->machine().callLog().all();
+    findings.expect(met == fault.call, "it was met by another call: " + met);
+    world->judge(fault, findings);
+  } catch (const std::exception& raised) {
+    findings.expect(false, std::string("it was raised: ") + raised.what());
+  }
+  return calls;
+}
+
+/// Calls work(0) … work(count - 1), as many at once as there are cores.
+template <class Work>
+void onAllCores(std::size_t count, const Work& work) {
+  std::atomic<std::size_t> next{0};
+  const auto worker = [&] {
+    for (std::size_t at = next++; at < count; at = next++) {
+      work(at);
+    }
+  };
+  std::vector<std::jthread> threads;
+  for (unsigned core = 1; core < std::thread::hardware_concurrency(); ++core) {
+    threads.emplace_back(worker);
+  }
+  worker();
+}
+
+}  // namespace
+
+sim::SimDisk& SweptWorld::share() { throw std::logic_error("a world without a share"); }
+
+SweepResult sweep(const MakeWorld& make, std::initializer_list<Trouble> troubles) {
+  std::vector<Fault> faults{Fault{}};
+  std::vector<Findings> found(1);
+  const std::vector<sim::SimCall> calls = runOnce(make, faults[0], found[0]);
+  for (const Trouble trouble : troubles) {
+    for (const sim::SimCall& call : calls) {
+      const std::vector<Fault> more = faultsOf(call, trouble);
+      faults.insert(faults.end(), more.begin(), more.end());
+    }
+  }
+  found.resize(faults.size());
+  onAllCores(faults.size() - 1,
+             [&](std::size_t at) { runOnce(make, faults[at + 1], found[at + 1]); });
+  SweepResult result{calls.size(), {}};
+  for (std::size_t i = 0; i < faults.size(); ++i) {
+    for (const std::string& sentence : found[i].sentences()) {
+      result.findings.push_back(describe(faults[i]) + ": " + sentence);
+    }
+  }
+  return result;
+}
+
+bool tellsOneOf(const std::vector<std::string>& texts, const std::string& parts) {
+  std::istringstream text(parts);
+  for (std::string part; std::getline(text, part, '|');) {
+    if (std::any_of(texts.begin(), texts.end(), [&part](const std::string& line) {
+          return line.find(part) != std::string::npos;
+        })) {
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace trelv::tests

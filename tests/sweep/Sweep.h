@@ -1,0 +1,133 @@
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "sim/SimMachine.h"
+
+namespace trelv::tests {
+
+/// What goes wrong while a program runs.
+enum class Trouble {
+  /// Nothing. The run that tells which calls there are.
+  None,
+  /// One call fails, in each of the ways in which it can.
+  FailsOnce,
+  /// One call fails and so do all behind it.
+  FailsFromThenOn,
+  /// The program is ended by force before a call, and within it where it writes.
+  Killed,
+  /// The share is gone from before a call until the program has ended.
+  ShareVanishes
+};
+
+/// Which call of a run meets which trouble.
+struct Fault {
+  Trouble trouble = Trouble::None;
+  /// The call, from 1 at the start of the run, and its text.
+  std::size_t number = 0;
+  std::string call;
+  /// FailsOnce, FailsFromThenOn: the way in which it fails, as sim::FailingMachine counts them.
+  std::size_t variant = 0;
+  /// Killed: how far the call had come.
+  sim::Unfinished left = sim::Unfinished::NotBegun;
+};
+
+/// What a run did and may not, one sentence each.
+class Findings {
+ public:
+  /// Notes `otherwise` where something does not hold.
+  void expect(bool holds, const std::string& otherwise) {
+    if (!holds) {
+      sentences_.push_back(otherwise);
+    }
+  }
+  const std::vector<std::string>& sentences() const { return sentences_; }
+
+ private:
+  std::vector<std::string> sentences_;
+};
+
+/// A world: a machine, a program that runs on it, and what must hold when it has ended. Made afresh
+/// for each run. Two worlds share nothing, so that runs stand side by side in threads; a world sees
+/// one thread only.
+class SweptWorld {
+ public:
+  virtual ~SweptWorld() = default;
+
+  virtual sim::SimMachine& machine() = 0;
+  /// The share of ShareVanishes; needed for that only.
+  virtual sim::SimDisk& share();
+  /// Starts the program; returns when it has ended.
+  virtual void run() = 0;
+  /// What must hold behind a run that met `fault`, which is over by now; may run the program again.
+  /// Fault of trouble None: behind a run that nothing disturbed.
+  virtual void judge(const Fault& fault, Findings& findings) = 0;
+};
+
+using MakeWorld = std::function<std::unique_ptr<SweptWorld>()>;
+
+struct SweepResult {
+  /// Calls of the run that nothing disturbed.
+  std::size_t calls = 0;
+  /// What was found, in the order of the faults: the fault, then the sentence.
+  std::vector<std::string> findings;
+};
+
+/// Runs a fresh world for each trouble in each call that the work has, on all cores. Each trouble
+/// is met in the ways that differ: see faultsOf() in the source.
+SweepResult sweep(const MakeWorld& make, std::initializer_list<Trouble> troubles);
+
+/// Calls whose trouble may have a consequence that others may not have, and why. A row has the
+/// members `call`, how the call's text begins, and `in`, the trouble that it is meant for. The
+/// first row that fits counts.
+template <class Row>
+class CallTable {
+ public:
+  CallTable(std::initializer_list<Row> rows) : rows_(rows), matched_(rows.size()) {}
+
+  /// Null where no row fits. Notes that the row was needed.
+  const Row* of(const Fault& fault) const {
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+      if (rows_[i].in == fault.trouble && fault.call.rfind(rows_[i].call, 0) == 0) {
+        matched_[i] = true;
+        return &rows_[i];
+      }
+    }
+    return nullptr;
+  }
+  bool holds(const Fault& fault) const { return of(fault) != nullptr; }
+
+  /// The rows that no fault ever needed: call and reason.
+  std::vector<std::string> unmatched() const {
+    std::vector<std::string> rows;
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+      if (!matched_[i]) {
+        rows.push_back(rows_[i].call + std::string(": ") + rows_[i].reason);
+      }
+    }
+    return rows;
+  }
+
+ private:
+  std::vector<Row> rows_;
+  mutable std::vector<std::atomic<bool>> matched_;
+};
+
+/// The plain row: a call, and why what it leads to is right.
+struct Exception {
+  const char* call;
+  const char* reason;
+  Trouble in = Trouble::FailsOnce;
+};
+
+/// Does one of the texts contain one of the parts, which "|" separates?
+bool tellsOneOf(const std::vector<std::string>& texts, const std::string& parts);
+
+}  // namespace trelv::tests
