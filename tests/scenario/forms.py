@@ -3,6 +3,7 @@ its dialogs and works in them, by messages or by the keyboard of the screen."""
 
 import contextlib
 import os
+import pathlib
 import subprocess
 import threading
 import time
@@ -30,6 +31,18 @@ class Dialog:
         """Text of the selected item; None when none is."""
         index = self.controls[control]["selected"]
         return None if index < 0 else self.items(control)[index]
+
+    def chosen(self, control):
+        """Texts of the selected items of a list of several choices."""
+        return [self.items(control)[index] for index in self.controls[control]["chosen"]]
+
+    def place(self, control):
+        """(left, top, right, bottom) of a control on the screen."""
+        return self.controls[control]["place"]
+
+    def row(self, control, index):
+        """The same of a row of a list."""
+        return self.controls[control]["rows"][index]
 
     def checked(self, control):
         return self.controls[control]["checked"]
@@ -90,6 +103,33 @@ class Hand(windows.Prefix):
     def no_box(self):
         """True when no message box shows."""
         return all(each.get("title") != "TrelvManager" for each in self.ask("boxes"))
+
+    def press(self, title, control):
+        """Clicks the middle of a control with the mouse of the screen."""
+        self.mouse(self.dialog(title).place(control))
+
+    def press_row(self, title, control, index, clicks=1):
+        """Clicks a row of a list with the mouse of the screen."""
+        self.mouse(self.dialog(title).row(control, index), clicks)
+
+    def mouse(self, place, clicks=1):
+        left, top, right, bottom = place
+        self.tool("mousemove", str((left + right) // 2), str((top + bottom) // 2))
+        self.tool("click", "--repeat", str(clicks), "--delay", "60", "1")
+        time.sleep(0.2)
+
+    def picture(self, title, name):
+        """Keeps a picture of a dialog: in the folder that TRELV_PICTURES names, else where it is
+        looked at once. Something must be drawn on it."""
+        dialog = self.dialog(title)
+        self.screen.picture(self.folder / "screen.png")
+        folder = pathlib.Path(os.environ.get("TRELV_PICTURES", self.folder))
+        place = (f"{dialog.right - dialog.left}x{dialog.bottom - dialog.top}+{dialog.left}+{dialog.top}")
+        subprocess.run(["convert", self.folder / "screen.png", "-crop", place, "+repage", "-strip",
+                        folder / f"{name}.png"], check=True)
+        colours = subprocess.run(["identify", "-format", "%k", folder / f"{name}.png"], check=True,
+                                 capture_output=True, text=True).stdout
+        assert int(colours) > 10, f"{name}: nothing is drawn"
 
     def point_at(self, dialog):
         """Puts the pointer on the lower left edge of a dialog, where no control is: the keyboard of

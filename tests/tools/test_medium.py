@@ -209,6 +209,7 @@ BAD = {
                            "show-integration-path: yes or no"),
     "a letter outside the code page": ("caption = Contabilità", "caption = Contabilità Ω",
                                        "caption: Ω is not in code page 1252"),
+    "a control character": ("version = 2026.2", "version = 2026\x1a.2", "version: a control character"),
     "the mark of the option in a text": ("version = 2026.2", "version = %SHOW_PATH_INTEGRATION%",
                                          "version: %SHOW_PATH_INTEGRATION% stands for "
                                          "show-integration-path"),

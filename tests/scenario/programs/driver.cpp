@@ -21,9 +21,8 @@
 //   close CLASS                           closes the top window of a class, waits for it first;
 //                                         {"done": true, "title": …}
 //   form TITLE                            the dialog of that title, waited for: where it stands on
-//   the
-//                                         screen, which control has the keyboard, and each control
-//                                         with its state
+//                                         the screen, which control has the keyboard, and each
+//                                         control with its place and state
 //   click TITLE ID                        clicks a control, as soon as the dialog takes it
 //   choose TITLE ID INDEX                 selects an item of a list or combo, as the user does
 //   dismiss TITLE                         presses the close box of a dialog
@@ -503,6 +502,28 @@ LRESULT ask(HWND window, UINT message, WPARAM first = 0, LPARAM second = 0) {
   return static_cast<LRESULT>(result);
 }
 
+std::string describePlace(const RECT& place) {
+  return "[" + std::to_string(place.left) + ", " + std::to_string(place.top) + ", " +
+         std::to_string(place.right) + ", " + std::to_string(place.bottom) + "]";
+}
+
+/// Where the rows of a list stand on the screen, and which of them are selected.
+std::string describeRows(HWND list) {
+  std::string rows;
+  std::string chosen;
+  const LRESULT count = ask(list, LB_GETCOUNT);
+  for (LRESULT i = 0; i < count; ++i) {
+    RECT row = {};
+    ask(list, LB_GETITEMRECT, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(&row));
+    MapWindowPoints(list, nullptr, reinterpret_cast<POINT*>(&row), 2);
+    rows += (rows.empty() ? "" : ", ") + describePlace(row);
+    if (ask(list, LB_GETSEL, static_cast<WPARAM>(i)) > 0) {
+      chosen += (chosen.empty() ? "" : ", ") + std::to_string(i);
+    }
+  }
+  return ", \"rows\": [" + rows + "], \"chosen\": [" + chosen + "]";
+}
+
 /// Items and selection of a list or combo.
 std::string describeItems(HWND list, bool combo) {
   std::string items;
@@ -528,6 +549,9 @@ std::string describeState(HWND control) {
   } else if (kind == L"ComboBox" || kind == L"ListBox") {
     state += describeItems(control, kind == L"ComboBox");
   }
+  if (kind == L"ListBox") {
+    state += describeRows(control);
+  }
   return state;
 }
 
@@ -540,12 +564,14 @@ int focusOf(HWND form) {
 
 void describeForm(HWND form) {
   std::string controls;
+  RECT place = {};
   for (const HWND child : childrenOf(form)) {
+    GetWindowRect(child, &place);
     controls += std::string(controls.empty() ? "" : ", ") +
                 "{\"id\": " + std::to_string(GetDlgCtrlID(child) & 0xFFFF) +
-                ", \"text\": " + quoted(textOf(child)) + describeState(child) + "}";
+                ", \"text\": " + quoted(textOf(child)) + ", \"place\": " + describePlace(place) +
+                describeState(child) + "}";
   }
-  RECT place = {};
   GetWindowRect(form, &place);
   done(", \"left\": " + std::to_string(place.left) + ", \"top\": " + std::to_string(place.top) +
        ", \"right\": " + std::to_string(place.right) +
