@@ -158,7 +158,8 @@ bool isRecorded(Program& program, const SideOfProduct& product) {
 /// the file afresh, so that what another workstation recorded meanwhile for other products
 /// survives. A version that the run did not raise is looked at afresh first: writing it over an
 /// equal one would leave the file as it is, and over one that another workstation raised meanwhile
-/// would lower that.
+/// would lower that. Kept: one that it raised is written over whatever stands there, a higher one
+/// that the set-up itself recorded included. The configuration file says what a set-up brings.
 void recordVersion(Program& program, const SideOfProduct& product, const std::string& before,
                    const std::string& after) {
   const bool raised = after != before;

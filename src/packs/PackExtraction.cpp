@@ -148,6 +148,8 @@ void ZipScan::run(bool removePacks) {
       open(pack, removePacks);
     }
   }
+  // Kept: what a pack holds beside this folder stays in the temporary folder. Packs of the products
+  // hold nothing there.
   const std::string unpacked = work_ + kTopFolder;
   if (elsewhere_ && modLibrary::FolderExists(program_, unpacked)) {
     files().deleteFolder(unpacked, true);

@@ -209,6 +209,8 @@ bool RunCommand(Program& program, std::string& command, const std::string& serve
     return refuseForLackOfRights(program);
   }
   program.log.WriteLog("Gestione ProdTrelv - Esecuzione comando: \"" + command + "\"");
+  // Kept: the command goes to Windows as it stands, which looks for a program at each blank of a
+  // path without quotes; and a set-up that ran has done its work, whatever exit code it ends with.
   return modLibrary::Execute(program, command, true);
 }
 

@@ -216,6 +216,7 @@ void SelfUpdate::stampEnvironmentFile() {
 }
 
 // Kept: the file has one line from now on, whatever stood above it. The host reads its end only.
+// The scratch copy stays in the temporary folder, until the next self-update makes it anew.
 void SelfUpdate::writeScratchCopy(const std::string& scratch, const std::string& head) {
   modLibrary::DeleteFile(program_, scratch);
   files_.writeText(scratch, head + dateStamp(program_.machine.clock.now()) + kCrLf);

@@ -264,6 +264,7 @@ std::string ReplacePlaceholders(Program& program, std::string& text, const std::
   for (const RegistryPlaceholder& wanted : kRegistryPlaceholders) {
     replaceWhenPresent(text, wanted.placeholder, [&] { return machineValue(program, wanted); });
   }
+  // Kept: last of all, so that "%%" is lost from the paths above too. Hosts lie in no such folder.
   text = replaceAll(std::move(text), "%%", "");
   return text;
 }

@@ -325,6 +325,16 @@ TEST_F(UpdateAll, EmptyVersionThatCannotBeWrittenIsNotTold) {
   EXPECT_EQ(lines().back(), kClosing);
 }
 
+TEST_F(UpdateAll, HigherVersionThatTheSetUpItselfRecordedIsOverwritten) {
+  putOneProduct();
+  installation_.share().putProgram("S:\\Lumo\\a.exe", [this](sim::SimProcess&) {
+    installation_.putServerRecord("[ZB]\r\nversion=05.00\r\n");
+    return 0U;
+  });
+  updateAll(station_);
+  EXPECT_EQ(installation_.serverRecord(), "[ZB]\r\nversion=01.00\r\n");
+}
+
 TEST_F(UpdateAll, ValuesThatOthersRecordMeanwhileSurvive) {
   putOneProduct();
   installation_.putServerRecord("[ZB]\r\nversion=01.00\r\n[NERIO]\r\nversion=01.00\r\n");

@@ -174,8 +174,6 @@ const std::vector<Run> kRuns{
      section("Update01", "05.00", "a.exe") + "Server02=S:\\Lumo\\b.exe\r\n", "", "a.exe", "05.00"},
     {"SecondCommandRunsWhenTheFirstCouldNotBeStarted", Operation::Update,
      commands(1, "Server02=S:\\Lumo\\b.exe\r\n"), "", "b.exe", "02.00"},
-    {"CommandThatRanCountsWhateverItsExitCode", Operation::Update,
-     section("Update01", "05.00", "fails.exe"), "", "fails.exe", "05.00"},
     {"CommandsAfterAnEmptyOneAreNotLookedAt", Operation::Update,
      "[Update01]\r\nversion=01.00\r\nServer02=S:\\Lumo\\a.exe\r\n" +
          section("Update02", "02.00", "b.exe"),
@@ -234,6 +232,31 @@ Cancellazione file: S:\Lumo\prg\tempterm\agdv.lck effettuata con successo
 )");
   EXPECT_THAT(program().reportTexts(),
               ElementsAre("Errore in esecuzione programma: S:\\Lumo\\manca.exe"));
+}
+
+TEST_F(UpdateRun, ExitCodeOfASetUpLeavesNoTrace) {
+  configure(section("Update01", "05.00", "fails.exe"));
+  EXPECT_TRUE(updateServer());
+  EXPECT_EQ(version_, "05.00");
+  EXPECT_THAT(
+      told(),
+      ElementsAre("Gestione ProdTrelv - Esecuzione comando: \"S:\\Lumo\\fails.exe\"",
+                  "Gestione ProdTrelv - esecuzione effettuata: Tipo=Update - "
+                  "Oggetto=Server - Comando=S:\\Lumo\\fails.exe",
+                  "Cancellazione file: " + std::string(kLock) + " effettuata con successo"));
+  EXPECT_THAT(boxes(), IsEmpty());
+  EXPECT_THAT(reports(), IsEmpty());
+}
+
+TEST_F(UpdateRun, CommandWithoutQuotesIsTriedAtEachBlank) {
+  configure(section("Update01", "01.00", "nuovi file\\a.exe -S"));
+  EXPECT_TRUE(updateServer());
+  share().putProgram("S:\\Lumo\\nuovi.exe");
+  version_ = "";
+  EXPECT_TRUE(updateServer());
+  ASSERT_EQ(machine().started().size(), 2U);
+  EXPECT_EQ(machine().started()[0].program, "S:\\Lumo\\nuovi file\\a.exe");
+  EXPECT_EQ(machine().started()[1].program, "S:\\Lumo\\nuovi.exe");
 }
 
 TEST_F(UpdateRun, LeavesSectionsThatAreNotAbove) {

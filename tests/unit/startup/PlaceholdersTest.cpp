@@ -97,6 +97,12 @@ TEST_F(Placeholders, DoublePercentIsRemoved) {
   EXPECT_EQ("100 and 50", replaced("100%% and 50%%"));
 }
 
+TEST_F(Placeholders, DoublePercentOfAnInsertedPathIsRemovedToo) {
+  std::string text = "%PATHSETUP%\\setup.exe";
+  ReplacePlaceholders(program_, text, "S:\\Lumo%%2026", "", "");
+  EXPECT_EQ("S:\\Lumo2026\\setup.exe", text);
+}
+
 TEST_F(Placeholders, DoublePercentBeforeAPlaceholderLeavesOnePercent) {
   EXPECT_EQ("%S:\\work", replaced("%%PATHWORK%"));
 }

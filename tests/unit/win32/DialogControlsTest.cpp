@@ -5,7 +5,6 @@
 #include <fstream>
 #include <iterator>
 #include <map>
-#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -23,21 +22,31 @@ using Names = std::set<std::string>;
 
 const fs::path kSources = fs::path(TRELV_PROJECT_FOLDER) / "src";
 
+bool isSmallLetter(char c) { return c >= 'a' && c <= 'z'; }
+bool isCapital(char c) { return c >= 'A' && c <= 'Z'; }
+bool isLetterOrDigit(char c) { return isSmallLetter(c) || isCapital(c) || (c >= '0' && c <= '9'); }
+
 std::string contentOf(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-Names allMatches(const std::string& text, const std::regex& pattern) {
+/// What follows each `mark` as a word.
+Names wordsAfter(const std::string& mark, const std::string& text) {
   Names found;
-  for (std::sregex_iterator match(text.begin(), text.end(), pattern), end; match != end; ++match) {
-    found.insert((*match)[1]);
+  for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1)) {
+    const std::size_t begin = at + mark.size();
+    std::size_t end = begin;
+    while (end < text.size() && isLetterOrDigit(text[end])) {
+      ++end;
+    }
+    found.insert(text.substr(begin, end - begin));
   }
   return found;
 }
 
 Names identifiersIn(const std::string& text, const std::string& before) {
-  Names found = allMatches(text, std::regex(before + "\\bIDC_(\\w+)"));
+  Names found = wordsAfter(before + "IDC_", text);
   found.erase("STATIC");
   return found;
 }
@@ -65,17 +74,32 @@ Names controlsOfAll(const std::map<std::string, Names>& dialogs) {
 
 /// The texts in quotes of a C++ source, as they are written. Comments have none.
 Names literalsOf(const fs::path& source) {
-  Names found = allMatches(contentOf(source), std::regex("//[^\n]*|\"((?:[^\"\\\\\n]|\\\\.)*)\""));
-  found.erase("");
+  Names found;
+  const std::string code = contentOf(source);
+  for (std::size_t at = code.find_first_of("\"/"); at != std::string::npos;
+       at = code.find_first_of("\"/", at + 1)) {
+    const std::size_t begin = at + 1;
+    if (code[at] == '"') {
+      while (++at < code.size() && code[at] != '"' && code[at] != '\n') {
+        // What stands behind a backslash does not end the text.
+        at += code[at] == '\\' ? 1 : 0;
+      }
+      found.insert(code.substr(begin, at - begin));
+    } else if (code.compare(at, 2, "//") == 0) {
+      at = std::min(code.find('\n', at), code.size());
+    }
+  }
   return found;
 }
 
 /// Controls are called by their kind in small letters, then a name with a capital: "btnOk". So are
-/// modules and forms, which are not meant here.
+/// modules and forms, which are not meant here. Empty for any other text.
 std::string kindOf(const std::string& text) {
-  std::smatch parts;
-  static const std::regex kName("(?!mod|frm)([a-z]+)[A-Z][A-Za-z0-9]*");
-  return std::regex_match(text, parts, kName) ? parts[1].str() : std::string();
+  const auto capital = std::find_if_not(text.begin(), text.end(), isSmallLetter);
+  const std::string kind(text.begin(), capital);
+  const bool called = !kind.empty() && capital != text.end() && isCapital(*capital) &&
+                      std::all_of(capital, text.end(), isLetterOrDigit);
+  return called && kind != "mod" && kind != "frm" ? kind : std::string();
 }
 
 /// Which texts of a form can only be meant as controls: whatever is called like one, and a control
@@ -108,7 +132,8 @@ std::vector<fs::path> portableSources() {
 }
 
 bool isForm(const fs::path& source) {
-  return std::regex_match(source.stem().string(), std::regex("[fF]rm[A-Za-z]\\w*"));
+  const std::string name = source.stem().string();
+  return name.rfind("frm", 0) == 0 || name.rfind("Frm", 0) == 0;
 }
 
 TEST(Dialogs, EachFormHasTheOneOfItsName) {
@@ -129,15 +154,15 @@ TEST(Dialogs, EachFormHasTheOneOfItsName) {
 }
 
 TEST(Dialogs, HaveEveryControlThatTheirFormNames) {
-  const std::map<std::string, Names> found = dialogs();
+  std::map<std::string, Names> found = dialogs();
   const Names all = controlsOfAll(found);
   for (const fs::path& source : portableSources()) {
     const std::string unit = source.stem().string();
-    const Names& controls = isForm(source) ? found.at(unit) : all;
+    const Names& controls = isForm(source) ? found[unit] : all;
     for (const std::string& text : literalsOf(source)) {
       const bool meant = isForm(source) ? meantInForm(text, all) : meantElsewhere(text, all);
       EXPECT_TRUE(!meant || controls.count(text) == 1)
-          << source.filename().string() << " names " << text << ", which no dialog of it has";
+          << source.filename().string() << " names " << text << ": there is no such control";
     }
   }
 }
