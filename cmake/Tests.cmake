@@ -81,6 +81,7 @@ else()
   list(FILTER support EXCLUDE REGEX "${not_here}")
   add_library(test_support STATIC ${support})
   trelv_test_target(test_support LINKS main xmlstore decoder sim)
+  target_compile_definitions(test_support PRIVATE "TRELV_GOLDEN=\"${PROJECT_SOURCE_DIR}/tests/golden\"")
   trelv_test(unit_tests SOURCES "unit/*.cpp" EXCEPT "${not_here}"
              LINKS test_support main xmlstore decoder sim)
   # This one reads the sources.

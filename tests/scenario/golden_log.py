@@ -1,4 +1,4 @@
-"""Whole run logs as they have to be: golden/NAME, with {TEMP}, {WORK} (the same without its trailing
+"""Whole run logs as they have to be: tests/golden/NAME, with {TEMP}, {WORK} (the same without its trailing
 backslash) and {PROGRAMFILES} for folders of the Windows in question. Dates are taken off before;
 nothing else is."""
 
@@ -7,7 +7,12 @@ import re
 
 import windows
 
-GOLDEN = pathlib.Path(__file__).parent / "golden"
+GOLDEN = pathlib.Path(__file__).parent.parent / "golden"
+
+
+def golden(name):
+    """The lines of a golden file as they stand."""
+    return (GOLDEN / name).read_text(encoding="utf-8").splitlines()
 
 
 def not_built():
@@ -22,7 +27,7 @@ def expected_log(name, facts):
     their unit leaves docs/not-built.txt."""
     missing = not_built()
     lines = []
-    for line in (GOLDEN / name).read_text(encoding="utf-8").split("\n")[:-1]:
+    for line in golden(name):
         unit = re.match(r"\(([a-z]+/\w+)\) ", line)
         if unit and unit[1] in missing:
             continue

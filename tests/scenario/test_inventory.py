@@ -1,7 +1,6 @@
 """Products that stand on their own: how they are found, what is refused beside them and what the
 product report tells; and the ini files that a start puts in place for the user."""
 
-import pathlib
 import re
 import shutil
 import socket
@@ -10,10 +9,10 @@ import subprocess
 import pytest
 
 from conftest import INTEGRATED
+from golden_log import golden
 import installation
 import windows
 
-GOLDEN = pathlib.Path(__file__).parent / "golden"
 COMPONENT = "SOFTWARE\\Classes\\CLSID\\{5F2A7D10-1B2C-4D3E-9F00-0123456789AB}"
 MODELS = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\ZeltoMod.exe"
 ALL = "10 40 30 20 50"
@@ -44,10 +43,6 @@ def report(station, codes=ALL):
     lines = text.split("\r\n")[:-1]
     assert all(DATED.match(line) for line in lines), lines
     return run.exit_code, [DATED.sub("", line) for line in lines]
-
-
-def golden(name):
-    return (GOLDEN / name).read_text(encoding="utf-8").splitlines()
 
 
 def put_program(station, name, path):
