@@ -42,6 +42,7 @@ SystemCode codeFor(CallKind kind, std::size_t variant) {
     case CallKind::ProcessStart:
       return kStartCodes.at(variant % kStartCodes.size());
     case CallKind::ProcessWait:
+    case CallKind::ProcessReady:
     case CallKind::ProcessExitCode:
       return kWaitFailed;
     case CallKind::ConfigurationGet:
@@ -74,6 +75,7 @@ SystemCode codeFor(CallKind kind, std::size_t variant) {
     case CallKind::EnvironmentSet:
     case CallKind::VersionQuery:
     case CallKind::SuiteTest:
+    case CallKind::KernelFunctionQuery:
     case CallKind::Wow64Query:
     case CallKind::DriveTypeQuery:
     case CallKind::SupportAdministrator:

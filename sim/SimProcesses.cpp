@@ -42,6 +42,9 @@ class SimRunning : public machine::RunningProcess {
  public:
   SimRunning(SimProcesses& processes, std::size_t index) : processes_(processes), index_(index) {}
   SystemCode wait() override { return processes_.waitFor(index_); }
+  SystemCode waitUntilReady(std::uint32_t milliseconds) override {
+    return processes_.waitUntilReady(index_, milliseconds);
+  }
   SystemCode exitCode(std::uint32_t& code) override { return processes_.exitCodeOf(index_, code); }
 
  private:
@@ -262,6 +265,17 @@ SystemCode SimProcesses::waitFor(std::size_t index) {
   started_[index].waited = true;
   run(index);
   return injected.value_or(waitCode_);
+}
+
+// A deferred program does what its script says before it waits for its user.
+SystemCode SimProcesses::waitUntilReady(std::size_t index, std::uint32_t milliseconds) {
+  const auto injected = calls_.enter(CallKind::ProcessReady, "processes.waitUntilReady",
+                                     started_[index].commandLine, "", std::to_string(milliseconds));
+  if (injected) {
+    return *injected;
+  }
+  run(index);
+  return kSuccess;
 }
 
 SystemCode SimProcesses::exitCodeOf(std::size_t index, std::uint32_t& code) {

@@ -74,8 +74,8 @@ class SimProcesses : public machine::Processes {
   const std::deque<StartedProgram>& started() const { return started_; }
   std::vector<std::string> startedCommandLines() const;
 
-  /// True: a started program's script runs when it is waited for or when runDeferred is called,
-  /// not at its start.
+  /// True: a started program's script runs when it is waited for, to its end or until it is ready,
+  /// or when runDeferred is called, not at its start.
   void setDeferred(bool deferred) { deferred_ = deferred; }
   void runDeferred();
   /// Starting this program answers `code` (0 lifts it).
@@ -114,6 +114,7 @@ class SimProcesses : public machine::Processes {
   SystemCode refusal(const std::string& program) const;
   void run(std::size_t index);
   SystemCode waitFor(std::size_t index);
+  SystemCode waitUntilReady(std::size_t index, std::uint32_t milliseconds);
   SystemCode exitCodeOf(std::size_t index, std::uint32_t& code);
 
   SimMachine& machine_;

@@ -1,6 +1,7 @@
 #include "sim/SimSystem.h"
 
 #include <array>
+#include <chrono>
 
 #include "base/Text.h"
 #include "sim/SimText.h"
@@ -145,6 +146,20 @@ void SimClock::advance(std::uint32_t seconds) {
   now_.second = static_cast<int>(rest % 60);
 }
 
+LocalTime SimClock::localTime(std::uint64_t moment) {
+  constexpr std::uint64_t kTicksPerSecond = 10'000'000;
+  const auto seconds = static_cast<std::int64_t>(moment / kTicksPerSecond);
+  const std::chrono::year_month_day date{std::chrono::sys_days{std::chrono::year{1601} / 1 / 1} +
+                                         std::chrono::days{seconds / kSecondsPerDay}};
+  const auto rest = static_cast<int>(seconds % kSecondsPerDay);
+  return {static_cast<int>(date.year()),
+          static_cast<int>(static_cast<unsigned>(date.month())),
+          static_cast<int>(static_cast<unsigned>(date.day())),
+          rest / 3600,
+          rest / 60 % 60,
+          rest % 60};
+}
+
 // --- Locale
 
 std::string SimLocale::shortDate(const LocalTime& time) {
@@ -262,6 +277,11 @@ bool SimSystem::suiteIncludes(std::uint16_t mask) {
   const bool injected =
       calls_.enter(CallKind::SuiteTest, "system.suiteIncludes", std::to_string(mask)).has_value();
   return !injected && (version_.suiteMask & mask) == mask;
+}
+
+bool SimSystem::hasKernelFunction(const std::string& name) {
+  return !calls_.enter(CallKind::KernelFunctionQuery, "system.hasKernelFunction", name) &&
+         kernelFunctions_.count(name) > 0;
 }
 
 bool SimSystem::isWow64() {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@ namespace trelv::sim {
 class SimClock : public machine::Clock {
  public:
   machine::LocalTime now() override { return now_; }
+  /// Local time is universal time here.
+  machine::LocalTime localTime(std::uint64_t moment) override;
   void set(const machine::LocalTime& time) { now_ = time; }
   /// Forward only.
   void advance(std::uint32_t seconds);
@@ -113,6 +116,7 @@ class SimSystem : public machine::SystemFacts {
 
   bool queryVersion(VersionRecord& record) override;
   bool suiteIncludes(std::uint16_t mask) override;
+  bool hasKernelFunction(const std::string& name) override;
   bool isWow64() override;
   SystemCode isAdministrator(bool& member) override;
   SystemCode userName(std::uint32_t size, std::string& name) override;
@@ -133,6 +137,8 @@ class SimSystem : public machine::SystemFacts {
   std::size_t versionQueries() const { return versionQueries_; }
   void failVersionQuery(bool fail = true) { failVersionQuery_ = fail; }
   void setWow64(bool wow64) { wow64_ = wow64; }
+  /// Takes away a function that only later systems have.
+  void removeKernelFunction(const std::string& name) { kernelFunctions_.erase(name); }
   void setAdministrator(bool member) { administrator_ = member; }
   bool administrator() const { return administrator_; }
   /// The administrator query answers this code (0 = it works).
@@ -170,6 +176,8 @@ class SimSystem : public machine::SystemFacts {
   std::size_t versionQueries_ = 0;
   bool failVersionQuery_ = false;
   bool wow64_ = false;
+  std::set<std::string> kernelFunctions_{"GetProcAddress", "IsWow64Process",
+                                         "Wow64EnableWow64FsRedirection"};
   bool administrator_ = true;
   SystemCode administratorCode_ = system_code::kSuccess;
   SystemCode userNameCode_ = system_code::kSuccess;

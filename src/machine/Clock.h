@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 namespace trelv::machine {
 
 /// A local date and time. Month and day count from 1.
@@ -19,6 +21,9 @@ class Clock {
  public:
   virtual ~Clock() = default;
   virtual LocalTime now() = 0;
+  /// Local date and time of a moment as FileFacts tell it, by the difference from universal time
+  /// that holds now.
+  virtual LocalTime localTime(std::uint64_t moment) = 0;
 };
 
 }  // namespace trelv::machine

@@ -17,6 +17,11 @@ class RunningProcess {
   /// other programs are served. Answers 0, or the code of a wait that failed.
   virtual SystemCode wait() = 0;
 
+  /// Waits until the program's first window is ready for input, which it is once it has read what
+  /// it was started with; at most so long. A program without windows, or that is not ready in time,
+  /// answers its code.
+  virtual SystemCode waitUntilReady(std::uint32_t milliseconds) = 0;
+
   /// Exit code of the ended process; a failed query answers its code.
   virtual SystemCode exitCode(std::uint32_t& code) = 0;
 };

@@ -30,6 +30,10 @@ class SystemFacts {
   /// Are all bits of `mask` among those of the installed suites? Asked of Windows, not of a record.
   virtual bool suiteIncludes(std::uint16_t mask) = 0;
 
+  /// Does the system's kernel library have a function of this name? Asked before what only later
+  /// systems have.
+  virtual bool hasKernelFunction(const std::string& name) = 0;
+
   /// True in a 32-bit program on a 64-bit Windows.
   virtual bool isWow64() = 0;
 

@@ -63,6 +63,28 @@ bool administrator(Program& program) {
   throw RuntimeError(runtime_number::kApplicationDefined, "TrelvManager", "IsAdministrator");
 }
 
+/// Starts a program; null, after one report, when it could not be started.
+std::unique_ptr<machine::RunningProcess> startProgram(Program& program,
+                                                      const std::string& commandLine, bool visible,
+                                                      const std::string& message) {
+  std::unique_ptr<machine::RunningProcess> process;
+  if (program.machine.processes.start(commandLine, visible, process) != system_code::kSuccess) {
+    program.errors.VisualizzaErrore(kModule, "Execute", message, ReportKind::ProgramError,
+                                    RuntimeError());
+  }
+  return process;
+}
+
+std::string startMessage(const std::string& commandLine) {
+  return "Errore in esecuzione programma: " + commandLine;
+}
+
+/// A program that ran may have written any of the ini files and registered components elsewhere.
+void forgetWhatProgramsChange(Program& program) {
+  program.configurationFiles.forget();
+  program.state.inventory.componentFolder.reset();
+}
+
 /// The first NUL ends the text, but one in the first place counts as none.
 std::string reportedTempPath(const std::string& buffer) {
   const std::size_t end = buffer.find('\0');
@@ -73,14 +95,11 @@ std::string reportedTempPath(const std::string& buffer) {
 
 bool Execute(Program& program, const std::string& commandLine, bool wait,
              std::optional<bool> visible, std::uint32_t* exitCode) {
-  const std::string message = "Errore in esecuzione programma: " + commandLine;
+  const std::string message = startMessage(commandLine);
   return guarded(program, "Execute", message, false, [&]() -> bool {
-    std::unique_ptr<machine::RunningProcess> process;
-    const SystemCode code =
-        program.machine.processes.start(commandLine, visible.value_or(true), process);
-    if (code != system_code::kSuccess) {
-      program.errors.VisualizzaErrore(kModule, "Execute", message, ReportKind::ProgramError,
-                                      RuntimeError());
+    const std::unique_ptr<machine::RunningProcess> process =
+        startProgram(program, commandLine, visible.value_or(true), message);
+    if (process == nullptr) {
       return false;
     }
     if (wait) {
@@ -90,9 +109,23 @@ bool Execute(Program& program, const std::string& commandLine, bool wait,
         process->exitCode(*exitCode);
       }
     }
-    // The program may write any of the ini files and register components elsewhere.
-    program.configurationFiles.forget();
-    program.state.inventory.componentFolder.reset();
+    forgetWhatProgramsChange(program);
+    return true;
+  });
+}
+
+bool ExecuteUntilReady(Program& program, const std::string& commandLine) {
+  constexpr std::uint32_t kLongest = 5000;
+  const std::string message = startMessage(commandLine);
+  return guarded(program, "Execute", message, false, [&]() -> bool {
+    const std::unique_ptr<machine::RunningProcess> process =
+        startProgram(program, commandLine, true, message);
+    if (process == nullptr) {
+      return false;
+    }
+    // One that is not ready in time has had its chance.
+    process->waitUntilReady(kLongest);
+    forgetWhatProgramsChange(program);
     return true;
   });
 }

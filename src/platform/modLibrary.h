@@ -17,6 +17,10 @@ namespace trelv::modLibrary {
 bool Execute(Program& program, const std::string& commandLine, bool wait,
              std::optional<bool> visible = std::nullopt, std::uint32_t* exitCode = nullptr);
 
+/// Starts a command line and returns once the program's window is ready for its user, after 5 s at
+/// most. What it was started with may be removed then. False as for Execute.
+bool ExecuteUntilReady(Program& program, const std::string& commandLine);
+
 /// May the user change this machine? Yes too where nobody can tell.
 bool IsAdmin(Program& program);
 

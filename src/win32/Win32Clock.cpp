@@ -3,11 +3,28 @@
 #include <windows.h>
 
 namespace trelv::win32 {
+namespace {
+
+machine::LocalTime fromSystem(const SYSTEMTIME& time) {
+  return {time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond};
+}
+
+}  // namespace
 
 machine::LocalTime Win32Clock::now() {
   SYSTEMTIME time{};
   GetLocalTime(&time);
-  return {time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond};
+  return fromSystem(time);
+}
+
+machine::LocalTime Win32Clock::localTime(std::uint64_t moment) {
+  constexpr unsigned kHighBits = 32;
+  const FILETIME universal{static_cast<DWORD>(moment), static_cast<DWORD>(moment >> kHighBits)};
+  FILETIME local{};
+  SYSTEMTIME time{};
+  FileTimeToLocalFileTime(&universal, &local);
+  FileTimeToSystemTime(&local, &time);
+  return fromSystem(time);
 }
 
 }  // namespace trelv::win32

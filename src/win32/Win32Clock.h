@@ -8,6 +8,7 @@ namespace trelv::win32 {
 class Win32Clock : public machine::Clock {
  public:
   machine::LocalTime now() override;
+  machine::LocalTime localTime(std::uint64_t moment) override;
 };
 
 }  // namespace trelv::win32

@@ -45,6 +45,11 @@ class Win32RunningProcess : public machine::RunningProcess {
     return outcome.answer == WAIT_OBJECT_0 ? system_code::kSuccess : outcome.failure();
   }
 
+  SystemCode waitUntilReady(std::uint32_t milliseconds) override {
+    const Called<DWORD> outcome = called(WaitForInputIdle, process_.get(), milliseconds);
+    return outcome.answer == WAIT_FAILED ? outcome.failure() : outcome.answer;
+  }
+
   SystemCode exitCode(std::uint32_t& code) override {
     DWORD found = 0;
     const SystemCode answer = codeOf(GetExitCodeProcess, process_.get(), &found);

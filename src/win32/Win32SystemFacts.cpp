@@ -59,6 +59,10 @@ bool Win32SystemFacts::suiteIncludes(std::uint16_t mask) {
                             VerSetConditionMask(0, VER_SUITENAME, VER_AND)) != FALSE;
 }
 
+bool Win32SystemFacts::hasKernelFunction(const std::string& name) {
+  return GetProcAddress(GetModuleHandleW(L"kernel32.dll"), name.c_str()) != nullptr;
+}
+
 bool Win32SystemFacts::isWow64() {
   BOOL answer = FALSE;
   return IsWow64Process(GetCurrentProcess(), &answer) != FALSE && answer != FALSE;

@@ -9,6 +9,7 @@ class Win32SystemFacts : public machine::SystemFacts {
  public:
   bool queryVersion(VersionRecord& record) override;
   bool suiteIncludes(std::uint16_t mask) override;
+  bool hasKernelFunction(const std::string& name) override;
   bool isWow64() override;
   SystemCode isAdministrator(bool& member) override;
   SystemCode userName(std::uint32_t size, std::string& name) override;

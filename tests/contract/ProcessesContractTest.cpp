@@ -159,6 +159,16 @@ TEST_F(ProcessesContract, AProgramGoesOnWhenItsHandleIsDropped) {
   EXPECT_EQ(run(file + " 3"), 3U);
 }
 
+TEST_F(ProcessesContract, WaitingUntilReadyEndsWithTheProgramAtTheLatest) {
+  std::unique_ptr<machine::RunningProcess> process;
+  ASSERT_EQ(machine().processes.start(program() + " 6", false, process), system_code::kSuccess);
+  process->waitUntilReady(60000);
+  EXPECT_EQ(process->wait(), system_code::kSuccess);
+  std::uint32_t code = 0;
+  EXPECT_EQ(process->exitCode(code), system_code::kSuccess);
+  EXPECT_EQ(code, 6U);
+}
+
 TEST_F(ProcessesContract, WaitingTwiceAnswersAtOnce) {
   std::unique_ptr<machine::RunningProcess> process;
   ASSERT_EQ(machine().processes.start(program() + " 8", false, process), system_code::kSuccess);

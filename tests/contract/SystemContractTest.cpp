@@ -264,6 +264,28 @@ TEST_F(SystemContract, TheClockGivesADate) {
   EXPECT_TRUE(now.second >= 0 && now.second <= 60);
 }
 
+TEST_F(SystemContract, AFileThatWasWrittenNowIsOfToday) {
+  const LocalTime before = machine().clock.now();
+  machine::FileFacts facts;
+  ASSERT_EQ(machine().files.look(putFile("now.txt", "x"), facts), system_code::kSuccess);
+  const LocalTime written = machine().clock.localTime(facts.modified);
+  const LocalTime after = machine().clock.now();
+  const auto minutes = [](const LocalTime& time) -> int {
+    return (time.day * 24 + time.hour) * 60 + time.minute;
+  };
+  if (before.month == after.month) {
+    EXPECT_EQ(written.year, after.year);
+    EXPECT_EQ(written.month, after.month);
+    EXPECT_LE(minutes(before), minutes(written) + 1);
+    EXPECT_LE(minutes(written), minutes(after));
+  }
+}
+
+TEST_F(SystemContract, TheKernelHasTheFunctionsOfItsSystem) {
+  EXPECT_TRUE(machine().system.hasKernelFunction("GetProcAddress"));
+  EXPECT_FALSE(machine().system.hasKernelFunction("GetProcAddressOfTheNextSystem"));
+}
+
 TEST_F(SystemContract, ItalianDatesAndTimes) {
   const LocalTime time{2009, 3, 5, 1, 2, 3};
   EXPECT_EQ(locale().shortDate(time), "05/03/2009");

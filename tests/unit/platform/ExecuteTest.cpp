@@ -107,5 +107,39 @@ TEST(Execute, LetsIniFilesBeReadAnewAfterwards) {
   EXPECT_EQ(ReadSetting(program, "S", "k", "C:\\a.ini"), "new");
 }
 
+TEST(ExecuteUntilReady, ReturnsOnceTheProgramHasReadWhatItWasGiven) {
+  FakeProgram program;
+  program.sim.putFile("C:\\a.txt", "x");
+  program.sim.programs().setDeferred(true);
+  bool read = false;
+  program.sim.programs().define("C:\\p.exe", [&](sim::SimProcess& process) -> std::uint32_t {
+    read = process.machine().fileExists("C:\\a.txt");
+    return 0;
+  });
+  EXPECT_TRUE(ExecuteUntilReady(program, "C:\\p.exe C:\\a.txt"));
+  EXPECT_TRUE(read);
+  EXPECT_FALSE(program.sim.started()[0].waited) << "not for its end";
+  EXPECT_TRUE(program.sim.started()[0].visible);
+  EXPECT_EQ(program.sim.calls().back(), "processes.waitUntilReady C:\\p.exe C:\\a.txt 5000");
+}
+
+TEST(ExecuteUntilReady, OneThatIsNotReadyInTimeWasStartedAllTheSame) {
+  FakeProgram program;
+  program.sim.programs().define("C:\\p.exe");
+  program.sim.callLog().setInjector([](const sim::SimCall& call) -> std::optional<SystemCode> {
+    return call.kind == sim::CallKind::ProcessReady ? std::optional<SystemCode>(258) : std::nullopt;
+  });
+  EXPECT_TRUE(ExecuteUntilReady(program, "C:\\p.exe"));
+  EXPECT_THAT(program.reports(), IsEmpty());
+}
+
+TEST(ExecuteUntilReady, ReportsAMissingProgramAsExecuteDoes) {
+  FakeProgram program;
+  EXPECT_FALSE(ExecuteUntilReady(program, "C:\\no.exe"));
+  ASSERT_EQ(program.reports().size(), 1U);
+  EXPECT_EQ(program.reports()[0].procedure, "Execute");
+  EXPECT_EQ(program.reports()[0].message, "Errore in esecuzione programma: C:\\no.exe");
+}
+
 }  // namespace
 }  // namespace trelv::modLibrary

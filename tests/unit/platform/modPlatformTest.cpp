@@ -121,6 +121,9 @@ class MeasuringSystem : public machine::SystemFacts {
     }
     return inner_.suiteIncludes(mask);
   }
+  bool hasKernelFunction(const std::string& name) override {
+    return inner_.hasKernelFunction(name);
+  }
   bool isWow64() override { return inner_.isWow64(); }
   SystemCode isAdministrator(bool& member) override { return inner_.isAdministrator(member); }
   SystemCode userName(std::uint32_t size, std::string& name) override {
