@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -98,10 +100,19 @@ struct ProductInformation {
   std::string clientFolder;
 };
 
-/// A product that is to be set up directly.
-struct SelectedProduct {
+/// A product that a medium offers, or that was selected. A single installation, which has no
+/// medium, fills the identifier only.
+struct OfferedProduct {
   /// Compared without regard to case with the identifiers of the catalogue.
   std::string identifier;
+  /// What lists show.
+  std::string caption = {};
+  /// Folder of its packs relative to the medium's root, as the medium writes it.
+  std::string packFolder = {};
+  /// Run after its packs were opened, in order; placeholders not resolved.
+  std::vector<std::string> commands = {};
+  /// Chosen zip packs, full paths, in the place of all that lie in its folder; empty: all.
+  std::vector<std::string> chosenPacks = {};
 };
 
 /// What the inventory remembers for the whole process.
@@ -131,6 +142,76 @@ struct SettledPack {
 /// product and side.
 struct PackState {
   std::vector<SettledPack> settled;
+  /// Full paths of the packs that could not be opened; whoever wants to know empties it before.
+  std::vector<std::string> unopened;
+};
+
+/// A product that a medium wants to be looked for on the machine.
+struct ListedProduct {
+  std::string identifier;
+  std::string description;
+  /// What the presence check found: 0 not looked for, else a value of Operation: Setup (the product
+  /// is not there yet) or Update (it is).
+  std::int32_t presence = 0;
+};
+
+/// Lists of a medium's menu, each a page of the standalone form.
+constexpr std::size_t kMenuPages = 4;
+
+/// One list of a medium's menu.
+struct MenuPage {
+  /// Empty where the medium names none.
+  std::string caption;
+  std::vector<OfferedProduct> entries;
+};
+
+/// A host installation that the selection form offers.
+struct HostInstallation {
+  std::string name;
+  /// Its server path; empty when it is not known.
+  std::string path;
+};
+
+/// What the user did to close a form of the session. The values are passed on as they stand.
+enum class UserAction : std::int32_t { None = 0, Back = 1, Exit = 2, Execute = 3 };
+
+/// A version that was picked in the version form: one field each of its catalogue entry.
+struct ChosenVersion {
+  /// Full path of the zip pack.
+  std::string pack;
+  std::string fileName;
+};
+
+/// The interactive session from a medium. Forms read and write it; the session looks at it when
+/// they have closed.
+struct SessionState {
+  /// Folder of the program with "\..\..\" behind it.
+  std::string mediaRoot;
+  /// Empty when the medium does not tell it.
+  std::string mediaVersion;
+  std::string formHeader;
+  /// The selection form shows the server path of an integrated installation.
+  bool showIntegrationPath = false;
+  std::array<MenuPage, kMenuPages> menu;
+  /// Entry 0 stays empty, products begin at 1.
+  std::vector<ListedProduct> products;
+  /// This machine is integrated, with this server path; it may be recorded empty.
+  bool integrationFound = false;
+  std::string integrationFolder;
+  std::vector<HostInstallation> hostInstallations;
+  /// What the integrated form lists.
+  std::vector<OfferedProduct> offeredProducts;
+  /// Name of the chosen installation; empty until one is chosen.
+  std::string installationType;
+  /// Server path of an integrated installation; empty until it is given.
+  std::string serverPath;
+  /// The choice of the selection form was confirmed.
+  bool confirmed = false;
+  /// Products on their own do not keep anyone from an integrated installation.
+  bool suppressStandaloneCheck = false;
+  UserAction userAction = UserAction::None;
+  /// Result of the version form.
+  std::vector<ChosenVersion> chosenVersions;
 };
 
 /// All program-wide state of one process, passed explicitly.
@@ -141,7 +222,8 @@ struct ProgramState {
   InventoryState inventory;
   PackState packs;
   /// The products that the direct set-up runs.
-  std::vector<SelectedProduct> selectedProducts;
+  std::vector<OfferedProduct> selectedProducts;
+  SessionState session;
 };
 
 }  // namespace trelv

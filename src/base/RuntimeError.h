@@ -45,6 +45,7 @@ constexpr std::int32_t kPermissionDenied = 70;
 constexpr std::int32_t kPathAccess = 75;
 constexpr std::int32_t kPathNotFound = 76;
 constexpr std::int32_t kNoObject = 91;
+constexpr std::int32_t kInvalidFormat = 321;
 constexpr std::int32_t kApplicationDefined = 440;
 }  // namespace runtime_number
 

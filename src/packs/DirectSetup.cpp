@@ -47,8 +47,8 @@ void setUp(Program& program, const std::string& rootFolder, const std::string& c
 void setUpWhereSelected(Program& program, const std::string& rootFolder,
                         const std::string& configuration, const std::string& identifier) {
   // A click that arrives while a line is logged may select others.
-  const std::vector<SelectedProduct> selection = program.state.selectedProducts;
-  for (const SelectedProduct& selected : selection) {
+  const std::vector<OfferedProduct> selection = program.state.selectedProducts;
+  for (const OfferedProduct& selected : selection) {
     if (equalNoCase(selected.identifier, identifier)) {
       setUp(program, rootFolder, configuration, identifier);
     }

@@ -62,6 +62,14 @@ std::string workFolder(Program& program) {
   return isGiven(program, folder, "Cartella temporanea") ? folder : std::string();
 }
 
+/// No answer tells whether a pack was opened; who has to know looks here.
+void tellUnopened(Program& program, const std::string& pack) {
+  std::vector<std::string>& unopened = program.state.packs.unopened;
+  if (std::find(unopened.begin(), unopened.end(), pack) == unopened.end()) {
+    unopened.push_back(pack);
+  }
+}
+
 /// False, after a box, when 7-Zip could not be started or failed.
 bool openWithSevenZip(Program& program, const std::string& zipPath, const std::string& output) {
   const std::string command = zipCommand(program, zipPath, output);
@@ -71,6 +79,7 @@ bool openWithSevenZip(Program& program, const std::string& zipPath, const std::s
       exitCode < kFirstFailure) {
     return true;
   }
+  tellUnopened(program, zipPath);
   program.machine.desktop.messageBox(TRELV_PRODUCT_NAME, "Errore in esecuzione comando: " + command,
                                      machine::BoxIcon::Critical, machine::BoxButtons::Ok);
   return false;
@@ -239,11 +248,17 @@ void forgetSettled(Program& program, const std::string& folder) {
 void openSinglePack(Program& program, const std::string& packPath, const std::string& target) {
   const std::string work = workFolder(program);
   if (work.empty()) {
+    tellUnopened(program, packPath);
     return;
   }
   // Kept: a decoder that fails is not told, only one that cannot be started. The search then tells
   // a missing folder, or opens what an earlier pack left: what counts is what lies there.
-  modLibrary::Execute(program, decoderCommand(program, packPath, work), true);
+  std::uint32_t exitCode = kUnknownExitCode;
+  if (!modLibrary::Execute(program, decoderCommand(program, packPath, work), true, std::nullopt,
+                           &exitCode) ||
+      exitCode != 0) {
+    tellUnopened(program, packPath);
+  }
   const std::string decoded = work + kSetupTree;
   forgetSettled(program, decoded);
   OpenZipPacksInFolder(program, decoded, target, true);
@@ -286,19 +301,23 @@ bool OpenZipPack(Program& program, const std::string& zipPath, const std::string
 }
 
 void OpenFolderPacks(Program& program, const std::string& folder, const std::string& target) {
-  loggedTrap(program.log, program.errors, kModule, "OpenFolderPacks", "Errore in Apertura Pacchi",
-             false, [&]() -> bool {
-               openFolderPacks(program, folder, target);
-               return true;
-             });
+  if (!loggedTrap(program.log, program.errors, kModule, "OpenFolderPacks",
+                  "Errore in Apertura Pacchi", false, [&]() -> bool {
+                    openFolderPacks(program, folder, target);
+                    return true;
+                  })) {
+    tellUnopened(program, folder);
+  }
 }
 
 void OpenSinglePacks(Program& program, const std::string& packPath, const std::string& target) {
-  loggedTrap(program.log, program.errors, kModule, "OpenSinglePacks", "Errore in Apertura Pacco ",
-             false, [&]() -> bool {
-               openSinglePack(program, packPath, target);
-               return true;
-             });
+  if (!loggedTrap(program.log, program.errors, kModule, "OpenSinglePacks",
+                  "Errore in Apertura Pacco ", false, [&]() -> bool {
+                    openSinglePack(program, packPath, target);
+                    return true;
+                  })) {
+    tellUnopened(program, packPath);
+  }
 }
 
 }  // namespace trelv::modProdTrelvManager

@@ -69,6 +69,8 @@ const CallTable<Outcome> kOutcomes{
     {"processes.start \"C:\\Lumo\\Programmi\\7z.exe",
      "Errore in esecuzione comando: ", Work::NotDone},
     {"processes.wait", nullptr, Work::Done, "counts as a program that ran"},
+    {"processes.exitCode \"C:\\Lumo\\Programmi\\qalbunex.exe", nullptr, Work::Done,
+     "the pack is noted as one that could not be opened, which nobody asks for here"},
     {"processes.exitCode", "Errore in esecuzione comando: ", Work::EitherWay,
      "the pack is kept; what it held is in the temporary folder, where a set-up finds it"},
     {"files.list C:\\Users\\mario\\Temp\\prg\\com\\setup\\aggdovra",

@@ -847,6 +847,25 @@ TEST_F(GzPacks, AFolderThatIsMissingIsReported) {
                                    "trovare il percorso: D:\\no"));
 }
 
+TEST_F(GzPacks, PacksThatCouldNotBeOpenedAreNotedOnceEach) {
+  program_.state.packs.unopened = {"vecchio"};
+  OpenZipPack(program_, inSetup("manca.zip"), "D:\\Out", false);
+  EXPECT_THAT(program_.state.packs.unopened, ElementsAre("vecchio", inSetup("manca.zip")));
+  machine_.putFile(inSetup("guasto.gz"), "no pack");
+  OpenSinglePacks(program_, inSetup("guasto.gz"), kTarget);
+  OpenFolderPacks(program_, "S:\\Manca", kTarget);
+  EXPECT_THAT(program_.state.packs.unopened,
+              ElementsAre("vecchio", inSetup("manca.zip"), inSetup("guasto.gz"), "S:\\Manca"));
+}
+
+TEST_F(GzPacks, APackWhoseDecoderFailsIsNotedAlsoWhereTheTreeOfAnotherStands) {
+  machine_.makeFolders(kWorkTree);
+  machine_.putFile(inSetup("guasto.gz"), "no pack");
+  OpenSinglePacks(program_, inSetup("guasto.gz"), kTarget);
+  EXPECT_THAT(program_.state.packs.unopened, ElementsAre(inSetup("guasto.gz")));
+  EXPECT_THAT(boxes(), IsEmpty());
+}
+
 TEST_F(GzPacks, AFailingPackDoesNotEndTheScanOfItsFolder) {
   machine_.putFile("D:\\p\\a.gz", "no pack");
   machine_.putFile("D:\\p\\b.gz", gzBytes({{"b.zip", zipOf("b.ini", "b")}}));
