@@ -4,8 +4,7 @@ namespace trelv::app {
 
 WindowsProgram::WindowsProgram(machine::Machine machine)
     : machine_(machine),
-      fileSystem_([this] { return std::make_unique<FileSystemObject>(machine_.files); },
-                  logAndReporter_),
+      fileSystem_(machine_.files),
       configurationFiles_(machine_),
       program_{machine_,        state_,      logAndReporter_,
                logAndReporter_, fileSystem_, configurationFiles_} {

@@ -3,9 +3,9 @@
 #include "base/ProgramState.h"
 #include "machine/Machine.h"
 #include "platform/ConfigurationFiles.h"
+#include "platform/FileSystemObject.h"
 #include "platform/Program.h"
 #include "startup/modError.h"
-#include "startup/modProdTrelvLibrary.h"
 
 namespace trelv::app {
 
@@ -22,7 +22,7 @@ class WindowsProgram {
   machine::Machine machine_;
   ProgramState state_;
   modError::LogAndReporter logAndReporter_;
-  modProdTrelvLibrary::SharedFileSystemObject fileSystem_;
+  FileSystemObject fileSystem_;
   ConfigurationFiles configurationFiles_;
   Program program_;
 };

@@ -44,7 +44,6 @@ constexpr std::int32_t kPastEndOfFile = 62;
 constexpr std::int32_t kPermissionDenied = 70;
 constexpr std::int32_t kPathAccess = 75;
 constexpr std::int32_t kPathNotFound = 76;
-constexpr std::int32_t kNoObject = 91;
 constexpr std::int32_t kInvalidFormat = 321;
 constexpr std::int32_t kApplicationDefined = 440;
 }  // namespace runtime_number

@@ -48,11 +48,9 @@ void correctRecord(Program& program, const std::string& record, const std::strin
   program.log.WriteLog(startLine);
   bool allWritten = true;
   for (const Correction& correction : kCorrections) {
-    orGoOn(program, [&]() -> void {
-      allWritten = modLibrary::WriteSetting(program, correction.section, "version", record,
-                                            correction.version) != 0 &&
-                   allWritten;
-    });
+    allWritten = modLibrary::WriteSetting(program, correction.section, "version", record,
+                                          correction.version) != 0 &&
+                 allWritten;
   }
   if (!allWritten) {
     throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",

@@ -35,38 +35,30 @@ struct ClientPreparation {
 const char* truthWord(bool value) { return value ? "True" : "False"; }
 
 bool isRecorded(Program& program, Product product, const std::string& record) {
-  return holdsOrGoOn(program, [&]() -> bool {
-    const std::string id = modProdTrelvLibrary::ConvertNumberToProduct(product);
-    return !modLibrary::ReadSetting(program, id, "version", record).empty();
-  });
+  const std::string id = modProdTrelvLibrary::ConvertNumberToProduct(product);
+  return !modLibrary::ReadSetting(program, id, "version", record).empty();
 }
 
 /// lumow.ini learns where the archives are. The platform's answer is put behind `line`.
 void pointToServer(Program& program, const std::string& serverPath, const std::string& line) {
-  orGoOn(program, [&]() -> void {
-    const std::string windows = modLibrary::WindowsFolder(program);
-    // Without the folder, which was reported, the name alone would lie in the root of a drive.
-    const std::uint32_t written =
-        windows.empty() ? 0
-                        : modLibrary::WriteSetting(program, "Archivi", "Path",
-                                                   windows + "\\Lumow.ini", serverPath);
-    program.log.WriteLog(line + std::to_string(written));
-  });
+  const std::string windows = modLibrary::WindowsFolder(program);
+  // Without the folder, which was reported, the name alone would lie in the root of a drive.
+  const std::uint32_t written = windows.empty()
+                                    ? 0
+                                    : modLibrary::WriteSetting(program, "Archivi", "Path",
+                                                               windows + "\\Lumow.ini", serverPath);
+  program.log.WriteLog(line + std::to_string(written));
 }
 
 void registerLocalPath(Program& program, const std::string& programsPath,
                        const std::string& stepLine) {
-  orGoOn(program, [&]() -> void {
-    const bool made = modRegistry::CreateKey(program, kProgramsKey, machine::Hive::LocalMachine);
-    program.log.WriteLog(stepLine + "CreateKey " + kProgramsKey + "  " + truthWord(made));
-  });
-  orGoOn(program, [&]() -> void {
-    const bool set =
-        modRegistry::SetKeyValue(program, machine::Hive::LocalMachine, kProgramsKey, "PathLocale",
-                                 programsPath + "\\dovra\\bilancio", machine::value_type::kText);
-    program.log.WriteLog(stepLine + "SetKeyValue " + kProgramsKey + " PathLocale   " +
-                         truthWord(set));
-  });
+  const bool made = modRegistry::CreateKey(program, kProgramsKey, machine::Hive::LocalMachine);
+  program.log.WriteLog(stepLine + "CreateKey " + kProgramsKey + "  " + truthWord(made));
+  const bool set =
+      modRegistry::SetKeyValue(program, machine::Hive::LocalMachine, kProgramsKey, "PathLocale",
+                               programsPath + "\\dovra\\bilancio", machine::value_type::kText);
+  program.log.WriteLog(stepLine + "SetKeyValue " + kProgramsKey + " PathLocale   " +
+                       truthWord(set));
 }
 
 /// A bare file name: the platform puts the file into the Windows folder, on a Terminal Server into
@@ -182,20 +174,16 @@ void PreparaInstClientBilancio(Program& program, const std::string& serverPath,
 }  // namespace
 
 void PreparaInstSrvAll(Program& program, const std::string& serverPath) {
-  orGoOn(program, [&]() -> void { PreparaInstSrvTarsena2(program, serverPath); });
-  orGoOn(program, [&]() -> void { PreparaInstSrvBilancio(program, serverPath); });
-  orGoOn(program, [&]() -> void {
-    PreparaInstNerio(program, serverPath, hostPaths::serverVersionRecord(serverPath));
-  });
+  PreparaInstSrvTarsena2(program, serverPath);
+  PreparaInstSrvBilancio(program, serverPath);
+  PreparaInstNerio(program, serverPath, hostPaths::serverVersionRecord(serverPath));
 }
 
 void PreparaInstClientAll(Program& program, const std::string& serverPath,
                           const std::string& programsPath) {
-  orGoOn(program, [&]() -> void { PreparaInstClientTarsena2(program, serverPath, programsPath); });
-  orGoOn(program, [&]() -> void { PreparaInstClientBilancio(program, serverPath, programsPath); });
-  orGoOn(program, [&]() -> void {
-    PreparaInstNerio(program, serverPath, hostPaths::clientVersionRecord(program));
-  });
+  PreparaInstClientTarsena2(program, serverPath, programsPath);
+  PreparaInstClientBilancio(program, serverPath, programsPath);
+  PreparaInstNerio(program, serverPath, hostPaths::clientVersionRecord(program));
 }
 
 }  // namespace trelv::modProdTrelvManager

@@ -23,8 +23,7 @@ constexpr std::array kProducts{
 
 }  // namespace
 
-bool EsisteProdottoComplementareStandalone(Program& program, const std::string& /*serverPath*/,
-                                           std::string& list) {
+bool EsisteProdottoComplementareStandalone(Program& program, std::string& list) {
   program.log.WriteLog("Gestione ProdTrelv - Verifica esistenza prodotti complementari standalone");
   std::string recorded;
   if (modMain::VerifyConfig(program, recorded)) {

@@ -8,8 +8,7 @@ namespace trelv::modProdTrelvManager {
 
 /// Does this machine have products that were installed without the host, beside which no
 /// integrated one may be put? `list` receives their display names, one a line, each with CR LF. A
-/// machine with an integration record has none, whatever stands there. `serverPath` has no effect.
-bool EsisteProdottoComplementareStandalone(Program& program, const std::string& serverPath,
-                                           std::string& list);
+/// machine with an integration record has none, whatever stands there. Never raises.
+bool EsisteProdottoComplementareStandalone(Program& program, std::string& list);
 
 }  // namespace trelv::modProdTrelvManager

@@ -77,7 +77,7 @@ enum class Existing { Kept, Replaced };
 /// Raises where a file must not be put in the place of `target`.
 void requireFree(Program& program, const std::string& target, Existing existing) {
   if (existing == Existing::Replaced) {
-    program.fileSystem.requiredFileSystemObject().requireReplaceable(target);
+    program.fileSystem.requireReplaceable(target);
   } else if (!isMissing(program, target)) {
     throw failureFromSystemCode(system_code::kFileExists, target);
   }
@@ -87,7 +87,7 @@ void requireFree(Program& program, const std::string& target, Existing existing)
 /// that is ended by force would leave, would count as present for good.
 template <class Make>
 void makeWhole(Program& program, const std::string& target, Existing existing, Make&& make) {
-  FileSystemObject& files = program.fileSystem.requiredFileSystemObject();
+  FileSystemObject& files = program.fileSystem;
   const std::string made = target + ".tmp";
   const auto discard = [&]() -> void {
     if (files.fileExists(made)) {
@@ -112,9 +112,8 @@ void makeWhole(Program& program, const std::string& target, Existing existing, M
 
 void copyFile(Program& program, const std::string& source, const std::string& target,
               Existing existing) {
-  makeWhole(program, target, existing, [&](const std::string& made) -> void {
-    program.fileSystem.requiredFileSystemObject().copyFile(source, made);
-  });
+  makeWhole(program, target, existing,
+            [&](const std::string& made) -> void { program.fileSystem.copyFile(source, made); });
 }
 
 void copyMissing(Program& program, const std::string& source, const std::string& target) {
@@ -238,7 +237,7 @@ void deleteObsolete(Program& program, const std::string& file) {
   if (!modLibrary::FileExists(program, file)) {
     return;
   }
-  program.fileSystem.requiredFileSystemObject().deleteFile(file, false);
+  program.fileSystem.deleteFile(file, false);
   program.log.WriteLog("Cancellazione file: " + file + " effettuata con successo");
 }
 

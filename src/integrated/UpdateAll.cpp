@@ -43,14 +43,6 @@ struct SideOfProduct {
   const std::string& record;
 };
 
-/// Value of an ini key; empty when missing or when reading failed.
-std::string settingOf(Program& program, const std::string& section, const std::string& key,
-                      const std::string& file) {
-  std::string value;
-  orGoOn(program, [&]() -> void { value = modLibrary::ReadSetting(program, section, key, file); });
-  return value;
-}
-
 void refuse(Program& program, const std::string& text) {
   program.machine.desktop.messageBox(TRELV_PRODUCT_NAME, text, machine::BoxIcon::Critical,
                                      machine::BoxButtons::Ok);
@@ -58,7 +50,7 @@ void refuse(Program& program, const std::string& text) {
 
 void refuseUnwritableRecord(Program& program) {
   std::string path;
-  orGoOn(program, [&]() -> void { modConfig::GetConfigPath(program, path); });
+  modConfig::GetConfigPath(program, path);
   refuse(program,
          "Non è stato possibile aggiornare il file di configurazione della macchina nel percorso "
          "\"" +
@@ -102,13 +94,13 @@ Procedure checkIntegration(Program& program, const std::string& serverPath) {
 }
 
 bool blockingSuiteIsThere(Program& program) {
-  if (holdsOrGoOn(program, [&]() -> bool { return modConfig::EsisteSuiteFerax(program); })) {
+  if (modConfig::EsisteSuiteFerax(program)) {
     program.log.WriteLog(
         "Gestione ProdTrelv - SuiteFerax rilevata, nessun prodotto complementare viene "
         "installato/aggiornato");
     return true;
   }
-  if (holdsOrGoOn(program, [&]() -> bool { return modConfig::EsisteSuiteTravolin(program); })) {
+  if (modConfig::EsisteSuiteTravolin(program)) {
     program.log.WriteLog(
         "Gestione ProdTrelv - SuiteTravolin rilevata, nessun prodotto complementare viene "
         "installato/aggiornato");
@@ -117,11 +109,9 @@ bool blockingSuiteIsThere(Program& program) {
   return false;
 }
 
-bool standaloneProductIsThere(Program& program, const std::string& serverPath) {
+bool standaloneProductIsThere(Program& program) {
   std::string list;
-  if (!holdsOrGoOn(program, [&]() -> bool {
-        return EsisteProdottoComplementareStandalone(program, serverPath, list);
-      })) {
+  if (!EsisteProdottoComplementareStandalone(program, list)) {
     return false;
   }
   program.machine.desktop.messageBox("Gestione prodotti complementari", standaloneRefusal(list),
@@ -130,13 +120,12 @@ bool standaloneProductIsThere(Program& program, const std::string& serverPath) {
 }
 
 void prepareAndRepair(Program& program, const Inputs& inputs) {
-  orGoOn(program, [&]() -> void { PreparaInstSrvAll(program, inputs.serverPath); });
-  orGoOn(program,
-         [&]() -> void { PreparaInstClientAll(program, inputs.serverPath, inputs.programsPath); });
-  orGoOn(program, [&]() -> void { RiparaCorvelTS(program); });
-  orGoOn(program, [&]() -> void { RiparaNerioTS(program, inputs.integrationPath); });
-  orGoOn(program, [&]() -> void { RiparaZeltomodelliTS(program, inputs.integrationPath); });
-  orGoOn(program, [&]() -> void { RiparaLudaTS(program, inputs.integrationPath); });
+  PreparaInstSrvAll(program, inputs.serverPath);
+  PreparaInstClientAll(program, inputs.serverPath, inputs.programsPath);
+  RiparaCorvelTS(program);
+  RiparaNerioTS(program, inputs.integrationPath);
+  RiparaZeltomodelliTS(program, inputs.integrationPath);
+  RiparaLudaTS(program, inputs.integrationPath);
 }
 
 void correctForDovra(Program& program, const Inputs& inputs, const HostFiles& files) {
@@ -151,7 +140,7 @@ void correctForDovra(Program& program, const Inputs& inputs, const HostFiles& fi
 bool isRecorded(Program& program, const SideOfProduct& product) {
   program.configurationFiles.forget(product.record);
   return program.configurationFiles.holds(product.id, "version", product.record) ||
-         !settingOf(program, product.id, "version", product.record).empty();
+         !modLibrary::ReadSetting(program, product.id, "version", product.record).empty();
 }
 
 /// Puts the version that a run left behind into its side's record. The platform writes and reads
@@ -191,8 +180,10 @@ Procedure updateSide(Program& program, const Inputs& inputs, const SideOfProduct
 Procedure updateProduct(Program& program, const Inputs& inputs, const HostFiles& files,
                         const std::string& conf, const std::string& id) {
   const std::string configuration = hostPaths::productConfiguration(inputs.serverPath, conf);
-  const std::string serverVersion = settingOf(program, id, "version", files.serverRecord);
-  const std::string clientVersion = settingOf(program, id, "version", files.clientRecord);
+  const std::string serverVersion =
+      modLibrary::ReadSetting(program, id, "version", files.serverRecord);
+  const std::string clientVersion =
+      modLibrary::ReadSetting(program, id, "version", files.clientRecord);
   if (updateSide(program, inputs, {Side::Server, id, configuration, files.serverRecord},
                  serverVersion) == Procedure::Stops) {
     return Procedure::Stops;
@@ -204,16 +195,32 @@ Procedure updateProduct(Program& program, const Inputs& inputs, const HostFiles&
 Procedure updateEveryProduct(Program& program, const Inputs& inputs, const HostFiles& files) {
   for (int index = 1; index <= kMostProducts; ++index) {
     const std::string section = modProdTrelvLibrary::CatalogueSection(index);
-    const std::string conf = settingOf(program, section, "conf", files.catalogue);
+    const std::string conf = modLibrary::ReadSetting(program, section, "conf", files.catalogue);
     if (conf.empty()) {
       return Procedure::GoesOn;
     }
-    const std::string id = settingOf(program, section, "id", files.catalogue);
+    const std::string id = modLibrary::ReadSetting(program, section, "id", files.catalogue);
     if (updateProduct(program, inputs, files, conf, id) == Procedure::Stops) {
       return Procedure::Stops;
     }
   }
   return Procedure::GoesOn;
+}
+
+void updateAll(Program& program, const Inputs& inputs) {
+  const HostFiles files{hostPaths::catalogue(inputs.serverPath),
+                        hostPaths::serverVersionRecord(inputs.serverPath),
+                        hostPaths::clientVersionRecord(program)};
+  program.log.WriteLog("Gestione ProdTrelv - Inizio procedura");
+  if (checkIntegration(program, inputs.serverPath) == Procedure::Stops ||
+      blockingSuiteIsThere(program) || standaloneProductIsThere(program)) {
+    return;
+  }
+  prepareAndRepair(program, inputs);
+  correctForDovra(program, inputs, files);
+  if (updateEveryProduct(program, inputs, files) == Procedure::GoesOn) {
+    program.log.WriteLog("Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari");
+  }
 }
 
 }  // namespace
@@ -229,24 +236,11 @@ std::string standaloneRefusal(const std::string& list) {
 void UpdateAllProdottiComplementari(Program& program, const std::string& serverPath,
                                     const std::string& integrationPath,
                                     const std::string& programsPath) {
-  const Inputs inputs{serverPath, integrationPath, programsPath};
-  HostFiles files{hostPaths::catalogue(serverPath), hostPaths::serverVersionRecord(serverPath), ""};
-  orGoOn(program, [&]() -> void { files.clientRecord = hostPaths::clientVersionRecord(program); });
-  program.log.WriteLog("Gestione ProdTrelv - Inizio procedura");
-  Procedure procedure = Procedure::Stops;
-  orGoOn(program, [&]() -> void { procedure = checkIntegration(program, serverPath); });
-  if (procedure == Procedure::Stops) {
-    return;
-  }
-  if (blockingSuiteIsThere(program) || standaloneProductIsThere(program, serverPath)) {
-    return;
-  }
-  prepareAndRepair(program, inputs);
-  orGoOn(program, [&]() -> void { correctForDovra(program, inputs, files); });
-  if (updateEveryProduct(program, inputs, files) == Procedure::Stops) {
-    return;
-  }
-  program.log.WriteLog("Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari");
+  // Nothing in there raises but for want of memory: the program that the host asked for starts then
+  // all the same.
+  orGoOn(program, [&]() -> void {
+    updateAll(program, {serverPath, integrationPath, programsPath});
+  });
 }
 
 }  // namespace trelv::modProdTrelvManager

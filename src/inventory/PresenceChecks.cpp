@@ -226,8 +226,7 @@ bool modelsAreRegistered(Program& program) {
 
 /// First line of a version file; an empty file has an empty one.
 std::string firstLine(Program& program, const std::string& path) {
-  const std::vector<std::string> lines =
-      program.fileSystem.requiredFileSystemObject().readLines(path);
+  const std::vector<std::string> lines = program.fileSystem.readLines(path);
   return lines.empty() ? std::string() : program.machine.locale.fromAnsi(lines.front());
 }
 

@@ -5,7 +5,6 @@
 
 #include "base/Trap.h"
 #include "packs/NumberedFailure.h"
-#include "platform/FileSystemObject.h"
 #include "platform/modLibrary.h"
 
 namespace trelv::modProdTrelvManager {
@@ -13,7 +12,7 @@ namespace {
 
 /// File names of the controls, unsorted.
 std::vector<std::string> controlsIn(Program& program, const std::string& folder) {
-  std::vector<std::string> names = FileSystemObject(program.machine.files).files(folder);
+  std::vector<std::string> names = program.fileSystem.files(folder);
   names.erase(std::remove_if(names.begin(), names.end(),
                              [](const std::string& name) -> bool {
                                return modLibrary::Extension(name) != "ocx";

@@ -93,8 +93,7 @@ bool removePack(Program& program, const std::string& zipPath) {
 
 std::vector<machine::FolderEntry> zipPacksOf(Program& program, const std::string& folder) {
   // The server leaves out what else lies there: a start looks twice for each product.
-  std::vector<machine::FolderEntry> packs =
-      program.fileSystem.requiredFileSystemObject().fileEntries(folder, "zip");
+  std::vector<machine::FolderEntry> packs = program.fileSystem.fileEntries(folder, "zip");
   std::erase_if(packs, [](const machine::FolderEntry& entry) {
     return modLibrary::Extension(entry.name) != "zip";
   });
@@ -140,7 +139,6 @@ class ZipScan {
   bool isPack(const std::string& path) const;
   SettledPack identityOf(const machine::FolderEntry& pack) const;
   bool isSettled(const machine::FolderEntry& pack) const;
-  FileSystemObject& files() { return program_.fileSystem.requiredFileSystemObject(); }
 
   Program& program_;
   const std::string folder_;
@@ -161,7 +159,7 @@ void ZipScan::run(bool removePacks) {
   // hold nothing there.
   const std::string unpacked = work_ + kTopFolder;
   if (elsewhere_ && modLibrary::FolderExists(program_, unpacked)) {
-    files().deleteFolder(unpacked, true);
+    program_.fileSystem.deleteFolder(unpacked, true);
   }
 }
 
@@ -199,7 +197,7 @@ void ZipScan::copySetupTree() {
   shown = program_.machine.desktop.showModeless(form);
   const std::string target = target_ + kSetupTree;
   modLibrary::CreaCartella(program_, target);
-  files().copyFolder(work_ + kSetupTree, target, true, true);
+  program_.fileSystem.copyFolder(work_ + kSetupTree, target, true, true);
 }
 
 /// Removes what a failed pack left below `folder`: the next copy would take it along. The packs of
@@ -209,15 +207,15 @@ void ZipScan::clearLeftovers(const std::string& folder) {
     return;
   }
   if (!FileSystemObject::liesAtOrIn(folder_, folder)) {
-    files().deleteFolder(folder, true);
+    program_.fileSystem.deleteFolder(folder, true);
     return;
   }
-  for (const std::string& name : files().folders(folder)) {
+  for (const std::string& name : program_.fileSystem.folders(folder)) {
     clearLeftovers(folder + "\\" + name);
   }
-  for (const std::string& name : files().files(folder)) {
+  for (const std::string& name : program_.fileSystem.files(folder)) {
     if (!isPack(folder + "\\" + name)) {
-      files().deleteFile(folder + "\\" + name, true);
+      program_.fileSystem.deleteFile(folder + "\\" + name, true);
     }
   }
 }
@@ -265,7 +263,7 @@ void openSinglePack(Program& program, const std::string& packPath, const std::st
 }
 
 void openFolderPacks(Program& program, const std::string& folder, const std::string& target) {
-  for (const std::string& name : program.fileSystem.requiredFileSystemObject().files(folder)) {
+  for (const std::string& name : program.fileSystem.files(folder)) {
     if (modLibrary::Extension(name) == "gz") {
       // Kept: the line names the target, so whoever looks for the pack there finds none. Support
       // knows it so.

@@ -11,7 +11,7 @@ namespace trelv::modProdTrelvInteractive {
 namespace {
 
 void listZipPacks(Program& program, const std::string& folder, std::vector<std::string>& packs) {
-  for (const std::string& name : program.fileSystem.requiredFileSystemObject().files(folder)) {
+  for (const std::string& name : program.fileSystem.files(folder)) {
     if (modLibrary::Extension(name) == "zip") {
       packs.push_back(folder + "\\" + name);
     }

@@ -55,7 +55,7 @@ void removeUnpacked(Program& program, const std::string& folder) {
   if (isFile || meansMissing(code)) {
     return;
   }
-  program.fileSystem.requiredFileSystemObject().deleteFolder(folder, true);
+  program.fileSystem.deleteFolder(folder, true);
   program.configurationFiles.forget();
 }
 

@@ -37,7 +37,6 @@ class Removal {
   void removeSetupFolder(const std::string& folder);
   void zeroVersion();
   void removeConfiguration();
-  FileSystemObject& files() { return program_.fileSystem.requiredFileSystemObject(); }
 
   Program& program_;
   const Paths paths_;
@@ -101,7 +100,7 @@ void Removal::removeSetupFolder(const std::string& folder) {
     return;
   }
   modLibrary::DeleteFolder(program_, folder);
-  if (files().mayExist(folder)) {
+  if (program_.fileSystem.mayExist(folder)) {
     program_.log.WriteLog("Gestione ProdTrelv - Cartella server di setup non rimossa: " + folder);
   }
 }
@@ -124,7 +123,7 @@ void Removal::removeConfiguration() {
   program_.log.WriteLog("Gestione ProdTrelv - Rimozione file di configurazione: " + configuration_);
   modLibrary::DeleteFile(program_, configuration_);
   // Without an entry in the catalogue this is the server path itself, with a backslash behind it.
-  if (configuration_.back() != '\\' && files().mayExist(configuration_)) {
+  if (configuration_.back() != '\\' && program_.fileSystem.mayExist(configuration_)) {
     program_.log.WriteLog("Gestione ProdTrelv - File di configurazione non rimosso: " +
                           configuration_);
   }

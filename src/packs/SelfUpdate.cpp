@@ -59,7 +59,7 @@ std::string computerName(Program& program) {
 
 SelfUpdate::SelfUpdate(Program& program, const std::string& hostServerFolder)
     : program_(program),
-      files_(program.fileSystem.requiredFileSystemObject()),
+      files_(program.fileSystem),
       clientFolder_(hostServerFolder + "\\prg\\com\\bin\\cpy\\client"),
       environmentFolder_(hostServerFolder + "\\prg\\etc"),
       temporaryFolder_(hostServerFolder + "\\prg\\tempterm") {
@@ -260,7 +260,7 @@ void UpdateTrelvManager(Program& program, const std::string& hostServerFolder) {
 }
 
 bool IsFileNewer(Program& program, const std::string& sourcePath, const std::string& targetPath) {
-  FileSystemObject& files = program.fileSystem.requiredFileSystemObject();
+  FileSystemObject& files = program.fileSystem;
   machine::FileFacts facts;
   const SystemCode code = program.machine.files.look(targetPath, facts);
   if (meansMissing(code) || (code == system_code::kSuccess && facts.folder)) {

@@ -191,7 +191,7 @@ bool isHostFolderByName(const Place& place, const Place& server) {
 /// Is the file in the folder, or in folders below it that are named like those on its way? Then the
 /// folder is one of its holders, by whatever name.
 bool leadsTo(Program& program, const std::string& folder, const std::string& file) {
-  FileSystemObject& files = program.fileSystem.requiredFileSystemObject();
+  FileSystemObject& files = program.fileSystem;
   const std::optional<Place> place = placeOf(file);
   std::string rest;
   return place && std::any_of(place->levels.rbegin(), place->levels.rend(),

@@ -286,15 +286,6 @@ void FileSystemObject::writeText(const std::string& path, const std::string& byt
   require(files_.write(path, bytes), path);
 }
 
-FileSystemObject& FileSystemObjects::requiredFileSystemObject() {
-  FileSystemObject* const object = fileSystemObject();
-  if (object == nullptr) {
-    throw RuntimeError(runtime_number::kNoObject, "TrelvManager",
-                       "Oggetto FileSystemObject non disponibile");
-  }
-  return *object;
-}
-
 bool FileSystemObject::liesAtOrIn(const std::string& path, const std::string& folder) {
   return equalNoCase(path.substr(0, folder.size()), folder) &&
          (path.size() == folder.size() || endsWithSeparator(folder) ||

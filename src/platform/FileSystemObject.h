@@ -89,14 +89,4 @@ class FileSystemObject {
   machine::Files& files_;
 };
 
-/// Gives the shared object. Implemented by startup/modProdTrelvLibrary.
-class FileSystemObjects {
- public:
-  virtual ~FileSystemObjects() = default;
-  /// The shared object, made on first use; null (after a report) when it cannot be made.
-  virtual FileSystemObject* fileSystemObject() = 0;
-  /// The same, but raises 91 when it cannot be made.
-  FileSystemObject& requiredFileSystemObject();
-};
-
 }  // namespace trelv

@@ -16,7 +16,7 @@ struct Program {
   ProgramState& state;
   RunLog& log;
   ErrorReporter& errors;
-  FileSystemObjects& fileSystem;
+  FileSystemObject& fileSystem;
   ConfigurationFiles& configurationFiles;
 };
 

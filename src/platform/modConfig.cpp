@@ -253,36 +253,29 @@ std::string DeterminaPathClient(Program& program) {
 }
 
 bool EsisteSuiteFerax(Program& program) {
-  return guarded(program, "EsisteSuiteFerax", "Errore in verifica esistenza Ferax: ", false,
-                 [&]() -> bool {
-                   modRegistry::Variant value;
-                   const bool found = modRegistry::QueryValue(program, machine::Hive::LocalMachine,
-                                                              "Software\\FerPrg", "sistema", value);
-                   const auto* const text = std::get_if<std::string>(&value);
-                   return found && text != nullptr && *text == "0";
-                 });
+  modRegistry::Variant value;
+  const bool found = modRegistry::QueryValue(program, machine::Hive::LocalMachine,
+                                             "Software\\FerPrg", "sistema", value);
+  const auto* const text = std::get_if<std::string>(&value);
+  return found && text != nullptr && *text == "0";
 }
 
 bool EsisteSuiteTravolin(Program& program) {
-  return guarded(
-      program, "EsisteSuiteTravolin", "Errore in verifica esistenza Travolin: ", false,
-      [&]() -> bool {
-        program.log.WriteLog("Gestione ProdTrelv - Verifica Esistenza Travolin");
-        std::string path;
-        const std::int32_t answer = GetConfigPath(program, path);
-        if (answer != code::kDone) {
-          program.log.WriteLog("Suite Lumo non trovata in registro: Errore riscontrato " +
-                               std::to_string(answer));
-          return false;
-        }
-        const std::string folder = travolinFolder(program);
-        if (folder.empty()) {
-          program.log.WriteLog("Suite travolin non trovata ");
-          return false;
-        }
-        program.log.WriteLog("Suite travolin trovata cartella : " + folder);
-        return true;
-      });
+  program.log.WriteLog("Gestione ProdTrelv - Verifica Esistenza Travolin");
+  std::string path;
+  const std::int32_t answer = GetConfigPath(program, path);
+  if (answer != code::kDone) {
+    program.log.WriteLog("Suite Lumo non trovata in registro: Errore riscontrato " +
+                         std::to_string(answer));
+    return false;
+  }
+  const std::string folder = travolinFolder(program);
+  if (folder.empty()) {
+    program.log.WriteLog("Suite travolin non trovata ");
+    return false;
+  }
+  program.log.WriteLog("Suite travolin trovata cartella : " + folder);
+  return true;
 }
 
 }  // namespace trelv::modConfig

@@ -142,17 +142,14 @@ bool IsAdmin(Program& program) {
 }
 
 std::string GetWinDir(Program& program) {
-  return guarded(program, "GetWinDir", "Errore in lettura cartella di Windows: ", std::string(),
-                 [&]() -> std::string {
-                   if (!program.state.startup.terminalServer) {
-                     return WindowsFolder(program);
-                   }
-                   std::string profile;
-                   if (!program.machine.environment.get("USERPROFILE", profile)) {
-                     profile.clear();
-                   }
-                   return profile + "\\windows";
-                 });
+  if (!program.state.startup.terminalServer) {
+    return WindowsFolder(program);
+  }
+  std::string profile;
+  if (!program.machine.environment.get("USERPROFILE", profile)) {
+    profile.clear();
+  }
+  return profile + "\\windows";
 }
 
 std::string WindowsFolder(Program& program) {
@@ -194,13 +191,9 @@ std::string GetTempDirectory(Program& program) {
 // Without a temporary folder a Terminal Server gets "\": kept as the join gives it, no one unpacks
 // there because an empty temporary folder is tested first.
 std::string WorkTempDirectory(Program& program) {
-  return guarded(program, "WorkTempDirectory",
-                 "Errore in lettura cartella temporanea: ", std::string(), [&]() -> std::string {
-                   const std::string folder = GetTempDirectory(program);
-                   return program.state.startup.terminalServer
-                              ? FileSystemObject::parentFolderName(folder) + "\\"
-                              : folder;
-                 });
+  const std::string folder = GetTempDirectory(program);
+  return program.state.startup.terminalServer ? FileSystemObject::parentFolderName(folder) + "\\"
+                                              : folder;
 }
 
 void CreaCartella(Program& program, const std::string& folder) {
@@ -212,7 +205,7 @@ void CreaCartella(Program& program, const std::string& folder) {
         if (folder.size() > endOfRoot(folder)) {
           CreaCartella(program, FileSystemObject::parentFolderName(folder));
         }
-        program.fileSystem.requiredFileSystemObject().createFolder(folder);
+        program.fileSystem.createFolder(folder);
         program.log.WriteLog("Creazione path avvenuta correttamente:" + folder);
       },
       [&](const RuntimeError&) {
@@ -253,7 +246,7 @@ bool DeleteFile(Program& program, const std::string& path) {
     if (!FileExists(program, path)) {
       return false;
     }
-    program.fileSystem.requiredFileSystemObject().deleteFile(path, false);
+    program.fileSystem.deleteFile(path, false);
     if (FileExists(program, path)) {
       return false;
     }
@@ -270,22 +263,18 @@ bool DeleteFolder(Program& program, const std::string& path) {
                      folder.pop_back();
                    }
                    if (FolderExists(program, folder)) {
-                     program.fileSystem.requiredFileSystemObject().deleteFolder(folder, false);
+                     program.fileSystem.deleteFolder(folder, false);
                    }
                    return !FolderExists(program, folder);
                  });
 }
 
 bool FileExists(Program& program, const std::string& path) {
-  return guarded(program, "FileExists", "Errore in verifica file: ", false, [&]() -> bool {
-    return FileSystemObject(program.machine.files).fileExists(path);
-  });
+  return program.fileSystem.fileExists(path);
 }
 
 bool FolderExists(Program& program, const std::string& path) {
-  return guarded(program, "FolderExists", "Errore in verifica cartella: ", false, [&]() -> bool {
-    return FileSystemObject(program.machine.files).folderExists(path);
-  });
+  return program.fileSystem.folderExists(path);
 }
 
 std::string ParentPath(const std::string& path) {

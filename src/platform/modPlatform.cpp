@@ -160,18 +160,15 @@ bool IsWin2008Server(Program& program) {
 }
 
 bool IsWinNT40TS(Program& program) {
-  return answer(program, "IsWinNT40TS", [&]() -> bool {
-    if (!IsWinNt40(program)) {
-      return false;
-    }
-    modRegistry::Variant value;
-    const bool found = modRegistry::QueryValue(program, machine::Hive::LocalMachine,
-                                               "System\\CurrentControlSet\\Control\\ProductOptions",
-                                               "ProductSuite", value);
-    const auto* const text = std::get_if<std::string>(&value);
-    return found && text != nullptr &&
-           upperCase(*text).find("TERMINAL SERVER") != std::string::npos;
-  });
+  if (!IsWinNt40(program)) {
+    return false;
+  }
+  modRegistry::Variant value;
+  const bool found = modRegistry::QueryValue(program, machine::Hive::LocalMachine,
+                                             "System\\CurrentControlSet\\Control\\ProductOptions",
+                                             "ProductSuite", value);
+  const auto* const text = std::get_if<std::string>(&value);
+  return found && text != nullptr && upperCase(*text).find("TERMINAL SERVER") != std::string::npos;
 }
 
 bool IsWin2000TS(Program& program) {

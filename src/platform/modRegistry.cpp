@@ -156,17 +156,14 @@ std::string findInClass(Program& program, const std::string& classPath,
   return result;
 }
 
-std::string productFolder(Program& program, const char* procedure, const std::string& keyPath,
-                          const std::string& name) {
-  return guarded(program, procedure, std::string(), [&]() -> std::string {
-    Variant value;
-    if (!QueryValue(program, Hive::LocalMachine, keyPath, name, value)) {
-      return {};
-    }
-    std::string folder = textOf(value);
-    modLibrary::TrimFolder(folder);
-    return folder;
-  });
+std::string productFolder(Program& program, const std::string& keyPath, const std::string& name) {
+  Variant value;
+  if (!QueryValue(program, Hive::LocalMachine, keyPath, name, value)) {
+    return {};
+  }
+  std::string folder = textOf(value);
+  modLibrary::TrimFolder(folder);
+  return folder;
 }
 
 }  // namespace
@@ -181,26 +178,22 @@ bool CreateKey(Program& program, const std::string& keyPath, Hive hive) {
 
 bool SetKeyValue(Program& program, Hive hive, const std::string& keyPath, const std::string& name,
                  const Variant& value, std::uint32_t type) {
-  return guarded(program, "SetKeyValue", false, [&]() -> bool {
-    KeyOwner key;
-    if (program.machine.registry.openKey(hive, keyPath, machine::key_access::kSetValue, key) !=
-        system_code::kSuccess) {
-      return false;
-    }
-    return SetValueEx(program, *key, name, type, value) == status(system_code::kSuccess);
-  });
+  KeyOwner key;
+  if (program.machine.registry.openKey(hive, keyPath, machine::key_access::kSetValue, key) !=
+      system_code::kSuccess) {
+    return false;
+  }
+  return SetValueEx(program, *key, name, type, value) == status(system_code::kSuccess);
 }
 
 bool QueryValue(Program& program, Hive hive, const std::string& keyPath, const std::string& name,
                 Variant& value) {
-  return guarded(program, "QueryValue", false, [&]() -> bool {
-    KeyOwner key;
-    if (program.machine.registry.openKey(hive, keyPath, machine::key_access::kQueryValue, key) !=
-        system_code::kSuccess) {
-      return false;
-    }
-    return QueryValueEx(program, *key, name, value) == status(system_code::kSuccess);
-  });
+  KeyOwner key;
+  if (program.machine.registry.openKey(hive, keyPath, machine::key_access::kQueryValue, key) !=
+      system_code::kSuccess) {
+    return false;
+  }
+  return QueryValueEx(program, *key, name, value) == status(system_code::kSuccess);
 }
 
 std::int32_t SetValueEx(Program& program, RegistryKey& key, const std::string& name,
@@ -262,24 +255,23 @@ std::string FindRegisteredFile(Program& program, const std::string& keyPath,
 }
 
 std::string OlvamarFolder(Program& program, const std::string& suffix) {
-  return productFolder(program, "OlvamarFolder",
+  return productFolder(program,
                        "Software\\Microsoft\\Windows\\CurrentVersion\\uninstall\\Olvamar" + suffix,
                        "InstallLocation");
 }
 
 std::string BrundelFolder(Program& program) {
-  return productFolder(program, "BrundelFolder",
-                       "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\Brundel", "Path");
-}
-
-std::string KexoraFolder(Program& program) {
-  return productFolder(program, "KexoraFolder",
-                       "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\Kexora.exe",
+  return productFolder(program, "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\Brundel",
                        "Path");
 }
 
+std::string KexoraFolder(Program& program) {
+  return productFolder(
+      program, "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\Kexora.exe", "Path");
+}
+
 std::string GastrimFolder(Program& program) {
-  return productFolder(program, "GastrimFolder", "Software\\AutoSetupInfo\\GASTRIM", "ProgramPath");
+  return productFolder(program, "Software\\AutoSetupInfo\\GASTRIM", "ProgramPath");
 }
 
 }  // namespace trelv::modRegistry

@@ -127,12 +127,9 @@ bool argumentsSuffice(Program& program) {
 }
 
 void findPlugin(Program& program) {
-  FileSystemObject* const files = program.fileSystem.fileSystemObject();
-  if (files == nullptr) {
-    throw RuntimeError(runtime_number::kNoObject, "modMain", "Oggetto FileSystemObject assente");
-  }
   StartupFacts& startup = program.state.startup;
-  const bool present = files->folderExists(startup.hostFolder + "\\prg\\com\\dovra\\plugin");
+  const bool present =
+      program.fileSystem.folderExists(startup.hostFolder + "\\prg\\com\\dovra\\plugin");
   startup.pluginProduct = present ? PluginProduct::Dovra : PluginProduct::None;
 }
 

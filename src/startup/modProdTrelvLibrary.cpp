@@ -280,25 +280,20 @@ void ShowProgress(machine::Desktop& desktop, const std::string& text) {
       [](const RuntimeError&) {});
 }
 
-SharedFileSystemObject::SharedFileSystemObject(Maker make, ErrorReporter& errors)
-    : make_(std::move(make)), errors_(errors) {}
-
-bool SharedFileSystemObject::AllocateFSObjects() {
-  if (object_ == nullptr) {
-    object_ = make_();
-  }
-  if (object_ == nullptr) {
-    errors_.VisualizzaErrore(
-        "modUtility", "AllocateFSObjects",
-        std::string("Impossibile allocare l'oggetto FileSystemObject.") + kCrLf +
-            "Verificare la presenza del componente \"scrrun.dll\" nel percorso system32 di windows",
-        ReportKind::ProgramError, RuntimeError());
-  }
-  return object_ != nullptr;
-}
-
-FileSystemObject* SharedFileSystemObject::fileSystemObject() {
-  return AllocateFSObjects() ? object_.get() : nullptr;
+bool AllocateFSObjects(ErrorReporter& errors, const std::function<void()>& make) {
+  return trap(
+      [&]() -> bool {
+        make();
+        return true;
+      },
+      [&](const RuntimeError&) -> bool {
+        errors.VisualizzaErrore(
+            "modUtility", "AllocateFSObjects",
+            "Impossibile allocare l'oggetto FileSystemObject.\r\nVerificare la presenza del "
+            "componente \"scrrun.dll\" nel percorso system32 di windows",
+            ReportKind::ProgramError, RuntimeError());
+        return false;
+      });
 }
 
 }  // namespace trelv::modProdTrelvLibrary

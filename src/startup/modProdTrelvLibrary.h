@@ -2,14 +2,13 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <string>
 
 #include "base/Codes.h"
 #include "platform/Program.h"
 
 /// Small tools of all procedures: numbers and names of codes, a product's entry in the catalogue,
-/// the placeholders, the shared file-system object, the progress display. Only the conversions
+/// the placeholders, the making of a file-system object, the progress display. Only the conversions
 /// raise: a RuntimeError -1 for a number that nothing has (its source says so, its description is
 /// empty), -99 for such a name.
 namespace trelv::modProdTrelvLibrary {
@@ -49,22 +48,8 @@ std::string ReplacePlaceholders(Program& program, std::string& text, const std::
 /// are served in here, so the form may be gone afterwards.
 void ShowProgress(machine::Desktop& desktop, const std::string& text);
 
-/// Keeps the file-system object that all procedures share.
-class SharedFileSystemObject : public FileSystemObjects {
- public:
-  using Maker = std::function<std::unique_ptr<FileSystemObject>()>;
-  /// `make` gives a new object or null when it cannot. Both must outlive this object.
-  SharedFileSystemObject(Maker make, ErrorReporter& errors);
-
-  /// Makes sure of the object. False if it cannot be made; the user is told each time.
-  bool AllocateFSObjects();
-  /// Asks AllocateFSObjects first, whenever it is called; null behind its no.
-  FileSystemObject* fileSystemObject() override;
-
- private:
-  Maker make_;
-  ErrorReporter& errors_;
-  std::unique_ptr<FileSystemObject> object_;
-};
+/// Makes a file-system object with `make`. False where that raises; the user is told each time.
+/// The one that all procedures share is a part of the program and needs no making.
+bool AllocateFSObjects(ErrorReporter& errors, const std::function<void()>& make);
 
 }  // namespace trelv::modProdTrelvLibrary

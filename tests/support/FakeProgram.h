@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,8 +21,9 @@ namespace trelv::tests {
 class FakeRunLog : public RunLog {
  public:
   void WriteLog(const std::string& text) override {
-    if (failing) {
-      throw RuntimeError(runtime_number::kDeviceFailure, "FakeRunLog", "log guasto");
+    if (linesWithoutMemory > 0) {
+      --linesWithoutMemory;
+      throw std::bad_alloc();
     }
     lines.push_back(text);
   }
@@ -33,8 +35,9 @@ class FakeRunLog : public RunLog {
   std::vector<std::string> lines;
   /// Log files that callers named.
   std::vector<std::string> files;
-  /// True: each line raises, which the real log never does; reaches traps that nothing else does.
-  bool failing = false;
+  /// So many lines to come find no memory for their text. The log itself swallows that; whoever
+  /// puts a line together does not.
+  std::size_t linesWithoutMemory = 0;
 };
 
 /// One call of the error reporter.
@@ -59,19 +62,6 @@ class FakeErrorReporter : public ErrorReporter {
   std::vector<FakeReport> reports;
 };
 
-/// The shared file-system object over the simulated files; null when a test says that it is
-/// missing.
-class FakeFileSystemObjects : public FileSystemObjects {
- public:
-  explicit FakeFileSystemObjects(machine::Files& files) : object_(files) {}
-  FileSystemObject* fileSystemObject() override { return missing ? nullptr : &object_; }
-
-  bool missing = false;
-
- private:
-  FileSystemObject object_;
-};
-
 /// A ready Program over a simulated machine, which it makes unless it is given one. Log lines and
 /// reports are kept. Converts to Program&.
 class FakeProgram {
@@ -84,7 +74,7 @@ class FakeProgram {
   ProgramState state;
   FakeRunLog log;
   FakeErrorReporter errors;
-  FakeFileSystemObjects fileSystem;
+  FileSystemObject fileSystem;
   ConfigurationFiles configurationFiles;
   Program program;
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -12,7 +11,6 @@
 #include "sim/SimMachine.h"
 #include "startup/modError.h"
 #include "startup/modMain.h"
-#include "startup/modProdTrelvLibrary.h"
 
 namespace trelv::tests {
 
@@ -23,7 +21,7 @@ class RealProgram {
  public:
   explicit RealProgram(sim::SimMachine& machine)
       : machine_(machine),
-        fileSystem_([this] { return makeFileSystemObject(); }, log_),
+        fileSystem_(machine.machine().files),
         configurationFiles_(machine.machine()),
         program_{machine.machine(), state_, log_, log_, fileSystem_, configurationFiles_} {
     log_.attach(program_);
@@ -36,9 +34,6 @@ class RealProgram {
   ProgramState& state() { return state_; }
   modError::LogAndReporter& log() { return log_; }
   sim::SimMachine& machine() { return machine_; }
-
-  /// From now on the file-system object cannot be made (if it was not made already).
-  void refuseFileSystemObject() { refuseFileSystemObject_ = true; }
 
   /// Starts the manager with these raw arguments and returns when it has ended.
   void run(const std::string& arguments) {
@@ -68,16 +63,10 @@ class RealProgram {
   }
 
  private:
-  std::unique_ptr<FileSystemObject> makeFileSystemObject() {
-    return refuseFileSystemObject_ ? nullptr
-                                   : std::make_unique<FileSystemObject>(machine_.machine().files);
-  }
-
   sim::SimMachine& machine_;
-  bool refuseFileSystemObject_ = false;
   ProgramState state_;
   modError::LogAndReporter log_;
-  modProdTrelvLibrary::SharedFileSystemObject fileSystem_;
+  FileSystemObject fileSystem_;
   ConfigurationFiles configurationFiles_;
   Program program_;
 };

@@ -142,7 +142,7 @@ void SweptSession::runWith(FakeProgram& program) {
   }
   if (work_ == Work::Detection) {
     std::string list;
-    EsisteProdottoComplementareStandalone(program, "S:\\Lumo", list);
+    EsisteProdottoComplementareStandalone(program, list);
   } else if (work_ == Work::Report) {
     productIsFound_ = modProdTrelvInfo::VerifyInstallationMode(program, Product::Tarsena2);
   } else {

@@ -17,7 +17,7 @@ constexpr const char* kBegun =
 
 class StandaloneDetection : public testing::Test {
  protected:
-  bool detect() { return EsisteProdottoComplementareStandalone(program_, "S:\\Lumo", list_); }
+  bool detect() { return EsisteProdottoComplementareStandalone(program_, list_); }
   sim::SimMachine& machine() { return program_.sim; }
   const std::vector<std::string>& lines() const { return program_.lines(); }
 

@@ -46,6 +46,13 @@ class UpdateAll : public testing::Test {
   Station station_{installation_};
 };
 
+TEST_F(UpdateAll, WantOfMemoryIsOneLineAndRaisesNothing) {
+  station_.program().log.linesWithoutMemory = 1;
+  updateAll(station_);
+  EXPECT_THAT(lines(), ElementsAre("Gestione ProdTrelv - Errore in GestioneProdottiComplementari "
+                                   "(Memoria insufficiente)"));
+}
+
 // --- The integration record
 
 TEST_F(UpdateAll, OnAMachineWithoutIntegrationWritesItAndGoesOn) {

@@ -439,34 +439,6 @@ TEST_P(LockObstacle, EndsTheRunBeforeAnyCommand) {
 
 INSTANTIATE_TEST_SUITE_P(Of, LockObstacle, testing::ValuesIn(kObstacles), NameOfRow());
 
-/// A reporter that raises, which the real one never does: a failure in the middle of a run.
-class RaisingReporter : public FakeErrorReporter {
- public:
-  std::int16_t VisualizzaErrore(const std::string&, const std::string&, const std::string&,
-                                ReportKind, const RuntimeError&) override {
-    throw RuntimeError(runtime_number::kOutOfMemory, "test", "Memoria insufficiente");
-  }
-};
-
-TEST_F(UpdateRun, FailureWhileItHoldsTheLockRemovesIt) {
-  configure(section("Update01", "01.00", "manca.exe"));
-  RaisingReporter errors;
-  Program failing{
-      program().program.machine,   program().state, program().log, errors, program().fileSystem,
-      program().configurationFiles};
-  EXPECT_EQ(modProdTrelvManager::ProductUpdateRun(failing, RunKind::UpdateAll, "S:\\Lumo",
-                                                  "S:\\Work", "", kConfiguration, Operation::Update,
-                                                  Side::Server, version_),
-            Procedure::Stops);
-  EXPECT_FALSE(installation_.serverLockExists());
-  EXPECT_THAT(told(), ElementsAre("Gestione ProdTrelv - Esecuzione comando: "
-                                  "\"S:\\Lumo\\manca.exe\"",
-                                  "Gestione ProdTrelv - Comando non eseguito: "
-                                  "S:\\Lumo\\manca.exe (Memoria insufficiente)",
-                                  "Cancellazione file: S:\\Lumo\\prg\\tempterm\\agdv.lck "
-                                  "effettuata con successo"));
-}
-
 TEST_F(UpdateRun, UnknownKindIsAFailureOfTheRun) {
   share().put(kLock, "other");
   EXPECT_FALSE(run(static_cast<Operation>(9), Side::Server));

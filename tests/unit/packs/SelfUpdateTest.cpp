@@ -364,12 +364,6 @@ TEST_F(SelfUpdate, WithoutAHostServerFolderTouchesNoDrive) {
   EXPECT_EQ(clientCopy(), "il vecchio");
 }
 
-TEST_F(SelfUpdate, WithoutAFileSystemObjectIsReported) {
-  program().fileSystem.missing = true;
-  update();
-  expectFailed(91);
-}
-
 TEST_F(SelfUpdate, ProtectedScratchCopyEndsIt) {
   machine().putFile(kScratch, "di ieri");
   disk().setReadOnly(kScratch);

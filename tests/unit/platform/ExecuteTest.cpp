@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <new>
+
 #include "platform/modLibrary.h"
 #include "support/FakeProgram.h"
 
@@ -21,6 +23,16 @@ TEST(Execute, ReportsAMissingProgramOnceWithTheCommandLine) {
   EXPECT_EQ(program.reports()[0].kind, ReportKind::ProgramError);
   EXPECT_EQ(program.reports()[0].failure.number(), 0);
   EXPECT_EQ(program.reports()[0].failure.description(), "");
+}
+
+TEST(Execute, ReportsWantOfMemoryAndAnswersFalse) {
+  FakeProgram program;
+  program.sim.programs().define("C:\\p.exe",
+                                [](sim::SimProcess&) -> std::uint32_t { throw std::bad_alloc(); });
+  EXPECT_FALSE(Execute(program, "C:\\p.exe", true));
+  ASSERT_EQ(program.reports().size(), 1U);
+  EXPECT_EQ(program.reports()[0].procedure, "Execute");
+  EXPECT_EQ(program.reports()[0].failure.number(), runtime_number::kOutOfMemory);
 }
 
 TEST(Execute, PassesTheCommandLineAsItIs) {

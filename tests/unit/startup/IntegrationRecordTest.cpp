@@ -102,42 +102,17 @@ TEST_F(IntegrationRecord, ThatCannotBeReadCountsAsRecordedWithoutPath) {
   EXPECT_EQ(program_.reports()[0].procedure, "GetParameterXML");
 }
 
-TEST_F(IntegrationRecord, RunTimeFailureIsReportedAndAnswersNo) {
-  program_.log.failing = true;
+TEST_F(IntegrationRecord, RunTimeFailureIsReportedAndLoggedAndAnswersNo) {
+  program_.log.linesWithoutMemory = 1;
   std::string path;
-  // The report's own log line fails too here; the real log never raises.
-  EXPECT_ANY_THROW(modMain::VerifyConfig(program_, path));
+  EXPECT_FALSE(modMain::VerifyConfig(program_, path));
   ASSERT_EQ(program_.reports().size(), 1U);
   EXPECT_EQ(program_.reports()[0].module, "modMain");
   EXPECT_EQ(program_.reports()[0].procedure, "VerifyConfig");
   EXPECT_EQ(program_.reports()[0].message, "Errore in Determinazione configurazione");
   EXPECT_EQ(program_.reports()[0].kind, ReportKind::ProgramError);
-}
-
-/// A log whose first line raises, which the real log never does.
-class LogOfOneFailure : public FakeRunLog {
- public:
-  void WriteLog(const std::string& text) override {
-    if (!failed_) {
-      failed_ = true;
-      throw RuntimeError(runtime_number::kDeviceFailure, "test", "log guasto");
-    }
-    FakeRunLog::WriteLog(text);
-  }
-
- private:
-  bool failed_ = false;
-};
-
-TEST_F(IntegrationRecord, RunTimeFailureIsLoggedBehindItsReport) {
-  LogOfOneFailure log;
-  Program failing{program_.program.machine, program_.state,      log,
-                  program_.errors,          program_.fileSystem, program_.configurationFiles};
-  std::string path;
-  EXPECT_FALSE(modMain::VerifyConfig(failing, path));
-  EXPECT_EQ(program_.reports().size(), 1U);
-  EXPECT_THAT(log.lines, ElementsAre("Gestione ProdTrelv - Errore in Determinazione "
-                                     "configurazione: log guasto"));
+  EXPECT_THAT(program_.lines(), ElementsAre("Gestione ProdTrelv - Errore in Determinazione "
+                                            "configurazione: Memoria insufficiente"));
 }
 
 TEST_F(IntegrationRecord, IsWrittenWhenMissing) {
@@ -173,7 +148,8 @@ TEST_F(IntegrationRecord, ThatTheStoreRefusesStillAnswersYes) {
 
 TEST_F(IntegrationRecord, WritingEndsWithNoOnARunTimeFailure) {
   station_.forgetIntegration();
-  program_.log.failing = true;
+  // The line that finds no memory and the one that would tell it.
+  program_.log.linesWithoutMemory = 2;
   EXPECT_FALSE(modMain::WriteIntegrationConfig(program_, "S:\\Lumo"));
   EXPECT_EQ(station_.recordedIntegration(), "");
 }

@@ -213,17 +213,6 @@ TEST_F(Start, BoxOfTheMainHandlerComesBeforeItsLogLine) {
   EXPECT_EQ(before.size() + 1, program_.logLines().size());
 }
 
-TEST_F(Start, ThatCannotMakeTheFileSystemObjectEndsInTheMainHandler) {
-  program_.refuseFileSystemObject();
-  run("INTERACTIVE S:\\Lumo");
-  EXPECT_EQ((Lines{"frmError"}), machine_.desktop().shownForms());
-  EXPECT_EQ(1U, machine_.boxes().size());
-  EXPECT_EQ(0U,
-            program_.logLines().back().find("Gestione ProdTrelv - Errore in modulo principale: "));
-  EXPECT_TRUE(logged(kAnalysed)) << "the command line was read before the plugin was looked for";
-  EXPECT_FALSE(logged("Gestione ProdTrelv - Esecuzione in modalità interattiva"));
-}
-
 // --- Facts
 
 TEST_F(Start, FactsComeBeforeTheFirstLineAboutTheCommandLine) {
