@@ -84,9 +84,10 @@ else()
   target_compile_definitions(test_support PRIVATE "TRELV_GOLDEN=\"${PROJECT_SOURCE_DIR}/tests/golden\"")
   trelv_test(unit_tests SOURCES "unit/*.cpp" EXCEPT "${not_here}"
              LINKS test_support main xmlstore decoder sim)
-  # This one reads the sources.
+  # These read the sources and the documents.
   set_source_files_properties(
     "${PROJECT_SOURCE_DIR}/tests/unit/win32/DialogControlsTest.cpp"
+    "${PROJECT_SOURCE_DIR}/tests/unit/records/MediumDocumentTest.cpp"
     PROPERTIES COMPILE_DEFINITIONS TRELV_PROJECT_FOLDER="${PROJECT_SOURCE_DIR}")
   trelv_test(contract_sim SOURCES "contract/*.cpp" EXCEPT "/contract/win32/" LINKS main sim)
   trelv_test(sweep_tests SOURCES "sweep/*.cpp" LINKS test_support main xmlstore sim)
