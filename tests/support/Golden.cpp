@@ -7,7 +7,7 @@
 namespace trelv::tests {
 
 std::string golden(const std::string& name) {
-  std::ifstream file(std::string(TRELV_GOLDEN) + "/" + name, std::ios::binary);
+  std::ifstream file(TRELV_PROJECT_FOLDER "/tests/golden/" + name, std::ios::binary);
   if (!file) {
     throw std::runtime_error("no golden file " + name);
   }
