@@ -5,6 +5,7 @@ reaches the registry; see tests/scenario/programs/driver.cpp for what it is aske
 """
 
 import dataclasses
+import functools
 import json
 import os
 import pathlib
@@ -37,7 +38,7 @@ class Build:
     def manager(self):
         return self.release / "TrelvManager.exe"
 
-    @property
+    @functools.cached_property
     def seven_zip(self):
         """The files of 7-Zip that are shipped, by name; {} where they could not be fetched."""
         done = subprocess.run([PROJECT / "tools/seven-zip", "--check"], capture_output=True, text=True,

@@ -42,7 +42,11 @@ def screen():
     screen.close()
 
 
-@pytest.fixture(scope="session", params=["win32", "win64"])
+# Each Windows belongs to one of the processes that play the scenarios side by side.
+KINDS = [pytest.param(kind, marks=pytest.mark.xdist_group(kind)) for kind in ("win32", "win64")]
+
+
+@pytest.fixture(scope="session", params=KINDS)
 def prefix(request, build, screen, tmp_path_factory):
     folder = tmp_path_factory.mktemp("wine") / request.param
     prefix = windows.Prefix(folder, request.param, build, screen)

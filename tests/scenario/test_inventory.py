@@ -8,7 +8,7 @@ import subprocess
 
 import pytest
 
-from conftest import INTEGRATED
+from conftest import INTEGRATED, KINDS
 from golden_log import golden
 import installation
 import windows
@@ -103,9 +103,10 @@ def test_luda_is_known_by_its_program_else_by_its_ini_file(station, program, rec
 
 def coloured(picture, wanted):
     """How many points of a picture have a colour that `wanted` (red, green, blue) accepts."""
-    points = subprocess.run(["convert", str(picture), "-depth", "8", "rgb:-"], check=True,
-                            capture_output=True).stdout
-    return sum(wanted(*points[at:at + 3]) for at in range(0, len(points), 3))
+    colours = subprocess.run(["convert", str(picture), "-depth", "8", "-format", "%c", "histogram:info:"],
+                             check=True, capture_output=True, text=True).stdout
+    counted = re.findall(r"(\d+): \((\d+),(\d+),(\d+)", colours)
+    return sum(int(points) for points, *colour in counted if wanted(*map(int, colour)))
 
 
 def orange(red, green, blue):
@@ -271,30 +272,36 @@ def files_of(folder):
 ANOTHER, THIS = "SRVLUMO", socket.gethostname()
 
 
-@pytest.mark.parametrize("server, path, here", [
-    (ANOTHER, "N:", False), (THIS, "N:", True),
-    # Nobody tells the drive's share: its device, which names no computer, is asked for.
-    ("", "N:", False),
-    (ANOTHER, f"\\\\{ANOTHER}\\Dati", False), (THIS, f"\\\\{THIS.upper()}\\Dati", True),
-    (THIS, f"\\\\{THIS.lower()}\\dati", True)])
-@pytest.mark.parametrize("kind", ["win32", "win64"])
-def test_a_server_folder_lies_where_its_share_is(build, screen, tmp_path, kind, server, path, here):
-    folder = tmp_path / "wine"
+# Each share has a drive. Nobody tells that of P: its device, which names no computer, is asked for.
+SHARES = {"n": (ANOTHER, "Dati"), "o": (THIS, "Dati"), "p": ("", "")}
+
+
+@pytest.fixture(scope="module", params=KINDS)
+def with_shares(request, build, screen, tmp_path_factory):
+    """A Windows of its own, since drives are looked for when it starts."""
+    folder = tmp_path_factory.mktemp("shares") / request.param
     tools = windows.PROJECT / "tools"
-    subprocess.run([tools / "wine-prefix", folder, kind], check=True)
-    share = tmp_path / "share"
-    subprocess.run([tools / "wine-share", folder, "n", server, "Dati" if server else "", share],
-                   check=True)
-    ini(share / "mv/q2/mvq2.ini", AMBIENTE={"VRINST": "02.92"})
-    prefix = windows.Prefix(folder, kind, build, screen)
-    try:
-        facts = prefix.facts()
-        ini(prefix.path(facts["windows"]) / "lumow.ini", Archivi={"Path": path})
-        shutil.copy(build.test_programs / "report.exe", prefix.disk)
-        run = prefix.run("C:\\report.exe", "40")
-        text = (prefix.path(facts["temporary"] + "log\\ProdInfo.txt")).read_bytes().decode("cp1252")
-    finally:
-        prefix.close()
+    subprocess.run([tools / "wine-prefix", folder, request.param], check=True)
+    for letter, (server, share) in SHARES.items():
+        place = folder / f"share-{letter}"
+        subprocess.run([tools / "wine-share", folder, letter, server, share, place], check=True)
+        ini(place / "mv/q2/mvq2.ini", AMBIENTE={"VRINST": "02.92"})
+    prefix = windows.Prefix(folder, request.param, build, screen)
+    shutil.copy(build.test_programs / "report.exe", prefix.disk)
+    yield prefix
+    prefix.close()
+    shutil.rmtree(folder)
+
+
+@pytest.mark.parametrize("path, here", [
+    ("N:", False), ("O:", True), ("P:", False),
+    (f"\\\\{ANOTHER}\\Dati", False), (f"\\\\{THIS.upper()}\\Dati", True),
+    (f"\\\\{THIS.lower()}\\dati", True)])
+def test_a_server_folder_lies_where_its_share_is(with_shares, path, here):
+    facts = with_shares.facts()
+    ini(with_shares.path(facts["windows"]) / "lumow.ini", Archivi={"Path": path})
+    run = with_shares.run("C:\\report.exe", "40")
+    text = with_shares.path(facts["temporary"] + "log\\ProdInfo.txt").read_bytes().decode("cp1252")
     assert "Ini Server PRESENTE\r\n" in text
     assert run.exit_code == (1 if here else 0)
     assert text.endswith("Rilevata presenza componenti server\r\n" if here
