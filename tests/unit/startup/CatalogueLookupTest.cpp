@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "startup/modProdTrelvLibrary.h"
 #include "support/RealProgram.h"
 
@@ -10,13 +8,14 @@ namespace {
 
 constexpr const char* kCatalogue = "C:\\Lumo\\agdvcomp.ini";
 
-std::string section(const std::string& name, const std::string& id, const std::string& conf) {
-  return "[" + name + "]\r\nid=" + id + "\r\nname=Nome di " + name + "\r\nconf=" + conf + "\r\n";
-}
-
-class CatalogueLookup : public ::testing::Test {
+class CatalogueLookup : public testing::Test {
  protected:
-  void write(const std::string& text) { machine_.putFile(kCatalogue, text); }
+  /// Adds a section; its name is told by its own.
+  void put(const std::string& section, const std::string& id, const std::string& conf) {
+    text_ += "[" + section + "]\r\nid=" + id + "\r\nname=Nome di " + section + "\r\nconf=" + conf +
+             "\r\n";
+    machine_.putFile(kCatalogue, text_);
+  }
   std::string conf(const std::string& id) {
     return GetCatalogueProductConf(program_, kCatalogue, id);
   }
@@ -24,6 +23,7 @@ class CatalogueLookup : public ::testing::Test {
     return GetCatalogueProductName(program_, kCatalogue, id);
   }
 
+  std::string text_;
   sim::SimMachine machine_;
   tests::RealProgram program_{machine_};
 };
@@ -36,45 +36,34 @@ TEST_F(CatalogueLookup, SectionNamesHaveAtLeastTwoDigits) {
   EXPECT_EQ("prod101", CatalogueSection(101));
 }
 
-TEST_F(CatalogueLookup, GivesConfAndNameOfTheProductsSection) {
-  write(section("prod01", "NERIO", "a.ini") + section("prod02", "ZB", "b.ini"));
+TEST_F(CatalogueLookup, GivesConfAndNameOfTheFirstSectionWithExactlyThatIdentifier) {
+  put("prod01", "Zb", "other case");
+  put("prod02", "ZB", "b.ini");
+  put("prod07", "ZB", "second");
   EXPECT_EQ("b.ini", conf("ZB"));
   EXPECT_EQ("Nome di prod02", name("ZB"));
-}
-
-TEST_F(CatalogueLookup, FirstOfTwoEqualIdentifiersCounts) {
-  write(section("prod03", "ZB", "first.ini") + section("prod07", "ZB", "second.ini"));
-  EXPECT_EQ("first.ini", conf("ZB"));
-}
-
-TEST_F(CatalogueLookup, IdentifiersAreComparedExactly) {
-  write(section("prod01", "Zb", "small.ini") + section("prod02", "ZB", "exact.ini"));
-  EXPECT_EQ("exact.ini", conf("ZB"));
   EXPECT_EQ("", conf("zb"));
 }
 
-TEST_F(CatalogueLookup, GapsAreSkipped) {
-  write(section("prod01", "NERIO", "a.ini") + section("prod40", "Q2", "q.ini"));
+TEST_F(CatalogueLookup, SkipsGapsUpToProd100) {
+  put("prod01", "NERIO", "a.ini");
+  put("prod40", "Q2", "q.ini");
+  put("prod100", "ZM", "hundred.ini");
   EXPECT_EQ("q.ini", conf("Q2"));
-}
-
-TEST_F(CatalogueLookup, Prod100IsTheLastOneSearched) {
-  write(section("prod100", "ZM", "hundred.ini"));
   EXPECT_EQ("hundred.ini", conf("ZM"));
 }
 
 TEST_F(CatalogueLookup, NoMatchInHundredSectionsGivesEmptyTexts) {
-  std::string text;
   for (int i = 1; i <= 100; ++i) {
-    text += section(CatalogueSection(i), "P" + std::to_string(i), "c.ini");
+    put(CatalogueSection(i), "P" + std::to_string(i), "c.ini");
   }
-  write(text);
   EXPECT_EQ("", conf("ZB"));
   EXPECT_EQ("", name("ZB"));
 }
 
 TEST_F(CatalogueLookup, NoMatchReadsSectionProd101) {
-  write(section("prod01", "NERIO", "a.ini") + section("prod101", "WHATEVER", "beyond.ini"));
+  put("prod01", "NERIO", "a.ini");
+  put("prod101", "WHATEVER", "beyond.ini");
   EXPECT_EQ("beyond.ini", conf("ZB"));
   EXPECT_EQ("Nome di prod101", name("ZB"));
 }
@@ -85,7 +74,8 @@ TEST_F(CatalogueLookup, MissingCatalogueGivesEmptyText) {
 }
 
 TEST_F(CatalogueLookup, OpensTheCatalogueOnce) {
-  write(section("prod01", "NERIO", "a.ini") + section("prod90", "ZB", "b.ini"));
+  put("prod01", "NERIO", "a.ini");
+  put("prod90", "ZB", "b.ini");
   ASSERT_EQ("b.ini", conf("ZB"));
   ASSERT_EQ("Nome di prod90", name("ZB"));
   EXPECT_EQ(1U, machine_.openings(kCatalogue).files());

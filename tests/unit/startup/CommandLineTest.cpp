@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
+#include <utility>
 
 #include "startup/modMain.h"
 
@@ -9,6 +8,10 @@ namespace trelv::modMain {
 namespace {
 
 using Arguments = std::vector<std::string>;
+using Texts = std::vector<std::pair<std::string, std::string>>;
+
+/// Twenty arguments, of which the last one is told.
+const std::string kNineteen = "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19";
 
 Arguments parsed(const std::string& raw) {
   std::uint8_t count = 99;
@@ -21,9 +24,6 @@ Arguments parsed(const std::string& raw) {
 TEST(CommandLine, BlanksAndTabsSeparate) {
   EXPECT_EQ((Arguments{"a", "b", "c"}), parsed("a b\tc"));
   EXPECT_EQ((Arguments{"a", "b"}), parsed("  a \t  b  "));
-}
-
-TEST(CommandLine, EmptyLineHasNoArguments) {
   EXPECT_EQ(Arguments{}, parsed(""));
   EXPECT_EQ(Arguments{}, parsed(" \t "));
 }
@@ -33,6 +33,8 @@ TEST(CommandLine, QuotesGroupAndAreDropped) {
   EXPECT_EQ((Arguments{"INTEGRATEDRUN", "C:\\Programmi Lumo", "x"}),
             parsed("INTEGRATEDRUN \"C:\\Programmi Lumo\" x"));
   EXPECT_EQ((Arguments{"a\tb"}), parsed("\"a\tb\""));
+  EXPECT_EQ((Arguments{"a", "b c "}), parsed("a \"b c ")) << "one that is never closed";
+  EXPECT_EQ((Arguments{"C:\\a b\\", "c"}), parsed("\"C:\\a b\\\" c")) << "no escape";
 }
 
 TEST(CommandLine, QuoteInsideAWordSplitsIt) {
@@ -46,31 +48,12 @@ TEST(CommandLine, EmptyQuotesGiveNothingAndLaterPositionsShift) {
   EXPECT_EQ(Arguments{}, parsed("\"\""));
 }
 
-TEST(CommandLine, QuoteThatIsNeverClosedGroupsToTheEnd) {
-  EXPECT_EQ((Arguments{"a", "b c "}), parsed("a \"b c "));
-}
-
-TEST(CommandLine, BackslashBeforeAQuoteIsAnOrdinaryCharacter) {
-  EXPECT_EQ((Arguments{"C:\\a b\\", "c"}), parsed("\"C:\\a b\\\" c"));
-}
-
-TEST(CommandLine, TwentyArgumentsAreKeptAndTheRestIsDropped) {
-  std::string raw;
-  Arguments expected;
-  for (int i = 1; i <= 25; ++i) {
-    raw += "a" + std::to_string(i) + " ";
-    if (i <= 20) {
-      expected.push_back("a" + std::to_string(i));
-    }
-  }
-  EXPECT_EQ(expected, parsed(raw));
-  EXPECT_EQ(20U, parsed("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20").size());
-}
-
-TEST(CommandLine, TwentiethArgumentIsKeptWhole) {
-  const Arguments args = parsed("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 \"last one\"x y");
-  ASSERT_EQ(20U, args.size());
-  EXPECT_EQ("last one", args.back());
+TEST(CommandLine, TwentyArgumentsAreKeptWholeAndTheRestIsDropped) {
+  Arguments twenty = parsed(kNineteen);
+  ASSERT_EQ(19U, twenty.size());
+  twenty.emplace_back("last one");
+  EXPECT_EQ(twenty, parsed(kNineteen + " \"last one\""));
+  EXPECT_EQ(twenty, parsed(kNineteen + " \"last one\"x y 23 24 25"));
 }
 
 TEST(CommandLine, OfThirtyTwoThousandCharactersIsRead) {
@@ -78,62 +61,45 @@ TEST(CommandLine, OfThirtyTwoThousandCharactersIsRead) {
   EXPECT_EQ((Arguments{"a", longOne, "b"}), parsed("a \"" + longOne + "\" b"));
 }
 
-TEST(ArgumentsOf, QuotedProgramIsTakenAway) {
-  EXPECT_EQ("INTEGRATEDRUN \"a b\" ", argumentsOf("\"C:\\Lumo x\\T.exe\" INTEGRATEDRUN \"a b\" "));
+TEST(ArgumentsOf, FollowTheProgramWithoutLeadingBlanks) {
+  for (const auto& [commandLine, arguments] :
+       Texts{{"\"C:\\Lumo x\\T.exe\" INTEGRATEDRUN \"a b\" ", "INTEGRATEDRUN \"a b\" "},
+             {"\"C:\\T.exe\"    a", "a"},
+             {"\"C:\\T.exe\"a", "a"},
+             {"C:\\T.exe a b", "a b"},
+             {"C:\\T.exe\ta", "\ta"},
+             {"C:\\T.exe    a  b  ", "a  b  "},
+             {"C:\\T.exe", ""},
+             {"\"C:\\T.exe\"", ""},
+             {"\"C:\\T.exe\"   ", ""},
+             {"", ""},
+             // A quote that is never closed.
+             {"\"C:\\T.exe a b", ""},
+             {"\"", ""}}) {
+    EXPECT_EQ(arguments, argumentsOf(commandLine)) << commandLine;
+  }
 }
 
-TEST(ArgumentsOf, UnquotedProgramEndsAtItsFirstBlankOrTab) {
-  EXPECT_EQ("a b", argumentsOf("C:\\T.exe a b"));
-  EXPECT_EQ("\ta", argumentsOf("C:\\T.exe\ta"));
-}
-
-TEST(ArgumentsOf, LeadingBlanksAreLostAndOthersStay) {
-  EXPECT_EQ("a  b  ", argumentsOf("C:\\T.exe    a  b  "));
-  EXPECT_EQ("a", argumentsOf("\"C:\\T.exe\"    a"));
-}
-
-TEST(ArgumentsOf, ProgramAloneHasNone) {
-  EXPECT_EQ("", argumentsOf("C:\\T.exe"));
-  EXPECT_EQ("", argumentsOf("\"C:\\T.exe\""));
-  EXPECT_EQ("", argumentsOf("\"C:\\T.exe\"   "));
-  EXPECT_EQ("", argumentsOf(""));
-}
-
-TEST(ArgumentsOf, ProgramWhoseQuoteIsNeverClosedHasNone) {
-  EXPECT_EQ("", argumentsOf("\"C:\\T.exe a b"));
-  EXPECT_EQ("", argumentsOf("\""));
-}
-
-TEST(ArgumentsOf, TextAtTheClosingQuoteIsAnArgument) {
-  EXPECT_EQ("a", argumentsOf("\"C:\\T.exe\"a"));
-}
-
-TEST(ModeKeyword, OfEachModeIsKnown) {
-  EXPECT_EQ(RunMode::IntegratedRun, ConvertModeToNumber("INTEGRATEDRUN"));
-  EXPECT_EQ(RunMode::IntegratedMaintain, ConvertModeToNumber("INTEGRATEDMAINTAIN"));
-  EXPECT_EQ(RunMode::Interactive, ConvertModeToNumber("INTERACTIVE"));
-  EXPECT_EQ(RunMode::StandaloneInstall, ConvertModeToNumber("STANDALONEINSTALL"));
-  EXPECT_EQ(RunMode::SingleInstall, ConvertModeToNumber("SINGLEINSTALL"));
-}
-
-TEST(ModeKeyword, HasItsNumber) {
-  EXPECT_EQ(2, static_cast<int>(ConvertModeToNumber("INTEGRATEDRUN")));
-  EXPECT_EQ(3, static_cast<int>(ConvertModeToNumber("INTEGRATEDMAINTAIN")));
-  EXPECT_EQ(4, static_cast<int>(ConvertModeToNumber("INTERACTIVE")));
-  EXPECT_EQ(5, static_cast<int>(ConvertModeToNumber("STANDALONEINSTALL")));
-  EXPECT_EQ(6, static_cast<int>(ConvertModeToNumber("SINGLEINSTALL")));
-  EXPECT_EQ(0, static_cast<int>(ConvertModeToNumber("")));
-}
-
-TEST(ModeKeyword, IsTrimmedAndOfAnyCase) {
-  EXPECT_EQ(RunMode::IntegratedRun, ConvertModeToNumber("  integratedRun "));
-  EXPECT_EQ(RunMode::SingleInstall, ConvertModeToNumber("singleinstall"));
-}
-
-TEST(ModeKeyword, OfNothingElseIsKnown) {
-  EXPECT_EQ(RunMode::None, ConvertModeToNumber("INTEGRATED"));
-  EXPECT_EQ(RunMode::None, ConvertModeToNumber("INTEGRATEDRUNX"));
-  EXPECT_EQ(RunMode::None, ConvertModeToNumber("\tINTEGRATEDRUN"));
+TEST(ModeKeyword, IsTrimmedOfAnyCaseAndHasItsNumber) {
+  for (const auto& [text, number] :
+       std::vector<std::pair<std::string, int>>{{"INTEGRATEDRUN", 2},
+                                                {"INTEGRATEDMAINTAIN", 3},
+                                                {"INTERACTIVE", 4},
+                                                {"STANDALONEINSTALL", 5},
+                                                {"SINGLEINSTALL", 6},
+                                                {"  integratedRun ", 2},
+                                                {"singleinstall", 6},
+                                                {"", 0},
+                                                {"INTEGRATED", 0},
+                                                {"INTEGRATEDRUNX", 0},
+                                                {"\tINTEGRATEDRUN", 0}}) {
+    EXPECT_EQ(static_cast<RunMode>(number), ConvertModeToNumber(text)) << text;
+  }
+  EXPECT_EQ(2, static_cast<int>(RunMode::IntegratedRun));
+  EXPECT_EQ(3, static_cast<int>(RunMode::IntegratedMaintain));
+  EXPECT_EQ(4, static_cast<int>(RunMode::Interactive));
+  EXPECT_EQ(5, static_cast<int>(RunMode::StandaloneInstall));
+  EXPECT_EQ(6, static_cast<int>(RunMode::SingleInstall));
 }
 
 }  // namespace

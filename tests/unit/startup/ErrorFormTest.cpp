@@ -1,32 +1,38 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "startup/frmError.h"
+#include "support/Matchers.h"
 #include "support/RealProgram.h"
 
 namespace trelv {
 namespace {
 
-using Lines = std::vector<std::string>;
+using machine::BoxIcon;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using tests::isBox;
 
 constexpr const char* kLog = "C:\\Lumo\\prova.log";
+constexpr const char* kNotepad = "C:\\WINDOWS\\system32\\notepad.exe";
+const std::vector<std::string> kTexts{
+    "txtErrLabel",  "txtProgetto",  "txtModulo",         "txtProcedura",
+    "txtErrSource", "txtErrCodice", "txtErrDescrizione", "txtErrDescrizioneInterna",
+    "txtErrTrace"};
 
-class ErrorForm : public ::testing::Test {
+class ErrorForm : public testing::Test {
  protected:
   ErrorForm() {
-    machine_.programs().define("C:\\WINDOWS\\system32\\notepad.exe");
-    machine_.desktop().declareForm(
-        "frmError", {{"txtErrLabel", "txtProgetto", "txtModulo", "txtProcedura", "txtErrSource",
-                      "txtErrCodice", "txtErrDescrizione", "txtErrDescrizioneInterna",
-                      "txtErrTrace", "picError", "btnOk", "cmdDettagli"},
-                     {}});
+    machine_.programs().define(kNotepad);
+    std::vector<std::string> controls = kTexts;
+    controls.insert(controls.end(), {"picError", "btnOk", "cmdDettagli"});
+    machine_.desktop().declareForm("frmError", {controls, {}});
   }
 
-  /// Shows the form; `user` is what is done in it.
-  void show(sim::SimDesktop::UserAction user) {
-    machine_.desktop().onForm("frmError", std::move(user));
+  /// Shows the form; `user` is what is done in it. Is it open afterwards?
+  bool isOpenAfter(const sim::SimDesktop::UserAction& user) {
+    bool open = true;
+    machine_.desktop().onForm("frmError", [&](sim::SimFormWindow& form) {
+      user(form);
+      open = form.isOpen();
+    });
     frmError form(program_, ErrorRecord{.label = "intestazione",
                                         .project = "progetto",
                                         .module = "modulo",
@@ -37,9 +43,21 @@ class ErrorForm : public ::testing::Test {
                                         .internalDescription = "interna",
                                         .trace = "traccia"});
     machine_.desktop().showModal(form);
+    return open;
   }
-  void pressDetails() {
-    show([](sim::SimFormWindow& form) { form.click("cmdDettagli"); });
+  static void pressDetails(sim::SimFormWindow& form) { form.click("cmdDettagli"); }
+  void putLog() {
+    machine_.putFile(kLog, "riga\r\n");
+    program_.state().runLog.logFile = kLog;
+  }
+  /// Its title when it is loaded at this time.
+  std::string titleAt(const machine::LocalTime& time) {
+    machine_.clock().set(time);
+    frmError form(program_, ErrorRecord());
+    sim::SimFormWindow window("frmError");
+    window.setTitle("Errore");
+    form.loaded(window);
+    return window.title();
   }
 
   sim::SimMachine machine_;
@@ -47,97 +65,54 @@ class ErrorForm : public ::testing::Test {
 };
 
 TEST_F(ErrorForm, FillsItsBoxes) {
-  Lines texts;
-  show([&](sim::SimFormWindow& form) {
-    texts = {form.text("txtErrLabel"),       form.text("txtProgetto"),
-             form.text("txtModulo"),         form.text("txtProcedura"),
-             form.text("txtErrSource"),      form.text("txtErrCodice"),
-             form.text("txtErrDescrizione"), form.text("txtErrDescrizioneInterna"),
-             form.text("txtErrTrace")};
+  std::vector<std::string> texts;
+  isOpenAfter([&](sim::SimFormWindow& form) {
+    for (const std::string& control : kTexts) {
+      texts.push_back(form.text(control));
+    }
   });
-  EXPECT_EQ((Lines{"intestazione", "progetto", "modulo", "procedura", "sorgente", "12",
-                   "descrizione", "interna", "traccia"}),
-            texts);
+  EXPECT_THAT(texts, ElementsAre("intestazione", "progetto", "modulo", "procedura", "sorgente",
+                                 "12", "descrizione", "interna", "traccia"));
 }
 
 TEST_F(ErrorForm, TitleIsTheDesignTitleAndTheDateInTheUsersLanguage) {
-  machine_.clock().set({2009, 3, 5, 9, 7, 0});
-  frmError form(program_, ErrorRecord());
-  sim::SimFormWindow window("frmError");
-  window.setTitle("Errore");
-  form.loaded(window);
-  EXPECT_EQ("Errore - 05 marzo 2009  09:07", window.title());
-
+  EXPECT_EQ("Errore - 05 marzo 2009  09:07", titleAt({2009, 3, 5, 9, 7, 0}));
   machine_.locale().setLanguage(sim::Language::English);
-  machine_.clock().set({2026, 12, 24, 0, 0, 0});
-  sim::SimFormWindow english("frmError");
-  english.setTitle("Errore");
-  form.loaded(english);
-  EXPECT_EQ("Errore - 24 December 2026  00:00", english.title());
+  EXPECT_EQ("Errore - 24 December 2026  00:00", titleAt({2026, 12, 24, 0, 0, 0}));
 }
 
-TEST_F(ErrorForm, OkCloses) {
-  bool open = true;
-  show([&](sim::SimFormWindow& form) {
-    form.click("btnOk");
-    open = form.isOpen();
-  });
-  EXPECT_FALSE(open);
-}
-
-TEST_F(ErrorForm, CloseBoxCloses) {
-  bool open = true;
-  show([&](sim::SimFormWindow& form) {
-    form.closeBox();
-    open = form.isOpen();
-  });
-  EXPECT_FALSE(open);
+TEST_F(ErrorForm, OkAndCloseBoxCloseIt) {
+  EXPECT_FALSE(isOpenAfter([](sim::SimFormWindow& form) { form.click("btnOk"); }));
+  EXPECT_FALSE(isOpenAfter([](sim::SimFormWindow& form) { form.closeBox(); }));
   EXPECT_EQ(0U, machine_.desktop().forcedCloses());
 }
 
 TEST_F(ErrorForm, DetailsOpenTheLogWithoutWaitingAndLeaveTheFormOpen) {
-  machine_.putFile(kLog, "riga\r\n");
-  program_.state().runLog.logFile = kLog;
-  bool open = false;
-  show([&](sim::SimFormWindow& form) {
-    form.click("cmdDettagli");
-    open = form.isOpen();
-  });
-  EXPECT_TRUE(open);
+  putLog();
+  EXPECT_TRUE(isOpenAfter(pressDetails));
   ASSERT_EQ(1U, machine_.started().size());
   EXPECT_EQ("notepad.exe C:\\Lumo\\prova.log", machine_.started().front().commandLine);
   EXPECT_FALSE(machine_.started().front().waited);
   EXPECT_TRUE(machine_.started().front().visible);
-  EXPECT_TRUE(machine_.boxes().empty());
+  EXPECT_THAT(machine_.boxes(), IsEmpty());
 }
 
-TEST_F(ErrorForm, DetailsWarnWhenTheLogIsMissing) {
+TEST_F(ErrorForm, DetailsWarnWhenTheLogIsMissingOrNotKnown) {
+  isOpenAfter(pressDetails);
   program_.state().runLog.logFile = kLog;
-  pressDetails();
-  ASSERT_EQ(1U, machine_.boxes().size());
-  const sim::SimBox& box = machine_.boxes().front();
-  EXPECT_EQ("File di log: 'C:\\Lumo\\prova.log' non disponibile", box.text);
-  EXPECT_EQ(machine::BoxIcon::Exclamation, box.icon);
-  EXPECT_EQ(machine::BoxButtons::Ok, box.buttons);
-  EXPECT_EQ("TrelvManager", box.title);
-  EXPECT_TRUE(machine_.started().empty());
-}
-
-TEST_F(ErrorForm, DetailsWarnWhenNoLogIsKnown) {
-  pressDetails();
-  ASSERT_EQ(1U, machine_.boxes().size());
-  EXPECT_EQ("File di log non disponibile", machine_.boxes().front().text);
-  EXPECT_EQ(machine::BoxIcon::Exclamation, machine_.boxes().front().icon);
-  EXPECT_TRUE(machine_.started().empty());
+  isOpenAfter(pressDetails);
+  EXPECT_THAT(machine_.boxes(),
+              ElementsAre(isBox(BoxIcon::Exclamation, "File di log non disponibile"),
+                          isBox(BoxIcon::Exclamation,
+                                "File di log: 'C:\\Lumo\\prova.log' non disponibile")));
+  EXPECT_THAT(machine_.started(), IsEmpty());
 }
 
 TEST_F(ErrorForm, NotepadThatCannotBeStartedIsReportedOnASecondForm) {
-  machine_.putFile(kLog, "riga\r\n");
-  program_.state().runLog.logFile = kLog;
-  machine_.programs().failStart("C:\\WINDOWS\\system32\\notepad.exe", system_code::kAccessDenied);
+  putLog();
+  machine_.programs().failStart(kNotepad, system_code::kAccessDenied);
   std::string inner;
-  machine_.desktop().onForm("frmError",
-                            [](sim::SimFormWindow& form) { form.click("cmdDettagli"); });
+  machine_.desktop().onForm("frmError", pressDetails);
   machine_.desktop().onForm(
       "frmError", [&](sim::SimFormWindow& form) { inner = form.text("txtErrDescrizioneInterna"); });
   program_.log().VisualizzaErrore("m", "p", "t", ReportKind::ProgramError, RuntimeError());

@@ -1,8 +1,6 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "startup/IntegrationRecord.h"
-#include "support/Installation.h"
+#include "support/Matchers.h"
+#include "support/StationTest.h"
 
 namespace trelv::tests {
 namespace {
@@ -10,147 +8,120 @@ namespace {
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 
-class IntegrationRecord : public testing::Test {
- protected:
-  sim::SimConfigurationLibrary& store() { return station_.machine().configuration(); }
+constexpr const char* kAsked = "Gestione ProdTrelv - Verifica integrazione con Dovra SP";
+constexpr const char* kNotFound = "Gestione ProdTrelv - Integrazione Dovra SP non rilevata";
+
+class IntegrationRecord : public StationTest {
+ public:
+  sim::SimConfigurationLibrary& store() { return machine().configuration(); }
   void record(const std::string& value) {
     store().put("SYSTEM", "Complementary_Products", "Integration", "Path", value);
   }
-
-  Installation installation_;
-  Station station_{installation_};
-  FakeProgram& program_ = station_.program();
+  /// The recorded path in quotes; "no" when there is none, which clears the path.
+  std::string verified() {
+    std::string path = "before";
+    const bool recorded = modMain::VerifyConfig(program(), path);
+    return recorded ? "'" + path + "'" : path.empty() ? "no" : "no, but " + path;
+  }
+  bool write(const std::string& path) { return modMain::WriteIntegrationConfig(program(), path); }
 };
 
 TEST_F(IntegrationRecord, IsReadAsItIsStored) {
   record("s:\\Lumo\\");
-  std::string path = "before";
-  EXPECT_TRUE(modMain::VerifyConfig(program_, path));
-  EXPECT_EQ(path, "s:\\Lumo\\");
-  EXPECT_THAT(program_.lines(),
-              ElementsAre("Gestione ProdTrelv - Verifica integrazione con Dovra SP",
-                          "Gestione ProdTrelv - Integrazione Dovra SP rilevata con: s:\\Lumo\\"));
-}
-
-TEST_F(IntegrationRecord, OfTheLongestPathIsReadWhole) {
+  EXPECT_EQ(verified(), "'s:\\Lumo\\'");
+  EXPECT_THAT(lines(), ElementsAre(kAsked,
+                                   "Gestione ProdTrelv - Integrazione Dovra SP rilevata "
+                                   "con: s:\\Lumo\\"));
   const std::string longest = "\\\\server\\" + std::string(250, 'x');
   record(longest);
-  std::string path;
-  EXPECT_TRUE(modMain::VerifyConfig(program_, path));
-  EXPECT_EQ(path, longest);
+  EXPECT_EQ(verified(), "'" + longest + "'");
 }
 
 TEST_F(IntegrationRecord, WhenMissingAnswersNoAndClearsThePath) {
   station_.forgetIntegration();
-  std::string path = "before";
-  EXPECT_FALSE(modMain::VerifyConfig(program_, path));
-  EXPECT_EQ(path, "");
-  EXPECT_THAT(program_.lines(),
-              ElementsAre("Gestione ProdTrelv - Verifica integrazione con Dovra SP",
-                          "Gestione ProdTrelv - Integrazione Dovra SP non rilevata"));
+  EXPECT_EQ(verified(), "no");
+  EXPECT_THAT(lines(), ElementsAre(kAsked, kNotFound));
 }
 
-TEST_F(IntegrationRecord, HoldingTheMarkerCountsAsMissing) {
+TEST_F(IntegrationRecord, HoldingTheMarkerInItsExactCaseCountsAsMissing) {
   record("_DEFAULT_VALUE_");
-  std::string path;
-  EXPECT_FALSE(modMain::VerifyConfig(program_, path));
-  EXPECT_EQ(path, "");
-}
-
-TEST_F(IntegrationRecord, HoldingTheMarkerInOtherCaseCountsAsRecorded) {
+  EXPECT_EQ(verified(), "no");
   record("_default_value_");
-  std::string path;
-  EXPECT_TRUE(modMain::VerifyConfig(program_, path));
-  EXPECT_EQ(path, "_default_value_");
+  EXPECT_EQ(verified(), "'_default_value_'");
 }
 
 TEST_F(IntegrationRecord, ThatIsEmptyCountsAsRecorded) {
   record("");
-  std::string path = "before";
-  EXPECT_TRUE(modMain::VerifyConfig(program_, path));
-  EXPECT_EQ(path, "");
-  EXPECT_EQ(program_.lines().back(), "Gestione ProdTrelv - Integrazione Dovra SP rilevata con: ");
+  EXPECT_EQ(verified(), "''");
+  EXPECT_EQ(lines().back(), "Gestione ProdTrelv - Integrazione Dovra SP rilevata con: ");
 }
 
 TEST_F(IntegrationRecord, WithoutHostSuiteIsNotLookedFor) {
   store().answerAlways(-4002);
-  std::string path = "before";
-  EXPECT_FALSE(modMain::VerifyConfig(program_, path));
-  EXPECT_EQ(path, "");
+  EXPECT_EQ(verified(), "no");
   EXPECT_EQ(store().gets(), 0U);
-  EXPECT_THAT(program_.lines(),
-              ElementsAre("Gestione ProdTrelv - Verifica integrazione con Dovra SP",
-                          "Suite Lumo non trovata in registro: Errore riscontrato -4002"));
+  EXPECT_THAT(lines(), ElementsAre(kAsked,
+                                   "Suite Lumo non trovata in registro: Errore riscontrato "
+                                   "-4002"));
 }
 
 TEST_F(IntegrationRecord, StorePathOfBlanksCountsAsNoHostSuite) {
   store().setConfigPath("   ");
-  std::string path;
-  EXPECT_FALSE(modMain::VerifyConfig(program_, path));
-  EXPECT_EQ(program_.lines().back(), "Suite Lumo non trovata in registro: Errore riscontrato 0");
+  EXPECT_EQ(verified(), "no");
+  EXPECT_EQ(lines().back(), "Suite Lumo non trovata in registro: Errore riscontrato 0");
 }
 
 TEST_F(IntegrationRecord, ThatCannotBeReadCountsAsRecordedWithoutPath) {
   store().answerNext({0, -3000});
-  std::string path;
-  EXPECT_TRUE(modMain::VerifyConfig(program_, path));
-  EXPECT_EQ(path, "");
-  ASSERT_EQ(program_.reports().size(), 1U);
-  EXPECT_EQ(program_.reports()[0].procedure, "GetParameterXML");
+  EXPECT_EQ(verified(), "''");
+  EXPECT_THAT(reports(), ElementsAre(testing::Field(&FakeReport::procedure, "GetParameterXML")));
 }
 
 TEST_F(IntegrationRecord, RunTimeFailureIsReportedAndLoggedAndAnswersNo) {
-  program_.log.linesWithoutMemory = 1;
+  program().log.linesWithoutMemory = 1;
   std::string path;
-  EXPECT_FALSE(modMain::VerifyConfig(program_, path));
-  ASSERT_EQ(program_.reports().size(), 1U);
-  EXPECT_EQ(program_.reports()[0].module, "modMain");
-  EXPECT_EQ(program_.reports()[0].procedure, "VerifyConfig");
-  EXPECT_EQ(program_.reports()[0].message, "Errore in Determinazione configurazione");
-  EXPECT_EQ(program_.reports()[0].kind, ReportKind::ProgramError);
-  EXPECT_THAT(program_.lines(), ElementsAre("Gestione ProdTrelv - Errore in Determinazione "
-                                            "configurazione: Memoria insufficiente"));
+  EXPECT_FALSE(modMain::VerifyConfig(program(), path));
+  EXPECT_THAT(reports(),
+              ElementsAre(isReport("VerifyConfig", "Errore in Determinazione configurazione",
+                                   runtime_number::kOutOfMemory, "modMain")));
+  EXPECT_THAT(lines(), ElementsAre("Gestione ProdTrelv - Errore in Determinazione configurazione: "
+                                   "Memoria insufficiente"));
 }
 
 TEST_F(IntegrationRecord, IsWrittenWhenMissing) {
   station_.forgetIntegration();
-  EXPECT_TRUE(modMain::WriteIntegrationConfig(program_, "S:\\Lumo"));
+  EXPECT_TRUE(write("S:\\Lumo"));
   EXPECT_EQ(station_.recordedIntegration(), "S:\\Lumo");
   EXPECT_EQ(store().typeOf("SYSTEM", "Complementary_Products", "Integration", "Path"), 1);
-  EXPECT_THAT(program_.lines(),
-              ElementsAre("Gestione ProdTrelv - Verifica integrazione con Dovra SP",
-                          "Gestione ProdTrelv - Integrazione Dovra SP non rilevata",
+  EXPECT_THAT(lines(),
+              ElementsAre(kAsked, kNotFound,
                           "Gestione ProdTrelv - scrittura integrazione su macchina: S:\\Lumo"));
 }
 
 TEST_F(IntegrationRecord, IsNeverOverwritten) {
-  station_.forgetIntegration();
-  EXPECT_TRUE(modMain::WriteIntegrationConfig(program_, "S:\\Lumo"));
-  program_.log.lines.clear();
-  EXPECT_FALSE(modMain::WriteIntegrationConfig(program_, "T:\\Altro"));
+  record("S:\\Lumo");
+  EXPECT_FALSE(write("T:\\Altro"));
   EXPECT_EQ(station_.recordedIntegration(), "S:\\Lumo");
-  EXPECT_EQ(store().sets(), 1U);
-  EXPECT_THAT(program_.lines(), Not(Contains(HasSubstr("scrittura integrazione"))));
+  EXPECT_EQ(store().sets(), 0U);
+  EXPECT_THAT(lines(), Not(Contains(HasSubstr("scrittura integrazione"))));
 }
 
 TEST_F(IntegrationRecord, ThatTheStoreRefusesStillAnswersYes) {
   station_.forgetIntegration();
   // Path, value, then the write.
   store().answerNext({0, 0, -2000});
-  EXPECT_TRUE(modMain::WriteIntegrationConfig(program_, "S:\\Lumo"));
+  EXPECT_TRUE(write("S:\\Lumo"));
   EXPECT_EQ(station_.recordedIntegration(), "");
-  ASSERT_EQ(program_.reports().size(), 1U);
-  EXPECT_EQ(program_.reports()[0].procedure, "SetParameterXML");
+  EXPECT_THAT(reports(), ElementsAre(testing::Field(&FakeReport::procedure, "SetParameterXML")));
 }
 
 TEST_F(IntegrationRecord, WritingEndsWithNoOnARunTimeFailure) {
   station_.forgetIntegration();
   // The line that finds no memory and the one that would tell it.
-  program_.log.linesWithoutMemory = 2;
-  EXPECT_FALSE(modMain::WriteIntegrationConfig(program_, "S:\\Lumo"));
+  program().log.linesWithoutMemory = 2;
+  EXPECT_FALSE(write("S:\\Lumo"));
   EXPECT_EQ(station_.recordedIntegration(), "");
 }
 

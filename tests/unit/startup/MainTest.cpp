@@ -1,17 +1,17 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <string>
-#include <vector>
 
+#include "support/Matchers.h"
 #include "support/RealProgram.h"
 
 namespace trelv::modMain {
 namespace {
 
-using Lines = std::vector<std::string>;
 using sim::CallKind;
 using sim::WindowsEdition;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
 
 constexpr const char* kRefusedText =
     "Esecuzione in modalità interattiva non consentita\r\n\r\nPremere Ok per interrompere";
@@ -20,22 +20,34 @@ constexpr const char* kParametersText =
     "configurata correttamente la procedura di integrazione dei Prodotti Complementari.\r\n\r\n"
     "Verificare i parametri inseriti all'interno del configuratore di Dovra.";
 constexpr const char* kAnalysed = "Gestione prodTrelv - Analisi linea di comando effettuata";
+constexpr const char* kMaintenance =
+    "Gestione ProdTrelv - Manutenzione prodotti complementari integrati";
+constexpr const char* kInteractive = "Gestione ProdTrelv - Esecuzione in modalità interattiva";
 
-class Start : public ::testing::Test {
- protected:
-  Start() { machine_.makeFolders("C:\\Users\\mario\\Temp\\log"); }
+/// The line about a command line of so many arguments.
+std::string commandLine(const std::string& raw, int count) {
+  return "Gestione ProdTrelv - Linea di comando ArgV = " + raw +
+         "\t Numero parametri = " + std::to_string(count);
+}
+
+/// A workstation on which the manager starts.
+class Starting {
+ public:
+  explicit Starting(WindowsEdition edition = WindowsEdition::XP) {
+    machine_.setEdition(edition);
+    machine_.makeFolders("C:\\Users\\mario\\Temp\\log");
+    machine_.desktop().onBox([this](const sim::SimBox&) { linesAtBox_ = lines(); });
+  }
 
   void run(const std::string& arguments) { program_.run(arguments); }
   StartupFacts& facts() { return program_.state().startup; }
+  std::vector<std::string> lines() { return program_.logLines(); }
+  std::vector<std::string> started() { return machine_.programs().startedCommandLines(); }
 
-  bool logged(const std::string& line) {
-    const Lines lines = program_.logLines();
-    return std::find(lines.begin(), lines.end(), line) != lines.end();
-  }
   /// Position of a line in the log, from 0; the number of lines when it is not there.
   std::ptrdiff_t lineAt(const std::string& line) {
-    const Lines lines = program_.logLines();
-    return std::find(lines.begin(), lines.end(), line) - lines.begin();
+    const std::vector<std::string> all = lines();
+    return std::find(all.begin(), all.end(), line) - all.begin();
   }
   /// Position of the first call of a kind whose path is `path` (any when empty), from 1; 0: none.
   std::size_t callAt(CallKind kind, const std::string& path = "") {
@@ -46,79 +58,63 @@ class Start : public ::testing::Test {
     }
     return 0;
   }
-  void expectOneBox(const std::string& text) {
-    ASSERT_EQ(1U, machine_.boxes().size());
-    const sim::SimBox& box = machine_.boxes().front();
-    EXPECT_EQ(text, box.text);
-    EXPECT_EQ("TrelvManager", box.title);
-    EXPECT_EQ(machine::BoxIcon::Critical, box.icon);
-    EXPECT_EQ(machine::BoxButtons::Ok, box.buttons);
+  /// Runs into the one critical box with this text.
+  void expectRefused(const std::string& arguments, const std::string& text) {
+    run(arguments);
+    EXPECT_THAT(machine_.boxes(), ElementsAre(tests::isBox(machine::BoxIcon::Critical, text)));
   }
 
   sim::SimMachine machine_;
   tests::RealProgram program_{machine_};
+  /// The log as it was when a box came.
+  std::vector<std::string> linesAtBox_;
 };
+
+class Start : public testing::Test, public Starting {};
 
 // --- Refusals
 
 TEST_F(Start, WithoutArgumentsIsLoggedAndRefused) {
-  run("");
-  EXPECT_EQ(
-      (Lines{"IsWin2008Server = Falso", "IsWin2008TS = Falso",
-             "Gestione ProdTrelv - Linea di comando ArgV = \t Numero parametri = 0", kAnalysed}),
-      program_.logLines());
-  expectOneBox(kRefusedText);
+  expectRefused("", kRefusedText);
+  EXPECT_THAT(lines(), ElementsAre("IsWin2008Server = Falso", "IsWin2008TS = Falso",
+                                   commandLine("", 0), kAnalysed));
   EXPECT_EQ(RunMode::None, facts().runMode);
 }
 
 TEST_F(Start, WithAnUnknownKeywordIsRefusedAndTheRefusalNotLogged) {
-  run("QUALCOSA S:\\Lumo");
-  expectOneBox(kRefusedText);
-  EXPECT_EQ(kAnalysed, program_.logLines().back());
+  expectRefused("QUALCOSA S:\\Lumo", kRefusedText);
+  EXPECT_EQ(kAnalysed, lines().back());
 }
 
 TEST_F(Start, StandaloneInstallIsRefusedLikeAnUnknownKeyword) {
-  run("STANDALONEINSTALL a b");
+  expectRefused("STANDALONEINSTALL a b", kRefusedText);
   EXPECT_EQ(RunMode::StandaloneInstall, facts().runMode);
-  expectOneBox(kRefusedText);
-  EXPECT_EQ(kAnalysed, program_.logLines().back());
+  EXPECT_EQ(kAnalysed, lines().back());
 }
 
-TEST_F(Start, IntegratedRunWithThreeArgumentsIsRefusedAndLogged) {
-  run("INTEGRATEDRUN S:\\Lumo S:\\Integrazione");
-  expectOneBox(kParametersText);
+TEST_F(Start, IntegratedRunWithThreeArgumentsIsRefusedAndThenLogged) {
+  const std::string arguments = "INTEGRATEDRUN S:\\Lumo S:\\Integrazione";
+  expectRefused(arguments, kParametersText);
+  EXPECT_EQ(commandLine(arguments, 3), linesAtBox_.back());
   EXPECT_EQ("Gestione ProdTrelv - Numero parametri errato. Interruzione procedura.",
-            program_.logLines().back());
-  EXPECT_FALSE(logged(kAnalysed));
-}
-
-TEST_F(Start, BoxOfMissingParametersComesBeforeItsLogLine) {
-  Lines before;
-  machine_.desktop().onBox([&](const sim::SimBox&) { before = program_.logLines(); });
-  run("INTEGRATEDRUN S:\\Lumo S:\\Integrazione");
-  ASSERT_FALSE(before.empty());
-  EXPECT_EQ(
-      "Gestione ProdTrelv - Linea di comando ArgV = INTEGRATEDRUN S:\\Lumo S:\\Integrazione\t "
-      "Numero parametri = 3",
-      before.back());
-  EXPECT_EQ(before.size() + 1, program_.logLines().size());
+            lines().back());
+  EXPECT_EQ(linesAtBox_.size() + 1, lines().size());
 }
 
 TEST_F(Start, OtherModesDoNotCountTheirArguments) {
   run("INTEGRATEDMAINTAIN");
-  EXPECT_TRUE(machine_.boxes().empty());
-  EXPECT_TRUE(logged("Gestione ProdTrelv - Manutenzione prodotti complementari integrati"));
+  EXPECT_THAT(machine_.boxes(), IsEmpty());
+  EXPECT_THAT(lines(), Contains(kMaintenance));
 }
 
 // --- Arguments
 
 TEST_F(Start, CommandLineIsLoggedWithATabAndAPlainCount) {
   run("  QUALCOSA  \"a b\"  c ");
-  EXPECT_TRUE(logged(
-      "Gestione ProdTrelv - Linea di comando ArgV = QUALCOSA  \"a b\"  c \t Numero parametri = 3"));
+  EXPECT_THAT(lines(), Contains(commandLine("QUALCOSA  \"a b\"  c ", 3)));
   EXPECT_EQ("QUALCOSA  \"a b\"  c ", facts().rawCommandLine);
   EXPECT_EQ(3U, facts().argumentCount);
-  EXPECT_EQ((Lines{"QUALCOSA", "a b", "c"}), facts().arguments);
+  EXPECT_THAT(facts().arguments, ElementsAre("QUALCOSA", "a b", "c"));
 }
 
 TEST_F(Start, UnquotedProgramPathIsNoArgument) {
@@ -129,7 +125,8 @@ TEST_F(Start, UnquotedProgramPathIsNoArgument) {
 }
 
 TEST_F(Start, ArgumentsAreTakenByPosition) {
-  run("INTEGRATEDMAINTAIN \"S:\\Lumo due\" S:\\Integrazione NERIO uno \"due tre\" quattro");
+  run("\" integratedmaintain  \" \"S:\\Lumo due\" S:\\Integrazione NERIO uno \"due tre\" quattro");
+  EXPECT_EQ(RunMode::IntegratedMaintain, facts().runMode);
   EXPECT_EQ("S:\\Lumo due", facts().hostFolder);
   EXPECT_EQ("S:\\Integrazione", facts().integrationPath);
   EXPECT_EQ(12, facts().programNumber);
@@ -152,80 +149,61 @@ TEST_F(Start, MissingArgumentsAreEmpty) {
   EXPECT_EQ("", facts().extraArguments);
 }
 
-TEST_F(Start, KeywordOfAnyCaseWithBlanksIsTaken) {
-  run("\" integratedmaintain  \" S:\\Lumo");
-  EXPECT_EQ(RunMode::IntegratedMaintain, facts().runMode);
-}
-
 TEST_F(Start, TwentyFirstArgumentIsDroppedWithoutAMessage) {
   run("INTEGRATEDMAINTAIN a b ZM 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 22");
   EXPECT_EQ(20U, facts().argumentCount);
   EXPECT_EQ(" 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20", facts().extraArguments);
-  EXPECT_TRUE(machine_.boxes().empty());
+  EXPECT_THAT(machine_.boxes(), IsEmpty());
 }
 
 TEST_F(Start, CommandLineOfThirtyTwoThousandCharactersIsLoggedWhole) {
   const std::string longOne(31980, 'x');
   run("QUALCOSA " + longOne);
-  EXPECT_TRUE(logged("Gestione ProdTrelv - Linea di comando ArgV = QUALCOSA " + longOne +
-                     "\t Numero parametri = 2"));
+  EXPECT_THAT(lines(), Contains(commandLine("QUALCOSA " + longOne, 2)));
   EXPECT_EQ(longOne, facts().hostFolder);
 }
 
 // --- Program code
 
 TEST_F(Start, UnknownProgramCodeEndsInTheMainHandler) {
-  run("INTEGRATEDRUN S:\\Lumo S:\\Integrazione NIENTE");
-  expectOneBox(
-      "Si è verificato un errore durante l'integrazione con il prodotto complementare richiesto: "
-      "\r\n\r\n(Programma \"NIENTE\" non riconosciuto)\r\n\r\nNon è stato pertanto possibile "
-      "completare l'operazione richiesta");
+  const std::string arguments = "INTEGRATEDRUN S:\\Lumo S:\\Integrazione NIENTE";
+  expectRefused(arguments,
+                "Si è verificato un errore durante l'integrazione con il prodotto complementare "
+                "richiesto: \r\n\r\n(Programma \"NIENTE\" non riconosciuto)\r\n\r\nNon è stato "
+                "pertanto possibile completare l'operazione richiesta");
+  EXPECT_EQ(commandLine(arguments, 4), linesAtBox_.back());
   EXPECT_EQ(
       "Gestione ProdTrelv - Errore in modulo principale: Programma \"NIENTE\" non riconosciuto",
-      program_.logLines().back());
-  EXPECT_FALSE(logged(kAnalysed));
-  EXPECT_TRUE(machine_.desktop().shownForms().empty()) << "no error form";
+      lines().back());
+  EXPECT_EQ(linesAtBox_.size() + 1, lines().size());
+  EXPECT_THAT(machine_.desktop().shownForms(), IsEmpty()) << "no error form";
 }
 
 TEST_F(Start, UnknownProgramCodeEndsEveryModeBeforeItIsDispatched) {
-  for (const char* keyword :
+  for (const std::string keyword :
        {"INTEGRATEDMAINTAIN", "INTERACTIVE", "SINGLEINSTALL", "STANDALONEINSTALL", "QUALCOSA"}) {
-    sim::SimMachine machine;
-    tests::RealProgram program(machine);
-    program.run(std::string(keyword) + " a b luda");
+    Starting start;
+    start.run(keyword + " a b luda");
     EXPECT_EQ(
         "Gestione ProdTrelv - Errore in modulo principale: Programma \"luda\" non riconosciuto",
-        program.logLines().back())
+        start.lines().back())
         << keyword;
-    ASSERT_EQ(1U, machine.boxes().size()) << keyword;
-    EXPECT_NE(kRefusedText, machine.boxes().front().text) << keyword;
+    ASSERT_EQ(1U, start.machine_.boxes().size()) << keyword;
+    EXPECT_NE(kRefusedText, start.machine_.boxes().front().text) << keyword;
   }
-}
-
-TEST_F(Start, BoxOfTheMainHandlerComesBeforeItsLogLine) {
-  Lines before;
-  machine_.desktop().onBox([&](const sim::SimBox&) { before = program_.logLines(); });
-  run("INTERACTIVE a b NIENTE");
-  EXPECT_EQ(
-      "Gestione ProdTrelv - Linea di comando ArgV = INTERACTIVE a b NIENTE\t Numero "
-      "parametri = 4",
-      before.back());
-  EXPECT_EQ(before.size() + 1, program_.logLines().size());
 }
 
 // --- Facts
 
 TEST_F(Start, FactsComeBeforeTheFirstLineAboutTheCommandLine) {
   run("");
-  const std::size_t path = callAt(CallKind::ConfigurationPath);
-  const std::size_t version = callAt(CallKind::VersionQuery);
-  const std::size_t administrator = callAt(CallKind::AdministratorQuery);
-  const std::size_t line = callAt(CallKind::FileAppend);
-  ASSERT_NE(0U, path);
-  EXPECT_LT(path, version);
-  EXPECT_LT(version, administrator);
-  EXPECT_LT(administrator, line) << "the first lines are those of the terminal-server probes";
-  EXPECT_EQ("IsWin2008Server = Falso", program_.logLines().front());
+  const std::vector<std::size_t> calls{
+      callAt(CallKind::ConfigurationPath), callAt(CallKind::VersionQuery),
+      callAt(CallKind::AdministratorQuery), callAt(CallKind::FileAppend)};
+  EXPECT_NE(0U, calls[0]);
+  EXPECT_TRUE(std::is_sorted(calls.begin(), calls.end()))
+      << "the first lines are those of the terminal-server probes";
+  EXPECT_EQ("IsWin2008Server = Falso", lines().front());
 }
 
 TEST_F(Start, ProgramsPathComesFromTheConfigurationStore) {
@@ -234,18 +212,15 @@ TEST_F(Start, ProgramsPathComesFromTheConfigurationStore) {
   EXPECT_EQ("C:\\Lumo\\Programmi", facts().programsPath);
 }
 
-TEST_F(Start, ProgramsPathIsEmptyWhenTheStoreCannotGiveIt) {
+TEST_F(Start, ProgramsPathIsEmptyWhenTheStoreCannotGiveItOrBeCalled) {
   machine_.configuration().answerAlways(-4002);
-  run("");
+  expectRefused("", kRefusedText);
   EXPECT_EQ("", facts().programsPath);
-  expectOneBox(kRefusedText);
-}
 
-TEST_F(Start, StoreThatCannotBeCalledLeavesTheProgramsPathEmpty) {
-  machine_.configuration().setCallable(false);
-  run("");
-  EXPECT_EQ("", facts().programsPath);
-  expectOneBox(kRefusedText);
+  Starting other;
+  other.machine_.configuration().setCallable(false);
+  other.expectRefused("", kRefusedText);
+  EXPECT_EQ("", other.facts().programsPath);
 }
 
 TEST_F(Start, FactsFollowTheEdition) {
@@ -255,38 +230,34 @@ TEST_F(Start, FactsFollowTheEdition) {
     bool win9x;
     bool terminalServer;
   };
-  for (const Case& known : {
-           Case{WindowsEdition::Win95, true, true, false},
-           Case{WindowsEdition::Win98, true, true, false},
-           Case{WindowsEdition::WinMe, true, true, false},
-           Case{WindowsEdition::NT4, false, false, false},
-           Case{WindowsEdition::NT4TerminalServer, false, false, true},
-           Case{WindowsEdition::Win2000Pro, true, false, false},
-           Case{WindowsEdition::Win2000Server, false, false, false},
-           Case{WindowsEdition::Win2000TerminalServer, false, false, true},
-           Case{WindowsEdition::XP, true, false, false},
-           Case{WindowsEdition::XP64, false, false, false},
-           Case{WindowsEdition::Win2003, false, false, false},
-           Case{WindowsEdition::Win2003TerminalServer, false, false, true},
-           Case{WindowsEdition::Vista, true, false, false},
-           Case{WindowsEdition::Win2008, false, false, false},
-           Case{WindowsEdition::Win2008TerminalServer, false, false, true},
-           Case{WindowsEdition::Seven, true, false, false},
-           Case{WindowsEdition::Win2008R2TerminalServer, false, false, true},
-           Case{WindowsEdition::Win8, false, false, false},
-           Case{WindowsEdition::Win10, false, false, false},
-       }) {
-    sim::SimMachine machine;
-    machine.setEdition(known.edition);
-    machine.system().setAdministrator(false);
-    tests::RealProgram program(machine);
-    program.run("");
-    const StartupFacts& startup = program.state().startup;
+  for (const Case& known :
+       std::vector<Case>{{WindowsEdition::Win95, true, true, false},
+                         {WindowsEdition::Win98, true, true, false},
+                         {WindowsEdition::WinMe, true, true, false},
+                         {WindowsEdition::NT4, false, false, false},
+                         {WindowsEdition::NT4TerminalServer, false, false, true},
+                         {WindowsEdition::Win2000Pro, true, false, false},
+                         {WindowsEdition::Win2000Server, false, false, false},
+                         {WindowsEdition::Win2000TerminalServer, false, false, true},
+                         {WindowsEdition::XP, true, false, false},
+                         {WindowsEdition::XP64, false, false, false},
+                         {WindowsEdition::Win2003, false, false, false},
+                         {WindowsEdition::Win2003TerminalServer, false, false, true},
+                         {WindowsEdition::Vista, true, false, false},
+                         {WindowsEdition::Win2008, false, false, false},
+                         {WindowsEdition::Win2008TerminalServer, false, false, true},
+                         {WindowsEdition::Seven, true, false, false},
+                         {WindowsEdition::Win2008R2TerminalServer, false, false, true},
+                         {WindowsEdition::Win8, false, false, false},
+                         {WindowsEdition::Win10, false, false, false}}) {
+    Starting start(known.edition);
+    start.machine_.system().setAdministrator(false);
+    start.run("");
     const int edition = static_cast<int>(known.edition);
-    EXPECT_EQ(known.workstation, startup.workstation) << edition;
-    EXPECT_EQ(known.win9x, startup.win9x) << edition;
-    EXPECT_EQ(known.terminalServer, startup.terminalServer) << edition;
-    EXPECT_EQ(known.win9x, startup.administrator) << edition;
+    EXPECT_EQ(known.workstation, start.facts().workstation) << edition;
+    EXPECT_EQ(known.win9x, start.facts().win9x) << edition;
+    EXPECT_EQ(known.terminalServer, start.facts().terminalServer) << edition;
+    EXPECT_EQ(known.win9x, start.facts().administrator) << edition;
   }
 }
 
@@ -295,23 +266,19 @@ TEST_F(Start, AdministratorIsAskedOutsideWindows9xOnly) {
   EXPECT_NE(0U, callAt(CallKind::AdministratorQuery));
   EXPECT_TRUE(facts().administrator);
 
-  sim::SimMachine old;
-  old.setEdition(WindowsEdition::Win98);
-  old.support().setAdministratorAnswer(machine::SupportAnswer::No);
-  tests::RealProgram program(old);
-  program.run("");
-  EXPECT_TRUE(program.state().startup.administrator);
-  for (const sim::SimCall& call : old.callLog().all()) {
-    EXPECT_NE(CallKind::AdministratorQuery, call.kind);
-    EXPECT_NE(CallKind::SupportAdministrator, call.kind);
-  }
+  Starting old(WindowsEdition::Win98);
+  old.machine_.support().setAdministratorAnswer(machine::SupportAnswer::No);
+  old.run("");
+  EXPECT_TRUE(old.facts().administrator);
+  EXPECT_EQ(0U, old.callAt(CallKind::AdministratorQuery));
+  EXPECT_EQ(0U, old.callAt(CallKind::SupportAdministrator));
 }
 
 TEST_F(Start, UnknownAdministratorAnswerIsLoggedFirst) {
   machine_.support().setAdministratorAnswer(machine::SupportAnswer::Failed);
   run("");
   EXPECT_EQ("Errore in esecuzione verifica di diritti di amministratore, forzato IsAdmin=TRUE",
-            program_.logLines().front());
+            lines().front());
   EXPECT_TRUE(facts().administrator);
 }
 
@@ -319,16 +286,12 @@ TEST_F(Start, UnknownAdministratorAnswerIsLoggedFirst) {
 
 TEST_F(Start, PluginFolderBelowTheHostFolderMeansDovra) {
   machine_.mount("S:");
-  machine_.makeFolders("S:\\Lumo\\prg\\com\\dovra\\plugin");
-  run("INTEGRATEDMAINTAIN S:\\Lumo");
-  EXPECT_EQ(PluginProduct{14}, facts().pluginProduct);
-}
-
-TEST_F(Start, NoPluginFolderMeansNoDovra) {
-  machine_.mount("S:");
   machine_.putFile("S:\\Lumo\\prg\\com\\dovra\\plugin", "a file is no folder");
   run("INTEGRATEDMAINTAIN S:\\Lumo");
   EXPECT_EQ(PluginProduct{999}, facts().pluginProduct);
+  machine_.makeFolders("S:\\Altro\\prg\\com\\dovra\\plugin");
+  run("INTEGRATEDMAINTAIN S:\\Altro");
+  EXPECT_EQ(PluginProduct{14}, facts().pluginProduct);
 }
 
 TEST_F(Start, EmptyHostFolderIsTestedToo) {
@@ -341,15 +304,12 @@ TEST_F(Start, EmptyHostFolderIsTestedToo) {
 
 TEST_F(Start, MaintenanceAndInteractiveModesSayWhatTheyAre) {
   run("INTEGRATEDMAINTAIN S:\\Lumo");
-  EXPECT_TRUE(logged("Gestione ProdTrelv - Manutenzione prodotti complementari integrati"));
-  EXPECT_FALSE(logged("Gestione ProdTrelv - Esecuzione in modalità interattiva"));
+  EXPECT_THAT(lines(), Contains(kMaintenance));
+  EXPECT_THAT(lines(), Not(Contains(kInteractive)));
 
-  sim::SimMachine other;
-  tests::RealProgram interactive(other);
+  Starting interactive;
   interactive.run("INTERACTIVE");
-  const Lines lines = interactive.logLines();
-  EXPECT_NE(lines.end(), std::find(lines.begin(), lines.end(),
-                                   "Gestione ProdTrelv - Esecuzione in modalità interattiva"));
+  EXPECT_THAT(interactive.lines(), Contains(kInteractive));
 }
 
 /// A server share with one product whose program is installed, and a workstation.
@@ -366,60 +326,59 @@ class IntegratedStart : public Start {
 
 TEST_F(IntegratedStart, UpdatesAllThenStartsTheProgramWithItsArguments) {
   run("INTEGRATEDRUN S:\\Lumo S:\\Integrazione LUDA uno \"due tre\"");
-  const std::ptrdiff_t mode = lineAt(
-      "Gestione ProdTrelv - Esecuzione in modalità integrata - parametri:  6 (INTEGRATEDRUN "
-      "S:\\Lumo S:\\Integrazione LUDA uno \"due tre\")");
-  const std::ptrdiff_t begin = lineAt("Gestione ProdTrelv - Inizio procedura");
-  const std::ptrdiff_t end =
-      lineAt("Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari");
-  const std::ptrdiff_t started =
-      lineAt("Gestione ProdTrelv - Esecuzione di: C:\\Lumo\\Client\\luda.exe uno due tre");
-  EXPECT_EQ(lineAt(kAnalysed) + 1, mode);
-  EXPECT_LT(mode, begin);
-  EXPECT_LT(begin, end);
-  EXPECT_LT(end, started);
-  EXPECT_EQ((Lines{"C:\\Lumo\\Client\\luda.exe uno due tre"}),
-            machine_.programs().startedCommandLines());
-  EXPECT_TRUE(machine_.boxes().empty());
+  const std::vector<std::ptrdiff_t> places{
+      lineAt(kAnalysed) + 1, lineAt("Gestione ProdTrelv - Inizio procedura"),
+      lineAt("Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari"),
+      lineAt("Gestione ProdTrelv - Esecuzione di: C:\\Lumo\\Client\\luda.exe uno due tre")};
+  EXPECT_EQ(places[0], lineAt("Gestione ProdTrelv - Esecuzione in modalità integrata - parametri:  "
+                              "6 (INTEGRATEDRUN S:\\Lumo S:\\Integrazione LUDA uno \"due tre\")"));
+  EXPECT_TRUE(std::is_sorted(places.begin(), places.end(), std::less_equal<>()));
+  EXPECT_LT(places.back(), std::ssize(lines()));
+  EXPECT_THAT(started(), ElementsAre("C:\\Lumo\\Client\\luda.exe uno due tre"));
+  EXPECT_THAT(machine_.boxes(), IsEmpty());
   EXPECT_EQ("S:\\Lumo", machine_.configuration().value("SYSTEM", "Complementary_Products",
                                                        "Integration", "Path"));
 }
 
 TEST_F(IntegratedStart, WithFourArgumentsRuns) {
   run("INTEGRATEDRUN S:\\Lumo S:\\Integrazione LUDA");
-  EXPECT_EQ((Lines{"C:\\Lumo\\Client\\luda.exe "}), machine_.programs().startedCommandLines());
+  EXPECT_THAT(started(), ElementsAre("C:\\Lumo\\Client\\luda.exe "));
 }
 
 TEST_F(IntegratedStart, OfUndefinedUpdatesAndFindsNothingToStart) {
   run("INTEGRATEDRUN S:\\Lumo S:\\Integrazione UNDEFINED");
   EXPECT_EQ(0, facts().programNumber);
-  EXPECT_TRUE(logged("Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari"));
-  EXPECT_TRUE(logged(
-      "Gestione ProdTrelv - Non è stato rilevato alcun programma per il prodotto: UNDEFINED"));
-  EXPECT_TRUE(machine_.started().empty());
+  EXPECT_THAT(lines(),
+              Contains("Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari"));
+  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Non è stato rilevato alcun programma per il "
+                                "prodotto: UNDEFINED"));
+  EXPECT_THAT(started(), IsEmpty());
 }
 
-class SingleInstallStart : public Start {};
+class SingleInstallStart : public Start {
+ protected:
+  void integrateWith(const std::string& folder) {
+    machine_.configuration().put("SYSTEM", "Complementary_Products", "Integration", "Path", folder);
+  }
+};
 
 TEST_F(SingleInstallStart, TakesProductAndPackInTheirPlaces) {
   run("SINGLEINSTALL ZB pacco.zip");
   EXPECT_EQ("ZB", facts().productToInstall);
   EXPECT_EQ("pacco.zip", facts().packFileName);
   EXPECT_EQ("", facts().integrationPath);
-  EXPECT_TRUE(
-      logged("Gestione ProdTrelv - Installazione/Aggiornamento singolo prodotto - parametri:  3 "
-             "(SINGLEINSTALL ZB pacco.zip)"));
+  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Installazione/Aggiornamento singolo prodotto "
+                                "- parametri:  3 (SINGLEINSTALL ZB pacco.zip)"));
 }
 
 TEST_F(SingleInstallStart, ConvertsAProgramCodeThatItDoesNotUse) {
   run("SINGLEINSTALL ZB pacco.zip MVBIL");
   EXPECT_EQ(31, facts().programNumber);
-  EXPECT_TRUE(logged("Gestione ProdTrelv - Verifica integrazione con Dovra SP"));
+  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Verifica integrazione con Dovra SP"));
 }
 
 TEST_F(SingleInstallStart, OnAnIntegratedMachineTakesTheRecordedFolder) {
-  machine_.configuration().put("SYSTEM", "Complementary_Products", "Integration", "Path",
-                               "S:\\Lumo");
+  integrateWith("S:\\Lumo");
   run("SINGLEINSTALL ZB pacco.zip");
   EXPECT_EQ("S:\\Lumo", facts().hostIntegrationFolder);
   EXPECT_EQ("S:\\Lumo", facts().hostFolder);
@@ -427,14 +386,13 @@ TEST_F(SingleInstallStart, OnAnIntegratedMachineTakesTheRecordedFolder) {
 
 TEST_F(SingleInstallStart, WithoutARecordLeavesTheHostFolderEmpty) {
   run("SINGLEINSTALL ZB pacco.zip");
-  EXPECT_TRUE(logged("Gestione ProdTrelv - Integrazione Dovra SP non rilevata"));
+  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Integrazione Dovra SP non rilevata"));
   EXPECT_EQ("", facts().hostIntegrationFolder);
   EXPECT_EQ("", facts().hostFolder);
 }
 
 TEST_F(SingleInstallStart, TestsThePluginFolderBeforeItAsksForTheRecord) {
-  machine_.configuration().put("SYSTEM", "Complementary_Products", "Integration", "Path",
-                               "C:\\Lumo");
+  integrateWith("C:\\Lumo");
   machine_.makeFolders("C:\\Lumo\\prg\\com\\dovra\\plugin");
   run("SINGLEINSTALL ZB pacco.zip");
   EXPECT_EQ(PluginProduct{999}, facts().pluginProduct) << "the host folder was not known yet";

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <string>
+#include <utility>
 
 #include "startup/modProdTrelvLibrary.h"
 #include "support/RealProgram.h"
@@ -8,82 +8,77 @@
 namespace trelv::modProdTrelvLibrary {
 namespace {
 
-constexpr auto kMachineWide = machine::Hive::LocalMachine;
+struct StoredValue {
+  const char* placeholder;
+  const char* key;
+  const char* value;
+};
+const std::vector<StoredValue> kStoredValues{
+    {"%RRAPPDIR%", "Software\\AutoSetupInfo\\GASTRIM", "ProgramPath"},
+    {"%BNAPPDIR%", "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\Brundel", "Path"},
+    {"%OLV2007APPDIR%", "Software\\Microsoft\\Windows\\CurrentVersion\\uninstall\\Olvamar2007",
+     "InstallLocation"},
+    {"%OLV2008APPDIR%", "Software\\Microsoft\\Windows\\CurrentVersion\\uninstall\\Olvamar2008",
+     "InstallLocation"},
+    {"%KXKAPPDIR%", "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\Kexora.exe", "Path"}};
 
-class Placeholders : public ::testing::Test {
+class Placeholders : public testing::Test {
  protected:
-  std::string replaced(std::string text) {
-    const std::string answer =
-        ReplacePlaceholders(program_, text, "S:\\setup", "S:\\work", "C:\\client");
+  std::string replaced(std::string text, const std::string& setupPath = "S:\\setup",
+                       const std::string& workPath = "S:\\work",
+                       const std::string& clientPath = "C:\\client") {
+    const std::string answer = ReplacePlaceholders(program_, text, setupPath, workPath, clientPath);
     EXPECT_EQ(answer, text) << "the text is rewritten in place and returned";
     return answer;
+  }
+  /// The registry value behind the placeholder of this index in kStoredValues.
+  void store(std::size_t index, const std::string& text) {
+    machine_.registry().setText(machine::Hive::LocalMachine, kStoredValues[index].key,
+                                kStoredValues[index].value, text);
+  }
+  void setProgramFiles(const std::string& folder) {
+    machine_.system().setShellFolder(machine::kProgramFilesFolder, folder);
   }
 
   sim::SimMachine machine_;
   tests::RealProgram program_{machine_};
 };
 
-TEST_F(Placeholders, TextWithoutPlaceholdersStays) {
-  EXPECT_EQ("C:\\a\\b.exe -q", replaced("C:\\a\\b.exe -q"));
-  EXPECT_EQ("", replaced(""));
+TEST_F(Placeholders, AreReplacedAtEveryOccurrenceInTheirExactCase) {
+  setProgramFiles("D:\\Programmi");
+  for (const auto& [text, expected] : std::vector<std::pair<std::string, std::string>>{
+           {"C:\\a\\b.exe -q", "C:\\a\\b.exe -q"},
+           {"", ""},
+           {"%PATHSETUP% %PATHWORK% %PATHCLIENT% %PATHSETUP%",
+            "S:\\setup S:\\work C:\\client S:\\setup"},
+           {"%PathSetup% %programfiles%", "%PathSetup% %programfiles%"},
+           {"%PROGRAMFILES%\\x.exe", "D:\\Programmi\\x.exe"},
+           {"setup.exe -%INSTALLTYPE%", "setup.exe -rete"},
+           {"100%% and 50%%", "100 and 50"},
+           {"%%PATHWORK%", "%S:\\work"}}) {
+    EXPECT_EQ(expected, replaced(text));
+  }
 }
 
 TEST_F(Placeholders, SlashesBecomeBackslashesInSwitchesToo) {
   EXPECT_EQ("C:\\a\\b.exe \\s \\v", replaced("C:/a/b.exe /s /v"));
 }
 
-TEST_F(Placeholders, PathsAreInsertedAtEveryOccurrence) {
-  EXPECT_EQ("S:\\setup S:\\work C:\\client S:\\setup",
-            replaced("%PATHSETUP% %PATHWORK% %PATHCLIENT% %PATHSETUP%"));
+TEST_F(Placeholders, SlashesOfInsertedPathsStay) {
+  EXPECT_EQ("C:\\Lumo\\D:/x", replaced("C:/Lumo/%PATHSETUP%", "D:/x"));
 }
 
-TEST_F(Placeholders, PlaceholdersAreCaseSensitive) {
-  EXPECT_EQ("%PathSetup% %programfiles%", replaced("%PathSetup% %programfiles%"));
+TEST_F(Placeholders, DoublePercentOfAnInsertedPathIsRemovedToo) {
+  EXPECT_EQ("S:\\Lumo2026\\setup.exe", replaced("%PATHSETUP%\\setup.exe", "S:\\Lumo%%2026"));
 }
 
-TEST_F(Placeholders, ProgramFilesIsTheShellsFolder) {
-  machine_.system().setShellFolder(machine::kProgramFilesFolder, "D:\\Programmi");
-  EXPECT_EQ("D:\\Programmi\\x.exe", replaced("%PROGRAMFILES%\\x.exe"));
-}
-
-TEST_F(Placeholders, InstallTypeIsRete) {
-  EXPECT_EQ("setup.exe -rete", replaced("setup.exe -%INSTALLTYPE%"));
-}
-
-TEST_F(Placeholders, RegistryValuesAreInserted) {
-  machine_.registry().setText(kMachineWide, "Software\\AutoSetupInfo\\GASTRIM", "ProgramPath",
-                              "C:\\Gastrim");
-  machine_.registry().setText(kMachineWide,
-                              "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\Brundel",
-                              "Path", "C:\\Brundel");
-  machine_.registry().setText(
-      kMachineWide, "Software\\Microsoft\\Windows\\CurrentVersion\\uninstall\\Olvamar2007",
-      "InstallLocation", "C:\\Olv7");
-  machine_.registry().setText(
-      kMachineWide, "Software\\Microsoft\\Windows\\CurrentVersion\\uninstall\\Olvamar2008",
-      "InstallLocation", "C:\\Olv8");
-  machine_.registry().setText(kMachineWide,
-                              "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\Kexora.exe",
-                              "Path", "C:\\Kexora");
-  EXPECT_EQ("C:\\Gastrim", replaced("%RRAPPDIR%"));
-  EXPECT_EQ("C:\\Brundel", replaced("%BNAPPDIR%"));
-  EXPECT_EQ("C:\\Olv7", replaced("%OLV2007APPDIR%"));
-  EXPECT_EQ("C:\\Olv8", replaced("%OLV2008APPDIR%"));
-  EXPECT_EQ("C:\\Kexora", replaced("%KXKAPPDIR%"));
-}
-
-TEST_F(Placeholders, RegistryValuesAreInsertedAsTheyAre) {
-  machine_.registry().setText(kMachineWide, "Software\\AutoSetupInfo\\GASTRIM", "ProgramPath",
-                              " C:/Gastrim\\ ");
-  EXPECT_EQ("[ C:/Gastrim\\ ]", replaced("[%RRAPPDIR%]"));
-}
-
-TEST_F(Placeholders, MissingRegistryValueGivesEmptyText) {
-  EXPECT_EQ("[]", replaced("[%RRAPPDIR%]"));
-  EXPECT_EQ("[]", replaced("[%BNAPPDIR%]"));
-  EXPECT_EQ("[]", replaced("[%OLV2007APPDIR%]"));
-  EXPECT_EQ("[]", replaced("[%OLV2008APPDIR%]"));
-  EXPECT_EQ("[]", replaced("[%KXKAPPDIR%]"));
+TEST_F(Placeholders, RegistryValuesAreInsertedAsTheyAreOrAsEmptyText) {
+  for (std::size_t i = 0; i < kStoredValues.size(); ++i) {
+    const std::string text = std::string("[") + kStoredValues[i].placeholder + "]";
+    EXPECT_EQ("[]", replaced(text));
+    store(i, " C:/Altro\\ ");
+    EXPECT_EQ("[ C:/Altro\\ ]", replaced(text));
+  }
 }
 
 TEST_F(Placeholders, RegistryIsReadOnlyForAPlaceholderThatIsThere) {
@@ -93,59 +88,21 @@ TEST_F(Placeholders, RegistryIsReadOnlyForAPlaceholderThatIsThere) {
   EXPECT_EQ(1U, machine_.callLog().countOf("registry.openKey"));
 }
 
-TEST_F(Placeholders, DoublePercentIsRemoved) {
-  EXPECT_EQ("100 and 50", replaced("100%% and 50%%"));
+TEST_F(Placeholders, EachStepSeesWhatTheStepsBeforeItInserted) {
+  setProgramFiles("%INSTALLTYPE%");
+  EXPECT_EQ("rete", replaced("%PATHSETUP%", "%PATHWORK%", "%PATHCLIENT%", "%PROGRAMFILES%"));
+  EXPECT_EQ("rete", replaced("%PATHSETUP%", "%INSTALLTYPE%"));
+  for (std::size_t i = 0; i + 1 < kStoredValues.size(); ++i) {
+    store(i, kStoredValues[i + 1].placeholder);
+  }
+  store(kStoredValues.size() - 1, "a%%b");
+  EXPECT_EQ("ab", replaced("%PATHSETUP%", "%RRAPPDIR%"));
 }
 
-TEST_F(Placeholders, DoublePercentOfAnInsertedPathIsRemovedToo) {
-  std::string text = "%PATHSETUP%\\setup.exe";
-  ReplacePlaceholders(program_, text, "S:\\Lumo%%2026", "", "");
-  EXPECT_EQ("S:\\Lumo2026\\setup.exe", text);
-}
-
-TEST_F(Placeholders, DoublePercentBeforeAPlaceholderLeavesOnePercent) {
-  EXPECT_EQ("%S:\\work", replaced("%%PATHWORK%"));
-}
-
-TEST_F(Placeholders, SlashesOfInsertedPathsStay) {
-  std::string text = "C:/Lumo/%PATHSETUP%";
-  ReplacePlaceholders(program_, text, "D:/x", "", "");
-  EXPECT_EQ("C:\\Lumo\\D:/x", text);
-}
-
-TEST_F(Placeholders, EachStepSeesWhatTheStepBeforeItInserted) {
-  machine_.system().setShellFolder(machine::kProgramFilesFolder, "%INSTALLTYPE%");
-  std::string paths = "%PATHSETUP%";
-  ReplacePlaceholders(program_, paths, "%PATHWORK%", "%PATHCLIENT%", "%PROGRAMFILES%");
-  EXPECT_EQ("rete", paths);
-
-  const std::string system = "Software\\Microsoft\\Windows\\CurrentVersion\\";
-  sim::SimRegistry& registry = machine_.registry();
-  registry.setText(kMachineWide, "Software\\AutoSetupInfo\\GASTRIM", "ProgramPath", "%BNAPPDIR%");
-  registry.setText(kMachineWide, system + "App Paths\\Brundel", "Path", "%OLV2007APPDIR%");
-  registry.setText(kMachineWide, system + "uninstall\\Olvamar2007", "InstallLocation",
-                   "%OLV2008APPDIR%");
-  registry.setText(kMachineWide, system + "uninstall\\Olvamar2008", "InstallLocation",
-                   "%KXKAPPDIR%");
-  registry.setText(kMachineWide, system + "App Paths\\Kexora.exe", "Path", "a%%b");
-  std::string values = "%PATHSETUP%";
-  ReplacePlaceholders(program_, values, "%RRAPPDIR%", "w", "c");
-  EXPECT_EQ("ab", values);
-}
-
-TEST_F(Placeholders, ValuesOfTheRegistryAreNoPathsAnyMore) {
-  machine_.registry().setText(kMachineWide, "Software\\AutoSetupInfo\\GASTRIM", "ProgramPath",
-                              "%PATHSETUP% %INSTALLTYPE% %PROGRAMFILES%");
+TEST_F(Placeholders, NoStepSeesWhatALaterOneInserted) {
+  EXPECT_EQ("%PATHSETUP%", replaced("%PATHWORK%", "s", "%PATHSETUP%"));
+  store(0, "%PATHSETUP% %INSTALLTYPE% %PROGRAMFILES%");
   EXPECT_EQ("%PATHSETUP% %INSTALLTYPE% %PROGRAMFILES%", replaced("%RRAPPDIR%"));
-}
-
-TEST_F(Placeholders, InsertedTextIsSeenByLaterStepsOnly) {
-  std::string later = "%PATHSETUP%";
-  ReplacePlaceholders(program_, later, "%INSTALLTYPE%", "w", "c");
-  EXPECT_EQ("rete", later);
-  std::string earlier = "%PATHWORK%";
-  ReplacePlaceholders(program_, earlier, "s", "%PATHSETUP%", "c");
-  EXPECT_EQ("%PATHSETUP%", earlier);
 }
 
 }  // namespace

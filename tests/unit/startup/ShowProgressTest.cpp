@@ -1,7 +1,5 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 #include "sim/SimMachine.h"
 #include "startup/modProdTrelvLibrary.h"
@@ -9,67 +7,84 @@
 namespace trelv::modProdTrelvLibrary {
 namespace {
 
-const sim::SimFormControls kProgressControls{{"txtProgress", "lblProgress"}, {"prgProgress"}};
+using machine::ProgressNumbers;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
 
-class ShowProgressOnForm : public ::testing::Test {
- protected:
-  ShowProgressOnForm() { machine_.desktop().activate(window_); }
+const sim::SimFormControls kWhole{{"txtProgress", "lblProgress"}, {"prgProgress"}};
+const sim::SimFormControls kWithoutBar{{"txtProgress", "lblProgress"}, {}};
+const sim::SimFormControls kWithoutLine{{"lblProgress"}, {"prgProgress"}};
+const sim::SimFormControls kWithoutPercentage{{"txtProgress"}, {"prgProgress"}};
+
+/// The active form of a machine, which shows the progress.
+class ProgressForm {
+ public:
+  explicit ProgressForm(const sim::SimFormControls& controls)
+      : window_{"frmProva", nullptr, &controls} {
+    machine_.desktop().activate(window_);
+  }
 
   void show(const std::string& text) { ShowProgress(machine_.desktop(), text); }
-  void setBar(int min, int max, int value) {
-    window_.setProgress("prgProgress", {.min = min, .max = max, .value = value});
+  /// Sets the bar, then shows a line.
+  void showAt(const ProgressNumbers& numbers, const std::string& text = "riga") {
+    window_.setProgress("prgProgress", numbers);
+    show(text);
   }
-  machine::ProgressNumbers bar() const {
-    machine::ProgressNumbers numbers;
-    EXPECT_TRUE(window_.progress("prgProgress", numbers));
-    return numbers;
+  /// The bar as "value of max from min".
+  static std::string told(const ProgressNumbers& numbers) {
+    return std::to_string(numbers.value) + " of " + std::to_string(numbers.max) + " from " +
+           std::to_string(numbers.min);
   }
+  std::string bar() const {
+    ProgressNumbers numbers;
+    return window_.progress("prgProgress", numbers) ? told(numbers) : "none";
+  }
+  std::string percentage() const { return window_.text("lblProgress"); }
+  std::vector<std::string> lines() { return window_.textsOf("txtProgress"); }
+  std::vector<std::string> percentages() { return window_.textsOf("lblProgress"); }
+  std::size_t eventRounds() { return machine_.desktop().eventRounds(); }
   /// Percentage after one more step that ends at value of max.
   std::string percentageAt(int value, int max) {
-    setBar(1, max - 1, value - 1);
-    show("riga");
-    return window_.text("lblProgress");
+    showAt({.min = 1, .max = max - 1, .value = value - 1});
+    return percentage();
   }
 
   sim::SimMachine machine_;
-  sim::SimFormWindow window_{"frmProva", nullptr, &kProgressControls};
+  sim::SimFormWindow window_;
+};
+
+class ShowProgressOnForm : public testing::Test, public ProgressForm {
+ protected:
+  ShowProgressOnForm() : ProgressForm(kWhole) {}
 };
 
 TEST_F(ShowProgressOnForm, FreshBarStartsWithOneOfThree) {
-  setBar(0, 1, 0);
-  show("prima riga");
-  const std::vector<machine::ProgressNumbers> states = window_.progressOf("prgProgress");
+  showAt({.min = 0, .max = 1, .value = 0}, "prima riga");
+  const std::vector<ProgressNumbers> states = window_.progressOf("prgProgress");
   ASSERT_EQ(3U, states.size());
-  EXPECT_EQ(1, states[1].min);
-  EXPECT_EQ(2, states[1].max);
-  EXPECT_EQ(0, states[1].value) << "0 lies below the minimum and is kept";
-  EXPECT_EQ(1, states[2].min);
-  EXPECT_EQ(3, states[2].max);
-  EXPECT_EQ(1, states[2].value);
-  EXPECT_EQ((std::vector<std::string>{"", "prima riga"}), window_.textsOf("txtProgress"));
-  EXPECT_EQ("033%", window_.text("lblProgress"));
+  EXPECT_EQ("0 of 2 from 1", told(states[1])) << "0 lies below the minimum and is kept";
+  EXPECT_EQ("1 of 3 from 1", told(states[2]));
+  EXPECT_THAT(lines(), ElementsAre("", "prima riga"));
+  EXPECT_EQ("033%", percentage());
 }
 
 TEST_F(ShowProgressOnForm, UsedBarGoesOnFromItsNumbers) {
-  setBar(3, 9, 4);
-  show("riga");
-  EXPECT_EQ(3, bar().min);
-  EXPECT_EQ(10, bar().max);
-  EXPECT_EQ(5, bar().value);
-  EXPECT_EQ("050%", window_.text("lblProgress"));
-  EXPECT_EQ((std::vector<std::string>{"riga"}), window_.textsOf("txtProgress"))
-      << "only a fresh bar clears the line first";
+  showAt({.min = 3, .max = 9, .value = 4});
+  EXPECT_EQ("5 of 10 from 3", bar());
+  EXPECT_EQ("050%", percentage());
+  EXPECT_THAT(lines(), ElementsAre("riga")) << "only a fresh bar clears the line first";
 }
 
-TEST_F(ShowProgressOnForm, EachLineIsOneStep) {
-  setBar(0, 1, 0);
-  for (const char* text : {"a", "b", "c", "d"}) {
+TEST_F(ShowProgressOnForm, EachLineIsOneStepAnEmptyOneToo) {
+  showAt({.min = 0, .max = 1, .value = 0}, "a");
+  for (const char* text : {"b", "c", ""}) {
     show(text);
   }
-  EXPECT_EQ(6, bar().max);
-  EXPECT_EQ(4, bar().value);
-  EXPECT_EQ("067%", window_.text("lblProgress"));
-  EXPECT_EQ("d", window_.text("txtProgress"));
+  EXPECT_EQ("4 of 6 from 1", bar());
+  EXPECT_EQ("067%", percentage());
+  EXPECT_THAT(lines(), ElementsAre("", "a", "b", "c", ""));
 }
 
 TEST_F(ShowProgressOnForm, PercentageRoundsHalvesAwayFromZero) {
@@ -88,55 +103,36 @@ TEST_F(ShowProgressOnForm, PercentageNeverReachesHundred) {
 }
 
 TEST_F(ShowProgressOnForm, ManyLinesNeverShowHundred) {
-  setBar(0, 1, 0);
-  for (int i = 0; i < 1000; ++i) {
+  showAt({.min = 0, .max = 1, .value = 0});
+  for (int i = 1; i < 1000; ++i) {
     show("riga");
   }
-  EXPECT_EQ("099%", window_.text("lblProgress"));
-  EXPECT_EQ(1002, bar().max);
-  EXPECT_EQ(1000, bar().value);
-  for (const std::string& shown : window_.textsOf("lblProgress")) {
-    ASSERT_NE("100%", shown);
-  }
+  EXPECT_EQ("099%", percentage());
+  EXPECT_EQ("1000 of 1002 from 1", bar());
+  EXPECT_THAT(percentages(), Not(Contains("100%")));
 }
 
-TEST_F(ShowProgressOnForm, PendingEventsRunOncePerLine) {
-  show("a");
-  show("b");
-  EXPECT_EQ(2U, machine_.desktop().eventRounds());
-}
-
-TEST_F(ShowProgressOnForm, PendingEventsSeeTheWholeStep) {
-  setBar(1, 9, 4);
+TEST_F(ShowProgressOnForm, PendingEventsRunOncePerLineAndSeeTheWholeStep) {
   std::vector<std::string> seen;
-  machine_.desktop().onEvents([&] {
-    seen = {window_.text("txtProgress"), window_.text("lblProgress")};
-  });
-  show("riga");
-  EXPECT_EQ((std::vector<std::string>{"riga", "050%"}), seen);
-}
-
-TEST_F(ShowProgressOnForm, EmptyLineIsAStepToo) {
-  setBar(1, 9, 4);
-  show("");
-  EXPECT_EQ(10, bar().max);
-  EXPECT_EQ(5, bar().value);
-  EXPECT_EQ((std::vector<std::string>{""}), window_.textsOf("txtProgress"));
+  machine_.desktop().onEvents([&] { seen = {window_.text("txtProgress"), percentage()}; });
+  showAt({.min = 1, .max = 9, .value = 4});
+  EXPECT_THAT(seen, ElementsAre("riga", "050%"));
+  show("b");
+  EXPECT_EQ(2U, eventRounds());
 }
 
 TEST_F(ShowProgressOnForm, RefusingBarEndsItWithoutAWord) {
-  setBar(1, 5, 2);
+  window_.setProgress("prgProgress", {.min = 1, .max = 5, .value = 2});
   window_.refuseProgress();
   show("riga");
-  EXPECT_TRUE(window_.textsOf("txtProgress").empty());
-  EXPECT_TRUE(window_.textsOf("lblProgress").empty());
-  EXPECT_EQ(0U, machine_.desktop().eventRounds());
+  EXPECT_THAT(lines(), IsEmpty());
+  EXPECT_THAT(percentages(), IsEmpty());
+  EXPECT_EQ(0U, eventRounds());
 }
 
 TEST_F(ShowProgressOnForm, BarWhoseEndWouldBeZeroEndsIt) {
-  setBar(0, -1, 0);
-  show("riga");
-  EXPECT_TRUE(window_.textsOf("lblProgress").empty());
+  showAt({.min = 0, .max = -1, .value = 0});
+  EXPECT_THAT(percentages(), IsEmpty());
 }
 
 TEST(ShowProgress, WithoutActiveFormDoesNothing) {
@@ -145,52 +141,24 @@ TEST(ShowProgress, WithoutActiveFormDoesNothing) {
   EXPECT_EQ(0U, machine.desktop().eventRounds());
 }
 
-TEST(ShowProgress, OnAFormWithoutABarChangesNothing) {
-  sim::SimMachine machine;
-  const sim::SimFormControls controls{{"txtProgress", "lblProgress"}, {}};
-  sim::SimFormWindow window("frmProva", nullptr, &controls);
-  machine.desktop().activate(window);
-  ShowProgress(machine.desktop(), "riga");
-  EXPECT_TRUE(window.textsOf("txtProgress").empty());
-  EXPECT_TRUE(window.textsOf("lblProgress").empty());
-  EXPECT_EQ(0U, machine.desktop().eventRounds());
-}
+TEST(ShowProgress, EndsAtTheControlThatAFormDoesNotHave) {
+  ProgressForm withoutBar(kWithoutBar);
+  withoutBar.show("riga");
+  EXPECT_THAT(withoutBar.lines(), IsEmpty());
+  EXPECT_THAT(withoutBar.percentages(), IsEmpty());
+  EXPECT_EQ(0U, withoutBar.eventRounds());
 
-TEST(ShowProgress, OnAFormWithoutALineEndsBeforeThePercentage) {
-  sim::SimMachine machine;
-  const sim::SimFormControls controls{{"lblProgress"}, {"prgProgress"}};
-  sim::SimFormWindow window("frmProva", nullptr, &controls);
-  window.setProgress("prgProgress", {.min = 1, .max = 5, .value = 2});
-  machine.desktop().activate(window);
-  ShowProgress(machine.desktop(), "riga");
-  machine::ProgressNumbers numbers;
-  ASSERT_TRUE(window.progress("prgProgress", numbers));
-  EXPECT_EQ(6, numbers.max);
-  EXPECT_EQ(3, numbers.value);
-  EXPECT_TRUE(window.textsOf("lblProgress").empty());
-}
+  ProgressForm withoutLine(kWithoutLine);
+  withoutLine.showAt({.min = 1, .max = 5, .value = 2});
+  EXPECT_EQ("3 of 6 from 1", withoutLine.bar());
+  EXPECT_THAT(withoutLine.percentages(), IsEmpty());
+  withoutLine.showAt({.min = 0, .max = 1, .value = 0});
+  EXPECT_EQ("0 of 2 from 1", withoutLine.bar()) << "before the first step of a fresh bar";
+  EXPECT_THAT(withoutLine.percentages(), IsEmpty());
 
-TEST(ShowProgress, OfAFreshBarWithoutALineEndsBeforeItsFirstStep) {
-  sim::SimMachine machine;
-  const sim::SimFormControls controls{{"lblProgress"}, {"prgProgress"}};
-  sim::SimFormWindow window("frmProva", nullptr, &controls);
-  window.setProgress("prgProgress", {.min = 0, .max = 1, .value = 0});
-  machine.desktop().activate(window);
-  ShowProgress(machine.desktop(), "riga");
-  machine::ProgressNumbers numbers;
-  ASSERT_TRUE(window.progress("prgProgress", numbers));
-  EXPECT_EQ(2, numbers.max);
-  EXPECT_EQ(0, numbers.value);
-  EXPECT_TRUE(window.textsOf("lblProgress").empty());
-}
-
-TEST(ShowProgress, OnAFormWithoutAPercentageStillShowsTheLine) {
-  sim::SimMachine machine;
-  const sim::SimFormControls controls{{"txtProgress"}, {"prgProgress"}};
-  sim::SimFormWindow window("frmProva", nullptr, &controls);
-  machine.desktop().activate(window);
-  ShowProgress(machine.desktop(), "riga");
-  EXPECT_EQ("riga", window.text("txtProgress"));
+  ProgressForm withoutPercentage(kWithoutPercentage);
+  withoutPercentage.show("riga");
+  EXPECT_THAT(withoutPercentage.lines(), Contains("riga"));
 }
 
 }  // namespace
