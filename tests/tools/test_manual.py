@@ -62,6 +62,22 @@ def test_every_chapter_and_section_has_its_bookmark(manual):
     assert page_numbers == sorted(page_numbers)
 
 
+def terms(text):
+    """Terms of the lists of a chapter: their lines are followed by an indented one."""
+    return [term for term, begin in re.findall(r"^(\S.*)\n(.)", text, re.MULTILINE)
+            if begin == " " and not term.startswith((".. ", "- ")) and not re.match(r"\d+\. ", term)]
+
+
+def test_no_heading_and_no_message_is_parted_from_what_follows_it(manual):
+    # The typesetter does not keep them together where a page ends; "FrameBreak HEIGHT" before them does.
+    leading = {" ".join(each.split()) for text in chapter_texts()
+               for each in [title for _, title in headings(text)] + terms(text)}
+    assert len(leading) > 60
+    for page in told("pdftotext", "-layout", "-enc", "UTF-8", manual, "-").split("\f")[1:-1]:
+        lines = [" ".join(line.split()) for line in page.splitlines() if line.strip()]
+        assert not any(each.endswith(lines[-2]) for each in leading), lines[-2]
+
+
 def test_every_page_but_the_cover_carries_its_number(pages):
     assert len(pages) > 10
     assert not re.search(r"\d+ di \d+", pages[0])
