@@ -41,14 +41,14 @@ std::string firstLine(Program& program, const std::string& path) {
 }
 
 void correctRecord(Program& program, const std::string& record, const std::string& startLine) {
-  const std::string recorded = modLibrary::ReadSetting(program, "ZB", "version", record);
+  const std::string recorded = modLibrary::ReadSetting(program, {record, "ZB", "version"});
   if (firstCharacters(recorded, kReleaseLength) == "09.93.00") {
     return;
   }
   program.log.WriteLog(startLine);
   bool allWritten = true;
   for (const Correction& correction : kCorrections) {
-    allWritten = modLibrary::WriteSetting(program, correction.section, "version", record,
+    allWritten = modLibrary::WriteSetting(program, {record, correction.section, "version"},
                                           correction.version) != 0 &&
                  allWritten;
   }
@@ -60,8 +60,7 @@ void correctRecord(Program& program, const std::string& record, const std::strin
 
 }  // namespace
 
-void CorrectDovraBefore11(Program& program, const std::string& serverPath,
-                          const std::string& serverRecord, const std::string& clientRecord) {
+void CorrectDovraBefore11(Program& program, const std::string& serverPath) {
   const std::string releaseFile = hostPaths::dovraRelease(serverPath);
   std::string release;
   orGoOn(program, [&]() -> void {
@@ -76,11 +75,11 @@ void CorrectDovraBefore11(Program& program, const std::string& serverPath,
   // Kept: 10.70.00 was found, and the line says otherwise. Who reads the log knows it so.
   program.log.WriteLog("Gestione ProdTrelv - Riconosciuta versione Dovra 05.70.00");
   orGoOn(program, [&]() -> void {
-    correctRecord(program, serverRecord,
+    correctRecord(program, hostPaths::serverVersionRecord(serverPath),
                   "Gestione ProdTrelv - Inizio correzione file di versione server per Dovra");
   });
   orGoOn(program, [&]() -> void {
-    correctRecord(program, clientRecord,
+    correctRecord(program, hostPaths::clientVersionRecord(program),
                   "Gestione ProdTrelv - Inizio correzione file di versione client per Dovra");
   });
 }

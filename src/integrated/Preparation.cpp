@@ -36,17 +36,17 @@ const char* truthWord(bool value) { return value ? "True" : "False"; }
 
 bool isRecorded(Program& program, Product product, const std::string& record) {
   const std::string id = modProdTrelvLibrary::ConvertNumberToProduct(product);
-  return !modLibrary::ReadSetting(program, id, "version", record).empty();
+  return !modLibrary::ReadSetting(program, {record, id, "version"}).empty();
 }
 
 /// lumow.ini learns where the archives are. The platform's answer is put behind `line`.
 void pointToServer(Program& program, const std::string& serverPath, const std::string& line) {
   const std::string windows = modLibrary::WindowsFolder(program);
   // Without the folder, which was reported, the name alone would lie in the root of a drive.
-  const std::uint32_t written = windows.empty()
-                                    ? 0
-                                    : modLibrary::WriteSetting(program, "Archivi", "Path",
-                                                               windows + "\\Lumow.ini", serverPath);
+  const std::uint32_t written =
+      windows.empty() ? 0
+                      : modLibrary::WriteSetting(
+                            program, {windows + "\\Lumow.ini", "Archivi", "Path"}, serverPath);
   program.log.WriteLog(line + std::to_string(written));
 }
 
@@ -66,7 +66,7 @@ void registerLocalPath(Program& program, const std::string& programsPath,
 void writeWindowsValue(Program& program, const std::string& file, const std::string& section,
                        const std::string& key, const std::string& value) {
   orGoOn(program, [&]() -> void {
-    if (modLibrary::WriteSetting(program, section, key, file, value) == 0) {
+    if (modLibrary::WriteSetting(program, {file, section, key}, value) == 0) {
       throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",
                          "Impossibile scrivere " + section + "/" + key + " nel file: " + file);
     }
@@ -91,15 +91,15 @@ void prepareServer(Program& program, const std::string& serverPath,
   pointToServer(program, serverPath, preparation.iniLine);
 }
 
-void prepareClient(Program& program, const std::string& serverPath, const std::string& programsPath,
+void prepareClient(Program& program, const InstallationPaths& paths,
                    const ClientPreparation& preparation) {
   if (isRecorded(program, preparation.versionOf, hostPaths::clientVersionRecord(program))) {
     return;
   }
   const std::string stepLine = preparation.stepLine;
   program.log.WriteLog(preparation.startLine);
-  pointToServer(program, serverPath, stepLine + "WritePrivateProfileString Byte scritti = ");
-  registerLocalPath(program, programsPath, stepLine);
+  pointToServer(program, paths.server, stepLine + "WritePrivateProfileString Byte scritti = ");
+  registerLocalPath(program, paths.programs, stepLine);
   if (program.state.startup.pluginProduct != PluginProduct::Dovra) {
     writeWindowsFiles(program, preparation);
   }
@@ -147,11 +147,10 @@ void PreparaInstSrvBilancio(Program& program, const std::string& serverPath) {
                  "scritti = "});
 }
 
-void PreparaInstClientTarsena2(Program& program, const std::string& serverPath,
-                               const std::string& programsPath) {
+void PreparaInstClientTarsena2(Program& program, const InstallationPaths& paths) {
   // Kept: asks for Zeltobilancio's version, not its own. Where Zeltobilancio is recorded on the
   // client its preparation has already done all this but the ini files of Tarsena2.
-  prepareClient(program, serverPath, programsPath,
+  prepareClient(program, paths,
                 {Product::Zeltobilancio,
                  "Gestione ProdTrelv - Preparazione installazione client Tarsena2",
                  "Gestione ProdTrelv - PreparaInstClientTarsena2 ",
@@ -159,10 +158,9 @@ void PreparaInstClientTarsena2(Program& program, const std::string& serverPath,
                  {"rating.ini", "valutazione.ini", "RatingValutazione.ini"}});
 }
 
-void PreparaInstClientBilancio(Program& program, const std::string& serverPath,
-                               const std::string& programsPath) {
+void PreparaInstClientBilancio(Program& program, const InstallationPaths& paths) {
   prepareClient(
-      program, serverPath, programsPath,
+      program, paths,
       {Product::Zeltobilancio,
        "Gestione ProdTrelv - Preparazione installazione client Zeltobilancio",
        "Gestione ProdTrelv - PreparaInstClientBilancio ",
@@ -179,11 +177,10 @@ void PreparaInstSrvAll(Program& program, const std::string& serverPath) {
   PreparaInstNerio(program, serverPath, hostPaths::serverVersionRecord(serverPath));
 }
 
-void PreparaInstClientAll(Program& program, const std::string& serverPath,
-                          const std::string& programsPath) {
-  PreparaInstClientTarsena2(program, serverPath, programsPath);
-  PreparaInstClientBilancio(program, serverPath, programsPath);
-  PreparaInstNerio(program, serverPath, hostPaths::clientVersionRecord(program));
+void PreparaInstClientAll(Program& program, const InstallationPaths& paths) {
+  PreparaInstClientTarsena2(program, paths);
+  PreparaInstClientBilancio(program, paths);
+  PreparaInstNerio(program, paths.server, hostPaths::clientVersionRecord(program));
 }
 
 }  // namespace trelv::modProdTrelvManager

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "base/InstallationPaths.h"
 #include "platform/Program.h"
 
 /// Set-ups of some products do not find their way on a machine that never had the product: they
@@ -15,7 +16,6 @@ namespace trelv::modProdTrelvManager {
 void PreparaInstSrvAll(Program& program, const std::string& serverPath);
 
 /// Client side: Tarsena2, Zeltobilancio, Nerio.
-void PreparaInstClientAll(Program& program, const std::string& serverPath,
-                          const std::string& programsPath);
+void PreparaInstClientAll(Program& program, const InstallationPaths& paths);
 
 }  // namespace trelv::modProdTrelvManager

@@ -22,21 +22,19 @@ struct Request {
   std::string command;
 };
 
-Request findProgram(Program& program, const std::string& serverPath,
-                    const std::string& integrationPath, const std::string& programsPath,
-                    std::int32_t programNumber) {
+Request findProgram(Program& program, const InstallationPaths& paths, std::int32_t programNumber) {
   using namespace modProdTrelvLibrary;
   const std::string programName = ConvertNumberToProgram(static_cast<std::int16_t>(programNumber));
   Request request;
   request.productNumber = ProgramToProduct(programNumber);
   request.productId = ConvertNumberToProduct(request.productNumber);
-  const std::string catalogue = hostPaths::catalogue(serverPath);
+  const std::string catalogue = hostPaths::catalogue(paths.server);
   request.displayName = GetCatalogueProductName(program, catalogue, request.productId);
   const std::string configuration = hostPaths::productConfiguration(
-      serverPath, GetCatalogueProductConf(program, catalogue, request.productId));
-  request.command = modLibrary::ReadSetting(program, ConvertSetupUpdateToString(Operation::Exec),
-                                            programName, configuration);
-  ReplacePlaceholders(program, request.command, serverPath, integrationPath, programsPath);
+      paths.server, GetCatalogueProductConf(program, catalogue, request.productId));
+  request.command = modLibrary::ReadSetting(
+      program, {configuration, ConvertSetupUpdateToString(Operation::Exec), programName});
+  ReplacePlaceholders(program, request.command, paths);
   return request;
 }
 
@@ -109,14 +107,12 @@ void reportFailure(Program& program, const RuntimeError& failure) {
 
 }  // namespace
 
-void RunSingleProdottoComplementare(Program& program, const std::string& serverPath,
-                                    const std::string& integrationPath,
-                                    const std::string& programsPath, std::int32_t programNumber,
+void RunSingleProdottoComplementare(Program& program, const InstallationPaths& paths,
+                                    std::int32_t programNumber,
                                     const std::optional<std::string>& arguments) {
   trap(
       [&]() -> void {
-        const Request request =
-            findProgram(program, serverPath, integrationPath, programsPath, programNumber);
+        const Request request = findProgram(program, paths, programNumber);
         if (!isInstalled(program, request)) {
           return;
         }

@@ -180,7 +180,7 @@ RuntimeError refusedWriting(const std::string& file) {
 
 /// Writes an ini value; raises when the file does not take it.
 void write(Program& program, const std::string& file, const Setting& setting) {
-  if (modLibrary::WriteSetting(program, setting.section, setting.key, file, setting.value) == 0) {
+  if (modLibrary::WriteSetting(program, {file, setting.section, setting.key}, setting.value) == 0) {
     throw refusedWriting(file);
   }
 }
@@ -191,7 +191,7 @@ void createIni(Program& program, const std::string& ini, const Settings& setting
   program.log.WriteLog("Gestione ProdTrelv - creazione file ini mancante : " + ini);
   makeWhole(program, ini, Existing::Kept, [&](const std::string& made) -> void {
     for (const Setting& setting : settings) {
-      if (modLibrary::WriteSetting(program, setting.section, setting.key, made, setting.value) ==
+      if (modLibrary::WriteSetting(program, {made, setting.section, setting.key}, setting.value) ==
           0) {
         throw refusedWriting(ini);
       }
@@ -225,7 +225,7 @@ void pointAtProduct(Program& program, const std::string& ini, const std::string&
     createIni(program, ini, std::array{product});
     return;
   }
-  const std::string models = modLibrary::ReadSetting(program, "Parametri", "PathModelli", ini);
+  const std::string models = modLibrary::ReadSetting(program, {ini, "Parametri", "PathModelli"});
   if (!equalNoCase(models, folder) && upperCase(models).find("\\MV\\ZM") != std::string::npos) {
     write(program, ini, product);
   }
@@ -289,7 +289,8 @@ void keepMasterVersion(Program& program, const std::string& folder, const std::s
     return;
   }
   const std::string version = ludaVersion(program, folder);
-  if (!version.empty() && modLibrary::ReadSetting(program, "LUDA", "Versione", master) != version) {
+  if (!version.empty() &&
+      modLibrary::ReadSetting(program, {master, "LUDA", "Versione"}) != version) {
     write(program, master, {"LUDA", "Versione", version});
   }
 }
@@ -307,7 +308,7 @@ bool RiparaCorvelTS(Program& program) {
   bool copied = false;
   orTell(program, "Corvel", [&]() -> void {
     const std::string target = profileWindowsFolder(program) + kHostIni;
-    if (!modLibrary::ReadSetting(program, "Archivi", "Path", target).empty()) {
+    if (!modLibrary::ReadSetting(program, {target, "Archivi", "Path"}).empty()) {
       return;
     }
     const std::string source = systemFolder(program) + kHostIni;

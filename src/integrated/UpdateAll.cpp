@@ -22,13 +22,6 @@ namespace {
 
 constexpr int kMostProducts = 100;
 
-/// The three inputs, passed on unchanged.
-struct Inputs {
-  const std::string& serverPath;
-  const std::string& integrationPath;
-  const std::string& programsPath;
-};
-
 struct HostFiles {
   std::string catalogue;
   std::string serverRecord;
@@ -119,19 +112,19 @@ bool standaloneProductIsThere(Program& program) {
   return true;
 }
 
-void prepareAndRepair(Program& program, const Inputs& inputs) {
-  PreparaInstSrvAll(program, inputs.serverPath);
-  PreparaInstClientAll(program, inputs.serverPath, inputs.programsPath);
+void prepareAndRepair(Program& program, const InstallationPaths& paths) {
+  PreparaInstSrvAll(program, paths.server);
+  PreparaInstClientAll(program, paths);
   RiparaCorvelTS(program);
-  RiparaNerioTS(program, inputs.integrationPath);
-  RiparaZeltomodelliTS(program, inputs.integrationPath);
-  RiparaLudaTS(program, inputs.integrationPath);
+  RiparaNerioTS(program, paths.integration);
+  RiparaZeltomodelliTS(program, paths.integration);
+  RiparaLudaTS(program, paths.integration);
 }
 
-void correctForDovra(Program& program, const Inputs& inputs, const HostFiles& files) {
+void correctForDovra(Program& program, const std::string& serverPath) {
   program.log.WriteLog("Gestione ProdTrelv - Gestione specifica per Dovra pre 11.0 (UNDICIZERO)");
   if (program.state.startup.pluginProduct == PluginProduct::Dovra) {
-    CorrectDovraBefore11(program, inputs.serverPath, files.serverRecord, files.clientRecord);
+    CorrectDovraBefore11(program, serverPath);
   }
 }
 
@@ -139,8 +132,8 @@ void correctForDovra(Program& program, const Inputs& inputs, const HostFiles& fi
 /// none.
 bool isRecorded(Program& program, const SideOfProduct& product) {
   program.configurationFiles.forget(product.record);
-  return program.configurationFiles.holds(product.id, "version", product.record) ||
-         !modLibrary::ReadSetting(program, product.id, "version", product.record).empty();
+  return program.configurationFiles.holds({product.record, product.id, "version"}) ||
+         !modLibrary::ReadSetting(program, {product.record, product.id, "version"}).empty();
 }
 
 /// Puts the version that a run left behind into its side's record. The platform writes and reads
@@ -156,7 +149,7 @@ void recordVersion(Program& program, const SideOfProduct& product, const std::st
     return;
   }
   const std::uint32_t written =
-      modLibrary::WriteSetting(program, product.id, "version", product.record, after);
+      modLibrary::WriteSetting(program, {product.record, product.id, "version"}, after);
   if (raised && written == 0 && !product.id.empty()) {
     throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",
                        "Impossibile registrare la versione " + after + " di " + product.id +
@@ -164,61 +157,61 @@ void recordVersion(Program& program, const SideOfProduct& product, const std::st
   }
 }
 
-Procedure updateSide(Program& program, const Inputs& inputs, const SideOfProduct& product,
+Procedure updateSide(Program& program, const InstallationPaths& paths, const SideOfProduct& product,
                      const std::string& recorded) {
   const Operation operation = recorded.empty() ? Operation::Setup : Operation::Update;
   std::string version = recorded;
-  if (ProductUpdateRun(program, RunKind::UpdateAll, inputs.serverPath, inputs.integrationPath,
-                       inputs.programsPath, product.configuration, operation, product.side,
-                       version) == Procedure::Stops) {
+  if (ProductUpdateRun(program, RunKind::UpdateAll, paths, product.configuration, operation,
+                       product.side, version) == Procedure::Stops) {
     return Procedure::Stops;
   }
   orGoOn(program, [&]() -> void { recordVersion(program, product, recorded, version); });
   return Procedure::GoesOn;
 }
 
-Procedure updateProduct(Program& program, const Inputs& inputs, const HostFiles& files,
+Procedure updateProduct(Program& program, const InstallationPaths& paths, const HostFiles& files,
                         const std::string& conf, const std::string& id) {
-  const std::string configuration = hostPaths::productConfiguration(inputs.serverPath, conf);
+  const std::string configuration = hostPaths::productConfiguration(paths.server, conf);
   const std::string serverVersion =
-      modLibrary::ReadSetting(program, id, "version", files.serverRecord);
+      modLibrary::ReadSetting(program, {files.serverRecord, id, "version"});
   const std::string clientVersion =
-      modLibrary::ReadSetting(program, id, "version", files.clientRecord);
-  if (updateSide(program, inputs, {Side::Server, id, configuration, files.serverRecord},
+      modLibrary::ReadSetting(program, {files.clientRecord, id, "version"});
+  if (updateSide(program, paths, {Side::Server, id, configuration, files.serverRecord},
                  serverVersion) == Procedure::Stops) {
     return Procedure::Stops;
   }
-  return updateSide(program, inputs, {Side::Client, id, configuration, files.clientRecord},
+  return updateSide(program, paths, {Side::Client, id, configuration, files.clientRecord},
                     clientVersion);
 }
 
-Procedure updateEveryProduct(Program& program, const Inputs& inputs, const HostFiles& files) {
+Procedure updateEveryProduct(Program& program, const InstallationPaths& paths,
+                             const HostFiles& files) {
   for (int index = 1; index <= kMostProducts; ++index) {
     const std::string section = modProdTrelvLibrary::CatalogueSection(index);
-    const std::string conf = modLibrary::ReadSetting(program, section, "conf", files.catalogue);
+    const std::string conf = modLibrary::ReadSetting(program, {files.catalogue, section, "conf"});
     if (conf.empty()) {
       return Procedure::GoesOn;
     }
-    const std::string id = modLibrary::ReadSetting(program, section, "id", files.catalogue);
-    if (updateProduct(program, inputs, files, conf, id) == Procedure::Stops) {
+    const std::string id = modLibrary::ReadSetting(program, {files.catalogue, section, "id"});
+    if (updateProduct(program, paths, files, conf, id) == Procedure::Stops) {
       return Procedure::Stops;
     }
   }
   return Procedure::GoesOn;
 }
 
-void updateAll(Program& program, const Inputs& inputs) {
-  const HostFiles files{hostPaths::catalogue(inputs.serverPath),
-                        hostPaths::serverVersionRecord(inputs.serverPath),
+void updateAll(Program& program, const InstallationPaths& paths) {
+  const HostFiles files{hostPaths::catalogue(paths.server),
+                        hostPaths::serverVersionRecord(paths.server),
                         hostPaths::clientVersionRecord(program)};
   program.log.WriteLog("Gestione ProdTrelv - Inizio procedura");
-  if (checkIntegration(program, inputs.serverPath) == Procedure::Stops ||
+  if (checkIntegration(program, paths.server) == Procedure::Stops ||
       blockingSuiteIsThere(program) || standaloneProductIsThere(program)) {
     return;
   }
-  prepareAndRepair(program, inputs);
-  correctForDovra(program, inputs, files);
-  if (updateEveryProduct(program, inputs, files) == Procedure::GoesOn) {
+  prepareAndRepair(program, paths);
+  correctForDovra(program, paths.server);
+  if (updateEveryProduct(program, paths, files) == Procedure::GoesOn) {
     program.log.WriteLog("Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari");
   }
 }
@@ -233,14 +226,10 @@ std::string standaloneRefusal(const std::string& list) {
          "manualmente dal sistema\r\n\r\nPremere Ok per proseguire";
 }
 
-void UpdateAllProdottiComplementari(Program& program, const std::string& serverPath,
-                                    const std::string& integrationPath,
-                                    const std::string& programsPath) {
+void UpdateAllProdottiComplementari(Program& program, const InstallationPaths& paths) {
   // Nothing in there raises but for want of memory: the program that the host asked for starts then
   // all the same.
-  orGoOn(program, [&]() -> void {
-    updateAll(program, {serverPath, integrationPath, programsPath});
-  });
+  orGoOn(program, [&]() -> void { updateAll(program, paths); });
 }
 
 }  // namespace trelv::modProdTrelvManager

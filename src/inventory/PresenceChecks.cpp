@@ -65,14 +65,14 @@ std::string versionOfRegisteredNerio(Program& program, const std::string& folder
     return {};
   }
   WriteProductReport(program, "File nerio.ini presente in " + folder);
-  return modLibrary::ReadSetting(program, "NERIO", "Versione", ini);
+  return modLibrary::ReadSetting(program, {ini, "NERIO", "Versione"});
 }
 
 ProductInformation checkNerio(Program& program) {
   reportBanner(program, "NERIO");
   ProductInformation record = notFound(Product::Nerio, Side::Server);
-  record.clientFolder = modLibrary::ReadSetting(program, "Pathnames", "Homedir", kNerioIni);
-  record.clientVersion = modLibrary::ReadSetting(program, "NERIO", "Versione", kNerioIni);
+  record.clientFolder = modLibrary::ReadSetting(program, {kNerioIni, "Pathnames", "Homedir"});
+  record.clientVersion = modLibrary::ReadSetting(program, {kNerioIni, "NERIO", "Versione"});
   if (record.clientVersion.empty()) {
     program.log.WriteLog("Gestione ProdTrelv - File Ini Nerio locale non presente");
     WriteProductReport(program, "File Nerio.ini locale ASSENTE");
@@ -95,10 +95,10 @@ ProductInformation checkNerio(Program& program) {
 ProductInformation checkLuda(Program& program) {
   reportBanner(program, "LUDA");
   ProductInformation record = notFound(Product::Luda, Side::Server);
-  const std::string folder = modLibrary::ReadSetting(program, "PathNames", "HomeDir", kLudaIni);
+  const std::string folder = modLibrary::ReadSetting(program, {kLudaIni, "PathNames", "HomeDir"});
   std::string version = modLibrary::FileVersionText(program, folder + "\\luda2003.exe", true);
   if (version.empty()) {
-    version = modLibrary::ReadSetting(program, "LUDA", "Versione", kLudaIni);
+    version = modLibrary::ReadSetting(program, {kLudaIni, "LUDA", "Versione"});
   }
   if (version.empty()) {
     WriteProductReport(program, "File ini locale ASSENTE");
@@ -142,12 +142,12 @@ constexpr const char* kProgramsRead =
     "Lettura in HKEY_LOCAL_MACHINE\\Software\\lumo\\programmi della chiave 'PathLocale' eseguita ";
 
 std::string installedRelease(Program& program, const std::string& ini) {
-  return modLibrary::ReadSetting(program, "AMBIENTE", "VRINST", ini);
+  return modLibrary::ReadSetting(program, {ini, "AMBIENTE", "VRINST"});
 }
 
 void checkTwinOnServer(Program& program, const Twin& twin, ProductInformation& record) {
   WriteProductReport(program, "Lettura informazioni installazioni server");
-  const std::string path = modLibrary::ReadSetting(program, "ARCHIVI", "Path", kHostIni);
+  const std::string path = modLibrary::ReadSetting(program, {kHostIni, "ARCHIVI", "Path"});
   if (path.empty()) {
     WriteProductReport(program, "File configurazione lumow.ini ASSENTE");
     return;
@@ -250,7 +250,7 @@ void readModelsVersion(Program& program, ProductInformation& record) {
 }
 
 void checkModelsFolder(Program& program, ProductInformation& record) {
-  record.serverFolder = modLibrary::ReadSetting(program, "Parametri", "PathModelli", kModelsIni);
+  record.serverFolder = modLibrary::ReadSetting(program, {kModelsIni, "Parametri", "PathModelli"});
   if (record.serverFolder.empty()) {
     WriteProductReport(program, std::string("File Ini ") + kModelsIni + " ASSENTE");
     return;

@@ -18,8 +18,9 @@ namespace {
 void runSide(Program& program, const std::string& rootFolder, const std::string& configuration,
              Operation kind, Side side) {
   std::string version;
-  ProductUpdateRun(program, RunKind::ProgramOnly, rootFolder, rootFolder,
-                   program.state.startup.programsPath, configuration, kind, side, version);
+  ProductUpdateRun(program, RunKind::ProgramOnly,
+                   {rootFolder, rootFolder, program.state.startup.programsPath}, configuration,
+                   kind, side, version);
 }
 
 void setUp(Program& program, const std::string& rootFolder, const std::string& configuration,
@@ -58,8 +59,8 @@ void setUpWhereSelected(Program& program, const std::string& rootFolder,
 /// Key "Id" of a section, else its "name"; empty where the catalogue has ended.
 std::string identifierOf(Program& program, const std::string& section,
                          const std::string& catalogue) {
-  const std::string id = modLibrary::ReadSetting(program, section, "Id", catalogue);
-  return id.empty() ? modLibrary::ReadSetting(program, section, "name", catalogue) : id;
+  const std::string id = modLibrary::ReadSetting(program, {catalogue, section, "Id"});
+  return id.empty() ? modLibrary::ReadSetting(program, {catalogue, section, "name"}) : id;
 }
 
 /// There is no last index, and an entry without "conf" is passed over: UpdateAll does neither.
@@ -71,7 +72,7 @@ void walkCatalogue(Program& program, const std::string& rootFolder) {
     if (identifier.empty()) {
       return;
     }
-    const std::string conf = modLibrary::ReadSetting(program, section, "conf", catalogue);
+    const std::string conf = modLibrary::ReadSetting(program, {catalogue, section, "conf"});
     if (!conf.empty()) {
       setUpWhereSelected(program, rootFolder, hostPaths::productConfiguration(rootFolder, conf),
                          identifier);

@@ -15,18 +15,12 @@ namespace {
 constexpr int kMostCommands = 100;
 constexpr int kProgressMaximum = 200;
 
-struct Paths {
-  const std::string& server;
-  const std::string& parameter1;
-  const std::string& parameter2;
-};
-
 /// One removal: one product, one side.
 class Removal {
  public:
-  Removal(Program& program, const Paths& paths, const std::string& productId, Side side,
+  Removal(Program& program, const InstallationPaths& paths, const ProductOnSide& product,
           RemovalProgress& progress)
-      : program_(program), paths_(paths), productId_(productId), side_(side), progress_(progress) {}
+      : program_(program), paths_(paths), product_(product), progress_(progress) {}
 
   void run();
   bool anyExecuted() const { return anyExecuted_; }
@@ -39,9 +33,8 @@ class Removal {
   void removeConfiguration();
 
   Program& program_;
-  const Paths paths_;
-  const std::string& productId_;
-  const Side side_;
+  const InstallationPaths& paths_;
+  const ProductOnSide& product_;
   RemovalProgress& progress_;
   std::string configuration_;
   bool anyExecuted_ = false;
@@ -50,14 +43,14 @@ class Removal {
 void Removal::run() {
   // The form may have stood open for hours while other workstations wrote these files.
   program_.configurationFiles.forget();
-  const std::string sideName = modProdTrelvLibrary::ConvertClientServerToString(side_);
+  const std::string sideName = modProdTrelvLibrary::ConvertClientServerToString(product_.side);
   configuration_ = hostPaths::productConfiguration(
       paths_.server, modProdTrelvLibrary::GetCatalogueProductConf(
-                         program_, hostPaths::catalogue(paths_.server), productId_));
+                         program_, hostPaths::catalogue(paths_.server), product_.id));
   progress_.begin(kProgressMaximum);
   runCommands(sideName);
   zeroVersion();
-  if (side_ == Side::Server) {
+  if (product_.side == Side::Server) {
     removeConfiguration();
   }
 }
@@ -66,7 +59,7 @@ void Removal::runCommands(const std::string& sideName) {
   const std::string section = modProdTrelvLibrary::ConvertSetupUpdateToString(Operation::Remove);
   for (int index = 1; index <= kMostCommands; ++index) {
     const std::string command =
-        modLibrary::ReadSetting(program_, section, sideName + twoDigits(index), configuration_);
+        modLibrary::ReadSetting(program_, {configuration_, section, sideName + twoDigits(index)});
     progress_.advance();
     if (command.empty()) {
       progress_.finish();
@@ -77,15 +70,15 @@ void Removal::runCommands(const std::string& sideName) {
 }
 
 void Removal::runCommand(std::string command) {
-  modProdTrelvLibrary::ReplacePlaceholders(program_, command, paths_.server, paths_.parameter1,
-                                           paths_.parameter2);
+  modProdTrelvLibrary::ReplacePlaceholders(program_, command, paths_);
   // Looked up before it runs: a removal program may delete itself.
-  const std::string folder = side_ == Side::Server ? FolderOfCommand(program_, command) : "";
+  const std::string folder =
+      product_.side == Side::Server ? FolderOfCommand(program_, command) : "";
   program_.log.WriteLog("Gestione ProdTrelv - Esecuzione comando di rimozione prodotto: " +
                         command);
   anyExecuted_ = true;
   modLibrary::Execute(program_, command, true);
-  if (side_ == Side::Server) {
+  if (product_.side == Side::Server) {
     // Kept: deleted behind each command, so a further command from the same folder finds no
     // program. Configuration files have one command for each folder.
     removeSetupFolder(folder);
@@ -106,16 +99,16 @@ void Removal::removeSetupFolder(const std::string& folder) {
 }
 
 void Removal::zeroVersion() {
-  const bool server = side_ == Side::Server;
+  const bool server = product_.side == Side::Server;
   program_.log.WriteLog((server ? "Gestione ProdTrelv - Azzeramento versione server prodotto: "
                                 : "Gestione ProdTrelv - Azzeramento versione client prodotto: ") +
-                        productId_);
+                        product_.id);
   const std::string record = server ? hostPaths::serverVersionRecord(paths_.server)
                                     : hostPaths::clientVersionRecord(program_);
-  if (modLibrary::WriteSetting(program_, productId_, "version", record, "") == 0) {
+  if (modLibrary::WriteSetting(program_, {record, product_.id, "version"}, "") == 0) {
     throw RuntimeError(
         runtime_number::kPathAccess, "TrelvManager",
-        "Impossibile azzerare la versione di " + productId_ + " nel file: " + record);
+        "Impossibile azzerare la versione di " + product_.id + " nel file: " + record);
   }
 }
 
@@ -132,10 +125,9 @@ void Removal::removeConfiguration() {
 
 }  // namespace
 
-bool RemoveProduct(Program& program, const std::string& serverPath,
-                   const std::string& runParameter1, const std::string& runParameter2,
-                   const std::string& productId, Side side, RemovalProgress& progress) {
-  Removal removal(program, {serverPath, runParameter1, runParameter2}, productId, side, progress);
+bool RemoveProduct(Program& program, const InstallationPaths& paths, const ProductOnSide& product,
+                   RemovalProgress& progress) {
+  Removal removal(program, paths, product, progress);
   trap([&]() -> void { removal.run(); },
        [&](const RuntimeError& failure) -> void {
          // Kept: "definzione" and "integrazione" are the line that support knows.

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <string>
-
-#include "base/Codes.h"
+#include "base/InstallationPaths.h"
+#include "base/ProductOnSide.h"
 #include "platform/Program.h"
 
 namespace trelv::modProdTrelvManager {
@@ -21,14 +20,11 @@ class RemovalProgress {
 
 /// Runs the product's removal commands of one side, each waited for, and records that no version is
 /// left there. On the server side the folder of each command's program is deleted behind it (unless
-/// SetupFolderGuard keeps it), and the product's configuration file at the end. `serverPath` has no
-/// trailing backslash; it and the run parameters are what "%PATHSETUP%", "%PATHWORK%" and
-/// "%PATHCLIENT%" stand for. `productId` as the catalogue has it, compared exactly. True when there
-/// was at least one command, whatever became of it. Never raises: a run-time failure ends it with
-/// one log line; a version that could not be recorded keeps the configuration file, so that the
-/// removal can be repeated.
-bool RemoveProduct(Program& program, const std::string& serverPath,
-                   const std::string& runParameter1, const std::string& runParameter2,
-                   const std::string& productId, Side side, RemovalProgress& progress);
+/// SetupFolderGuard keeps it), and the product's configuration file at the end. True when there was
+/// at least one command, whatever became of it. Never raises: a run-time failure ends it with one
+/// log line; a version that could not be recorded keeps the configuration file, so that the removal
+/// can be repeated.
+bool RemoveProduct(Program& program, const InstallationPaths& paths, const ProductOnSide& product,
+                   RemovalProgress& progress);
 
 }  // namespace trelv::modProdTrelvManager

@@ -42,7 +42,7 @@ std::vector<std::string> CatalogueProducts(Program& program, const std::string& 
   std::vector<std::string> products;
   for (int index = 1; index <= kMostProducts; ++index) {
     const std::string id = modLibrary::ReadSetting(
-        program, modProdTrelvLibrary::CatalogueSection(index), "id", catalogue);
+        program, {catalogue, modProdTrelvLibrary::CatalogueSection(index), "id"});
     if (!id.empty()) {
       products.push_back(id);
     }
@@ -59,7 +59,7 @@ std::vector<RepairVersion> ProductVersions(Program& program, const std::string& 
     for (int index = 1; index <= kMostSections; ++index) {
       const std::string section = name + twoDigits(index);
       const std::string version =
-          modLibrary::ReadSetting(program, section, "version", configuration);
+          modLibrary::ReadSetting(program, {configuration, section, "version"});
       if (!version.empty()) {
         versions.push_back({section, kind, index, version});
       }
@@ -68,24 +68,22 @@ std::vector<RepairVersion> ProductVersions(Program& program, const std::string& 
   return versions;
 }
 
-bool RepairProduct(Program& program, const std::string& serverPath,
-                   const std::string& runParameter1, const std::string& runParameter2,
-                   const std::string& productId, const std::string& section, Side side) {
+bool RepairProduct(Program& program, const InstallationPaths& paths, const ProductOnSide& product,
+                   const std::string& section) {
   bool anyStarted = false;
   trap(
       [&]() -> void {
         // As for a removal: what was read when the version was shown may be hours old.
         program.configurationFiles.forget();
-        const std::string configuration = configurationOf(program, serverPath, productId);
-        const std::string sideName = modProdTrelvLibrary::ConvertClientServerToString(side);
+        const std::string configuration = configurationOf(program, paths.server, product.id);
+        const std::string sideName = modProdTrelvLibrary::ConvertClientServerToString(product.side);
         for (int index = 1; index <= kMostCommands; ++index) {
-          std::string command =
-              modLibrary::ReadSetting(program, section, sideName + twoDigits(index), configuration);
+          std::string command = modLibrary::ReadSetting(
+              program, {configuration, section, sideName + twoDigits(index)});
           if (command.empty()) {
             return;
           }
-          modProdTrelvLibrary::ReplacePlaceholders(program, command, serverPath, runParameter1,
-                                                   runParameter2);
+          modProdTrelvLibrary::ReplacePlaceholders(program, command, paths);
           anyStarted = runAgain(program, command) || anyStarted;
         }
       },

@@ -4,6 +4,8 @@
 #include <vector>
 
 #include "base/Codes.h"
+#include "base/InstallationPaths.h"
+#include "base/ProductOnSide.h"
 #include "platform/Program.h"
 
 /// What the maintenance form shows and runs again. `serverPath` has no trailing backslash.
@@ -30,11 +32,10 @@ std::vector<std::string> CatalogueProducts(Program& program, const std::string& 
 std::vector<RepairVersion> ProductVersions(Program& program, const std::string& serverPath,
                                            const std::string& productId);
 
-/// Does once more what a section has for a side, one command after the other; no record changes.
-/// "%PATHSETUP%", "%PATHWORK%" and "%PATHCLIENT%" stand for server path and run parameters. True if
-/// any command was started. Never raises: a run-time failure ends it with one log line.
-bool RepairProduct(Program& program, const std::string& serverPath,
-                   const std::string& runParameter1, const std::string& runParameter2,
-                   const std::string& productId, const std::string& section, Side side);
+/// Does once more what a section of the product's configuration file has for the side, one command
+/// after the other; no record changes. True if any command was started. Never raises: a run-time
+/// failure ends it with one log line.
+bool RepairProduct(Program& program, const InstallationPaths& paths, const ProductOnSide& product,
+                   const std::string& section);
 
 }  // namespace trelv::modProdTrelvManager

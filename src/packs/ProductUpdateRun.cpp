@@ -19,18 +19,16 @@ namespace {
 constexpr int kMostSections = 100;
 constexpr int kMostCommands = 100;
 
-struct Paths {
-  const std::string& server;
-  const std::string& integration;
-  const std::string& programs;
-  const std::string& configuration;
-};
-
 /// One run: one product, one side.
 class ProductUpdate {
  public:
-  ProductUpdate(Program& program, RunKind runKind, const Paths& paths, std::string& currentVersion)
-      : program_(program), runKind_(runKind), paths_(paths), currentVersion_(currentVersion) {}
+  ProductUpdate(Program& program, RunKind runKind, const InstallationPaths& paths,
+                const std::string& configuration, std::string& currentVersion)
+      : program_(program),
+        runKind_(runKind),
+        paths_(paths),
+        configuration_(configuration),
+        currentVersion_(currentVersion) {}
 
   Procedure run(Operation operation, Side side);
   /// The run's trap: tells the failure and gives the run's answer.
@@ -47,7 +45,8 @@ class ProductUpdate {
 
   Program& program_;
   const RunKind runKind_;
-  const Paths paths_;
+  const InstallationPaths& paths_;
+  const std::string& configuration_;
   std::string& currentVersion_;
   std::string kindName_;
   std::string sideName_;
@@ -62,10 +61,10 @@ Procedure ProductUpdate::run(Operation operation, Side side) {
   sideName_ = modProdTrelvLibrary::ConvertClientServerToString(side);
   lockPath_ = LockPath(program_, side, paths_.server);
   OpenZipPacksInFolder(program_, hostPaths::setupFolder(paths_.server), paths_.integration, true);
-  if (!modLibrary::FileExists(program_, paths_.configuration)) {
+  if (!modLibrary::FileExists(program_, configuration_)) {
     program_.log.WriteLog(
         "Gestione ProdTrelv - Prodotto non rilevato, file di config non presente " +
-        paths_.configuration);
+        configuration_);
     return Procedure::GoesOn;
   }
   for (int section = 1; section <= kMostSections; ++section) {
@@ -79,8 +78,8 @@ Procedure ProductUpdate::run(Operation operation, Side side) {
 
 Procedure ProductUpdate::runSection(const std::string& section) {
   for (int index = 1; index <= kMostCommands; ++index) {
-    command_ = modLibrary::ReadSetting(program_, section, sideName_ + twoDigits(index),
-                                       paths_.configuration);
+    command_ =
+        modLibrary::ReadSetting(program_, {configuration_, section, sideName_ + twoDigits(index)});
     if (command_.empty()) {
       return Procedure::GoesOn;
     }
@@ -88,7 +87,7 @@ Procedure ProductUpdate::runSection(const std::string& section) {
       command_.resize(std::min(command_.find(' '), command_.size()));
     }
     const std::string version =
-        modLibrary::ReadSetting(program_, section, "version", paths_.configuration);
+        modLibrary::ReadSetting(program_, {configuration_, section, "version"});
     // Kept: the first command that ran brings the version up to the section's, and the others of
     // the side are passed over here. Configuration files have one for a side.
     if (VersionNumber(currentVersion_) >= VersionNumber(version)) {
@@ -105,7 +104,7 @@ Procedure ProductUpdate::update(const std::string& sectionVersion) {
   if (!lockTaken_ && !takeLock()) {
     return Procedure::Stops;
   }
-  if (RunCommand(program_, command_, paths_.server, paths_.integration, paths_.programs)) {
+  if (RunCommand(program_, command_, paths_)) {
     currentVersion_ = sectionVersion;
     program_.log.WriteLog("Gestione ProdTrelv - esecuzione effettuata: " + kindSideAndCommand());
   } else {
@@ -189,22 +188,18 @@ bool refuseForLackOfRights(Program& program) {
 
 }  // namespace
 
-Procedure ProductUpdateRun(Program& program, RunKind runKind, const std::string& serverPath,
-                           const std::string& integrationPath, const std::string& programsPath,
+Procedure ProductUpdateRun(Program& program, RunKind runKind, const InstallationPaths& paths,
                            const std::string& configurationPath, Operation operation, Side side,
                            std::string& currentVersion) {
-  ProductUpdate update(program, runKind,
-                       {serverPath, integrationPath, programsPath, configurationPath},
-                       currentVersion);
+  ProductUpdate update(program, runKind, paths, configurationPath, currentVersion);
   return trap([&]() -> Procedure { return update.run(operation, side); },
               [&](const RuntimeError& failure) -> Procedure { return update.ended(failure); });
 }
 
-bool RunCommand(Program& program, std::string& command, const std::string& serverPath,
-                const std::string& integrationPath, const std::string& /*programsPath*/) {
-  // Kept: an empty client path, so that "%PATHCLIENT%" vanishes from update commands. Only the
-  // start of a program puts the programs path there.
-  modProdTrelvLibrary::ReplacePlaceholders(program, command, serverPath, integrationPath, "");
+bool RunCommand(Program& program, std::string& command, const InstallationPaths& paths) {
+  // Kept: without the programs path, so that "%PATHCLIENT%" vanishes from update commands. Only the
+  // start of a program and the maintenance put it there.
+  modProdTrelvLibrary::ReplacePlaceholders(program, command, {paths.server, paths.integration, ""});
   if (!program.state.startup.administrator) {
     return refuseForLackOfRights(program);
   }

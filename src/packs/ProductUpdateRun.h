@@ -4,6 +4,7 @@
 #include <string>
 
 #include "base/Codes.h"
+#include "base/InstallationPaths.h"
 #include "platform/Program.h"
 
 namespace trelv::modProdTrelvManager {
@@ -21,20 +22,17 @@ enum class Procedure { GoesOn, Stops };
 /// Brings one product on one side to the versions of its configuration file (full path): the
 /// commands of the 100 sections of `operation` that stand above `currentVersion` are run one after
 /// the other, each waited for. `currentVersion` is raised to the version of each section whose
-/// command ran. While commands run, the side's update lock file exists. Paths have no trailing
-/// backslash. The procedure stops where another session holds the lock (told in a box) or a
-/// run-time failure ended the run (one log line; a lock that this run took is removed). Never
-/// raises.
-Procedure ProductUpdateRun(Program& program, RunKind runKind, const std::string& serverPath,
-                           const std::string& integrationPath, const std::string& programsPath,
+/// command ran. While commands run, the side's update lock file exists. The procedure stops where
+/// another session holds the lock (told in a box) or a run-time failure ended the run (one log
+/// line; a lock that this run took is removed). Never raises.
+Procedure ProductUpdateRun(Program& program, RunKind runKind, const InstallationPaths& paths,
                            const std::string& configurationPath, Operation operation, Side side,
                            std::string& currentVersion);
 
 /// Resolves the placeholders of `command` in place and runs it, waiting for its end. True when it
 /// was started, whatever its exit code; false when the user is no administrator (told in a box) or
-/// it could not be started (reported). Raises what resolving raises.
-bool RunCommand(Program& program, std::string& command, const std::string& serverPath,
-                const std::string& integrationPath, const std::string& programsPath);
+/// it could not be started (reported). Never raises.
+bool RunCommand(Program& program, std::string& command, const InstallationPaths& paths);
 
 /// A version as a number: dots removed, then the digits that stand first, saturating; 0 for none.
 std::uint64_t VersionNumber(const std::string& version);

@@ -155,7 +155,7 @@ std::string recordedText(Program& program, const std::string& product, const std
   if (isUnreadable(program, record)) {
     return "versione registrata non leggibile";
   }
-  const std::string version = modLibrary::ReadSetting(program, product, "version", record);
+  const std::string version = modLibrary::ReadSetting(program, {record, product, "version"});
   return version.empty() ? "nessuna versione registrata" : "versione registrata: " + version;
 }
 
@@ -338,6 +338,11 @@ std::string frmProdTrelvMaintain::repairText(const FormWindow& window) const {
 
 // --- What is done
 
+InstallationPaths frmProdTrelvMaintain::paths() const {
+  const StartupFacts& startup = program_.state.startup;
+  return {serverPath_, startup.integrationPath, startup.programsPath};
+}
+
 void frmProdTrelvMaintain::remove(FormWindow& window) {
   const std::string* const selected = selectedProduct(window);
   if (selected == nullptr) {
@@ -345,19 +350,15 @@ void frmProdTrelvMaintain::remove(FormWindow& window) {
     window.setFocus("cmbProduct");
     return;
   }
-  const std::string product = *selected;
-  const Side side = sideOf(window);
-  const std::string what = product + " - " + sideName(side);
+  const ProductOnSide product{*selected, sideOf(window)};
+  const std::string what = product.id + " - " + sideName(product.side);
   if (!mayBegin(window, "Procedere con la rimozione di: " + what + "?")) {
     warn(program_, kNothingRemoved);
     return;
   }
   beginOperation(window, "Rimozione di " + what + " in corso...");
   BarProgress progress(window);
-  const StartupFacts& startup = program_.state.startup;
-  const bool removed =
-      modProdTrelvManager::RemoveProduct(program_, serverPath_, startup.integrationPath,
-                                         startup.programsPath, product, side, progress);
+  const bool removed = modProdTrelvManager::RemoveProduct(program_, paths(), product, progress);
   endOperation(window, "Rimozione di " + what + (removed ? " terminata." : kNoCommand),
                "btnRemove");
   if (removed) {
@@ -375,18 +376,15 @@ void frmProdTrelvMaintain::repair(FormWindow& window) {
     window.setFocus(selected == nullptr ? "cmbProduct" : "lstVersion");
     return;
   }
-  const std::string product = *selected;
+  const ProductOnSide product{*selected, sideOf(window)};
   const std::string section = version->section;
-  const Side side = sideOf(window);
-  const std::string what = product + " - " + version->version + " - " + sideName(side);
+  const std::string what = product.id + " - " + version->version + " - " + sideName(product.side);
   if (!mayBegin(window, "Procedere con il ripristino di: " + what + "?")) {
     warn(program_, kNothingRepaired);
     return;
   }
   beginOperation(window, "Ripristino di " + what + " in corso...");
-  const StartupFacts& startup = program_.state.startup;
-  const bool repaired = modProdTrelvManager::RepairProduct(
-      program_, serverPath_, startup.integrationPath, startup.programsPath, product, section, side);
+  const bool repaired = modProdTrelvManager::RepairProduct(program_, paths(), product, section);
   endOperation(window, "Ripristino di " + what + (repaired ? " terminato." : kNoCommand),
                "btnRepair");
   if (!repaired) {

@@ -46,6 +46,8 @@ class frmProdTrelvMaintain : public machine::Form {
   std::string repairText(const machine::FormWindow& window) const;
   void catchUp(machine::FormWindow& window);
 
+  /// The server of the record, the other two as for the updates that installed the product.
+  InstallationPaths paths() const;
   void remove(machine::FormWindow& window);
   void repair(machine::FormWindow& window);
   bool mayBegin(machine::FormWindow& window, const std::string& question);

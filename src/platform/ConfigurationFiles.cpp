@@ -35,6 +35,11 @@ bool isFullPath(std::string_view path) {
   return drive || share;
 }
 
+/// Names of other kinds are the platform's to understand.
+bool canKeep(const IniAddress& address) {
+  return isFullPath(address.file) && IniDocument::canFind(address.section, address.key);
+}
+
 /// The platform takes paths in the ANSI code page: with characters beyond it, it finds nothing.
 bool isAnsi(machine::Locale& locale, const std::string& path) {
   return isAscii(path) || locale.fromAnsi(locale.toAnsi(path)) == path;
@@ -91,41 +96,38 @@ ConfigurationFiles::ConfigurationFiles(machine::Machine& machine)
     : machine_(machine), kept_(std::make_unique<Kept>()) {}
 ConfigurationFiles::~ConfigurationFiles() = default;
 
-std::string ConfigurationFiles::read(const std::string& section, const std::string& key,
-                                     const std::string& file, std::uint32_t size) {
+std::string ConfigurationFiles::read(const IniAddress& address, std::uint32_t size) {
   const auto askPlatform = [&] {
-    return machine_.profiles.readValue(section, key, "", size, file);
+    return machine_.profiles.readValue(address.section, address.key, "", size, address.file);
   };
-  if (!isFullPath(file) || !IniDocument::canFind(section, key)) return askPlatform();
-  const Kept::File& kept = kept_->file(machine_, file);
+  if (!canKeep(address)) return askPlatform();
+  const Kept::File& kept = kept_->file(machine_, address.file);
   if (kept.leftToPlatform) return askPlatform();
   if (!kept.document) return {};
-  const std::optional<std::string_view> value = kept.document->value(section, key);
+  const std::optional<std::string_view> value = kept.document->value(address.section, address.key);
   if (!value) return {};
   if (!fits(*value, size)) return askPlatform();
   return isAscii(*value) ? std::string(*value) : machine_.locale.fromAnsi(std::string(*value));
 }
 
-bool ConfigurationFiles::holds(const std::string& section, const std::string& key,
-                               const std::string& file) {
-  if (!isFullPath(file) || !IniDocument::canFind(section, key)) return false;
-  const Kept::File& kept = kept_->file(machine_, file);
-  return kept.document && kept.document->value(section, key).has_value();
+bool ConfigurationFiles::holds(const IniAddress& address) {
+  if (!canKeep(address)) return false;
+  const Kept::File& kept = kept_->file(machine_, address.file);
+  return kept.document && kept.document->value(address.section, address.key).has_value();
 }
 
 void ConfigurationFiles::forget() { kept_->files.clear(); }
 
 void ConfigurationFiles::forget(const std::string& file) { kept_->files.erase(upperCase(file)); }
 
-void ConfigurationFiles::written(const std::string& section, const std::string& key,
-                                 const std::string& file, const std::string& value) {
-  const auto known = kept_->files.find(upperCase(file));
+void ConfigurationFiles::written(const IniAddress& address, const std::string& value) {
+  const auto known = kept_->files.find(upperCase(address.file));
   const bool unchanged = known != kept_->files.end() && known->second.document &&
                          survivesWriting(value) && isAscii(value) &&
-                         IniDocument::canFind(section, key) &&
-                         known->second.document->value(section, key) == value;
+                         IniDocument::canFind(address.section, address.key) &&
+                         known->second.document->value(address.section, address.key) == value;
   if (!unchanged) {
-    forget(file);
+    forget(address.file);
   }
 }
 

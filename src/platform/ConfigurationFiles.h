@@ -8,6 +8,14 @@
 
 namespace trelv {
 
+/// Where an ini value stands.
+struct IniAddress {
+  /// Full path, or a bare name for the Windows folder.
+  std::string file;
+  std::string section;
+  std::string key;
+};
+
 /// Reads the values of ini files with few openings: each file is opened and read once and kept
 /// until forget() is called, because a start reads tens of thousands of values over a network
 /// share. A file that is missing is remembered as such just as long. Everything that our reader
@@ -22,14 +30,12 @@ class ConfigurationFiles {
   ConfigurationFiles(const ConfigurationFiles&) = delete;
   ConfigurationFiles& operator=(const ConfigurationFiles&) = delete;
 
-  /// Value of a key with empty default, at most `size` - 1 ANSI characters; UTF-8. `file` is a full
-  /// path, or a bare name for the Windows folder.
-  std::string read(const std::string& section, const std::string& key, const std::string& file,
-                   std::uint32_t size);
+  /// A value with empty default, at most `size` - 1 ANSI characters; UTF-8.
+  std::string read(const IniAddress& address, std::uint32_t size);
 
   /// True when the key stands in the file, be its value empty. False also where only the platform
   /// could tell. Reads the file like read().
-  bool holds(const std::string& section, const std::string& key, const std::string& file);
+  bool holds(const IniAddress& address);
 
   /// Drops what was read: to be called after a command ran or a pack was opened, since either may
   /// have written any of the files.
@@ -38,8 +44,7 @@ class ConfigurationFiles {
   void forget(const std::string& file);
   /// The same, unless the file was read and the key had exactly this value: a write that changes
   /// nothing is no reason to read the file anew over the share.
-  void written(const std::string& section, const std::string& key, const std::string& file,
-               const std::string& value);
+  void written(const IniAddress& address, const std::string& value);
 
  private:
   struct Kept;

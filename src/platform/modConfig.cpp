@@ -131,10 +131,10 @@ std::string received(const std::string& buffer) {
   return buffer.substr(0, end);
 }
 
-std::string failureText(const std::string& what, std::int32_t answer, const std::string& section,
-                        const std::string& key, std::int32_t productCode) {
-  return what + ErrorText(answer) + kCrLf + "Sezione: " + section + kCrLf + "Chiave: " + key +
-         kCrLf + "Prodotto: " + ProductName(productCode);
+std::string failureText(const std::string& what, std::int32_t answer,
+                        const SettingAddress& address) {
+  return what + ErrorText(answer) + kCrLf + "Sezione: " + address.section + kCrLf +
+         "Chiave: " + address.key + kCrLf + "Prodotto: " + ProductName(address.product);
 }
 
 /// The configuration path and the library's answer; raises when the library cannot be called.
@@ -154,14 +154,14 @@ std::int32_t readConfigPath(Program& program, std::string& path) {
 std::string travolinFolder(Program& program) {
   constexpr auto kSize = static_cast<std::int32_t>(kBufferLength);
   std::string folder;
-  GetParameterXML(program, kProductOfTravolinPaths, "Client", "PathPelan", "default", kDefaultValue,
-                  kSize, folder);
+  GetParameterXML(program, {kProductOfTravolinPaths, "Client", "PathPelan", "default"},
+                  kDefaultValue, kSize, folder);
   if (folder == kDefaultValue) {
-    GetParameterXML(program, kProductOfTravolinPaths, "Server", "Path", "default", kDefaultValue,
+    GetParameterXML(program, {kProductOfTravolinPaths, "Server", "Path", "default"}, kDefaultValue,
                     kSize, folder);
   }
   if (folder == kDefaultValue) {
-    folder = modLibrary::ReadSetting(program, "Parametri", "PathPelan", kTravolinIniFile);
+    folder = modLibrary::ReadSetting(program, {kTravolinIniFile, "Parametri", "PathPelan"});
   }
   return folder;
 }
@@ -181,8 +181,7 @@ std::int32_t ProductCode(const std::string& name) {
   return found != kProducts.end() ? found->code : 0;
 }
 
-bool GetParameterXML(Program& program, std::int32_t productCode, const std::string& section,
-                     const std::string& key, const std::string& attribute,
+bool GetParameterXML(Program& program, const SettingAddress& address,
                      const std::string& defaultValue, std::int32_t bufferSize, std::string& value) {
   const std::string what = "Errore in lettura chiave da file di configurazione: ";
   value.clear();
@@ -194,31 +193,30 @@ bool GetParameterXML(Program& program, std::int32_t productCode, const std::stri
     for (int reads = 0; answer == code::kDocumentEmpty && reads < kMostReads; ++reads) {
       buffer.assign(length, '\0');
       answer = program.machine.configuration.getParameter(
-          ProductName(productCode), section, key, attribute, defaultValue, bufferSize, buffer);
+          ProductName(address.product), address.section, address.key, address.attribute,
+          defaultValue, bufferSize, buffer);
     }
     value = received(buffer);
     if (isSilent(answer)) {
       return true;
     }
-    program.errors.VisualizzaErrore(kModule, "GetParameterXML",
-                                    failureText(what, answer, section, key, productCode),
+    program.errors.VisualizzaErrore(kModule, "GetParameterXML", failureText(what, answer, address),
                                     ReportKind::ConfigurationFile, RuntimeError());
     return false;
   });
 }
 
-bool SetParameterXML(Program& program, std::int32_t productCode, const std::string& section,
-                     const std::string& key, const std::string& attribute,
-                     std::int32_t attributeType, const std::string& value) {
+bool SetParameterXML(Program& program, const SettingAddress& address, std::int32_t attributeType,
+                     const std::string& value) {
   const std::string what = "Errore in scrittura chiave da file di configurazione: ";
   return guarded(program, "SetParameterXML", what, false, [&]() -> bool {
     const std::int32_t answer = program.machine.configuration.setParameter(
-        ProductName(productCode), section, key, attribute, attributeType, value);
+        ProductName(address.product), address.section, address.key, address.attribute,
+        attributeType, value);
     if (isSilent(answer)) {
       return true;
     }
-    program.errors.VisualizzaErrore(kModule, "SetParameterXML",
-                                    failureText(what, answer, section, key, productCode),
+    program.errors.VisualizzaErrore(kModule, "SetParameterXML", failureText(what, answer, address),
                                     ReportKind::ProgramError, RuntimeError());
     return false;
   });

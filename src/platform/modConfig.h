@@ -20,17 +20,24 @@ std::string ProductName(std::int32_t code);
 /// The other way round, in any case of letters; 0 for what is no product.
 std::int32_t ProductCode(const std::string& name);
 
+/// Where a setting stands in the store.
+struct SettingAddress {
+  /// Product code.
+  std::int32_t product = 0;
+  std::string section;
+  std::string key;
+  std::string attribute;
+};
+
 /// Reads a setting, cut at its first NUL, into `value`. One that is missing reads as
 /// `defaultValue`, which is no failure; of any other trouble the user is told, and the answer is
 /// false.
-bool GetParameterXML(Program& program, std::int32_t productCode, const std::string& section,
-                     const std::string& key, const std::string& attribute,
+bool GetParameterXML(Program& program, const SettingAddress& address,
                      const std::string& defaultValue, std::int32_t bufferSize, std::string& value);
 
 /// Stores a setting. False if the user had to be told that it was not stored.
-bool SetParameterXML(Program& program, std::int32_t productCode, const std::string& section,
-                     const std::string& key, const std::string& attribute,
-                     std::int32_t attributeType, const std::string& value);
+bool SetParameterXML(Program& program, const SettingAddress& address, std::int32_t attributeType,
+                     const std::string& value);
 
 /// Path of the configuration store, without trailing backslash: programs path and client folder.
 /// 0, or the library's code (-4001, -4002, -4011, -4012) with an empty path; -9999 after a report

@@ -296,24 +296,21 @@ void TrimFolder(std::string& folder) {
   }
 }
 
-std::string ReadSetting(Program& program, const std::string& section, const std::string& key,
-                        const std::string& file) {
-  return guarded(program, "ReadSetting", "Errore in lettura file: ", std::string(),
-                 [&]() -> std::string {
-                   return program.configurationFiles.read(section, key, file, kSettingSize);
-                 });
+std::string ReadSetting(Program& program, const IniAddress& address) {
+  return guarded(
+      program, "ReadSetting", "Errore in lettura file: ", std::string(),
+      [&]() -> std::string { return program.configurationFiles.read(address, kSettingSize); });
 }
 
-std::uint32_t WriteSetting(Program& program, const std::string& section, const std::string& key,
-                           const std::string& file, const std::string& value) {
+std::uint32_t WriteSetting(Program& program, const IniAddress& address, const std::string& value) {
   return guarded(program, "WriteSetting", "Errore in scrittura file: ", std::uint32_t{0},
                  [&]() -> std::uint32_t {
-                   if (section.empty()) {
+                   if (address.section.empty()) {
                      return 0;
                    }
-                   const std::uint32_t written =
-                       program.machine.profiles.writeValue(section, key, value, file);
-                   program.configurationFiles.written(section, key, file, value);
+                   const std::uint32_t written = program.machine.profiles.writeValue(
+                       address.section, address.key, value, address.file);
+                   program.configurationFiles.written(address, value);
                    return written;
                  });
 }

@@ -62,14 +62,12 @@ std::string CutAtNul(const std::string& text);
 /// Takes the blanks round a folder's path away, then a backslash at its end.
 void TrimFolder(std::string& folder);
 
-/// What an ini file has for a key, cut behind 510 ANSI characters; "" if nothing.
-/// ConfigurationFiles says when the file is read.
-std::string ReadSetting(Program& program, const std::string& section, const std::string& key,
-                        const std::string& file);
-/// Has the platform's function write an ini key and gives its answer: 0 if it did not. Without a
+/// An ini value, cut behind 510 ANSI characters; "" if there is none. ConfigurationFiles says when
+/// the file is read.
+std::string ReadSetting(Program& program, const IniAddress& address);
+/// Has the platform's function write an ini value and gives its answer: 0 if it did not. Without a
 /// section nobody is asked, 0 too.
-std::uint32_t WriteSetting(Program& program, const std::string& section, const std::string& key,
-                           const std::string& file, const std::string& value);
+std::uint32_t WriteSetting(Program& program, const IniAddress& address, const std::string& value);
 
 /// "1.2" of a file's fixed version, with `full` "1.2.3.4"; "" for a file without one.
 std::string FileVersionText(Program& program, const std::string& path, bool full);

@@ -9,9 +9,10 @@
 namespace trelv::modMain {
 namespace {
 
-constexpr const char* kSection = "Complementary_Products";
-constexpr const char* kKey = "Integration";
-constexpr const char* kAttribute = "Path";
+/// Where the record stands in the configuration store.
+modConfig::SettingAddress recordAddress() {
+  return {modConfig::kProductSystem, "Complementary_Products", "Integration", "Path"};
+}
 /// Characters that the store may fill when the record is read.
 constexpr std::int32_t kRecordSize = 1000;
 /// Type of the attribute when the record is written.
@@ -32,8 +33,8 @@ bool readRecord(Program& program, std::string& path) {
   std::string value;
   // The answer is not looked at: after a reported failure the value is empty, and an empty value
   // counts as recorded. So a machine whose store cannot be read is refused, never integrated anew.
-  modConfig::GetParameterXML(program, modConfig::kProductSystem, kSection, kKey, kAttribute,
-                             modConfig::kDefaultValue, kRecordSize, value);
+  modConfig::GetParameterXML(program, recordAddress(), modConfig::kDefaultValue, kRecordSize,
+                             value);
   if (value == modConfig::kDefaultValue) {
     program.log.WriteLog("Gestione ProdTrelv - Integrazione Dovra SP non rilevata");
     return false;
@@ -73,8 +74,7 @@ bool WriteIntegrationConfig(Program& program, const std::string& path) {
         program.log.WriteLog("Gestione ProdTrelv - scrittura integrazione su macchina: " + path);
         // Kept: true although the store may have refused the value, of which it has told the user
         // then; the next start finds no record and writes again.
-        modConfig::SetParameterXML(program, modConfig::kProductSystem, kSection, kKey, kAttribute,
-                                   kAttributeType, path);
+        modConfig::SetParameterXML(program, recordAddress(), kAttributeType, path);
         return true;
       },
       [](const RuntimeError&) -> bool { return false; });

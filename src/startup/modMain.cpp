@@ -142,11 +142,10 @@ void runIntegrated(Program& program) {
   const StartupFacts& startup = program.state.startup;
   program.log.WriteLog("Gestione ProdTrelv - Esecuzione in modalità integrata - parametri: " +
                        countAndCommandLine(startup));
-  modProdTrelvManager::UpdateAllProdottiComplementari(
-      program, startup.hostFolder, startup.integrationPath, startup.programsPath);
-  modProdTrelvManager::RunSingleProdottoComplementare(
-      program, startup.hostFolder, startup.integrationPath, startup.programsPath,
-      startup.programNumber, trimLeft(startup.extraArguments));
+  const InstallationPaths paths{startup.hostFolder, startup.integrationPath, startup.programsPath};
+  modProdTrelvManager::UpdateAllProdottiComplementari(program, paths);
+  modProdTrelvManager::RunSingleProdottoComplementare(program, paths, startup.programNumber,
+                                                      trimLeft(startup.extraArguments));
 }
 
 void maintain(Program& program) {

@@ -96,7 +96,7 @@ constexpr int kMostCatalogueSections = 100;
 int catalogueIndex(Program& program, const std::string& iniPath, const std::string& productId) {
   int index = 1;
   while (index <= kMostCatalogueSections &&
-         modLibrary::ReadSetting(program, CatalogueSection(index), "id", iniPath) != productId) {
+         modLibrary::ReadSetting(program, {iniPath, CatalogueSection(index), "id"}) != productId) {
     ++index;
   }
   return index;
@@ -105,7 +105,7 @@ int catalogueIndex(Program& program, const std::string& iniPath, const std::stri
 std::string catalogueValue(Program& program, const std::string& iniPath,
                            const std::string& productId, const char* key) {
   const int index = catalogueIndex(program, iniPath, productId);
-  return modLibrary::ReadSetting(program, CatalogueSection(index), key, iniPath);
+  return modLibrary::ReadSetting(program, {iniPath, CatalogueSection(index), key});
 }
 
 /// A placeholder that stands for a machine-wide registry value.
@@ -252,12 +252,12 @@ std::string GetCatalogueProductName(Program& program, const std::string& iniPath
 // The order counts: each step sees what the steps before it inserted. Slashes of the command
 // itself, those of its switches included, become backslashes first; slashes of inserted values
 // stay.
-std::string ReplacePlaceholders(Program& program, std::string& text, const std::string& setupPath,
-                                const std::string& workPath, const std::string& clientPath) {
+std::string ReplacePlaceholders(Program& program, std::string& text,
+                                const InstallationPaths& paths) {
   text = replaceAll(std::move(text), "/", "\\");
-  text = replaceAll(std::move(text), "%PATHSETUP%", setupPath);
-  text = replaceAll(std::move(text), "%PATHWORK%", workPath);
-  text = replaceAll(std::move(text), "%PATHCLIENT%", clientPath);
+  text = replaceAll(std::move(text), "%PATHSETUP%", paths.server);
+  text = replaceAll(std::move(text), "%PATHWORK%", paths.integration);
+  text = replaceAll(std::move(text), "%PATHCLIENT%", paths.programs);
   replaceWhenPresent(text, "%PROGRAMFILES%",
                      [&] { return modLibrary::ProgramFilesFolder(program); });
   text = replaceAll(std::move(text), "%INSTALLTYPE%", "rete");

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "base/Codes.h"
+#include "base/InstallationPaths.h"
 #include "platform/Program.h"
 
 /// Small tools of all procedures: numbers and names of codes, a product's entry in the catalogue,
@@ -38,10 +39,11 @@ std::string GetCatalogueProductName(Program& program, const std::string& iniPath
                                     const std::string& productId);
 
 /// Puts paths in the place of the "%…%" that a configuration file has in a command or path; `text`
-/// changes, and is the answer too. Nobody adds to the three paths or takes from them, so slashes in
-/// them stay. Where the registry lacks a folder nothing takes the placeholder's place.
-std::string ReplacePlaceholders(Program& program, std::string& text, const std::string& setupPath,
-                                const std::string& workPath, const std::string& clientPath);
+/// changes, and is the answer too. "%PATHSETUP%" is the server path, "%PATHWORK%" the integration
+/// path, "%PATHCLIENT%" the programs path. Nobody adds to the paths or takes from them, so slashes
+/// in them stay. Where the registry lacks a folder nothing takes the placeholder's place.
+std::string ReplacePlaceholders(Program& program, std::string& text,
+                                const InstallationPaths& paths);
 
 /// Tells a log line to the form in front: its bar goes one step on. A form without the progress
 /// controls is left alone, trouble of any kind is not told. For the run log only. Clicks that wait

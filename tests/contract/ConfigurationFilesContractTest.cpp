@@ -38,7 +38,7 @@ class ConfigurationFilesContract : public Contract {
     const std::string key = machine().locale.fromAnsi(question.key);
     const std::string expected =
         machine().profiles.readValue(section, key, "", question.size, file);
-    EXPECT_EQ(ours.read(section, key, file, question.size), expected)
+    EXPECT_EQ(ours.read({file, section, key}, question.size), expected)
         << "[" << visible(question.section) << "] " << visible(question.key) << " size "
         << question.size << " in " << visible(bytes);
     if (!expected.empty()) ++found_;
@@ -76,7 +76,7 @@ TEST_F(ConfigurationFilesContract, EveryByteOfANameOrValueReadsAsThePlatformRead
     ours.forget();
     for (const char* key : {"k", "z"}) {
       for (const std::string section : {"s", ""}) {
-        EXPECT_EQ(ours.read(section, key, file, 511),
+        EXPECT_EQ(ours.read({file, section, key}, 511),
                   machine().profiles.readValue(section, key, "", 511, file))
             << visible(bytes);
       }
@@ -91,7 +91,7 @@ TEST_F(ConfigurationFilesContract, ValuesNearTheCutReadAsThePlatformReadsThem) {
       const std::string value = quote + std::string(length, 'x') + "y" + quote;
       const std::string file = putFile("a.ini", "[s]\r\nk=" + value + "\r\n");
       ours.forget();
-      EXPECT_EQ(ours.read("s", "k", file, 511),
+      EXPECT_EQ(ours.read({file, "s", "k"}, 511),
                 machine().profiles.readValue("s", "k", "", 511, file))
           << length << quote;
     }
@@ -113,7 +113,7 @@ TEST_F(ConfigurationFilesContract, WhatThePlatformWroteReadsAlike) {
       const IniQuestion question = iniQuestion(dice);
       const std::string section = machine().locale.fromAnsi(question.section);
       const std::string key = machine().locale.fromAnsi(question.key);
-      EXPECT_EQ(ours.read(section, key, file, question.size),
+      EXPECT_EQ(ours.read({file, section, key}, question.size),
                 machine().profiles.readValue(section, key, "", question.size, file))
           << visible(world().fileBytes(file));
     }

@@ -77,8 +77,9 @@ SweptRemoval::SweptRemoval(Side side)
 
 void SweptRemoval::run() {
   NoProgress progress;
-  modProdTrelvManager::RemoveProduct(station_.program(), Installation::kServer, "S:\\Work",
-                                     "C:\\Lumo\\Client", "ZB", side_, progress);
+  modProdTrelvManager::RemoveProduct(station_.program(),
+                                     {Installation::kServer, "S:\\Work", "C:\\Lumo\\Client"},
+                                     {"ZB", side_}, progress);
 }
 
 /// A log line or a report that nobody gets when all goes well.

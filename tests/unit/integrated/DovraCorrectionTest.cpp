@@ -21,10 +21,7 @@ constexpr const char* kCorrected =
 class DovraCorrection : public testing::Test {
  protected:
   void release(const std::string& text) { installation_.share().put(kReleaseFile, text); }
-  void correct() {
-    modProdTrelvManager::CorrectDovraBefore11(station_.program(), "S:\\Lumo",
-                                              Installation::kServerRecord, Station::kClientRecord);
-  }
+  void correct() { modProdTrelvManager::CorrectDovraBefore11(station_.program(), "S:\\Lumo"); }
   const std::vector<std::string>& lines() { return station_.program().lines(); }
 
   Installation installation_;
@@ -137,11 +134,11 @@ TEST_F(DovraCorrection, RecordThatCannotBeWrittenIsOneLineAndTheOtherIsCorrected
 
 TEST_F(DovraCorrection, OnlyHappensWhereTheHostIsDovra) {
   release("10.70.00");
-  modProdTrelvManager::UpdateAllProdottiComplementari(station_.program(), "S:\\Lumo", "", "");
+  modProdTrelvManager::UpdateAllProdottiComplementari(station_.program(), {"S:\\Lumo", "", ""});
   EXPECT_FALSE(installation_.share().exists(Installation::kServerRecord));
   EXPECT_THAT(lines(), Not(Contains("Gestione ProdTrelv - Prodotto Dovra riconosciuto")));
   station_.program().state.startup.pluginProduct = PluginProduct::Dovra;
-  modProdTrelvManager::UpdateAllProdottiComplementari(station_.program(), "S:\\Lumo", "", "");
+  modProdTrelvManager::UpdateAllProdottiComplementari(station_.program(), {"S:\\Lumo", "", ""});
   EXPECT_EQ(installation_.serverRecord(), kCorrected);
   EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Gestione specifica per Dovra pre 11.0 "
                                 "(UNDICIZERO)"));
@@ -154,7 +151,7 @@ TEST_F(DovraCorrection, TheWalkGoesByTheCorrectedVersions) {
   installation_.putConfiguration(
       "zb.ini", configurationText({{"Update01", "09.93.00.00", {"S:\\Lumo\\a.exe"}, {}}}));
   station_.program().state.startup.pluginProduct = PluginProduct::Dovra;
-  modProdTrelvManager::UpdateAllProdottiComplementari(station_.program(), "S:\\Lumo", "", "");
+  modProdTrelvManager::UpdateAllProdottiComplementari(station_.program(), {"S:\\Lumo", "", ""});
   EXPECT_THAT(station_.commandLines(), IsEmpty());
   EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Lato Server la versione: 09.93.00.00 è "
                                 "minore o uguale a quella corrente: 09.93.00.00"));

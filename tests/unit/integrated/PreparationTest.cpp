@@ -45,7 +45,7 @@ class Preparation : public StationTest {
 
   void prepareServer() { PreparaInstSrvAll(program(), Installation::kServer); }
   void prepareClient(const std::string& programsPath = "C:\\Lumo\\Client") {
-    PreparaInstClientAll(program(), Installation::kServer, programsPath);
+    PreparaInstClientAll(program(), {Installation::kServer, "", programsPath});
   }
   /// What the start lines of the preparations say: "server Tarsena2".
   std::vector<std::string> prepared() {

@@ -29,7 +29,7 @@ class SingleRun : public testing::Test {
   }
 
   void run(std::int32_t programNumber, const std::optional<std::string>& arguments) {
-    RunSingleProdottoComplementare(program_, "S:\\Lumo", "S:\\Lumo\\Work", "S:\\Lumo\\Programs",
+    RunSingleProdottoComplementare(program_, {"S:\\Lumo", "S:\\Lumo\\Work", "S:\\Lumo\\Programs"},
                                    programNumber, arguments);
   }
 

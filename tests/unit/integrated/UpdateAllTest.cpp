@@ -18,7 +18,7 @@ constexpr const char* kClosing =
     "Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari";
 
 void updateAll(Station& station, const std::string& serverPath = Installation::kServer) {
-  UpdateAllProdottiComplementari(station.program(), serverPath, "S:\\Work", "C:\\Lumo\\Client");
+  UpdateAllProdottiComplementari(station.program(), {serverPath, "S:\\Work", "C:\\Lumo\\Client"});
 }
 
 class UpdateAll : public testing::Test {

@@ -545,7 +545,7 @@ TEST_F(PackExtraction, ALinkInAPackIsNeverFollowed) {
 
 TEST_F(PackExtraction, KeptIniFilesAreForgottenWhenTheTreeWasCopiedOrItsCopyFailed) {
   const auto value = [this] {
-    return program_.configurationFiles.read("S", "k", inTarget("1.ini"), 511);
+    return program_.configurationFiles.read({inTarget("1.ini"), "S", "k"}, 511);
   };
   for (const bool fails : {false, true}) {
     machine_.putFile(inTarget("1.ini"), "[S]\r\nk=old\r\n");

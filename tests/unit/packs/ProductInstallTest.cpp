@@ -144,9 +144,9 @@ TEST_F(ProductInstall, IntegratedSaysSoAlsoWhenTheClientCopyCouldNotBeRefreshed)
 TEST_F(ProductInstall, IntegratedShowsWhatThePackBroughtToTheNextReader) {
   const std::string ini = "S:\\Lumo\\prg\\com\\setup\\aggdovra\\luda.ini";
   share().put(ini, "[Setup01]\r\nversion=00.50\r\n");
-  EXPECT_EQ(program_.configurationFiles.read("Setup01", "version", ini, 511), "00.50");
+  EXPECT_EQ(program_.configurationFiles.read({ini, "Setup01", "version"}, 511), "00.50");
   installIntegrated("S:\\Lumo");
-  EXPECT_EQ(program_.configurationFiles.read("Setup01", "version", ini, 511), "01.00");
+  EXPECT_EQ(program_.configurationFiles.read({ini, "Setup01", "version"}, 511), "01.00");
 }
 
 TEST_F(ProductInstall, IntegratedWithoutAFolderTouchesNothingAndIsReported) {
@@ -231,13 +231,13 @@ TEST_F(ProductInstall, StandaloneGoesOnWithTheSetupsWhenThePackIsMissing) {
 TEST_F(ProductInstall, StandaloneForgetsWhatItReadBelowTheDeletedTree) {
   installStandAlone();
   const std::string ini = std::string(kWork) + "\\" + kTree + "agdvcomp.ini";
-  EXPECT_EQ(program_.configurationFiles.read("Prod01", "id", ini, 511), "");
+  EXPECT_EQ(program_.configurationFiles.read({ini, "Prod01", "id"}, 511), "");
 }
 
 TEST_F(ProductInstall, StandaloneReadsTheCatalogueOfThePackAndNotAnOlderOne) {
   const std::string ini = std::string(kWork) + "\\" + kTree + "agdvcomp.ini";
   machine().putFile(ini, "[Prod01]\r\nid=ZB\r\nconf=zb.ini\r\n");
-  EXPECT_EQ(program_.configurationFiles.read("Prod01", "id", ini, 511), "ZB");
+  EXPECT_EQ(program_.configurationFiles.read({ini, "Prod01", "id"}, 511), "ZB");
   installStandAlone();
   EXPECT_THAT(setups(), ElementsAre("C:\\Setup\\luda.exe"));
 }

@@ -52,8 +52,8 @@ class Removal : public StationTest {
     installation_.putConfiguration(kConf, configurationText({{"Remove", "", server, client}}));
   }
   bool remove(Side side, const std::string& id = "ZB") {
-    return modProdTrelvManager::RemoveProduct(program(), Installation::kServer, "S:\\Work",
-                                              "C:\\Prog", id, side, progress_);
+    return modProdTrelvManager::RemoveProduct(
+        program(), {Installation::kServer, "S:\\Work", "C:\\Prog"}, {id, side}, progress_);
   }
   bool removeFromServer(const std::vector<std::string>& commands) {
     putRemovals(commands, {});

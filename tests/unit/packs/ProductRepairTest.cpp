@@ -19,8 +19,8 @@ class Repair : public StationTest {
 
   void putZb(const std::string& text) { installation_.putConfiguration("zb.ini", text); }
   bool repair(const std::string& section, Side side) {
-    return modProdTrelvManager::RepairProduct(program(), Installation::kServer, "S:\\Work",
-                                              "C:\\Prog", "ZB", section, side);
+    return modProdTrelvManager::RepairProduct(
+        program(), {Installation::kServer, "S:\\Work", "C:\\Prog"}, {"ZB", side}, section);
   }
   /// Repairs the server's side by a set-up section of these keys, version 09.
   bool repairWith(const std::string& keys) {

@@ -49,9 +49,9 @@ class UpdateRun : public StationTest {
   /// May the procedure go on?
   bool run(Operation operation, Side side, RunKind kind = RunKind::UpdateAll,
            const std::string& integrationPath = "S:\\Work") {
-    return modProdTrelvManager::ProductUpdateRun(program(), kind, "S:\\Lumo", integrationPath,
-                                                 "C:\\Programs", kConfiguration, operation, side,
-                                                 version_) == Procedure::GoesOn;
+    return modProdTrelvManager::ProductUpdateRun(
+               program(), kind, {"S:\\Lumo", integrationPath, "C:\\Programs"}, kConfiguration,
+               operation, side, version_) == Procedure::GoesOn;
   }
   bool updateServer() { return run(Operation::Update, Side::Server); }
 
@@ -450,8 +450,8 @@ TEST_F(UpdateRun, UnknownKindIsAFailureOfTheRun) {
 
 TEST_F(UpdateRun, ResolvedTextReplacesTheCallersCommand) {
   std::string command = "%PATHSETUP%\\a.exe";
-  EXPECT_TRUE(
-      modProdTrelvManager::RunCommand(program(), command, "S:\\Lumo", "S:\\Work", "C:\\Programs"));
+  EXPECT_TRUE(modProdTrelvManager::RunCommand(program(), command,
+                                              {"S:\\Lumo", "S:\\Work", "C:\\Programs"}));
   EXPECT_EQ(command, "S:\\Lumo\\a.exe");
 }
 

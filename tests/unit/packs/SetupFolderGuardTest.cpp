@@ -322,8 +322,9 @@ TEST(GeneratedRemovals, NeverTouchASharedFolder) {
     SCOPED_TRACE(commands[0] + " | " + commands[1] + " | " + commands[2]);
     const std::string windows = machine.diskOf("C:\\").tree("C:\\WINDOWS");
     NoProgress progress;
-    modProdTrelvManager::RemoveProduct(station.program(), Installation::kServer, "S:\\Lumo",
-                                       "C:\\Lumo\\Client", "ZB", Side::Server, progress);
+    modProdTrelvManager::RemoveProduct(station.program(),
+                                       {Installation::kServer, "S:\\Lumo", "C:\\Lumo\\Client"},
+                                       {"ZB", Side::Server}, progress);
     for (const char* const kept :
          {Installation::kCatalogue, Installation::kServerRecord, Installation::kServerLock,
           "S:\\Lumo\\mv\\q2\\a.dat", "C:\\Program Files\\Altro\\a.exe",

@@ -21,7 +21,7 @@ class ConfigurationFilesTest : public testing::Test {
 
   std::string read(const std::string& section, const std::string& key,
                    const std::string& file = kFile, std::uint32_t size = kSize) {
-    return files_.read(section, key, file, size);
+    return files_.read({file, section, key}, size);
   }
 
   /// What the platform's function answers; not counted.
@@ -92,13 +92,13 @@ TEST_F(ConfigurationFilesTest, AChangeIsSeenAfterForgetting) {
 
 TEST_F(ConfigurationFilesTest, AKeyThatStandsWithoutValueIsToldFromAMissingOne) {
   put("[s]\r\nempty=\r\nfull=v\r\nbare\r\n");
-  EXPECT_TRUE(files_.holds("S", "EMPTY", kFile));
-  EXPECT_TRUE(files_.holds("s", "full", kFile));
-  EXPECT_FALSE(files_.holds("s", "bare", kFile));
-  EXPECT_FALSE(files_.holds("s", "missing", kFile));
-  EXPECT_FALSE(files_.holds("t", "full", kFile));
-  EXPECT_FALSE(files_.holds("s", "full", "S:\\missing.ini"));
-  EXPECT_FALSE(files_.holds("s", "full", "win.ini"));
+  EXPECT_TRUE(files_.holds({kFile, "S", "EMPTY"}));
+  EXPECT_TRUE(files_.holds({kFile, "s", "full"}));
+  EXPECT_FALSE(files_.holds({kFile, "s", "bare"}));
+  EXPECT_FALSE(files_.holds({kFile, "s", "missing"}));
+  EXPECT_FALSE(files_.holds({kFile, "t", "full"}));
+  EXPECT_FALSE(files_.holds({"S:\\missing.ini", "s", "full"}));
+  EXPECT_FALSE(files_.holds({"win.ini", "s", "full"}));
   EXPECT_EQ(openings(kFile).reads, 1U);
 }
 
@@ -118,7 +118,7 @@ TEST_F(ConfigurationFilesTest, ForgettingOneFileKeepsTheOthers) {
 TEST_F(ConfigurationFilesTest, AWrittenValueThatWasThereKeepsTheFile) {
   put("[NERIO]\r\nversion=03.20.30.00\r\n");
   EXPECT_EQ(read("NERIO", "version"), "03.20.30.00");
-  files_.written("nerio", "VERSION", kFile, "03.20.30.00");
+  files_.written({kFile, "nerio", "VERSION"}, "03.20.30.00");
   EXPECT_EQ(read("NERIO", "version"), "03.20.30.00");
   EXPECT_EQ(machine_.callCount(), 1U);
 }
@@ -127,7 +127,7 @@ TEST_F(ConfigurationFilesTest, AWrittenValueThatIsNewDropsTheFile) {
   put("[NERIO]\r\nversion=03.20.30.00\r\n");
   EXPECT_EQ(read("NERIO", "version"), "03.20.30.00");
   put("[NERIO]\r\nversion=03.20.31.00\r\n");
-  files_.written("NERIO", "version", kFile, "03.20.31.00");
+  files_.written({kFile, "NERIO", "version"}, "03.20.31.00");
   EXPECT_EQ(read("NERIO", "version"), "03.20.31.00");
 }
 
@@ -135,7 +135,7 @@ TEST_F(ConfigurationFilesTest, AWrittenValueThatLosesItsQuotesDropsTheFile) {
   put("[s]\r\nk=\" v \"\r\n");
   EXPECT_EQ(read("s", "k"), " v ");
   machine_.machine().profiles.writeValue("s", "k", " v ", kFile);
-  files_.written("s", "k", kFile, " v ");
+  files_.written({kFile, "s", "k"}, " v ");
   EXPECT_EQ(read("s", "k"), platformReads("s", "k"));
 }
 
@@ -160,7 +160,7 @@ TEST_F(ConfigurationFilesTest, RelativeAndOddPathsGoToThePlatform) {
                            "\\\\.\\a.ini", "\\\\?\\S:\\a.ini", "", "C:", "a"}) {
     sim::SimMachine machine;
     ConfigurationFiles files(machine.machine());
-    EXPECT_EQ(files.read("s", "k", file, kSize), "");
+    EXPECT_EQ(files.read({file, "s", "k"}, kSize), "");
     EXPECT_EQ(machine.callCount(), 1U) << file;
     EXPECT_EQ(machine.calls().front().rfind("profiles.readValue", 0), 0U) << file;
   }

@@ -114,9 +114,9 @@ TEST(Execute, LetsIniFilesBeReadAnewAfterwards) {
     process.machine().putFile("C:\\a.ini", "[S]\r\nk=new\r\n");
     return 0;
   });
-  EXPECT_EQ(ReadSetting(program, "S", "k", "C:\\a.ini"), "old");
+  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "k"}), "old");
   EXPECT_TRUE(Execute(program, "C:\\p.exe", true));
-  EXPECT_EQ(ReadSetting(program, "S", "k", "C:\\a.ini"), "new");
+  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "k"}), "new");
 }
 
 TEST(ExecuteUntilReady, ReturnsOnceTheProgramHasReadWhatItWasGiven) {

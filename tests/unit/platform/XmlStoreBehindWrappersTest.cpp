@@ -29,12 +29,13 @@ class OwnStoreTest : public testing::Test {
 
   std::string read() {
     std::string value;
-    done = GetParameterXML(program, 999, "Complementary_Products", "Integration", "Path",
+    done = GetParameterXML(program, {999, "Complementary_Products", "Integration", "Path"},
                            "_DEFAULT_VALUE_", 1000, value);
     return value;
   }
   bool write(const std::string& value) {
-    return SetParameterXML(program, 999, "Complementary_Products", "Integration", "Path", 1, value);
+    return SetParameterXML(program, {999, "Complementary_Products", "Integration", "Path"}, 1,
+                           value);
   }
 
   FakeProgram program;

@@ -92,8 +92,8 @@ struct Reading {
 
 Reading read(FakeProgram& program, std::int32_t size = 1000) {
   Reading reading{false, "before"};
-  reading.done = GetParameterXML(program, 14, "Server", "Path", "default", "_DEFAULT_VALUE_", size,
-                                 reading.value);
+  reading.done = GetParameterXML(program, {14, "Server", "Path", "default"}, "_DEFAULT_VALUE_",
+                                 size, reading.value);
   return reading;
 }
 
@@ -158,7 +158,7 @@ TEST_P(SilentCodeTest, IsNoFailure) {
   FakeProgram program;
   program.sim.configuration().answerAlways(GetParam());
   EXPECT_TRUE(read(program).done);
-  EXPECT_TRUE(SetParameterXML(program, 14, "s", "k", "a", 1, "v"));
+  EXPECT_TRUE(SetParameterXML(program, {14, "s", "k", "a"}, 1, "v"));
   EXPECT_THAT(program.reports(), IsEmpty());
   EXPECT_THAT(program.lines(), IsEmpty());
 }
@@ -187,7 +187,7 @@ TEST_P(ReportedCodeTest, IsReportedWhenReading) {
 TEST_P(ReportedCodeTest, IsReportedWhenWriting) {
   FakeProgram program;
   program.sim.configuration().answerAlways(GetParam().code);
-  EXPECT_FALSE(SetParameterXML(program, 999, "Sez", "Chi", "Path", 1, "v"));
+  EXPECT_FALSE(SetParameterXML(program, {999, "Sez", "Chi", "Path"}, 1, "v"));
   EXPECT_EQ(program.sim.configuration().sets(), 1U);
   ASSERT_EQ(program.reports().size(), 1U);
   EXPECT_EQ(program.reports()[0].module, "modConfig");
@@ -239,7 +239,7 @@ TEST(ConfigurationStore, ThatCannotBeCalledIsReportedByEveryWrapper) {
   program.sim.configuration().setCallable(false);
   std::string path = "before";
   EXPECT_FALSE(read(program).done);
-  EXPECT_FALSE(SetParameterXML(program, 14, "s", "k", "a", 1, "v"));
+  EXPECT_FALSE(SetParameterXML(program, {14, "s", "k", "a"}, 1, "v"));
   EXPECT_NE(GetConfigPath(program, path), 0);
   EXPECT_EQ(path, "");
   EXPECT_EQ(DeterminaPathClient(program), "");
@@ -254,7 +254,7 @@ TEST(ConfigurationStore, ThatCannotBeCalledIsReportedByEveryWrapper) {
 
 TEST(SetParameterXML, WritesUnderTheProductsName) {
   FakeProgram program;
-  EXPECT_TRUE(SetParameterXML(program, 999, "Complementary_Products", "Integration", "Path", 1,
+  EXPECT_TRUE(SetParameterXML(program, {999, "Complementary_Products", "Integration", "Path"}, 1,
                               "S:\\Lumo"));
   EXPECT_EQ(
       program.sim.configuration().value("SYSTEM", "Complementary_Products", "Integration", "Path"),

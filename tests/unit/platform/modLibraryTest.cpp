@@ -386,47 +386,47 @@ TEST(TrimFolder, DropsBlanksAndOneBackslash) {
 TEST(ReadSetting, GivesTheValueAndEmptyTextForAMissingOne) {
   FakeProgram program;
   program.sim.putFile("C:\\a.ini", "[S]\r\nk=v\r\n");
-  EXPECT_EQ(ReadSetting(program, "S", "k", "C:\\a.ini"), "v");
-  EXPECT_EQ(ReadSetting(program, "S", "x", "C:\\a.ini"), "");
-  EXPECT_EQ(ReadSetting(program, "T", "k", "C:\\a.ini"), "");
-  EXPECT_EQ(ReadSetting(program, "S", "k", "C:\\no.ini"), "");
+  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "k"}), "v");
+  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "x"}), "");
+  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "T", "k"}), "");
+  EXPECT_EQ(ReadSetting(program, {"C:\\no.ini", "S", "k"}), "");
 }
 
 TEST(ReadSetting, CutsAfter510Characters) {
   FakeProgram program;
   program.sim.putFile(
       "C:\\a.ini", "[S]\r\na=" + std::string(510, 'x') + "\r\nb=" + std::string(511, 'y') + "\r\n");
-  EXPECT_EQ(ReadSetting(program, "S", "a", "C:\\a.ini"), std::string(510, 'x'));
-  EXPECT_EQ(ReadSetting(program, "S", "b", "C:\\a.ini"), std::string(510, 'y'));
+  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "a"}), std::string(510, 'x'));
+  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "b"}), std::string(510, 'y'));
 }
 
 TEST(WriteSetting, WritesAndTheNextReadSeesIt) {
   FakeProgram program;
   program.sim.putFile("C:\\a.ini", "[S]\r\nk=v\r\n");
-  EXPECT_EQ(ReadSetting(program, "S", "k", "C:\\a.ini"), "v");
-  EXPECT_NE(WriteSetting(program, "S", "k", "C:\\a.ini", "w"), 0U);
-  EXPECT_EQ(ReadSetting(program, "S", "k", "C:\\a.ini"), "w");
+  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "k"}), "v");
+  EXPECT_NE(WriteSetting(program, {"C:\\a.ini", "S", "k"}, "w"), 0U);
+  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "k"}), "w");
   EXPECT_EQ(program.sim.iniValue("C:\\a.ini", "S", "k"), "w");
 }
 
 TEST(WriteSetting, MakesTheFileWhenMissing) {
   FakeProgram program;
-  EXPECT_EQ(ReadSetting(program, "S", "k", "C:\\a.ini"), "");
-  EXPECT_NE(WriteSetting(program, "S", "k", "C:\\a.ini", "w"), 0U);
-  EXPECT_EQ(ReadSetting(program, "S", "k", "C:\\a.ini"), "w");
+  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "k"}), "");
+  EXPECT_NE(WriteSetting(program, {"C:\\a.ini", "S", "k"}, "w"), 0U);
+  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "k"}), "w");
 }
 
 TEST(WriteSetting, WithoutASectionCallsNothing) {
   FakeProgram program;
   program.sim.putFile("C:\\a.ini", "[S]\r\nk=v\r\n");
   program.sim.callLog().clear();
-  EXPECT_EQ(WriteSetting(program, "", "k", "C:\\a.ini", "w"), 0U);
+  EXPECT_EQ(WriteSetting(program, {"C:\\a.ini", "", "k"}, "w"), 0U);
   EXPECT_THAT(program.sim.calls(), IsEmpty());
 }
 
 TEST(WriteSetting, AnswersZeroWhenRefused) {
   FakeProgram program;
-  EXPECT_EQ(WriteSetting(program, "S", "k", "C:\\no\\a.ini", "w"), 0U);
+  EXPECT_EQ(WriteSetting(program, {"C:\\no\\a.ini", "S", "k"}, "w"), 0U);
   EXPECT_THAT(program.reports(), IsEmpty());
 }
 

@@ -27,7 +27,8 @@ class Placeholders : public testing::Test {
   std::string replaced(std::string text, const std::string& setupPath = "S:\\setup",
                        const std::string& workPath = "S:\\work",
                        const std::string& clientPath = "C:\\client") {
-    const std::string answer = ReplacePlaceholders(program_, text, setupPath, workPath, clientPath);
+    const std::string answer =
+        ReplacePlaceholders(program_, text, {setupPath, workPath, clientPath});
     EXPECT_EQ(answer, text) << "the text is rewritten in place and returned";
     return answer;
   }

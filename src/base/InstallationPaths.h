@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+namespace trelv {
+
+/// Where the products of one host installation lie. No path has a trailing backslash. A path that
+/// cannot be had is empty.
+struct InstallationPaths {
+  /// Root of the host installation on the server share: catalogue, set-ups, the server's record.
+  std::string server;
+  /// Folder that the host's configurator asks for; the products' programs lie below its "mv".
+  std::string integration;
+  /// Folder of the host's programs on this workstation: the client's record and lock lie there.
+  std::string programs;
+};
+
+}  // namespace trelv
