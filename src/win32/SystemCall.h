@@ -24,36 +24,58 @@ struct Called {
   SystemCode failure() const { return left != ERROR_SUCCESS ? left : ERROR_GEN_FAILURE; }
 };
 
-namespace system_call {
-inline const wchar_t* plain(const std::wstring& text) { return text.c_str(); }
-inline const char* plain(const std::string& text) { return text.c_str(); }
-template <class Argument>
-const Argument& plain(const Argument& argument) {
-  return argument;
-}
-}  // namespace system_call
+/// A text as one of Windows' functions takes it.
+template <class Letter>
+class TextArgument {
+ public:
+  // NOLINTBEGIN(google-explicit-constructor): a call reads as if it were made directly.
+  TextArgument(const Letter* text) : text_(text) {}
+  TextArgument(const std::basic_string<Letter>& text) : text_(text.c_str()) {}
+  operator const Letter*() const { return text_; }
+  // NOLINTEND(google-explicit-constructor)
+
+ private:
+  const Letter* text_;
+};
+
+/// What is handed over for a parameter: the same, but whole texts too.
+template <class Parameter>
+struct ArgumentFor {
+  using Type = Parameter;
+};
+template <>
+struct ArgumentFor<LPCWSTR> {
+  using Type = TextArgument<wchar_t>;
+};
+template <>
+struct ArgumentFor<LPCSTR> {
+  using Type = TextArgument<char>;
+};
 
 /// Calls a function of Windows: `called(GetFileAttributesW, wide(path))`.
-template <class Function, class... Arguments>
-auto called(Function function, const Arguments&... arguments) {
+template <class Answer, class... Parameters>
+Called<Answer> called(Answer(WINAPI* function)(Parameters...),
+                      typename ArgumentFor<Parameters>::Type... arguments) {
   SetLastError(ERROR_SUCCESS);
-  const auto answer = function(system_call::plain(arguments)...);
+  const Answer answer = function(arguments...);
   const SystemCode left = GetLastError();
-  return Called<std::remove_const_t<decltype(answer)>>{answer, left};
+  return {answer, left};
 }
 
 /// The same for a function that answers FALSE when it failed: 0, or the code of the failure.
-template <class Function, class... Arguments>
-SystemCode codeOf(Function function, const Arguments&... arguments) {
+template <class... Parameters>
+SystemCode codeOf(BOOL(WINAPI* function)(Parameters...),
+                  typename ArgumentFor<Parameters>::Type... arguments) {
   const Called<BOOL> call = called(function, arguments...);
   return call.answer != FALSE ? system_code::kSuccess : call.failure();
 }
 
 /// The same for a function that gives a handle: 0 and the handle, or the code of the failure and
 /// none.
-template <class Kind, class Function, class... Arguments>
-SystemCode obtain(Owned<Kind>& handle, Function function, const Arguments&... arguments) {
-  const auto call = called(function, arguments...);
+template <class Kind, class... Parameters>
+SystemCode obtain(Owned<Kind>& handle, typename Kind::Handle(WINAPI* function)(Parameters...),
+                  typename ArgumentFor<Parameters>::Type... arguments) {
+  const Called<typename Kind::Handle> call = called(function, arguments...);
   handle = Owned<Kind>(call.answer);
   return handle ? system_code::kSuccess : call.failure();
 }

@@ -14,8 +14,7 @@ class ForgetfulPath {
   ForgetfulPath& operator=(const ForgetfulPath&) = delete;
   ~ForgetfulPath() { SetLastError(ERROR_SUCCESS); }
 
-  // NOLINTNEXTLINE(google-explicit-constructor): a text for Windows' functions.
-  operator const wchar_t*() const { return path_; }
+  const wchar_t* text() const { return path_; }
 
  private:
   const wchar_t* path_;
@@ -26,8 +25,8 @@ constexpr const wchar_t* kMissing = L"C:\\there is no such file";
 BOOL WINAPI failWithoutCode() { return FALSE; }
 
 TEST(SystemCall, TheCodeIsTakenBeforeTheArgumentsAreDestroyed) {
-  EXPECT_EQ(system_code::kFileNotFound, codeOf(DeleteFileW, ForgetfulPath(kMissing)));
-  const Called<DWORD> attributes = called(GetFileAttributesW, ForgetfulPath(kMissing));
+  EXPECT_EQ(system_code::kFileNotFound, codeOf(DeleteFileW, ForgetfulPath(kMissing).text()));
+  const Called<DWORD> attributes = called(GetFileAttributesW, ForgetfulPath(kMissing).text());
   EXPECT_EQ(INVALID_FILE_ATTRIBUTES, attributes.answer);
   EXPECT_EQ(system_code::kFileNotFound, attributes.failure());
 }
@@ -38,7 +37,7 @@ TEST(SystemCall, AHandleThatCannotBeHadLeavesNoneAndItsCode) {
   ASSERT_EQ(system_code::kSuccess, obtain(search, FindFirstFileW, std::wstring(L"C:\\*"), &data));
   EXPECT_TRUE(search);
   EXPECT_EQ(system_code::kFileNotFound,
-            obtain(search, FindFirstFileW, ForgetfulPath(kMissing), &data));
+            obtain(search, FindFirstFileW, ForgetfulPath(kMissing).text(), &data));
   EXPECT_FALSE(search);
 }
 
