@@ -7,7 +7,7 @@ namespace trelv {
 /// Where the products of one host installation lie. No path has a trailing backslash. A path that
 /// cannot be had is empty.
 struct InstallationPaths {
-  /// Root of the host installation on the server share: catalogue, set-ups, the server's record.
+  /// What the host put on the server: below it lie the catalogue, set-ups and the server's record.
   std::string server;
   /// Folder that the host's configurator asks for; the products' programs lie below its "mv".
   std::string integration;
