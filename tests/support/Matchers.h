@@ -3,12 +3,32 @@
 #include <gmock/gmock.h>
 
 #include <cstdint>
+#include <ostream>
 #include <string>
 
 #include "sim/SimDesktop.h"
 #include "support/FakeProgram.h"
 
+// How failed matchers show them.
+
+namespace trelv {
+inline void PrintTo(const RuntimeError& failure, std::ostream* out) {
+  *out << failure.number() << " \"" << failure.description() << "\"";
+}
+}  // namespace trelv
+
+namespace trelv::sim {
+inline void PrintTo(const SimBox& box, std::ostream* out) {
+  *out << box.title << ": " << box.text << " (icon " << static_cast<int>(box.icon) << ", buttons "
+       << static_cast<int>(box.buttons) << ")";
+}
+}  // namespace trelv::sim
+
 namespace trelv::tests {
+
+inline void PrintTo(const FakeReport& report, std::ostream* out) {
+  *out << report.module << "." << report.procedure << ": " << report.message;
+}
 
 /// A message box with this icon and this whole text; its title is the product's name and its only
 /// button Ok unless others are given.

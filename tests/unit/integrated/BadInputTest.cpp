@@ -1,12 +1,13 @@
 // Whole starts of the real program with damaged or hostile files: the requested program starts, the
 // log tells what happened, nothing else is touched.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <algorithm>
 
 #include "platform/XmlStore.h"
-#include "support/Installation.h"
 #include "support/RealProgram.h"
+#include "support/Rows.h"
+#include "support/StationTest.h"
+#include "support/Texts.h"
 
 namespace trelv::tests {
 namespace {
@@ -23,118 +24,152 @@ constexpr const char* kClosing =
 constexpr const char* kNotConfigured =
     "Gestione ProdTrelv - Non è stato rilevato alcun programma per il prodotto: NERIO";
 
-class BadInput : public testing::Test {
- protected:
+/// Two products whose set-ups wait: NERIO's are a (server) and b (client), ZB's c and d. A start
+/// asks for NERIO's program.
+class BadInput : public StationTest {
+ public:
   BadInput() {
-    installation_.putCatalogue({{"NERIO", "Nerio", "nerio.ini"}, {"ZB", "Bilancio", "zb.ini"}});
-    configure("nerio.ini", "S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe");
-    configure("zb.ini", "S:\\Lumo\\c.exe", "S:\\Lumo\\d.exe");
-    for (const char* const name : {"a", "b", "c", "d", "nerio"}) {
-      installation_.share().putProgram("S:\\Lumo\\" + std::string(name) + ".exe");
-    }
+    installation_.putCatalogue({kNerio, kBilancio});
+    configureNerio("S:\\Lumo\\a.exe");
+    configure("zb.ini", "01.00", "S:\\Lumo\\c.exe", "S:\\Lumo\\d.exe");
+    installation_.putPrograms({"a", "b", "c", "d", "nerio", "nuovi file\\a"});
   }
 
-  void configure(const std::string& conf, const std::string& server, const std::string& client,
-                 const std::string& version = "01.00") {
+  void configure(const std::string& conf, const std::string& version, const std::string& server,
+                 const std::string& client) {
     installation_.putConfiguration(conf,
                                    configurationText({{"Setup01", version, {server}, {client}}},
                                                      {"NERIO=%PATHSETUP%\\nerio.exe"}));
   }
-
-  /// One start; gives its log lines.
-  std::vector<std::string> start() {
-    RealProgram program(station_.machine());
-    program.run("INTEGRATEDRUN S:\\Lumo S:\\Lumo NERIO");
-    return program.logLines();
+  void configureNerio(const std::string& server, const std::string& version = "01.00") {
+    configure("nerio.ini", version, server, "S:\\Lumo\\b.exe");
+  }
+  void putCatalogueBytes(const std::string& bytes) { share().put(Installation::kCatalogue, bytes); }
+  void putNerioAt(const std::string& conf) {
+    installation_.putCatalogue({{"NERIO", "Nerio", conf}, kBilancio});
   }
 
-  std::vector<std::string> started() { return station_.commandLines(); }
-  sim::SimMachine& machine() { return station_.machine(); }
+  /// One start; gives its log lines.
+  std::vector<std::string> start(const std::string& arguments = "") {
+    RealProgram program(machine());
+    program.run("INTEGRATEDRUN S:\\Lumo S:\\Lumo NERIO" + arguments);
+    return program.logLines();
+  }
+  /// Names of the programs that ran, with blanks between.
+  std::string programs() {
+    std::vector<std::string> names = without("S:\\Lumo\\", started());
+    for (std::string& name : names) {
+      name = name.substr(0, name.rfind(".exe"));
+    }
+    return joined(names);
+  }
 
-  Installation installation_;
-  Station station_{installation_};
+  const ProductEntry kNerio{"NERIO", "Nerio", "nerio.ini"};
+  const ProductEntry kBilancio{"ZB", "Bilancio", "zb.ini"};
 };
 
-// --- Catalogue
+// --- Catalogue, configuration, commands
 
-TEST_F(BadInput, MissingCatalogue) {
-  installation_.share().removeTree(Installation::kCatalogue);
-  const std::vector<std::string> lines = start();
-  EXPECT_THAT(lines, Contains(kClosing));
-  EXPECT_EQ(lines.back(), kNotConfigured);
-  EXPECT_THAT(started(), IsEmpty());
-}
+/// What is damaged; the programs that ran, a line that tells it (every start tells its end too).
+struct Damage : Row {
+  void (*arrange)(BadInput&);
+  const char* programs;
+  std::string line = kClosing;
+  bool ended = true;
+};
 
-TEST_F(BadInput, EmptyCatalogue) {
-  installation_.share().put(Installation::kCatalogue, "");
-  EXPECT_THAT(start(), Contains(kClosing));
-  EXPECT_THAT(started(), IsEmpty());
-}
-
-TEST_F(BadInput, BinaryCatalogue) {
+std::string binary() {
   std::string bytes;
   for (int i = 0; i < 4096; ++i) {
     bytes += static_cast<char>((i * 7 + i / 256) & 0xFF);
   }
-  installation_.share().put(Installation::kCatalogue, bytes);
-  EXPECT_THAT(start(), Contains(kClosing));
-  EXPECT_THAT(started(), IsEmpty());
+  return bytes;
 }
 
-TEST_F(BadInput, CatalogueInUtf16IsReadAsThePlatformDoes) {
+std::string inUtf16(const std::string& text) {
   std::string bytes = "\xFF\xFE";
-  for (const char c : std::string("[prod01]\r\nid=NERIO\r\nname=Nerio\r\nconf=nerio.ini\r\n")) {
+  for (const char c : text) {
     bytes += c;
     bytes += '\0';
   }
-  installation_.share().put(Installation::kCatalogue, bytes);
-  EXPECT_THAT(start(), Contains(kClosing));
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe", "S:\\Lumo\\nerio.exe "));
+  return bytes;
 }
 
-TEST_F(BadInput, CatalogueOfTenMegabytes) {
-  std::string bytes = installation_.share().text(Installation::kCatalogue);
+std::string tenMegabytes(std::string bytes) {
   while (bytes.size() < 10U * 1024U * 1024U) {
     bytes += "; " + std::string(1000, 'x') + "\r\n";
   }
-  installation_.share().put(Installation::kCatalogue, bytes);
-  EXPECT_THAT(start(), Contains(kClosing));
-  EXPECT_THAT(started(), SizeIs(5));
+  return bytes;
 }
 
-TEST_F(BadInput, ConfigurationPathThatLeavesTheServerIsReadAsItIsJoined) {
-  installation_.putCatalogue({{"NERIO", "Nerio", "..\\altro\\nerio.ini"}});
-  installation_.share().put("S:\\altro\\nerio.ini",
-                            configurationText({{"Setup01", "01.00", {"S:\\Lumo\\a.exe"}, {}}}));
-  EXPECT_THAT(start(), Contains(kClosing));
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe"));
+const std::string kMissing =
+    "Gestione ProdTrelv - Prodotto non rilevato, file di config non presente S:\\Lumo\\";
+const std::string kNotRun = "Gestione ProdTrelv - Esecuzione non effettuata di: S:\\Lumo\\";
+
+const std::vector<Damage> kDamages{
+    {"MissingCatalogue", [](BadInput& t) { t.share().removeTree(Installation::kCatalogue); }, "",
+     kNotConfigured},
+    {"EmptyCatalogue", [](BadInput& t) { t.putCatalogueBytes(""); }, "", kNotConfigured},
+    {"BinaryCatalogue", [](BadInput& t) { t.putCatalogueBytes(binary()); }, "", kNotConfigured},
+    // Read as the platform does.
+    {"CatalogueInUtf16",
+     [](BadInput& t) { t.putCatalogueBytes(inUtf16(catalogueText({t.kNerio}))); }, "a b nerio"},
+    {"CatalogueOfTenMegabytes",
+     [](BadInput& t) {
+       t.putCatalogueBytes(tenMegabytes(catalogueText({t.kNerio, t.kBilancio})));
+     },
+     "a b c d nerio"},
+    // It is read as it is joined.
+    {"ConfigurationPathThatLeavesTheServer",
+     [](BadInput& t) {
+       t.putNerioAt("..\\altro\\nerio.ini");
+       t.share().put("S:\\altro\\nerio.ini",
+                     configurationText({{"Setup01", "01.00", {"S:\\Lumo\\a.exe"}, {}}}));
+     },
+     "a c d", kNotConfigured},
+    {"ConfigurationPathThatIsAFolder", [](BadInput& t) { t.putNerioAt("prg"); }, "c d",
+     kMissing + "prg"},
+    {"ConfigurationPathThatLeadsNowhere", [](BadInput& t) { t.putNerioAt("manca\\n.ini"); }, "c d",
+     kMissing + "manca\\n.ini"},
+    {"SectionVersionThatIsNoNumber",
+     [](BadInput& t) { t.configureNerio("S:\\Lumo\\a.exe", "ultima"); }, "c d nerio",
+     "Gestione ProdTrelv - Lato Server la versione: ultima è minore o uguale a quella corrente: "},
+    {"CommandThatDoesNotExist", [](BadInput& t) { t.configureNerio("S:\\Lumo\\manca.exe"); },
+     "b c d nerio", kNotRun + "manca.exe"},
+    {"CommandThatIsAFolder", [](BadInput& t) { t.configureNerio("S:\\Lumo\\prg"); }, "b c d nerio",
+     kNotRun + "prg"},
+    // What the platform finds is started.
+    {"CommandThatLacksItsQuotes",
+     [](BadInput& t) { t.configureNerio("S:\\Lumo\\nuovi file\\a.exe"); },
+     "nuovi file\\a b c d nerio"},
+    {"LockThatIsAFolder", [](BadInput& t) { t.share().makeFolders(Installation::kServerLock); },
+     "nerio",
+     "Gestione ProdTrelv - Comando non eseguito: S:\\Lumo\\a.exe (Autorizzazione negata: "
+     "S:\\Lumo\\prg\\tempterm\\agdv.lck)",
+     false}};
+
+class DamagedStart : public BadInput, public testing::WithParamInterface<Damage> {};
+
+TEST_P(DamagedStart, RunsWhatItCanAndTellsTheRest) {
+  GetParam().arrange(*this);
+  const std::vector<std::string> lines = start();
+  EXPECT_THAT(lines, Contains(GetParam().line));
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), kClosing), GetParam().ended ? 1 : 0);
+  EXPECT_EQ(programs(), GetParam().programs);
 }
 
-TEST_F(BadInput, ConfigurationPathThatIsAFolder) {
-  installation_.putCatalogue({{"NERIO", "Nerio", "prg"}, {"ZB", "Bilancio", "zb.ini"}});
-  EXPECT_THAT(start(), Contains("Gestione ProdTrelv - Prodotto non rilevato, file di config non "
-                                "presente S:\\Lumo\\prg"));
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\c.exe", "S:\\Lumo\\d.exe"));
-}
+INSTANTIATE_TEST_SUITE_P(By, DamagedStart, testing::ValuesIn(kDamages), NameOfRow());
 
-TEST_F(BadInput, ConfigurationPathThatLeadsNowhere) {
-  installation_.putCatalogue({{"NERIO", "Nerio", "manca\\n.ini"}, {"ZB", "Bilancio", "zb.ini"}});
-  EXPECT_THAT(start(), Contains("Gestione ProdTrelv - Prodotto non rilevato, file di config non "
-                                "presente S:\\Lumo\\manca\\n.ini"));
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\c.exe", "S:\\Lumo\\d.exe"));
-}
-
-// --- Versions
-
-TEST_F(BadInput, SectionVersionThatIsNoNumberNeverRuns) {
-  configure("nerio.ini", "S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe", "ultima");
-  EXPECT_THAT(start(), Contains("Gestione ProdTrelv - Lato Server la versione: ultima è minore o "
-                                "uguale a quella corrente: "));
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\c.exe", "S:\\Lumo\\d.exe", "S:\\Lumo\\nerio.exe "));
+TEST_F(BadInput, CommandThatDoesNotExistIsReportedAndNotRecorded) {
+  configureNerio("S:\\Lumo\\manca.exe");
+  start();
+  EXPECT_THAT(machine().desktop().shownForms(), ElementsAre("frmError"));
+  EXPECT_EQ(station_.serverVersion("NERIO"), "");
+  EXPECT_EQ(station_.clientVersion("NERIO"), "01.00");
 }
 
 TEST_F(BadInput, SectionVersionOfFortyDigitsRunsOnce) {
-  configure("nerio.ini", "S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe", std::string(40, '9'));
+  configureNerio("S:\\Lumo\\a.exe", std::string(40, '9'));
   start();
   EXPECT_EQ(station_.serverVersion("NERIO"), std::string(40, '9'));
   const std::size_t before = started().size();
@@ -143,116 +178,84 @@ TEST_F(BadInput, SectionVersionOfFortyDigitsRunsOnce) {
 }
 
 TEST_F(BadInput, RecordedVersionThatIsNoNumberIsUpdated) {
-  installation_.putConfiguration("nerio.ini",
-                                 configurationText({{"Update01", "01.00", {"S:\\Lumo\\a.exe"}, {}}},
-                                                   {"NERIO=%PATHSETUP%\\nerio.exe"}));
+  installation_.putConfiguration(
+      "nerio.ini", configurationText({{"Update01", "01.00", {"S:\\Lumo\\a.exe"}, {}}}));
   installation_.putServerRecord("[NERIO]\r\nversion=???\r\n");
   start();
   EXPECT_THAT(started(), Contains("S:\\Lumo\\a.exe"));
   EXPECT_EQ(station_.serverVersion("NERIO"), "01.00");
 }
 
-// --- Commands
-
-TEST_F(BadInput, CommandThatDoesNotExistIsReportedAndTheRestGoesOn) {
-  configure("nerio.ini", "S:\\Lumo\\manca.exe", "S:\\Lumo\\b.exe");
-  const std::vector<std::string> lines = start();
-  EXPECT_THAT(lines,
-              Contains("Gestione ProdTrelv - Esecuzione non effettuata di: S:\\Lumo\\manca.exe"));
-  EXPECT_THAT(machine().desktop().shownForms(), ElementsAre("frmError"));
-  EXPECT_EQ(station_.serverVersion("NERIO"), "");
-  EXPECT_EQ(station_.clientVersion("NERIO"), "01.00");
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\b.exe", "S:\\Lumo\\c.exe", "S:\\Lumo\\d.exe",
-                                     "S:\\Lumo\\nerio.exe "));
-}
-
-TEST_F(BadInput, CommandThatIsAFolder) {
-  configure("nerio.ini", "S:\\Lumo\\prg", "S:\\Lumo\\b.exe");
-  EXPECT_THAT(start(),
-              Contains("Gestione ProdTrelv - Esecuzione non effettuata di: S:\\Lumo\\prg"));
-  EXPECT_EQ(started().back(), "S:\\Lumo\\nerio.exe ");
-}
-
-TEST_F(BadInput, CommandThatLacksItsQuotesStartsWhatThePlatformFinds) {
-  installation_.share().putProgram("S:\\Lumo\\nuovi file\\a.exe");
-  configure("nerio.ini", "S:\\Lumo\\nuovi file\\a.exe -S", "S:\\Lumo\\b.exe");
-  start();
-  EXPECT_EQ(machine().started()[0].program, "S:\\Lumo\\nuovi file\\a.exe");
-}
-
 // --- Version record
+
+constexpr const char* kNotRecorded =
+    "Gestione ProdTrelv - Errore in GestioneProdottiComplementari (Impossibile registrare la "
+    "versione 01.00 di NERIO nel file: S:\\Lumo\\prg\\etc\\agdvver.ini)";
 
 TEST_F(BadInput, ReadOnlyVersionRecordMakesEveryStartRepeat) {
   installation_.putServerRecord("[KXK]\r\nversion=01.00\r\n");
-  installation_.share().setReadOnly(Installation::kServerRecord);
-  const std::vector<std::string> lines = start();
-  EXPECT_THAT(lines, Contains(kClosing));
-  EXPECT_THAT(lines, Contains("Gestione ProdTrelv - Errore in GestioneProdottiComplementari "
-                              "(Impossibile registrare la versione 01.00 di NERIO nel file: "
-                              "S:\\Lumo\\prg\\etc\\agdvver.ini)"));
+  share().setReadOnly(Installation::kServerRecord);
+  EXPECT_THAT(start(), testing::IsSupersetOf({kClosing, kNotRecorded}));
   EXPECT_EQ(installation_.serverRecord(), "[KXK]\r\nversion=01.00\r\n");
   EXPECT_EQ(station_.clientVersion("NERIO"), "01.00");
   start();
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\b.exe", "S:\\Lumo\\c.exe",
-                                     "S:\\Lumo\\d.exe", "S:\\Lumo\\nerio.exe ", "S:\\Lumo\\a.exe",
-                                     "S:\\Lumo\\c.exe", "S:\\Lumo\\nerio.exe "));
+  EXPECT_EQ(programs(), "a b c d nerio a c nerio");
 }
 
 TEST_F(BadInput, LockedVersionRecordIsLeftAsItIs) {
   installation_.putServerRecord("[NERIO]\r\nversion=01.00\r\n");
-  installation_.share().holdOpen(Installation::kServerRecord, sim::Sharing::None);
-  const std::vector<std::string> lines = start();
-  EXPECT_THAT(lines, Contains(kClosing));
-  EXPECT_THAT(lines, Contains("Gestione ProdTrelv - Errore in GestioneProdottiComplementari "
-                              "(Impossibile registrare la versione 01.00 di NERIO nel file: "
-                              "S:\\Lumo\\prg\\etc\\agdvver.ini)"));
+  share().holdOpen(Installation::kServerRecord, sim::Sharing::None);
+  EXPECT_THAT(start(), testing::IsSupersetOf({kClosing, kNotRecorded}));
   EXPECT_EQ(started().back(), "S:\\Lumo\\nerio.exe ");
-  installation_.share().release(Installation::kServerRecord);
+  share().release(Installation::kServerRecord);
   EXPECT_EQ(installation_.serverRecord(), "[NERIO]\r\nversion=01.00\r\n");
 }
 
-// --- Share, lock, disk, rights
+// --- Share, disk, rights
 
 TEST_F(BadInput, ShareThatVanishesDuringACommandEndsQuietly) {
-  installation_.share().putProgram("S:\\Lumo\\a.exe", [this](sim::SimProcess&) {
-    installation_.share().disconnect();
+  share().putProgram("S:\\Lumo\\a.exe", [this](sim::SimProcess&) {
+    share().disconnect();
     return 0U;
   });
   const std::vector<std::string> lines = start();
   EXPECT_THAT(lines, Contains(HasSubstr("Tipo=Setup - Oggetto=Server - Comando=S:\\Lumo\\a.exe")));
   EXPECT_EQ(lines.back(), kNotConfigured);
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe"));
-  installation_.share().reconnect();
+  EXPECT_EQ(programs(), "a");
+  share().reconnect();
   EXPECT_EQ(station_.clientVersion("NERIO"), "");
 }
 
-TEST_F(BadInput, LockThatIsAFolderStopsTheUpdatesAndStartsTheProgram) {
-  installation_.share().makeFolders(Installation::kServerLock);
-  EXPECT_THAT(start(), Contains(HasSubstr("Gestione ProdTrelv - Comando non eseguito: "
-                                          "S:\\Lumo\\a.exe (Autorizzazione negata: ")));
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\nerio.exe "));
-}
-
 TEST_F(BadInput, FullDiskOfTheLogLosesLinesAndNothingElse) {
-  station_.disk().setCapacity(station_.disk().usedBytes() + 200);
-  installation_.putConfiguration("nerio.ini",
-                                 configurationText({{"Setup01", "01.00", {"S:\\Lumo\\a.exe"}, {}}},
-                                                   {"NERIO=%PATHSETUP%\\nerio.exe"}));
+  disk().setCapacity(disk().usedBytes() + 200);
+  configure("nerio.ini", "01.00", "S:\\Lumo\\a.exe", "");
   installation_.putConfiguration("zb.ini", configurationText({}));
   EXPECT_THAT(start(), Not(Contains(kClosing)));
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\a.exe", "S:\\Lumo\\nerio.exe "));
+  EXPECT_EQ(programs(), "a nerio");
   EXPECT_EQ(station_.serverVersion("NERIO"), "01.00");
 }
 
 TEST_F(BadInput, UserWithoutRightsGetsBoxesAndTheProgram) {
   machine().system().setAdministrator(false);
-  const std::vector<std::string> lines = start();
-  EXPECT_THAT(machine().boxes(), SizeIs(4));
-  EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\nerio.exe "));
-  EXPECT_THAT(lines, Contains(kClosing));
+  EXPECT_THAT(start(), Contains(kClosing));
+  EXPECT_THAT(boxes(), SizeIs(4));
+  EXPECT_EQ(programs(), "nerio");
   EXPECT_EQ(station_.serverVersion("NERIO"), "");
   EXPECT_FALSE(installation_.serverLockExists());
   EXPECT_FALSE(machine().fileExists(Station::kClientLock));
+}
+
+// --- Command line
+
+TEST_F(BadInput, CommandLineWithALoneQuoteTakesTheRestAsOneArgument) {
+  EXPECT_THAT(start(" \"archivio 2026 resto"), Contains(kClosing));
+  EXPECT_EQ(started().back(), "S:\\Lumo\\nerio.exe archivio 2026 resto");
+}
+
+TEST_F(BadInput, CommandLineOfThirtyTwoThousandCharactersReachesTheProgram) {
+  const std::string rest(32000, 'x');
+  EXPECT_THAT(start(" " + rest), Contains(kClosing));
+  EXPECT_EQ(started().back(), "S:\\Lumo\\nerio.exe " + rest);
 }
 
 // --- Configuration store: ours, in the place of the host's
@@ -267,7 +270,7 @@ std::string storeText(const std::string& server) {
 }
 
 class BadStore : public BadInput {
- protected:
+ public:
   BadStore() {
     setPointer("Schema", "C:\\Lumo\\Client\\lumoconf.xsd");
     setPointer("Config", kStoreFile);
@@ -282,12 +285,11 @@ class BadStore : public BadInput {
   /// A store of these bytes is reported, refused like another server's and left as it is.
   void expectRefused(const std::string& bytes) {
     machine().putFile(kStoreFile, bytes);
-    const std::vector<std::string> lines = start();
+    EXPECT_THAT(start(), Contains("Gestione ProdTrelv - Integrazione disponibile ma su altro "
+                                  "server - Impossibile proseguire"));
     EXPECT_THAT(machine().desktop().shownForms(), ElementsAre("frmError"));
-    EXPECT_THAT(machine().boxes(), SizeIs(1));
-    EXPECT_THAT(lines, Contains("Gestione ProdTrelv - Integrazione disponibile ma su altro server "
-                                "- Impossibile proseguire"));
-    EXPECT_THAT(started(), ElementsAre("S:\\Lumo\\nerio.exe "));
+    EXPECT_THAT(boxes(), SizeIs(1));
+    EXPECT_EQ(programs(), "nerio");
     EXPECT_EQ(machine().fileText(kStoreFile), bytes);
   }
 
@@ -314,20 +316,7 @@ TEST_F(BadStore, WithoutPointersIsReportedAndEverythingElseIsDone) {
   EXPECT_EQ(machine().fileText(kStoreFile), storeText("S:\\Altro"));
 }
 
-TEST_F(BadStore, Empty) { expectRefused(""); }
-
-TEST_F(BadStore, Truncated) {
-  const std::string whole = storeText("S:\\Lumo");
-  expectRefused(whole.substr(0, whole.size() / 2));
-}
-
-TEST_F(BadStore, IllFormed) { expectRefused("<configuration></product></configuration>"); }
-
-TEST_F(BadStore, Huge) {
-  expectRefused(storeText("S:\\Lumo") + std::string(5U * 1024U * 1024U, ' '));
-}
-
-TEST_F(BadStore, WithEntitiesThatMultiply) {
+std::string entitiesThatMultiply() {
   std::string entities = "<!ENTITY a \"S:\\Lumo\">";
   for (char name = 'b'; name <= 'j'; ++name) {
     const char inner = static_cast<char>(name - 1);
@@ -337,25 +326,14 @@ TEST_F(BadStore, WithEntitiesThatMultiply) {
     }
     entities += "\">";
   }
-  expectRefused("<!DOCTYPE configuration [" + entities + "]>" + storeText("&j;"));
+  return "<!DOCTYPE configuration [" + entities + "]>" + storeText("&j;");
 }
 
-// --- Command line
-
-TEST_F(BadInput, CommandLineWithALoneQuoteTakesTheRestAsOneArgument) {
-  RealProgram program(station_.machine());
-  program.run("INTEGRATEDRUN S:\\Lumo S:\\Lumo NERIO \"archivio 2026 resto");
-  EXPECT_THAT(program.logLines(), Contains(kClosing));
-  EXPECT_EQ(started().back(), "S:\\Lumo\\nerio.exe archivio 2026 resto");
-}
-
-TEST_F(BadInput, CommandLineOfThirtyTwoThousandCharactersReachesTheProgram) {
-  const std::string rest(32000, 'x');
-  RealProgram program(station_.machine());
-  program.run("INTEGRATEDRUN S:\\Lumo S:\\Lumo NERIO " + rest);
-  EXPECT_THAT(program.logLines(), Contains(kClosing));
-  EXPECT_EQ(started().back(), "S:\\Lumo\\nerio.exe " + rest);
-}
+TEST_F(BadStore, Empty) { expectRefused(""); }
+TEST_F(BadStore, Truncated) { expectRefused(storeText("S:\\Lumo").substr(0, 100)); }
+TEST_F(BadStore, IllFormed) { expectRefused("<configuration></product></configuration>"); }
+TEST_F(BadStore, Huge) { expectRefused(storeText("S:\\Lumo") + std::string(5U << 20U, ' ')); }
+TEST_F(BadStore, WithEntitiesThatMultiply) { expectRefused(entitiesThatMultiply()); }
 
 }  // namespace
 }  // namespace trelv::tests

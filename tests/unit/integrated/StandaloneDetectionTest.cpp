@@ -3,6 +3,7 @@
 
 #include "integrated/StandaloneDetection.h"
 #include "support/FakeProgram.h"
+#include "support/Texts.h"
 
 namespace trelv::tests {
 namespace {
@@ -10,7 +11,6 @@ namespace {
 using machine::Hive;
 using modProdTrelvManager::EsisteProdottoComplementareStandalone;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr const char* kBegun =
     "Gestione ProdTrelv - Verifica esistenza prodotti complementari standalone";
@@ -40,27 +40,26 @@ class StandaloneDetection : public testing::Test {
   std::string list_ = "di prima\r\n";
 };
 
-TEST_F(StandaloneDetection, FindsNothingOnAFreshMachine) {
+TEST_F(StandaloneDetection, AsksForFiveProductsInOrderAndFindsNoneOnAFreshMachine) {
   EXPECT_FALSE(detect());
   EXPECT_EQ(list_, "");
   EXPECT_EQ(lines().front(), kBegun);
+  EXPECT_THAT(endsOf(lines(), "Gestione ProdTrelv - Verifica modalità installazione "),
+              ElementsAre("NERIO", "Q2", "ZB", "LUDA", "ZM"));
   EXPECT_EQ(lines().back(),
             "Gestione ProdTrelv - Nessun prodotto complementare standalone rilevato");
+  detect();
+  EXPECT_EQ(machine().callLog().countOf("registry.openKey HKLM\\Software\\Classes\\ClsID"), 1U)
+      << "the registered component is searched once for several questions";
 }
 
-TEST_F(StandaloneDetection, AsksForTheProductsInOrder) {
-  detect();
-  std::vector<std::string> asked;
-  for (const std::string& line : lines()) {
-    if (line.find("Verifica modalità installazione ") != std::string::npos) {
-      asked.push_back(line);
-    }
-  }
-  EXPECT_THAT(asked, ElementsAre("Gestione ProdTrelv - Verifica modalità installazione NERIO",
-                                 "Gestione ProdTrelv - Verifica modalità installazione Q2",
-                                 "Gestione ProdTrelv - Verifica modalità installazione ZB",
-                                 "Gestione ProdTrelv - Verifica modalità installazione LUDA",
-                                 "Gestione ProdTrelv - Verifica modalità installazione ZM"));
+TEST_F(StandaloneDetection, ListsTheProductsInOrderAndMakesNoReport) {
+  installLuda();
+  installNerio();
+  EXPECT_TRUE(detect());
+  EXPECT_EQ(list_, "Nerio Standalone\r\nLuda Standalone\r\n");
+  EXPECT_EQ(program_.state.inventory.reportFile, "");
+  EXPECT_EQ(machine().openings("C:\\Users").files(), 0U);
 }
 
 TEST_F(StandaloneDetection, ListsAllFiveInOrder) {
@@ -76,13 +75,6 @@ TEST_F(StandaloneDetection, ListsAllFiveInOrder) {
             "Gestione ProdTrelv - Rilevato almeno un prodotto complementare standalone");
 }
 
-TEST_F(StandaloneDetection, OfTwoProductsListsTwoLines) {
-  installLuda();
-  installNerio();
-  EXPECT_TRUE(detect());
-  EXPECT_EQ(list_, "Nerio Standalone\r\nLuda Standalone\r\n");
-}
-
 TEST_F(StandaloneDetection, OfAnIntegratedMachineFindsNoneWhateverIsInstalled) {
   installNerio();
   installTwins();
@@ -96,19 +88,6 @@ TEST_F(StandaloneDetection, OfAnIntegratedMachineFindsNoneWhateverIsInstalled) {
                           "Gestione ProdTrelv - Integrazione Dovra SP rilevata con: X:\\",
                           "Gestione ProdTrelv - Rilevata integrazione, nessun prodotto "
                           "complementare standalone rilevato"));
-}
-
-TEST_F(StandaloneDetection, MakesNoReport) {
-  installNerio();
-  detect();
-  EXPECT_EQ(program_.state.inventory.reportFile, "");
-  EXPECT_EQ(machine().openings("C:\\Users").files(), 0U);
-}
-
-TEST_F(StandaloneDetection, SearchesTheRegisteredComponentOnceForSeveralQuestions) {
-  detect();
-  detect();
-  EXPECT_EQ(machine().callLog().countOf("registry.openKey HKLM\\Software\\Classes\\ClsID"), 1U);
 }
 
 }  // namespace
