@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <utility>
+
 #include "sim/KilledMachine.h"
 
 namespace trelv::sim {
@@ -7,7 +10,7 @@ namespace {
 
 using namespace system_code;
 
-// A step of a program that tidies up behind itself, whatever happens.
+/// A step of a program that tidies up behind itself, whatever happens.
 class TidyStep {
  public:
   explicit TidyStep(SimMachine& machine) : machine_(machine) {}
@@ -20,74 +23,77 @@ class TidyStep {
   static inline SystemCode code_ = kSuccess;
 };
 
-// Runs `program` until it is killed; false when it came to its end.
-template <class Program>
-bool dies(Program&& program) {
-  try {
-    program();
-  } catch (const Killed&) {
-    return true;
+class KilledMachineTest : public testing::Test {
+ protected:
+  SystemCode write(const std::string& path, const std::string& text = "x") {
+    return machine_.files().write(path, text);
   }
-  return false;
-}
-
-TEST(KilledMachine, TheCallOfItsNumberIsNotCarriedOut) {
-  SimMachine machine;
-  const KilledMachine kill(machine, 2);
-
-  EXPECT_TRUE(dies([&] {
-    machine.files().write("C:\\1.txt", "x");
-    machine.files().write("C:\\2.txt", "x");
-    machine.files().write("C:\\3.txt", "x");
-  }));
-  EXPECT_TRUE(machine.fileExists("C:\\1.txt"));
-  EXPECT_FALSE(machine.fileExists("C:\\2.txt"));
-  EXPECT_FALSE(machine.fileExists("C:\\3.txt"));
-  EXPECT_TRUE(kill.reached());
-  EXPECT_EQ(kill.killedCall(), "files.write C:\\2.txt");
-  EXPECT_EQ(kill.calls(), 2U);
-}
-
-TEST(KilledMachine, ARunThatEndsBeforeSaysSo) {
-  SimMachine machine;
-  const KilledMachine kill(machine, 3);
-
-  EXPECT_FALSE(dies([&] { machine.files().write("C:\\1.txt", "x"); }));
-  EXPECT_FALSE(kill.reached());
-  EXPECT_EQ(kill.killedCall(), "");
-}
-
-TEST(KilledMachine, ATrapOfTheProgramDoesNotHoldIt) {
-  SimMachine machine;
-  const KilledMachine kill(machine, 1);
-
-  EXPECT_TRUE(dies([&] {
+  /// Runs `program`, which is killed in its call of this number; false when it came to its end.
+  bool dies(std::size_t number, const std::function<void()>& program,
+            Unfinished left = Unfinished::NotBegun) {
+    const KilledMachine kill(machine_, number, left);
+    bool died = false;
     try {
-      machine.files().write("C:\\1.txt", "x");
+      program();
+    } catch (const Killed&) {
+      died = true;
+    }
+    EXPECT_EQ(kill.reached(), died);
+    killedCall_ = kill.killedCall();
+    calls_ = kill.calls();
+    return died;
+  }
+
+  SimMachine machine_;
+  std::string killedCall_;
+  std::size_t calls_ = 0;
+};
+
+TEST_F(KilledMachineTest, TheCallOfItsNumberIsNotCarriedOut) {
+  EXPECT_TRUE(dies(2, [&] {
+    write("C:\\1.txt");
+    write("C:\\2.txt");
+    write("C:\\3.txt");
+  }));
+  EXPECT_TRUE(machine_.fileExists("C:\\1.txt"));
+  EXPECT_FALSE(machine_.fileExists("C:\\2.txt"));
+  EXPECT_FALSE(machine_.fileExists("C:\\3.txt"));
+  EXPECT_EQ(killedCall_, "files.write C:\\2.txt");
+  EXPECT_EQ(calls_, 2U);
+}
+
+TEST_F(KilledMachineTest, ARunThatEndsBeforeSaysSo) {
+  EXPECT_FALSE(dies(3, [&] { write("C:\\1.txt"); }));
+  EXPECT_EQ(killedCall_, "");
+}
+
+TEST_F(KilledMachineTest, ATrapOfTheProgramDoesNotHoldIt) {
+  EXPECT_TRUE(dies(1, [&] {
+    try {
+      write("C:\\1.txt");
     } catch (const std::exception&) {
       ADD_FAILURE() << "caught as a failure of the program";
     }
   }));
 }
 
-TEST(KilledMachine, TheDyingProgramChangesNothing) {
-  SimMachine machine;
-  machine.putFile("C:\\a.lock", "lock");
-  machine.programs().define("C:\\a.exe");
-  machine.registry().makeKey(machine::Hive::LocalMachine, "SOFTWARE\\LUMO");
+TEST_F(KilledMachineTest, TheDyingProgramChangesNothing) {
+  machine_.putFile("C:\\a.lock", "lock");
+  machine_.programs().define("C:\\a.exe");
+  machine_.registry().makeKey(machine::Hive::LocalMachine, "SOFTWARE\\LUMO");
   std::unique_ptr<machine::RegistryKey> key;
-  ASSERT_EQ(machine.registry().openKey(machine::Hive::LocalMachine, "SOFTWARE\\LUMO", 0xF003F, key),
-            kSuccess);
-  machine.callLog().clear();
-  const KilledMachine kill(machine, 1);
+  ASSERT_EQ(
+      machine_.registry().openKey(machine::Hive::LocalMachine, "SOFTWARE\\LUMO", 0xF003F, key),
+      kSuccess);
+  machine_.callLog().clear();
 
-  EXPECT_TRUE(dies([&] {
-    const TidyStep step(machine);
+  EXPECT_TRUE(dies(1, [&] {
+    const TidyStep step(machine_);
     try {
       std::string content;
-      machine.files().read("C:\\a.lock", 10, content);
+      machine_.files().read("C:\\a.lock", 10, content);
     } catch (...) {
-      machine::Machine& parts = machine.machine();
+      machine::Machine& parts = machine_.machine();
       std::unique_ptr<machine::RunningProcess> process;
       EXPECT_EQ(parts.files.write("C:\\b.txt", "x"), kAccessDenied);
       EXPECT_EQ(parts.files.append("C:\\a.lock", "x"), kAccessDenied);
@@ -104,131 +110,112 @@ TEST(KilledMachine, TheDyingProgramChangesNothing) {
     }
   }));
   EXPECT_EQ(TidyStep::code(), kAccessDenied);
-  EXPECT_EQ(machine.fileText("C:\\a.lock"), "lock");
-  EXPECT_FALSE(machine.fileExists("C:\\b.txt"));
-  EXPECT_FALSE(machine.fileExists("C:\\b.ini"));
-  EXPECT_TRUE(machine.started().empty());
-  EXPECT_FALSE(machine.environment().has("KILLED"));
-  EXPECT_TRUE(machine.boxes().empty());
-  EXPECT_EQ(machine.calls(), (std::vector<std::string>{"files.read C:\\a.lock"}));
+  EXPECT_EQ(machine_.fileText("C:\\a.lock"), "lock");
+  EXPECT_FALSE(machine_.fileExists("C:\\b.txt"));
+  EXPECT_FALSE(machine_.fileExists("C:\\b.ini"));
+  EXPECT_TRUE(machine_.started().empty());
+  EXPECT_FALSE(machine_.environment().has("KILLED"));
+  EXPECT_TRUE(machine_.boxes().empty());
+  EXPECT_EQ(machine_.calls(), (std::vector<std::string>{"files.read C:\\a.lock"}));
 }
 
-TEST(KilledMachine, NothingElseHappensBetweenTheCallsOfTheDyingProgram) {
-  SimMachine machine;
-  bool hooked = false;
-  bool pumped = false;
-  machine.onCall("files.removeFile", [&] { hooked = true; });
-  machine.desktop().onEvents([&] { pumped = true; });
-  const KilledMachine kill(machine, 1);
-
-  EXPECT_TRUE(dies([&] {
+TEST_F(KilledMachineTest, NothingElseHappensBetweenTheCallsOfTheDyingProgram) {
+  bool happened = false;
+  machine_.onCall("files.removeFile", [&] { happened = true; });
+  machine_.desktop().onEvents([&] { happened = true; });
+  EXPECT_TRUE(dies(1, [&] {
     try {
-      machine.files().write("C:\\1.txt", "x");
+      write("C:\\1.txt");
     } catch (...) {
-      machine.files().removeFile("C:\\1.txt");
-      machine.desktop().processEvents();
+      machine_.files().removeFile("C:\\1.txt");
+      machine_.desktop().processEvents();
       throw;
     }
   }));
-  EXPECT_FALSE(hooked);
-  EXPECT_FALSE(pumped);
+  EXPECT_FALSE(happened);
 }
 
-TEST(KilledMachine, TheNextStartFindsTheWorldAsItWasLeft) {
-  SimMachine machine;
-  machine.desktop().setHourglass(true);
+TEST_F(KilledMachineTest, TheNextStartFindsTheWorldAsItWasLeft) {
+  machine_.desktop().setHourglass(true);
   SimFormWindow window("frmwait");
-  machine.desktop().activate(window);
-  {
-    const KilledMachine kill(machine, 1);
-    EXPECT_TRUE(dies([&] { machine.files().write("C:\\1.txt", "x"); }));
-  }
-  EXPECT_EQ(machine.desktop().activeForm(), nullptr);
-  EXPECT_FALSE(machine.desktop().hourglass());
-  EXPECT_EQ(machine.files().write("C:\\1.txt", "again"), kSuccess);
-  EXPECT_EQ(machine.fileText("C:\\1.txt"), "again");
+  machine_.desktop().activate(window);
+  EXPECT_TRUE(dies(1, [&] { write("C:\\1.txt"); }));
+  EXPECT_EQ(machine_.desktop().activeForm(), nullptr);
+  EXPECT_FALSE(machine_.desktop().hourglass());
+  EXPECT_EQ(write("C:\\1.txt", "again"), kSuccess);
+  EXPECT_EQ(machine_.fileText("C:\\1.txt"), "again");
 }
 
-TEST(KilledMachine, AProgramThatItStartedLivesOn) {
-  SimMachine machine;
-  machine.programs().define("C:\\a.exe", [](SimProcess& process) {
+TEST_F(KilledMachineTest, AProgramThatItStartedLivesOn) {
+  machine_.programs().define("C:\\a.exe", [](SimProcess& process) {
     process.machine().putFile("C:\\made.txt", "x");
     return 0U;
   });
-  machine.programs().setDeferred(true);
+  machine_.programs().setDeferred(true);
   std::unique_ptr<machine::RunningProcess> process;
-  const KilledMachine kill(machine, 2);
-
-  EXPECT_TRUE(dies([&] {
-    machine.programs().start("C:\\a.exe", true, process);
-    process->wait();
-  }));
+  const KilledMachine kill(machine_, 2);
+  ASSERT_EQ(machine_.programs().start("C:\\a.exe", true, process), kSuccess);
+  EXPECT_THROW(process->wait(), Killed);
   EXPECT_EQ(process->wait(), kAccessDenied);
-  EXPECT_FALSE(machine.fileExists("C:\\made.txt"));
-  machine.programs().runDeferred();
-  EXPECT_TRUE(machine.fileExists("C:\\made.txt"));
+  EXPECT_FALSE(machine_.fileExists("C:\\made.txt"));
+  machine_.programs().runDeferred();
+  EXPECT_TRUE(machine_.fileExists("C:\\made.txt"));
 }
 
-TEST(KilledMachine, AFileBeingWrittenIsLeftUntouchedEmptyOrHalf) {
-  const auto left = [](Unfinished unfinished) {
-    SimMachine machine;
-    machine.putFile("C:\\a.txt", "old text");
-    const KilledMachine kill(machine, 1, unfinished);
-    EXPECT_TRUE(dies([&] { machine.files().write("C:\\a.txt", "123456"); }));
-    return machine.fileText("C:\\a.txt");
-  };
-  EXPECT_EQ(left(Unfinished::NotBegun), "old text");
-  EXPECT_EQ(left(Unfinished::Empty), "");
-  EXPECT_EQ(left(Unfinished::Half), "123");
+// --- What a call leaves that was begun
+
+TEST_F(KilledMachineTest, AFileBeingWrittenIsLeftUntouchedEmptyOrHalf) {
+  for (const auto& [left, text] :
+       std::vector<std::pair<Unfinished, std::string>>{{Unfinished::NotBegun, "old text"},
+                                                       {Unfinished::Empty, ""},
+                                                       {Unfinished::Half, "123"}}) {
+    machine_.putFile("C:\\a.txt", "old text");
+    EXPECT_TRUE(dies(
+        1, [&] { write("C:\\a.txt", "123456"); }, left));
+    EXPECT_EQ(machine_.fileText("C:\\a.txt"), text);
+  }
 }
 
-TEST(KilledMachine, AFileThatGrowsKeepsWhatItHeld) {
-  const auto left = [](Unfinished unfinished) {
-    SimMachine machine;
-    machine.putFile("C:\\a.log", "old ");
-    const KilledMachine kill(machine, 1, unfinished);
-    EXPECT_TRUE(dies([&] { machine.files().append("C:\\a.log", "123456"); }));
-    return machine.fileText("C:\\a.log");
-  };
-  EXPECT_EQ(left(Unfinished::NotBegun), "old ");
-  EXPECT_EQ(left(Unfinished::Empty), "old ");
-  EXPECT_EQ(left(Unfinished::Half), "old 123");
+TEST_F(KilledMachineTest, AFileThatGrowsKeepsWhatItHeld) {
+  for (const auto& [left, text] :
+       std::vector<std::pair<Unfinished, std::string>>{{Unfinished::NotBegun, "old "},
+                                                       {Unfinished::Empty, "old "},
+                                                       {Unfinished::Half, "old 123"}}) {
+    machine_.putFile("C:\\a.log", "old ");
+    EXPECT_TRUE(dies(
+        1, [&] { machine_.files().append("C:\\a.log", "123456"); }, left));
+    EXPECT_EQ(machine_.fileText("C:\\a.log"), text);
+  }
 }
 
-TEST(KilledMachine, ACopyIsLeftHalfDoneWithTheTimeOfItsWriting) {
-  SimMachine machine;
-  machine.putFile("C:\\a.txt", "123456");
-  machine.diskOf("C:\\").setModified("C:\\a.txt", {2001, 4, 3, 2, 1, 0});
-  machine.putFile("C:\\b.txt", "an older and longer text");
-  const KilledMachine kill(machine, 1, Unfinished::Half);
-
-  EXPECT_TRUE(dies([&] { machine.files().copyFile("C:\\a.txt", "C:\\b.txt"); }));
-  EXPECT_EQ(machine.fileText("C:\\a.txt"), "123456");
-  EXPECT_EQ(machine.fileText("C:\\b.txt"), "123");
-  EXPECT_EQ(machine.diskOf("C:\\").modifiedTicks("C:\\b.txt"), ticksOf(machine.clock().now()));
+TEST_F(KilledMachineTest, ACopyIsLeftHalfDoneWithTheTimeOfItsWriting) {
+  machine_.putFile("C:\\a.txt", "123456");
+  machine_.diskOf("C:\\").setModified("C:\\a.txt", {2001, 4, 3, 2, 1, 0});
+  machine_.putFile("C:\\b.txt", "an older and longer text");
+  EXPECT_TRUE(dies(
+      1, [&] { machine_.files().copyFile("C:\\a.txt", "C:\\b.txt"); }, Unfinished::Half));
+  EXPECT_EQ(machine_.fileText("C:\\a.txt"), "123456");
+  EXPECT_EQ(machine_.fileText("C:\\b.txt"), "123");
+  EXPECT_EQ(machine_.diskOf("C:\\").modifiedTicks("C:\\b.txt"), ticksOf(machine_.clock().now()));
 }
 
-TEST(KilledMachine, AFileThatRefusesIsNotTouchedEither) {
-  SimMachine machine;
-  machine.putFile("C:\\a.txt", "new");
-  machine.programs().define("C:\\b.exe");
-  const auto running = machine.diskOf("C:\\").run("C:\\b.exe");
-  const std::string program = machine.fileText("C:\\b.exe");
-  const KilledMachine kill(machine, 1, Unfinished::Half);
-
-  EXPECT_TRUE(dies([&] { machine.files().copyFile("C:\\a.txt", "C:\\b.exe"); }));
-  EXPECT_EQ(machine.fileText("C:\\b.exe"), program);
+TEST_F(KilledMachineTest, AFileThatRefusesIsNotTouchedEither) {
+  machine_.putFile("C:\\a.txt", "new");
+  machine_.programs().define("C:\\b.exe");
+  const auto running = machine_.diskOf("C:\\").run("C:\\b.exe");
+  const std::string program = machine_.fileText("C:\\b.exe");
+  EXPECT_TRUE(dies(
+      1, [&] { machine_.files().copyFile("C:\\a.txt", "C:\\b.exe"); }, Unfinished::Half));
+  EXPECT_EQ(machine_.fileText("C:\\b.exe"), program);
 }
 
-TEST(KilledMachine, AReplacementHappensAsAWholeOrNotAtAll) {
-  SimMachine machine;
-  machine.putFile("C:\\a.txt", "new");
-  machine.putFile("C:\\b.txt", "old");
-  const KilledMachine kill(machine, 1, Unfinished::Half);
-
-  EXPECT_TRUE(dies([&] { machine.files().replaceFile("C:\\a.txt", "C:\\b.txt"); }));
-  EXPECT_EQ(machine.fileText("C:\\a.txt"), "new");
-  EXPECT_EQ(machine.fileText("C:\\b.txt"), "old");
+TEST_F(KilledMachineTest, AReplacementHappensAsAWholeOrNotAtAll) {
+  machine_.putFile("C:\\a.txt", "new");
+  machine_.putFile("C:\\b.txt", "old");
+  EXPECT_TRUE(dies(
+      1, [&] { machine_.files().replaceFile("C:\\a.txt", "C:\\b.txt"); }, Unfinished::Half));
+  EXPECT_EQ(machine_.fileText("C:\\a.txt"), "new");
+  EXPECT_EQ(machine_.fileText("C:\\b.txt"), "old");
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "sim/SimMachine.h"
@@ -5,108 +6,99 @@
 namespace trelv::sim {
 namespace {
 
+using testing::ElementsAre;
 using namespace system_code;
 
-TEST(SimCalls, EveryCallIsToldInOrder) {
-  SimMachine machine;
-  std::string content;
-  machine.files().write("C:\\a.txt", "a");
-  machine.files().copyFile("C:\\a.txt", "C:\\b.txt");
-  machine.profiles().writeValue("S", "k", "v", "p.ini");
-  machine.desktop().messageBox("Titolo", "Testo", machine::BoxIcon::None, machine::BoxButtons::Ok);
+class SimCallsTest : public testing::Test {
+ protected:
+  SystemCode write(const std::string& path) { return machine_.files().write(path, "x"); }
+  std::string read(const std::string& path) {
+    std::string content;
+    machine_.files().read(path, 10, content);
+    return content;
+  }
 
-  EXPECT_EQ(machine.calls(), (std::vector<std::string>{
-                                 "files.write C:\\a.txt",
-                                 "files.copyFile C:\\a.txt -> C:\\b.txt",
-                                 "profiles.writeValue C:\\WINDOWS\\p.ini [S] k=v",
-                                 "desktop.messageBox Testo",
-                             }));
+  SimMachine machine_;
+};
+
+TEST_F(SimCallsTest, EveryCallIsToldInOrder) {
+  write("C:\\a.txt");
+  machine_.files().copyFile("C:\\a.txt", "C:\\b.txt");
+  machine_.profiles().writeValue("S", "k", "v", "p.ini");
+  machine_.desktop().messageBox("Titolo", "Testo", machine::BoxIcon::None, machine::BoxButtons::Ok);
+  EXPECT_THAT(
+      machine_.calls(),
+      ElementsAre("files.write C:\\a.txt", "files.copyFile C:\\a.txt -> C:\\b.txt",
+                  "profiles.writeValue C:\\WINDOWS\\p.ini [S] k=v", "desktop.messageBox Testo"));
 }
 
-TEST(SimCalls, WhatATestDoesItselfIsNoCall) {
-  SimMachine machine;
-  machine.putFile("C:\\a.txt", "a");
-  machine.setIniValue("C:\\b\\b.ini", "S", "k", "v");
-  machine.environment().put("X", "1");
-  machine.registry().setText(machine::Hive::LocalMachine, "SOFTWARE\\LUMO", "a", "b");
-
-  EXPECT_EQ(machine.iniValue("C:\\b\\b.ini", "S", "k"), "v");
-  EXPECT_EQ(machine.callCount(), 0U);
+TEST_F(SimCallsTest, WhatATestDoesItselfIsNoCall) {
+  machine_.putFile("C:\\a.txt", "a");
+  machine_.setIniValue("C:\\b\\b.ini", "S", "k", "v");
+  machine_.environment().put("X", "1");
+  machine_.registry().setText(machine::Hive::LocalMachine, "SOFTWARE\\LUMO", "a", "b");
+  EXPECT_EQ(machine_.iniValue("C:\\b\\b.ini", "S", "k"), "v");
+  EXPECT_EQ(machine_.callCount(), 0U);
 }
 
-TEST(SimCalls, OpeningsAreCountedByPlaceAndKind) {
-  SimMachine machine;
-  machine.mount("S:");
-  std::string content;
+TEST_F(SimCallsTest, OpeningsAreCountedByPlaceAndKind) {
+  machine_.mount("S:");
   std::vector<machine::FolderEntry> entries;
   machine::FileFacts facts;
-  machine.files().write("S:\\prg\\a.txt", "a");
-  machine.files().read("s:\\prg\\a.txt", 10, content);
-  machine.files().append("S:\\prg2\\a.txt", "a");
-  machine.files().copyFile("C:\\a.txt", "S:\\prg\\a.txt");
-  machine.files().list("S:\\prg", "", entries);
-  machine.files().look("S:\\prg", facts);
-  machine.profiles().readValue("S", "k", "", 10, "S:\\prg\\a.ini");
-  machine.profiles().readValue("S", "k", "", 10, "p.ini");
+  write("S:\\prg\\a.txt");
+  read("s:\\prg\\a.txt");
+  machine_.files().append("S:\\prg2\\a.txt", "a");
+  machine_.files().copyFile("C:\\a.txt", "S:\\prg\\a.txt");
+  machine_.files().list("S:\\prg", "", entries);
+  machine_.files().look("S:\\prg", facts);
+  machine_.profiles().readValue("S", "k", "", 10, "S:\\prg\\a.ini");
+  machine_.profiles().readValue("S", "k", "", 10, "p.ini");
 
-  const Openings prg = machine.openings("S:\\prg");
-  EXPECT_EQ(prg.writes, 1U);
-  EXPECT_EQ(prg.reads, 1U);
+  const Openings prg = machine_.openings("S:\\prg");
+  EXPECT_THAT((std::vector<std::size_t>{prg.writes, prg.reads, prg.copies, prg.lists, prg.looks,
+                                        prg.profileReads}),
+              testing::Each(1U));
   EXPECT_EQ(prg.appends, 0U);
-  EXPECT_EQ(prg.copies, 1U);
-  EXPECT_EQ(prg.lists, 1U);
-  EXPECT_EQ(prg.looks, 1U);
-  EXPECT_EQ(prg.profileReads, 1U);
   EXPECT_EQ(prg.files(), 4U);
-  EXPECT_EQ(machine.openings("S:\\").files(), 5U);
-  EXPECT_EQ(machine.openings("C:\\windows").profileReads, 1U);
+  EXPECT_EQ(machine_.openings("S:\\").files(), 5U);
+  EXPECT_EQ(machine_.openings("C:\\windows").profileReads, 1U);
 }
 
-TEST(SimCalls, AHookRunsOnceJustBeforeItsCall) {
-  SimMachine machine;
-  machine.putFile("C:\\a.txt", "old");
-  machine.onCall(2, [&] { machine.putFile("C:\\a.txt", "new"); });
-  std::string first;
-  std::string second;
+// --- Hooks
 
-  machine.files().read("C:\\a.txt", 10, first);
-  machine.files().read("C:\\a.txt", 10, second);
-  EXPECT_EQ(first, "old");
-  EXPECT_EQ(second, "new");
+TEST_F(SimCallsTest, AHookRunsOnceJustBeforeItsCall) {
+  machine_.putFile("C:\\a.txt", "old");
+  machine_.onCall(2, [&] { machine_.putFile("C:\\a.txt", "new"); });
+  EXPECT_EQ(read("C:\\a.txt"), "old");
+  EXPECT_EQ(read("C:\\a.txt"), "new");
 }
 
-TEST(SimCalls, AHookByTextWaitsForTheNextCallThatBeginsSo) {
-  SimMachine machine;
+TEST_F(SimCallsTest, AHookByTextWaitsForTheNextCallThatBeginsSo) {
   int runs = 0;
-  machine.onCall("files.write c:\\LOCK", [&] { ++runs; });
-
-  machine.files().write("C:\\other.txt", "");
+  machine_.onCall("files.write c:\\LOCK", [&] { ++runs; });
+  write("C:\\other.txt");
   EXPECT_EQ(runs, 0);
-  machine.files().write("C:\\lock.txt", "");
-  machine.files().write("C:\\lock.txt", "");
+  write("C:\\lock.txt");
+  write("C:\\lock.txt");
   EXPECT_EQ(runs, 1);
 }
 
-TEST(SimCalls, AnotherWorkstationWorksBetweenTwoCalls) {
-  SimMachine first;
+TEST_F(SimCallsTest, AnotherWorkstationWorksBetweenTwoCalls) {
   SimMachine second;
-  second.mount("S:", first.mount("S:"));
-  first.onCall("files.write", [&] { second.files().append("S:\\lock", "second"); });
+  second.mount("S:", machine_.mount("S:"));
+  machine_.onCall("files.write", [&] { second.files().append("S:\\lock", "second"); });
   machine::FileFacts facts;
-
-  EXPECT_EQ(first.files().look("S:\\lock", facts), kFileNotFound);
-  EXPECT_EQ(first.files().write("S:\\lock", "first"), kSuccess);
-  EXPECT_EQ(first.fileText("S:\\lock"), "first");
-  EXPECT_EQ(second.calls(), (std::vector<std::string>{"files.append S:\\lock"}));
+  EXPECT_EQ(machine_.files().look("S:\\lock", facts), kFileNotFound);
+  EXPECT_EQ(write("S:\\lock"), kSuccess);
+  EXPECT_EQ(machine_.fileText("S:\\lock"), "x");
+  EXPECT_THAT(second.calls(), ElementsAre("files.append S:\\lock"));
 }
 
-TEST(SimCalls, AHookMayCallTheSameMachine) {
-  SimMachine machine;
-  machine.onCall(1, [&] { machine.files().write("C:\\inner.txt", ""); });
-  machine.files().write("C:\\outer.txt", "");
-
-  EXPECT_EQ(machine.calls(),
-            (std::vector<std::string>{"files.write C:\\outer.txt", "files.write C:\\inner.txt"}));
+TEST_F(SimCallsTest, AHookMayCallTheSameMachine) {
+  machine_.onCall(1, [&] { write("C:\\inner.txt"); });
+  write("C:\\outer.txt");
+  EXPECT_THAT(machine_.calls(),
+              ElementsAre("files.write C:\\outer.txt", "files.write C:\\inner.txt"));
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "sim/SimMachine.h"
@@ -5,43 +6,66 @@
 namespace trelv::sim {
 namespace {
 
+using testing::ElementsAre;
 using namespace system_code;
 
 constexpr std::size_t kWhole = 1'000'000;
 
-std::string readText(SimMachine& machine, const std::string& path) {
-  std::string content = "unread";
-  EXPECT_EQ(machine.files().read(path, kWhole, content), kSuccess) << path;
-  return content;
+class SimFilesTest : public testing::Test {
+ protected:
+  SystemCode read(const std::string& path) { return machine_.files().read(path, kWhole, content_); }
+  std::string textOf(const std::string& path) {
+    EXPECT_EQ(read(path), kSuccess) << path;
+    return content_;
+  }
+  SystemCode write(const std::string& path, const std::string& bytes = "x") {
+    return machine_.files().write(path, bytes);
+  }
+  SystemCode append(const std::string& path, const std::string& bytes = "x") {
+    return machine_.files().append(path, bytes);
+  }
+  SystemCode remove(const std::string& path) { return machine_.files().removeFile(path); }
+  SystemCode copy(const std::string& from, const std::string& to) {
+    return machine_.files().copyFile(from, to);
+  }
+  SystemCode replace(const std::string& from, const std::string& to) {
+    return machine_.files().replaceFile(from, to);
+  }
+  SystemCode look(const std::string& path) { return machine_.files().look(path, facts_); }
+  SystemCode list(const std::string& folder) { return machine_.files().list(folder, "", entries_); }
+  /// Names of the entries of a folder in the order of its listing.
+  std::vector<std::string> listed(const std::string& folder) {
+    EXPECT_EQ(list(folder), kSuccess);
+    std::vector<std::string> names;
+    for (const machine::FolderEntry& entry : entries_) {
+      names.push_back(entry.name + (entry.facts.folder ? "\\" : ""));
+    }
+    return names;
+  }
+
+  SimMachine machine_;
+  SimDisk& disk_ = machine_.diskOf("C:\\");
+  /// What the last read, look and listing gave.
+  std::string content_ = "unread";
+  machine::FileFacts facts_;
+  std::vector<machine::FolderEntry> entries_;
+};
+
+// --- A disk
+
+TEST_F(SimFilesTest, NamesAreFoundInAnyCaseAndKeepTheirSpelling) {
+  machine_.putFile("C:\\Lumo\\Àncora.TXT", "testo");
+  EXPECT_EQ(textOf("c:\\LUMO\\àNCORA.txt"), "testo");
+  EXPECT_THAT(disk_.names("C:\\Lumo\\"), ElementsAre("Programmi", "Àncora.TXT"));
 }
 
-TEST(SimDisk, NamesAreFoundInAnyCaseAndKeepTheirSpelling) {
-  SimMachine machine;
-  machine.putFile("C:\\Lumo\\Àncora.TXT", "testo");
-
-  EXPECT_EQ(readText(machine, "c:\\LUMO\\àNCORA.txt"), "testo");
-  EXPECT_EQ(machine.diskOf("C:\\").names("C:\\Lumo\\"),
-            (std::vector<std::string>{"Programmi", "Àncora.TXT"}));
-}
-
-TEST(SimDisk, IsListedInTheOrderOfCreationOrAsTold) {
-  SimMachine machine;
-  machine.putFile("C:\\packs\\b.zip", "");
-  machine.putFile("C:\\packs\\a.zip", "");
-  machine.makeFolders("C:\\packs\\0");
-  std::vector<machine::FolderEntry> entries;
-
-  ASSERT_EQ(machine.files().list("C:\\packs", "", entries), kSuccess);
-  ASSERT_EQ(entries.size(), 3U);
-  EXPECT_EQ(entries[0].name, "b.zip");
-  EXPECT_EQ(entries[1].name, "a.zip");
-  EXPECT_TRUE(entries[2].facts.folder);
-
-  machine.diskOf("C:\\").setListingOrder("C:\\packs", {"0", "A.ZIP"});
-  ASSERT_EQ(machine.files().list("C:\\packs", "", entries), kSuccess);
-  EXPECT_EQ(entries[0].name, "0");
-  EXPECT_EQ(entries[1].name, "a.zip");
-  EXPECT_EQ(entries[2].name, "b.zip");
+TEST_F(SimFilesTest, FoldersAreListedInTheOrderOfCreationOrAsTold) {
+  machine_.putFile("C:\\packs\\b.zip", "");
+  machine_.putFile("C:\\packs\\a.zip", "");
+  machine_.makeFolders("C:\\packs\\0");
+  EXPECT_THAT(listed("C:\\packs"), ElementsAre("b.zip", "a.zip", "0\\"));
+  disk_.setListingOrder("C:\\packs", {"0", "A.ZIP"});
+  EXPECT_THAT(listed("C:\\packs"), ElementsAre("0\\", "a.zip", "b.zip"));
 }
 
 TEST(SimDisk, TreeShowsEveryEntry) {
@@ -53,223 +77,193 @@ TEST(SimDisk, TreeShowsEveryEntry) {
   EXPECT_EQ(disk.tree("prg\\com"), "prg\\com\\a.ini 5\n");
 }
 
-TEST(SharedDisk, IsTheSameForEveryWorkstationUnderItsOwnName) {
-  SimMachine first;
-  SimMachine second;
-  const auto share = first.mount("S:");
-  second.mount("\\\\SERVER\\Lumo", share);
+// --- A share
 
-  ASSERT_EQ(first.files().append("S:\\agdv.lck", "uno"), kSuccess);
+TEST_F(SimFilesTest, AShareIsTheSameForEveryWorkstationUnderItsOwnName) {
+  SimMachine second;
+  const auto share = machine_.mount("S:");
+  second.mount("\\\\SERVER\\Lumo", share);
+  ASSERT_EQ(append("S:\\agdv.lck", "uno"), kSuccess);
   ASSERT_EQ(second.files().append("\\\\server\\lumo\\AGDV.LCK", " due"), kSuccess);
 
-  EXPECT_EQ(readText(first, "S:\\agdv.lck"), "uno due");
+  EXPECT_EQ(textOf("S:\\agdv.lck"), "uno due");
   EXPECT_EQ(share->text("agdv.lck"), "uno due");
-  EXPECT_EQ(first.callCount(), 2U);
+  EXPECT_EQ(machine_.callCount(), 2U);
   EXPECT_EQ(second.callCount(), 1U);
 }
 
-TEST(SharedDisk, AnswersItsCodeWhileItIsGone) {
-  SimMachine machine;
-  const auto share = machine.mount("S:");
+TEST_F(SimFilesTest, AShareAnswersItsCodeWhileItIsGone) {
+  const auto share = machine_.mount("S:");
   share->put("a.ini", "[S]\r\nk=v\r\n");
-  std::string content = "before";
-  machine::FileFacts facts;
-  std::vector<machine::FolderEntry> entries;
-
   share->disconnect(kNetNameDeleted);
-  EXPECT_EQ(machine.files().read("S:\\a.ini", kWhole, content), kNetNameDeleted);
-  EXPECT_EQ(content, "before");
-  EXPECT_EQ(machine.files().look("S:\\a.ini", facts), kNetNameDeleted);
-  EXPECT_EQ(machine.files().list("S:\\", "", entries), kNetNameDeleted);
-  EXPECT_EQ(machine.files().append("S:\\a.ini", "x"), kNetNameDeleted);
-  EXPECT_EQ(machine.profiles().readValue("S", "k", "default", 100, "S:\\a.ini"), "default");
-  EXPECT_EQ(machine.profiles().writeValue("S", "k", "w", "S:\\a.ini"), 0U);
+  for (const SystemCode code :
+       {read("S:\\a.ini"), look("S:\\a.ini"), list("S:\\"), append("S:\\a.ini")}) {
+    EXPECT_EQ(code, kNetNameDeleted);
+  }
+  EXPECT_EQ(content_, "unread");
+  EXPECT_EQ(machine_.profiles().readValue("S", "k", "default", 100, "S:\\a.ini"), "default");
+  EXPECT_EQ(machine_.profiles().writeValue("S", "k", "w", "S:\\a.ini"), 0U);
 
   share->reconnect();
-  EXPECT_EQ(readText(machine, "S:\\a.ini"), "[S]\r\nk=v\r\n");
+  EXPECT_EQ(textOf("S:\\a.ini"), "[S]\r\nk=v\r\n");
 }
 
-TEST(SharedDisk, VanishesBetweenTwoCallsWhenAHookSaysSo) {
-  SimMachine machine;
-  const auto share = machine.mount("S:");
+TEST_F(SimFilesTest, AShareVanishesBetweenTwoCallsWhenAHookSaysSo) {
+  const auto share = machine_.mount("S:");
   share->put("a.txt", "a");
-  machine.onCall(2, [&] { share->disconnect(); });
-  std::string content;
-
-  EXPECT_EQ(machine.files().read("S:\\a.txt", kWhole, content), kSuccess);
-  EXPECT_EQ(machine.files().read("S:\\a.txt", kWhole, content), kBadNetPath);
+  machine_.onCall(2, [&] { share->disconnect(); });
+  EXPECT_EQ(read("S:\\a.txt"), kSuccess);
+  EXPECT_EQ(read("S:\\a.txt"), kBadNetPath);
 }
 
-TEST(SimFiles, PlacesThatAreNotMountedAnswerByTheirKind) {
-  SimMachine machine;
-  std::string content;
-
-  EXPECT_EQ(machine.files().read("Q:\\a.txt", kWhole, content), kPathNotFound);
-  EXPECT_EQ(machine.files().read("\\\\server\\share\\a.txt", kWhole, content), kBadNetPath);
+TEST_F(SimFilesTest, PlacesThatAreNotMountedAnswerByTheirKind) {
+  EXPECT_EQ(read("Q:\\a.txt"), kPathNotFound);
+  EXPECT_EQ(read("\\\\server\\share\\a.txt"), kBadNetPath);
 }
 
-TEST(SimFiles, ReadOnlyFilesRefuseToBeChanged) {
-  SimMachine machine;
-  machine.putFile("C:\\a.txt", "a");
-  machine.putFile("C:\\b.txt", "b");
-  machine.diskOf("C:\\").setReadOnly("C:\\a.txt");
+// --- Files that refuse
 
-  EXPECT_EQ(machine.files().write("C:\\a.txt", "x"), kAccessDenied);
-  EXPECT_EQ(machine.files().append("C:\\a.txt", "x"), kAccessDenied);
-  EXPECT_EQ(machine.files().removeFile("C:\\a.txt"), kAccessDenied);
-  EXPECT_EQ(machine.files().copyFile("C:\\b.txt", "C:\\a.txt"), kAccessDenied);
-  EXPECT_EQ(machine.profiles().writeValue("S", "k", "v", "C:\\a.txt"), 0U);
-  EXPECT_EQ(machine.fileText("C:\\a.txt"), "a");
+TEST_F(SimFilesTest, ReadOnlyFilesRefuseToBeChanged) {
+  machine_.putFile("C:\\a.txt", "a");
+  machine_.putFile("C:\\b.txt", "b");
+  disk_.setReadOnly("C:\\a.txt");
+  for (const SystemCode code : {write("C:\\a.txt"), append("C:\\a.txt"), remove("C:\\a.txt"),
+                                copy("C:\\b.txt", "C:\\a.txt")}) {
+    EXPECT_EQ(code, kAccessDenied);
+  }
+  EXPECT_EQ(machine_.profiles().writeValue("S", "k", "v", "C:\\a.txt"), 0U);
+  EXPECT_EQ(machine_.fileText("C:\\a.txt"), "a");
 
-  EXPECT_EQ(machine.files().setReadOnly("C:\\a.txt", false), kSuccess);
-  EXPECT_EQ(machine.files().write("C:\\a.txt", "x"), kSuccess);
+  EXPECT_EQ(machine_.files().setReadOnly("C:\\a.txt", false), kSuccess);
+  EXPECT_EQ(write("C:\\a.txt"), kSuccess);
 }
 
-TEST(SimFiles, HeldFilesLetPassWhatTheirHolderShares) {
-  SimMachine machine;
-  machine.putFile("C:\\a.txt", "a");
-  SimDisk& disk = machine.diskOf("C:\\");
-  std::string content;
+TEST_F(SimFilesTest, HeldFilesLetPassWhatTheirHolderShares) {
+  machine_.putFile("C:\\a.txt", "a");
+  disk_.holdOpen("C:\\a.txt", Sharing::Read);
+  EXPECT_EQ(read("C:\\a.txt"), kSuccess);
+  EXPECT_EQ(append("C:\\a.txt"), kSharingViolation);
+  EXPECT_EQ(remove("C:\\a.txt"), kSharingViolation);
 
-  disk.holdOpen("C:\\a.txt", Sharing::Read);
-  EXPECT_EQ(machine.files().read("C:\\a.txt", kWhole, content), kSuccess);
-  EXPECT_EQ(machine.files().append("C:\\a.txt", "b"), kSharingViolation);
-  EXPECT_EQ(machine.files().removeFile("C:\\a.txt"), kSharingViolation);
+  disk_.holdOpen("C:\\a.txt", Sharing::Write);
+  EXPECT_EQ(read("C:\\a.txt"), kSharingViolation);
+  EXPECT_EQ(append("C:\\a.txt"), kSuccess);
 
-  disk.holdOpen("C:\\a.txt", Sharing::Write);
-  EXPECT_EQ(machine.files().read("C:\\a.txt", kWhole, content), kSharingViolation);
-  EXPECT_EQ(machine.files().append("C:\\a.txt", "b"), kSuccess);
-
-  disk.holdOpen("C:\\a.txt", Sharing::All);
-  EXPECT_EQ(machine.files().removeFile("C:\\a.txt"), kSuccess);
-  EXPECT_FALSE(machine.fileExists("C:\\a.txt"));
+  disk_.holdOpen("C:\\a.txt", Sharing::All);
+  EXPECT_EQ(remove("C:\\a.txt"), kSuccess);
+  EXPECT_FALSE(machine_.fileExists("C:\\a.txt"));
 }
 
-TEST(SimFiles, ARunningProgramCanOnlyBeReadAndRenamed) {
-  SimMachine machine;
+TEST_F(SimFilesTest, ARunningProgramCanOnlyBeReadAndRenamed) {
   const std::string running = "C:\\Lumo\\Programmi\\TrelvManager.exe";
-  machine.putFile("C:\\Lumo\\Programmi\\new.exe", "MZ new");
-  std::string content;
+  const std::string other = "C:\\Lumo\\Programmi\\new.exe";
+  const std::string aside = "C:\\Lumo\\Programmi\\old.exe";
+  machine_.putFile(other, "MZ new");
+  EXPECT_EQ(read(running), kSuccess);
+  EXPECT_EQ(remove(running), kAccessDenied);
+  EXPECT_EQ(copy(other, running), kSharingViolation);
+  EXPECT_EQ(replace(other, running), kAccessDenied);
 
-  EXPECT_EQ(machine.files().read(running, kWhole, content), kSuccess);
-  EXPECT_EQ(machine.files().removeFile(running), kAccessDenied);
-  EXPECT_EQ(machine.files().copyFile("C:\\Lumo\\Programmi\\new.exe", running), kSharingViolation);
-  EXPECT_EQ(machine.files().replaceFile("C:\\Lumo\\Programmi\\new.exe", running), kAccessDenied);
-
-  EXPECT_EQ(machine.files().replaceFile(running, "C:\\Lumo\\Programmi\\old.exe"), kSuccess);
-  EXPECT_EQ(machine.files().copyFile("C:\\Lumo\\Programmi\\new.exe", running), kSuccess);
-  EXPECT_EQ(machine.files().removeFile("C:\\Lumo\\Programmi\\old.exe"), kAccessDenied);
-  EXPECT_EQ(machine.files().removeFile(running), kSuccess);
+  EXPECT_EQ(replace(running, aside), kSuccess);
+  EXPECT_EQ(copy(other, running), kSuccess);
+  EXPECT_EQ(remove(aside), kAccessDenied);
+  EXPECT_EQ(remove(running), kSuccess);
 }
 
-TEST(SimFiles, AFullDiskLeavesAWrittenFileEmptyAndACopyUnmade) {
-  SimMachine machine;
-  const auto disk = machine.mount("D:");
+TEST_F(SimFilesTest, AFullDiskLeavesAWrittenFileEmptyAndACopyUnmade) {
+  const auto disk = machine_.mount("D:");
   disk->put("a.txt", "12345");
   disk->put("b.txt", "12345");
   disk->setCapacity(12);
-
-  EXPECT_EQ(machine.files().copyFile("D:\\a.txt", "D:\\c.txt"), kDiskFull);
+  EXPECT_EQ(copy("D:\\a.txt", "D:\\c.txt"), kDiskFull);
   EXPECT_FALSE(disk->exists("c.txt"));
-  EXPECT_EQ(machine.files().append("D:\\a.txt", "678"), kDiskFull);
+  EXPECT_EQ(append("D:\\a.txt", "678"), kDiskFull);
   EXPECT_EQ(disk->text("a.txt"), "12345");
-  EXPECT_EQ(machine.files().write("D:\\a.txt", "12345678"), kDiskFull);
+  EXPECT_EQ(write("D:\\a.txt", "12345678"), kDiskFull);
   EXPECT_EQ(disk->text("a.txt"), "");
-  EXPECT_EQ(machine.files().write("D:\\a.txt", "1234567"), kSuccess);
+  EXPECT_EQ(write("D:\\a.txt", "1234567"), kSuccess);
 }
 
-TEST(SimFiles, WhatIsDeniedAnswersItsCodeAndNothingBesideIt) {
-  SimMachine machine;
-  machine.putFile("C:\\Program Files\\P\\a.txt", "a");
-  SimDisk& disk = machine.diskOf("C:\\");
-  std::string content;
+TEST_F(SimFilesTest, WhatIsDeniedAnswersItsCodeAndNothingBesideIt) {
+  const std::string file = "C:\\Program Files\\P\\a.txt";
+  machine_.putFile(file, "a");
+  disk_.denyWriting("C:\\Program Files");
+  EXPECT_EQ(read(file), kSuccess);
+  EXPECT_EQ(write(file), kAccessDenied);
+  EXPECT_EQ(machine_.files().makeFolder("C:\\Program Files\\Q"), kAccessDenied);
+  EXPECT_EQ(machine_.files().makeFolder("C:\\Program Files 2"), kSuccess);
 
-  disk.denyWriting("C:\\Program Files");
-  EXPECT_EQ(machine.files().read("C:\\Program Files\\P\\a.txt", kWhole, content), kSuccess);
-  EXPECT_EQ(machine.files().write("C:\\Program Files\\P\\a.txt", "b"), kAccessDenied);
-  EXPECT_EQ(machine.files().makeFolder("C:\\Program Files\\Q"), kAccessDenied);
-  EXPECT_EQ(machine.files().makeFolder("C:\\Program Files 2"), kSuccess);
+  disk_.deny("C:\\Program Files\\P");
+  EXPECT_EQ(read(file), kAccessDenied);
 
-  disk.deny("C:\\Program Files\\P");
-  EXPECT_EQ(machine.files().read("C:\\Program Files\\P\\a.txt", kWhole, content), kAccessDenied);
-
-  disk.allow("C:\\Program Files\\P");
-  disk.allow("C:\\Program Files");
-  EXPECT_EQ(machine.files().write("C:\\Program Files\\P\\a.txt", "b"), kSuccess);
+  disk_.allow("C:\\Program Files\\P");
+  disk_.allow("C:\\Program Files");
+  EXPECT_EQ(write(file), kSuccess);
 }
 
-TEST(SimFiles, LinksAreFollowedOnTheWayAndShownAtTheEnd) {
-  SimMachine machine;
-  machine.putFile("C:\\vero\\sub\\a.txt", "a");
-  const auto disk = machine.mount("D:");
+// --- Links
+
+TEST_F(SimFilesTest, LinksAreFollowedOnTheWayAndShownAtTheEnd) {
+  machine_.putFile("C:\\vero\\sub\\a.txt", "a");
+  const auto disk = machine_.mount("D:");
   disk->putLink("D:\\link", "C:\\vero");
-  machine::FileFacts facts;
+  EXPECT_EQ(textOf("D:\\link\\sub\\a.txt"), "a");
+  ASSERT_EQ(look("D:\\link"), kSuccess);
+  EXPECT_TRUE(facts_.folder);
+  EXPECT_TRUE(facts_.reparsePoint);
 
-  EXPECT_EQ(readText(machine, "D:\\link\\sub\\a.txt"), "a");
-  ASSERT_EQ(machine.files().look("D:\\link", facts), kSuccess);
-  EXPECT_TRUE(facts.folder);
-  EXPECT_TRUE(facts.reparsePoint);
-
-  EXPECT_EQ(machine.files().removeFolder("D:\\link"), kSuccess);
+  EXPECT_EQ(machine_.files().removeFolder("D:\\link"), kSuccess);
   EXPECT_FALSE(disk->exists("link"));
-  EXPECT_TRUE(machine.fileExists("C:\\vero\\sub\\a.txt"));
+  EXPECT_TRUE(machine_.fileExists("C:\\vero\\sub\\a.txt"));
 }
 
-TEST(SimFiles, ALinkToItselfEndsInsteadOfTurningInCircles) {
-  SimMachine machine;
-  machine.diskOf("C:\\").putLink("C:\\a", "C:\\a");
-  std::vector<machine::FolderEntry> entries;
-
-  EXPECT_NE(machine.files().list("C:\\a", "", entries), kSuccess);
+TEST_F(SimFilesTest, ALinkToItselfEndsInsteadOfTurningInCircles) {
+  disk_.putLink("C:\\a", "C:\\a");
+  EXPECT_NE(list("C:\\a"), kSuccess);
 }
 
-TEST(SimFiles, ACopyKeepsTimeVersionAndWhatItRuns) {
-  SimMachine machine;
-  machine.programs().define("C:\\a.exe", [](SimProcess&) { return 7U; });
-  machine.setFileVersion("C:\\a.exe", {1, 2, 3, 4});
-  machine.diskOf("C:\\").setModified("C:\\a.exe", {2008, 2, 29, 1, 2, 3});
-  ASSERT_EQ(machine.files().copyFile("C:\\a.exe", "C:\\b.exe"), kSuccess);
+// --- Copies and times
+
+TEST_F(SimFilesTest, ACopyKeepsTimeVersionAndWhatItRuns) {
+  machine_.programs().define("C:\\a.exe", [](SimProcess&) { return 7U; });
+  machine_.setFileVersion("C:\\a.exe", {1, 2, 3, 4});
+  disk_.setModified("C:\\a.exe", {2008, 2, 29, 1, 2, 3});
+  ASSERT_EQ(copy("C:\\a.exe", "C:\\b.exe"), kSuccess);
 
   machine::FileVersion version{};
   std::unique_ptr<machine::RunningProcess> process;
   std::uint32_t code = 0;
-  EXPECT_EQ(machine.diskOf("C:\\").modifiedTicks("C:\\b.exe"), ticksOf({2008, 2, 29, 1, 2, 3}));
-  EXPECT_EQ(machine.machine().versions.read("C:\\b.exe", version), kSuccess);
+  EXPECT_EQ(disk_.modifiedTicks("C:\\b.exe"), ticksOf({2008, 2, 29, 1, 2, 3}));
+  EXPECT_EQ(machine_.machine().versions.read("C:\\b.exe", version), kSuccess);
   EXPECT_EQ(version, (machine::FileVersion{1, 2, 3, 4}));
-  ASSERT_EQ(machine.programs().start("C:\\b.exe", true, process), kSuccess);
+  ASSERT_EQ(machine_.programs().start("C:\\b.exe", true, process), kSuccess);
   ASSERT_EQ(process->exitCode(code), kSuccess);
   EXPECT_EQ(code, 7U);
 }
 
-TEST(SimFiles, WritingCarriesTheTimeOfTheClock) {
-  SimMachine machine;
-  machine.clock().set({2026, 12, 31, 23, 59, 59});
-  machine.clock().advance(1);
-  ASSERT_EQ(machine.files().write("C:\\a.txt", "a"), kSuccess);
-
-  EXPECT_EQ(machine.clock().now(), (machine::LocalTime{2027, 1, 1, 0, 0, 0}));
-  EXPECT_EQ(machine.diskOf("C:\\").modifiedTicks("C:\\a.txt"), ticksOf({2027, 1, 1, 0, 0, 0}));
+TEST_F(SimFilesTest, WritingCarriesTheTimeOfTheClock) {
+  machine_.clock().set({2026, 12, 31, 23, 59, 59});
+  machine_.clock().advance(1);
+  ASSERT_EQ(write("C:\\a.txt"), kSuccess);
+  EXPECT_EQ(machine_.clock().now(), (machine::LocalTime{2027, 1, 1, 0, 0, 0}));
+  EXPECT_EQ(disk_.modifiedTicks("C:\\a.txt"), ticksOf({2027, 1, 1, 0, 0, 0}));
 }
 
-TEST(SimFiles, TimesAreToldByALookAndByAListing) {
-  SimMachine machine;
-  machine.clock().set({1601, 1, 1, 0, 0, 2});
-  ASSERT_EQ(machine.files().write("C:\\d\\a.txt", "x"), kPathNotFound);
-  machine.makeFolders("C:\\d");
-  ASSERT_EQ(machine.files().write("C:\\d\\a.txt", "x"), kSuccess);
-  machine::FileFacts facts;
-  std::vector<machine::FolderEntry> entries;
+TEST_F(SimFilesTest, TimesAreToldByALookAndByAListing) {
+  machine_.clock().set({1601, 1, 1, 0, 0, 2});
+  ASSERT_EQ(write("C:\\d\\a.txt"), kPathNotFound);
+  machine_.makeFolders("C:\\d");
+  ASSERT_EQ(write("C:\\d\\a.txt"), kSuccess);
+  ASSERT_EQ(look("C:\\d\\a.txt"), kSuccess);
+  ASSERT_EQ(list("C:\\d"), kSuccess);
+  EXPECT_EQ(facts_.modified, 20'000'000U);
+  EXPECT_EQ(entries_.at(0).facts.modified, 20'000'000U);
 
-  ASSERT_EQ(machine.files().look("C:\\d\\a.txt", facts), kSuccess);
-  ASSERT_EQ(machine.files().list("C:\\d", "", entries), kSuccess);
-  EXPECT_EQ(facts.modified, 20'000'000U);
-  EXPECT_EQ(entries.at(0).facts.modified, 20'000'000U);
-
-  machine.clock().advance(1);
-  ASSERT_EQ(machine.files().append("C:\\d\\a.txt", "y"), kSuccess);
-  ASSERT_EQ(machine.files().copyFile("C:\\d\\a.txt", "C:\\d\\b.txt"), kSuccess);
-  ASSERT_EQ(machine.files().look("C:\\d\\b.txt", facts), kSuccess);
-  EXPECT_EQ(facts.modified, 30'000'000U);
+  machine_.clock().advance(1);
+  ASSERT_EQ(append("C:\\d\\a.txt"), kSuccess);
+  ASSERT_EQ(copy("C:\\d\\a.txt", "C:\\d\\b.txt"), kSuccess);
+  ASSERT_EQ(look("C:\\d\\b.txt"), kSuccess);
+  EXPECT_EQ(facts_.modified, 30'000'000U);
 }
 
 TEST(FileTicks, CountFrom1601) {
