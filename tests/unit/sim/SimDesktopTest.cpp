@@ -35,82 +35,78 @@ class FakeForm : public machine::Form {
   bool closes = true;
 };
 
-TEST(SimDesktop, BoxesAreRememberedWithTheirAnswers) {
-  SimMachine machine;
-  SimDesktop& desktop = machine.desktop();
-  desktop.answer({BoxAnswer::Yes});
+class SimDesktopTest : public testing::Test {
+ protected:
+  SimMachine machine_;
+  SimDesktop& desktop_ = machine_.desktop();
+  FakeForm form_;
+};
 
-  EXPECT_EQ(desktop.messageBox("T", "uno", BoxIcon::Question, BoxButtons::YesNo), BoxAnswer::Yes);
-  EXPECT_EQ(desktop.messageBox("T", "due", BoxIcon::Question, BoxButtons::YesNo), BoxAnswer::No);
-  EXPECT_EQ(desktop.messageBox("T", "tre", BoxIcon::Critical, BoxButtons::OkCancel), BoxAnswer::Ok);
-  EXPECT_EQ(desktop.boxTexts(), (std::vector<std::string>{"uno", "due", "tre"}));
-  EXPECT_EQ(desktop.boxes()[2].icon, BoxIcon::Critical);
-  EXPECT_EQ(desktop.boxes()[0].answer, BoxAnswer::Yes);
+TEST_F(SimDesktopTest, BoxesAreRememberedWithTheirAnswers) {
+  desktop_.answer({BoxAnswer::Yes});
+
+  EXPECT_EQ(desktop_.messageBox("T", "uno", BoxIcon::Question, BoxButtons::YesNo), BoxAnswer::Yes);
+  EXPECT_EQ(desktop_.messageBox("T", "due", BoxIcon::Question, BoxButtons::YesNo), BoxAnswer::No);
+  EXPECT_EQ(desktop_.messageBox("T", "tre", BoxIcon::Critical, BoxButtons::OkCancel),
+            BoxAnswer::Ok);
+  EXPECT_EQ(desktop_.boxTexts(), (std::vector<std::string>{"uno", "due", "tre"}));
+  EXPECT_EQ(desktop_.boxes()[2].icon, BoxIcon::Critical);
+  EXPECT_EQ(desktop_.boxes()[0].answer, BoxAnswer::Yes);
 }
 
-TEST(SimDesktop, WithoutADesktopNothingIsShown) {
-  SimMachine machine;
-  FakeForm form;
-  machine.desktop().setPresent(false);
+TEST_F(SimDesktopTest, WithoutADesktopNothingIsShown) {
+  desktop_.setPresent(false);
 
-  EXPECT_EQ(machine.desktop().messageBox("T", "t", BoxIcon::None, BoxButtons::Ok), BoxAnswer::None);
-  EXPECT_FALSE(machine.desktop().showModal(form));
-  EXPECT_TRUE(machine.boxes().empty());
-  EXPECT_TRUE(machine.desktop().shownForms().empty());
+  EXPECT_EQ(desktop_.messageBox("T", "t", BoxIcon::None, BoxButtons::Ok), BoxAnswer::None);
+  EXPECT_FALSE(desktop_.showModal(form_));
+  EXPECT_TRUE(machine_.boxes().empty());
+  EXPECT_TRUE(desktop_.shownForms().empty());
 }
 
-TEST(SimDesktop, AScriptPlaysTheUser) {
-  SimMachine machine;
-  FakeForm form;
+TEST_F(SimDesktopTest, AScriptPlaysTheUser) {
   std::string seen;
-  machine.desktop().onForm("frmProva", [&](SimFormWindow& window) {
+  desktop_.onForm("frmProva", [&](SimFormWindow& window) {
     seen = window.text("LBLTESTO");
-    EXPECT_EQ(machine.desktop().activeForm(), &window);
+    EXPECT_EQ(desktop_.activeForm(), &window);
     EXPECT_TRUE(window.click("cmdAltro"));
     window.setEnabled("cmdAltro", false);
     EXPECT_FALSE(window.click("cmdAltro"));
     window.click("cmdExit");
     EXPECT_FALSE(window.isOpen());
-    EXPECT_EQ(machine.desktop().activeForm(), nullptr);
+    EXPECT_EQ(desktop_.activeForm(), nullptr);
   });
 
-  EXPECT_TRUE(machine.desktop().showModal(form));
+  EXPECT_TRUE(desktop_.showModal(form_));
   EXPECT_EQ(seen, "ciao");
-  EXPECT_EQ(form.clicks, 1);
-  EXPECT_EQ(form.closeRequests, 0);
+  EXPECT_EQ(form_.clicks, 1);
+  EXPECT_EQ(form_.closeRequests, 0);
 }
 
-TEST(SimDesktop, AFormWithoutScriptIsClosedByItsCloseBox) {
-  SimMachine machine;
-  FakeForm form;
-  EXPECT_TRUE(machine.desktop().showModal(form));
-  EXPECT_EQ(form.closeRequests, 1);
-  EXPECT_EQ(machine.desktop().forcedCloses(), 0U);
+TEST_F(SimDesktopTest, AFormWithoutScriptIsClosedByItsCloseBox) {
+  EXPECT_TRUE(desktop_.showModal(form_));
+  EXPECT_EQ(form_.closeRequests, 1);
+  EXPECT_EQ(desktop_.forcedCloses(), 0U);
 
-  form.closes = false;
-  EXPECT_TRUE(machine.desktop().showModal(form));
-  EXPECT_EQ(machine.desktop().forcedCloses(), 1U);
-  EXPECT_EQ(machine.desktop().shownForms(), (std::vector<std::string>{"frmProva", "frmProva"}));
+  form_.closes = false;
+  EXPECT_TRUE(desktop_.showModal(form_));
+  EXPECT_EQ(desktop_.forcedCloses(), 1U);
+  EXPECT_EQ(desktop_.shownForms(), (std::vector<std::string>{"frmProva", "frmProva"}));
 }
 
-TEST(SimDesktop, ScriptsOfOneFormAreTakenInOrderThenTheStandingOne) {
-  SimMachine machine;
-  FakeForm form;
+TEST_F(SimDesktopTest, ScriptsOfOneFormAreTakenInOrderThenTheStandingOne) {
   std::string order;
-  machine.desktop().onForm("frmProva", [&](SimFormWindow&) { order += "1"; });
-  machine.desktop().onForm("frmProva", [&](SimFormWindow&) { order += "2"; });
-  machine.desktop().onEveryForm("frmProva", [&](SimFormWindow&) { order += "*"; });
+  desktop_.onForm("frmProva", [&](SimFormWindow&) { order += "1"; });
+  desktop_.onForm("frmProva", [&](SimFormWindow&) { order += "2"; });
+  desktop_.onEveryForm("frmProva", [&](SimFormWindow&) { order += "*"; });
   for (int i = 0; i < 4; ++i) {
-    machine.desktop().showModal(form);
+    desktop_.showModal(form_);
   }
   EXPECT_EQ(order, "12**");
 }
 
-TEST(SimDesktop, DeclaredFormsHaveTheirControlsOnly) {
-  SimMachine machine;
-  FakeForm form;
-  machine.desktop().declareForm("frmProva", {{"cmdExit"}, {"pbrAvanzamento"}});
-  machine.desktop().onForm("frmProva", [&](SimFormWindow& window) {
+TEST_F(SimDesktopTest, DeclaredFormsHaveTheirControlsOnly) {
+  desktop_.declareForm("frmProva", {{"cmdExit"}, {"pbrAvanzamento"}});
+  desktop_.onForm("frmProva", [&](SimFormWindow& window) {
     machine::ProgressNumbers numbers;
     EXPECT_TRUE(window.hasControl("CMDEXIT"));
     EXPECT_FALSE(window.hasControl("lblTesto"));
@@ -121,14 +117,13 @@ TEST(SimDesktop, DeclaredFormsHaveTheirControlsOnly) {
     EXPECT_EQ(numbers.value, 3);
     EXPECT_THROW(window.click("cmdMancante"), std::logic_error);
   });
-  EXPECT_TRUE(machine.desktop().showModal(form));
+  EXPECT_TRUE(desktop_.showModal(form_));
 }
 
-TEST(SimDesktop, AnActivatedWindowShowsProgress) {
-  SimMachine machine;
+TEST_F(SimDesktopTest, AnActivatedWindowShowsProgress) {
   SimFormWindow window("frmwait");
-  machine.desktop().activate(window);
-  machine::FormWindow* active = machine.machine().desktop.activeForm();
+  desktop_.activate(window);
+  machine::FormWindow* active = machine_.machine().desktop.activeForm();
   ASSERT_EQ(active, &window);
   active->setProgress("barra", {0, 2, 1});
   active->setProgress("barra", {0, 2, 2});
@@ -138,21 +133,20 @@ TEST(SimDesktop, AnActivatedWindowShowsProgress) {
   EXPECT_EQ(window.textsOf("lblPercentuale"), (std::vector<std::string>{"050%"}));
   window.refuseProgress();
   EXPECT_FALSE(active->setProgress("barra", {0, 2, 0}));
-  machine.desktop().deactivate();
-  EXPECT_EQ(machine.machine().desktop.activeForm(), nullptr);
+  desktop_.deactivate();
+  EXPECT_EQ(machine_.machine().desktop.activeForm(), nullptr);
 }
 
-TEST(SimDesktop, ScriptedClicksRunWhenMessagesRun) {
-  SimMachine machine;
+TEST_F(SimDesktopTest, ScriptedClicksRunWhenMessagesRun) {
   std::string order;
-  machine.desktop().onEvents([&] { order += "next "; });
-  machine.desktop().onEvents(3, [&] { order += "third "; });
+  desktop_.onEvents([&] { order += "next "; });
+  desktop_.onEvents(3, [&] { order += "third "; });
   for (int i = 0; i < 4; ++i) {
-    machine.desktop().processEvents();
+    desktop_.processEvents();
     order += ".";
   }
   EXPECT_EQ(order, "next ..third ..");
-  EXPECT_EQ(machine.desktop().eventRounds(), 4U);
+  EXPECT_EQ(desktop_.eventRounds(), 4U);
 }
 
 // --- Lists, options, pictures
@@ -371,68 +365,62 @@ TEST_F(SimChoices, APictureMustBeWhole) {
 
 // --- Input boxes
 
-TEST(SimDesktop, InputBoxesAreAnsweredInOrderAndCancelledAfterwards) {
-  SimMachine machine;
-  machine::Desktop& desktop = machine.machine().desktop;
+TEST_F(SimDesktopTest, InputBoxesAreAnsweredInOrderAndCancelledAfterwards) {
   std::vector<std::string> shown;
-  machine.desktop().answerInput({"S:\\Lumo", std::nullopt, ""});
-  machine.desktop().onInput([&](const SimInput& input) { shown.push_back(input.prompt); });
-  EXPECT_EQ(desktop.inputBox("Titolo", "Uno"), "S:\\Lumo");
-  EXPECT_EQ(desktop.inputBox("Titolo", "Due"), std::nullopt);
-  EXPECT_EQ(desktop.inputBox("Titolo", "Tre"), "");
-  EXPECT_EQ(desktop.inputBox("Titolo", "Quattro"), std::nullopt);
+  desktop_.answerInput({"S:\\Lumo", std::nullopt, ""});
+  desktop_.onInput([&](const SimInput& input) { shown.push_back(input.prompt); });
+  EXPECT_EQ(desktop_.inputBox("Titolo", "Uno"), "S:\\Lumo");
+  EXPECT_EQ(desktop_.inputBox("Titolo", "Due"), std::nullopt);
+  EXPECT_EQ(desktop_.inputBox("Titolo", "Tre"), "");
+  EXPECT_EQ(desktop_.inputBox("Titolo", "Quattro"), std::nullopt);
   EXPECT_EQ(shown, (std::vector<std::string>{"Uno", "Due", "Tre", "Quattro"}));
-  EXPECT_EQ(machine.desktop().inputs().at(0).answer, "S:\\Lumo");
-  EXPECT_EQ(machine.desktop().inputs().at(0).title, "Titolo");
-  EXPECT_EQ(machine.callLog().countOf("desktop.inputBox Due"), 1U);
-  machine.desktop().setPresent(false);
-  machine.desktop().answerInput({"C:\\"});
-  EXPECT_EQ(desktop.inputBox("Titolo", "Cinque"), std::nullopt);
-  EXPECT_EQ(machine.desktop().inputs().size(), 4U);
+  EXPECT_EQ(desktop_.inputs().at(0).answer, "S:\\Lumo");
+  EXPECT_EQ(desktop_.inputs().at(0).title, "Titolo");
+  EXPECT_EQ(machine_.callLog().countOf("desktop.inputBox Due"), 1U);
+  desktop_.setPresent(false);
+  desktop_.answerInput({"C:\\"});
+  EXPECT_EQ(desktop_.inputBox("Titolo", "Cinque"), std::nullopt);
+  EXPECT_EQ(desktop_.inputs().size(), 4U);
 }
 
 // --- Modeless forms and the pointer
 
-TEST(SimDesktop, AModelessFormIsTheActiveOneUntilItIsDestroyed) {
-  SimMachine machine;
+TEST_F(SimDesktopTest, AModelessFormIsTheActiveOneUntilItIsDestroyed) {
   FakeForm below;
   FakeForm above;
-  machine.desktop().onForm("frmProva", [&](SimFormWindow& lower) {
-    machine.desktop().onForm("frmProva", [](SimFormWindow& upper) { upper.click("cmdAltro"); });
-    const auto shown = machine.desktop().showModeless(above);
+  desktop_.onForm("frmProva", [&](SimFormWindow& lower) {
+    desktop_.onForm("frmProva", [](SimFormWindow& upper) { upper.click("cmdAltro"); });
+    const auto shown = desktop_.showModeless(above);
     ASSERT_NE(shown, nullptr);
-    EXPECT_NE(machine.desktop().activeForm(), &lower);
-    EXPECT_EQ(machine.desktop().activeForm()->text("lblTesto"), "ciao");
+    EXPECT_NE(desktop_.activeForm(), &lower);
+    EXPECT_EQ(desktop_.activeForm()->text("lblTesto"), "ciao");
     EXPECT_TRUE(lower.click("cmdAltro"));
   });
-  machine.desktop().onEveryForm("frmProva", [&](SimFormWindow&) {});
-  EXPECT_TRUE(machine.desktop().showModal(below));
+  desktop_.onEveryForm("frmProva", [&](SimFormWindow&) {});
+  EXPECT_TRUE(desktop_.showModal(below));
 
   EXPECT_EQ(above.clicks, 1);
   EXPECT_EQ(below.clicks, 1);
   EXPECT_EQ(above.closeRequests, 0);
-  EXPECT_EQ(machine.desktop().activeForm(), nullptr);
-  EXPECT_EQ(machine.desktop().shownForms(), (std::vector<std::string>{"frmProva", "frmProva"}));
-  EXPECT_EQ(machine.desktop().unloadedForms(), (std::vector<std::string>{"frmProva"}));
-  EXPECT_EQ(machine.callLog().countOf("desktop.showModeless frmProva"), 1U);
+  EXPECT_EQ(desktop_.activeForm(), nullptr);
+  EXPECT_EQ(desktop_.shownForms(), (std::vector<std::string>{"frmProva", "frmProva"}));
+  EXPECT_EQ(desktop_.unloadedForms(), (std::vector<std::string>{"frmProva"}));
+  EXPECT_EQ(machine_.callLog().countOf("desktop.showModeless frmProva"), 1U);
 }
 
-TEST(SimDesktop, WithoutADesktopThereIsNoModelessForm) {
-  SimMachine machine;
-  FakeForm form;
-  machine.desktop().setPresent(false);
-  EXPECT_EQ(machine.desktop().showModeless(form), nullptr);
-  EXPECT_TRUE(machine.desktop().shownForms().empty());
+TEST_F(SimDesktopTest, WithoutADesktopThereIsNoModelessForm) {
+  desktop_.setPresent(false);
+  EXPECT_EQ(desktop_.showModeless(form_), nullptr);
+  EXPECT_TRUE(desktop_.shownForms().empty());
 }
 
-TEST(SimDesktop, ThePointersChangesAreRemembered) {
-  SimMachine machine;
-  machine.desktop().setHourglass(true);
-  machine.desktop().setHourglass(true);
-  EXPECT_TRUE(machine.desktop().hourglass());
-  machine.desktop().setHourglass(false);
-  EXPECT_FALSE(machine.desktop().hourglass());
-  EXPECT_EQ(machine.desktop().hourglassChanges(), (std::vector<bool>{true, false}));
+TEST_F(SimDesktopTest, ThePointersChangesAreRemembered) {
+  desktop_.setHourglass(true);
+  desktop_.setHourglass(true);
+  EXPECT_TRUE(desktop_.hourglass());
+  desktop_.setHourglass(false);
+  EXPECT_FALSE(desktop_.hourglass());
+  EXPECT_EQ(desktop_.hourglassChanges(), (std::vector<bool>{true, false}));
 }
 
 }  // namespace
