@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/Text.h"
+#include "sim/SimText.h"
 
 namespace trelv::sim {
 

@@ -93,6 +93,14 @@ void addCharacter(std::string& text, char32_t character) {
   add(0x80U | (character & 0x3FU));
 }
 
+std::size_t characterCount(const std::string& text) {
+  std::size_t count = 0;
+  for (std::size_t at = 0; at < text.size(); ++count) {
+    nextCharacter(text, at);
+  }
+  return count;
+}
+
 std::string ansiOf(const std::string& text) {
   std::string bytes;
   for (std::size_t at = 0; at < text.size();) {

@@ -10,6 +10,9 @@ char32_t nextCharacter(const std::string& text, std::size_t& at);
 /// Appends a character as UTF-8.
 void addCharacter(std::string& text, char32_t character);
 
+/// Number of its characters, not bytes; each broken byte counts.
+std::size_t characterCount(const std::string& text);
+
 /// UTF-8 to code page 1252 ("?" for what it lacks, one for each UTF-16 unit), and back.
 std::string ansiOf(const std::string& text);
 std::string textOfAnsi(const std::string& bytes);

@@ -83,14 +83,6 @@ std::string firstCharacters(std::string_view text, std::size_t count) {
   return std::string(text.substr(0, end));
 }
 
-std::size_t characterCount(std::string_view text) {
-  std::size_t count = 0;
-  for (const char c : text) {
-    count += isContinuation(c) ? 0U : 1U;
-  }
-  return count;
-}
-
 std::string signedText(std::int64_t number) {
   return (number < 0 ? "" : " ") + std::to_string(number);
 }

@@ -26,8 +26,6 @@ std::string replaceAll(std::string text, std::string_view from, std::string_view
 
 /// The first `count` characters (UTF-8 code points, not bytes) of the text, or all of it.
 std::string firstCharacters(std::string_view text, std::size_t count);
-/// Number of characters (code points).
-std::size_t characterCount(std::string_view text);
 
 /// As the Basic runtime's Str writes a number, with a blank where a minus would be: " 5", "-5".
 std::string signedText(std::int64_t number);

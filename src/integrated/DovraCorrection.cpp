@@ -4,8 +4,8 @@
 
 #include "base/Text.h"
 #include "integrated/LoggedStep.h"
-#include "packs/HostPaths.h"
 #include "platform/modLibrary.h"
+#include "startup/HostPaths.h"
 
 namespace trelv::modProdTrelvManager {
 namespace {

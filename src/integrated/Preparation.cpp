@@ -6,9 +6,9 @@
 #include "integrated/LoggedStep.h"
 #include "inventory/RegisteredComponent.h"
 #include "packs/Deregistration.h"
-#include "packs/HostPaths.h"
 #include "platform/modLibrary.h"
 #include "platform/modRegistry.h"
+#include "startup/HostPaths.h"
 #include "startup/modProdTrelvLibrary.h"
 
 namespace trelv::modProdTrelvManager {
@@ -26,13 +26,14 @@ struct ServerPreparation {
 struct ClientPreparation {
   Product versionOf;
   const char* startLine;
-  /// How the lines of single steps begin.
-  const char* stepLine;
+  const char* iniLine;
+  const char* keyLine;
+  const char* valueLine;
   const char* windowsFilesLine;
   std::vector<const char*> windowsFiles;
 };
 
-const char* truthWord(bool value) { return value ? "True" : "False"; }
+std::string truthWord(bool value) { return value ? "True" : "False"; }
 
 bool isRecorded(Program& program, Product product, const std::string& record) {
   const std::string id = modProdTrelvLibrary::ConvertNumberToProduct(product);
@@ -51,24 +52,23 @@ void pointToServer(Program& program, const std::string& serverPath, const std::s
 }
 
 void registerLocalPath(Program& program, const std::string& programsPath,
-                       const std::string& stepLine) {
+                       const ClientPreparation& preparation) {
   const bool made = modRegistry::CreateKey(program, kProgramsKey, machine::Hive::LocalMachine);
-  program.log.WriteLog(stepLine + "CreateKey " + kProgramsKey + "  " + truthWord(made));
+  program.log.WriteLog(preparation.keyLine + truthWord(made));
   const bool set =
       modRegistry::SetKeyValue(program, machine::Hive::LocalMachine, kProgramsKey, "PathLocale",
                                programsPath + "\\dovra\\bilancio", machine::value_type::kText);
-  program.log.WriteLog(stepLine + "SetKeyValue " + kProgramsKey + " PathLocale   " +
-                       truthWord(set));
+  program.log.WriteLog(preparation.valueLine + truthWord(set));
 }
 
 /// A bare file name: the platform puts the file into the Windows folder, on a Terminal Server into
 /// the user's own.
-void writeWindowsValue(Program& program, const std::string& file, const std::string& section,
-                       const std::string& key, const std::string& value) {
+void writeWindowsValue(Program& program, const IniAddress& address, const std::string& value) {
   orGoOn(program, [&]() -> void {
-    if (modLibrary::WriteSetting(program, {file, section, key}, value) == 0) {
+    if (modLibrary::WriteSetting(program, address, value) == 0) {
       throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",
-                         "Impossibile scrivere " + section + "/" + key + " nel file: " + file);
+                         "Impossibile scrivere " + address.section + "/" + address.key +
+                             " nel file: " + address.file);
     }
   });
 }
@@ -77,8 +77,8 @@ void writeWindowsFiles(Program& program, const ClientPreparation& preparation) {
   program.log.WriteLog(preparation.windowsFilesLine);
   const std::string windows = modLibrary::WindowsFolder(program);
   for (const char* const file : preparation.windowsFiles) {
-    writeWindowsValue(program, file, "TipoInstallazione", "Tipo", "Client");
-    writeWindowsValue(program, file, "Parametri", "PathCheck", windows);
+    writeWindowsValue(program, {file, "TipoInstallazione", "Tipo"}, "Client");
+    writeWindowsValue(program, {file, "Parametri", "PathCheck"}, windows);
   }
 }
 
@@ -96,10 +96,9 @@ void prepareClient(Program& program, const InstallationPaths& paths,
   if (isRecorded(program, preparation.versionOf, hostPaths::clientVersionRecord(program))) {
     return;
   }
-  const std::string stepLine = preparation.stepLine;
   program.log.WriteLog(preparation.startLine);
-  pointToServer(program, paths.server, stepLine + "WritePrivateProfileString Byte scritti = ");
-  registerLocalPath(program, paths.programs, stepLine);
+  pointToServer(program, paths.server, preparation.iniLine);
+  registerLocalPath(program, paths.programs, preparation);
   if (program.state.startup.pluginProduct != PluginProduct::Dovra) {
     writeWindowsFiles(program, preparation);
   }
@@ -126,7 +125,8 @@ void PreparaInstNerio(Program& program, const std::string& serverPath, const std
     return;
   }
   program.log.WriteLog("Gestione ProdTrelv - Preparazione installazione server/client Nerio");
-  if (!modLibrary::FileExists(program, serverPath + "\\mv\\nerio\\nerio.exe")) {
+  if (!modLibrary::FileExists(program,
+                              hostPaths::productsFolder(serverPath) + "\\nerio\\nerio.exe")) {
     deregisterOldNerio(program);
   }
 }
@@ -135,8 +135,7 @@ void PreparaInstSrvTarsena2(Program& program, const std::string& serverPath) {
   prepareServer(
       program, serverPath,
       {Product::Tarsena2, "Gestione ProdTrelv - Preparazione installazione server Tarsena2",
-       "Gestione ProdTrelv - PreparaInstSrvTarsena2 WritePrivateProfileString Byte "
-       "scritti = "});
+       "Gestione ProdTrelv - PreparaInstSrvTarsena2 WritePrivateProfileString Byte scritti = "});
 }
 
 void PreparaInstSrvBilancio(Program& program, const std::string& serverPath) {
@@ -150,12 +149,16 @@ void PreparaInstSrvBilancio(Program& program, const std::string& serverPath) {
 void PreparaInstClientTarsena2(Program& program, const InstallationPaths& paths) {
   // Kept: asks for Zeltobilancio's version, not its own. Where Zeltobilancio is recorded on the
   // client its preparation has already done all this but the ini files of Tarsena2.
-  prepareClient(program, paths,
-                {Product::Zeltobilancio,
-                 "Gestione ProdTrelv - Preparazione installazione client Tarsena2",
-                 "Gestione ProdTrelv - PreparaInstClientTarsena2 ",
-                 "Aggiornamento ini della windir caso installazione Tarsena Client",
-                 {"rating.ini", "valutazione.ini", "RatingValutazione.ini"}});
+  prepareClient(
+      program, paths,
+      {Product::Zeltobilancio,
+       "Gestione ProdTrelv - Preparazione installazione client Tarsena2",
+       "Gestione ProdTrelv - PreparaInstClientTarsena2 WritePrivateProfileString Byte scritti = ",
+       "Gestione ProdTrelv - PreparaInstClientTarsena2 CreateKey SOFTWARE\\LUMO\\Programmi  ",
+       "Gestione ProdTrelv - PreparaInstClientTarsena2 SetKeyValue SOFTWARE\\LUMO\\Programmi "
+       "PathLocale   ",
+       "Aggiornamento ini della windir caso installazione Tarsena Client",
+       {"rating.ini", "valutazione.ini", "RatingValutazione.ini"}});
 }
 
 void PreparaInstClientBilancio(Program& program, const InstallationPaths& paths) {
@@ -163,7 +166,10 @@ void PreparaInstClientBilancio(Program& program, const InstallationPaths& paths)
       program, paths,
       {Product::Zeltobilancio,
        "Gestione ProdTrelv - Preparazione installazione client Zeltobilancio",
-       "Gestione ProdTrelv - PreparaInstClientBilancio ",
+       "Gestione ProdTrelv - PreparaInstClientBilancio WritePrivateProfileString Byte scritti = ",
+       "Gestione ProdTrelv - PreparaInstClientBilancio CreateKey SOFTWARE\\LUMO\\Programmi  ",
+       "Gestione ProdTrelv - PreparaInstClientBilancio SetKeyValue SOFTWARE\\LUMO\\Programmi "
+       "PathLocale   ",
        "Aggiornamento ini della windir caso installazione Bilancio Client",
        {"zeltobilancio.ini", "bilancioconsolidato.ini", "calcoloimposte.ini", "BilancioIas.ini",
         "ConsolidatoIas.ini", "Cooperative.ini", "EntiFinanziari.ini"}});

@@ -6,8 +6,8 @@
 #include "base/ProductName.h"
 #include "base/Text.h"
 #include "base/Trap.h"
-#include "packs/HostPaths.h"
 #include "platform/modLibrary.h"
+#include "startup/HostPaths.h"
 #include "startup/modProdTrelvLibrary.h"
 
 namespace trelv::modProdTrelvManager {
@@ -99,10 +99,10 @@ void setProductVariables(Program& program, Product productNumber) {
 }
 
 void reportFailure(Program& program, const RuntimeError& failure) {
-  const std::string text = "Esecuzione comando fallita: " + failure.description();
-  program.errors.VisualizzaErrore("ModProdTrelvManager", "RunSingleProdottoComplementare", text,
+  program.errors.VisualizzaErrore("ModProdTrelvManager", "RunSingleProdottoComplementare",
+                                  "Esecuzione comando fallita: " + failure.description(),
                                   ReportKind::ProgramError, failure);
-  program.log.WriteLog("Gestione ProdTrelv - " + text);
+  program.log.WriteLog("Gestione ProdTrelv - Esecuzione comando fallita: " + failure.description());
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "base/Trap.h"
 #include "platform/modLibrary.h"
 #include "platform/modPlatform.h"
+#include "startup/HostPaths.h"
 
 namespace trelv::modProdTrelvManager {
 namespace {
@@ -16,17 +17,16 @@ constexpr const char* kNerioIni = "\\nerio.ini";
 constexpr const char* kModelsIni = "\\zeltomodelli.ini";
 constexpr const char* kLudaIni = "\\luda.ini";
 
-/// One step of the repair that `repair` names in the log line of a failure. False when it failed.
+/// One step of a repair, whose failure is told behind `failureLine`. False when it failed.
 template <class Step>
-bool orTell(Program& program, const char* repair, Step&& step) {
+bool orTell(Program& program, const char* failureLine, Step&& step) {
   return trap(
       [&]() -> bool {
         std::forward<Step>(step)();
         return true;
       },
       [&](const RuntimeError& failure) -> bool {
-        program.log.WriteLog(std::string("Gestione ProdTrelv - Gestione anomalia ") + repair +
-                             ": " + failure.description());
+        program.log.WriteLog(failureLine + failure.description());
         return false;
       });
 }
@@ -62,8 +62,9 @@ std::string profileWindowsFolder(Program& program) {
   return profiles + profileFolderName(program, profiles) + "\\windows";
 }
 
-/// Raises when the file cannot be looked at: it may be there then, and is no one's to replace.
-bool isMissing(Program& program, const std::string& path) {
+/// Does nothing stand there? Raises when nobody can look: a file may be there then, and is no one's
+/// to replace.
+bool isFree(Program& program, const std::string& path) {
   machine::FileFacts facts;
   const SystemCode code = program.machine.files.look(path, facts);
   if (code != system_code::kSuccess && !meansMissing(code)) {
@@ -78,7 +79,7 @@ enum class Existing { Kept, Replaced };
 void requireFree(Program& program, const std::string& target, Existing existing) {
   if (existing == Existing::Replaced) {
     program.fileSystem.requireReplaceable(target);
-  } else if (!isMissing(program, target)) {
+  } else if (!isFree(program, target)) {
     throw failureFromSystemCode(system_code::kFileExists, target);
   }
 }
@@ -135,29 +136,29 @@ Copies copiesOf(Program& program, const std::string& master, const char* ini) {
 }
 
 void putProfileCopy(Program& program, const Copies& copies) {
-  if (modLibrary::FileExists(program, copies.master) && isMissing(program, copies.profile)) {
+  if (modLibrary::FileExists(program, copies.master) && isFree(program, copies.profile)) {
     copyMissing(program, copies.master, copies.profile);
   }
 }
 
 void putSystemCopy(Program& program, const Copies& copies) {
-  if (!isMissing(program, copies.system)) {
+  if (!isFree(program, copies.system)) {
     return;
   }
   program.log.WriteLog("Gestione ProdTrelv - Ricerca mancanza file: " + copies.system);
-  if (!isMissing(program, copies.profile)) {
+  if (!isFree(program, copies.profile)) {
     copyMissing(program, copies.profile, copies.system);
   } else if (modLibrary::FileExists(program, copies.master)) {
     copyMissing(program, copies.master, copies.system);
   }
 }
 
-void putMissingCopies(Program& program, const char* repair, const std::string& master,
+void putMissingCopies(Program& program, const char* failureLine, const std::string& master,
                       const char* ini) {
   Copies copies;
-  if (orTell(program, repair, [&]() -> void { copies = copiesOf(program, master, ini); })) {
-    orTell(program, repair, [&]() -> void { putProfileCopy(program, copies); });
-    orTell(program, repair, [&]() -> void { putSystemCopy(program, copies); });
+  if (orTell(program, failureLine, [&]() -> void { copies = copiesOf(program, master, ini); })) {
+    orTell(program, failureLine, [&]() -> void { putProfileCopy(program, copies); });
+    orTell(program, failureLine, [&]() -> void { putSystemCopy(program, copies); });
   }
 }
 
@@ -201,8 +202,10 @@ void createIni(Program& program, const std::string& ini, const Settings& setting
 
 // --- Nerio
 
+constexpr const char* kNerioFailure = "Gestione ProdTrelv - Gestione anomalia Nerio: ";
+
 void putUserCopy(Program& program, const std::string& master, const std::string& userCopy) {
-  if (!isMissing(program, userCopy)) {
+  if (!isFree(program, userCopy)) {
     return;
   }
   program.log.WriteLog("Gestione ProdTrelv - copia file ini mancante da: " + master +
@@ -215,13 +218,13 @@ void putUserCopy(Program& program, const std::string& master, const std::string&
 
 // --- Zeltomodelli
 
-constexpr const char* kModels = "ZeltoModelli";
+constexpr const char* kModelsFailure = "Gestione ProdTrelv - Gestione anomalia ZeltoModelli: ";
 
 /// Makes the user's ini file, or points one that names another place of the product at this one. A
 /// models folder of the user's own choice stays.
 void pointAtProduct(Program& program, const std::string& ini, const std::string& folder) {
   const Setting product{"Parametri", "PathModelli", folder};
-  if (isMissing(program, ini)) {
+  if (isFree(program, ini)) {
     createIni(program, ini, std::array{product});
     return;
   }
@@ -242,23 +245,24 @@ void deleteObsolete(Program& program, const std::string& file) {
 }
 
 void repairModels(Program& program, const std::string& folder) {
-  orTell(program, kModels,
+  orTell(program, kModelsFailure,
          [&]() -> void { pointAtProduct(program, userFolder(program) + kModelsIni, folder); });
-  orTell(program, kModels, [&]() -> void { deleteObsolete(program, folder + "\\Dovra2010.ini"); });
+  orTell(program, kModelsFailure,
+         [&]() -> void { deleteObsolete(program, folder + "\\Dovra2010.ini"); });
   const std::string master = folder + kModelsIni;
   program.log.WriteLog("Gestione ProdTrelv - Ricerca esistenza file: " + master);
   if (userHas(program, kModelsIni, folder)) {
-    putMissingCopies(program, kModels, master, kModelsIni);
+    putMissingCopies(program, kModelsFailure, master, kModelsIni);
   }
 }
 
 // --- Luda
 
-constexpr const char* kLuda = "Luda";
+constexpr const char* kLudaFailure = "Gestione ProdTrelv - Gestione anomalia Luda: ";
 
 void createLudaIni(Program& program, const std::string& ini, const std::string& integrationPath,
                    const std::string& version) {
-  const std::string folder = integrationPath + "\\mv\\luda2003";
+  const std::string folder = hostPaths::productsFolder(integrationPath) + "\\luda2003";
   createIni(
       program, ini,
       std::array{Setting{"PathNames", "Homedir", folder},
@@ -277,7 +281,7 @@ std::string ludaVersion(Program& program, const std::string& folder) {
 void createMissingLudaIni(Program& program, const std::string& integrationPath,
                           const std::string& folder) {
   const std::string ini = userFolder(program) + kLudaIni;
-  if (modLibrary::FolderExists(program, folder) && isMissing(program, ini)) {
+  if (modLibrary::FolderExists(program, folder) && isFree(program, ini)) {
     createLudaIni(program, ini, integrationPath, ludaVersion(program, folder));
   }
 }
@@ -306,7 +310,7 @@ bool RiparaCorvelTS(Program& program) {
     return false;
   }
   bool copied = false;
-  orTell(program, "Corvel", [&]() -> void {
+  orTell(program, "Gestione ProdTrelv - Gestione anomalia Corvel: ", [&]() -> void {
     const std::string target = profileWindowsFolder(program) + kHostIni;
     if (!modLibrary::ReadSetting(program, {target, "Archivi", "Path"}).empty()) {
       return;
@@ -320,17 +324,16 @@ bool RiparaCorvelTS(Program& program) {
 }
 
 void RiparaNerioTS(Program& program, const std::string& integrationPath) {
-  constexpr const char* kNerio = "Nerio";
   program.log.WriteLog("Gestione ProdTrelv - Inizio Gestione Anomalia Nerio");
-  const std::string master = integrationPath + "\\mv\\nerio" + kNerioIni;
-  orTell(program, kNerio,
+  const std::string master = hostPaths::productsFolder(integrationPath) + "\\nerio" + kNerioIni;
+  orTell(program, kNerioFailure,
          [&]() -> void { putUserCopy(program, master, userFolder(program) + kNerioIni); });
   if (!isTerminalSession(program)) {
     program.log.WriteLog(
         "Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Nerio");
     return;
   }
-  putMissingCopies(program, kNerio, master, kNerioIni);
+  putMissingCopies(program, kNerioFailure, master, kNerioIni);
 }
 
 void RiparaZeltomodelliTS(Program& program, const std::string& integrationPath) {
@@ -340,7 +343,7 @@ void RiparaZeltomodelliTS(Program& program, const std::string& integrationPath) 
         "Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia ZM");
     return;
   }
-  const std::string folder = integrationPath + "\\mv\\ZM";
+  const std::string folder = hostPaths::productsFolder(integrationPath) + "\\ZM";
   if (modLibrary::FolderExists(program, folder)) {
     repairModels(program, folder);
   }
@@ -348,17 +351,18 @@ void RiparaZeltomodelliTS(Program& program, const std::string& integrationPath) 
 
 void RiparaLudaTS(Program& program, const std::string& integrationPath) {
   program.log.WriteLog("Gestione ProdTrelv - Inizio Gestione anomalia Luda");
-  const std::string folder = integrationPath + "\\mv\\LUDA2003";
+  const std::string folder = hostPaths::productsFolder(integrationPath) + "\\LUDA2003";
   const std::string master = folder + "\\Luda.ini";
-  orTell(program, kLuda, [&]() -> void { createMissingLudaIni(program, integrationPath, folder); });
-  orTell(program, kLuda, [&]() -> void { keepMasterVersion(program, folder, master); });
+  orTell(program, kLudaFailure,
+         [&]() -> void { createMissingLudaIni(program, integrationPath, folder); });
+  orTell(program, kLudaFailure, [&]() -> void { keepMasterVersion(program, folder, master); });
   if (!isTerminalSession(program)) {
     program.log.WriteLog(
         "Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Luda");
     return;
   }
   if (userHas(program, kLudaIni, folder)) {
-    putMissingCopies(program, kLuda, master, kLudaIni);
+    putMissingCopies(program, kLudaFailure, master, kLudaIni);
   }
 }
 

@@ -10,17 +10,15 @@
 #include "integrated/Preparation.h"
 #include "integrated/StandaloneDetection.h"
 #include "integrated/TerminalServerRepairs.h"
-#include "packs/HostPaths.h"
 #include "packs/ProductUpdateRun.h"
 #include "platform/modConfig.h"
 #include "platform/modLibrary.h"
+#include "startup/HostPaths.h"
 #include "startup/IntegrationRecord.h"
 #include "startup/modProdTrelvLibrary.h"
 
 namespace trelv::modProdTrelvManager {
 namespace {
-
-constexpr int kMostProducts = 100;
 
 struct HostFiles {
   std::string catalogue;
@@ -186,7 +184,7 @@ Procedure updateProduct(Program& program, const InstallationPaths& paths, const 
 
 Procedure updateEveryProduct(Program& program, const InstallationPaths& paths,
                              const HostFiles& files) {
-  for (int index = 1; index <= kMostProducts; ++index) {
+  for (int index = 1; index <= modProdTrelvLibrary::kMostCatalogueEntries; ++index) {
     const std::string section = modProdTrelvLibrary::CatalogueSection(index);
     const std::string conf = modLibrary::ReadSetting(program, {files.catalogue, section, "conf"});
     if (conf.empty()) {

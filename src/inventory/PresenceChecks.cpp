@@ -11,6 +11,7 @@
 #include "inventory/RegisteredComponent.h"
 #include "platform/modLibrary.h"
 #include "platform/modRegistry.h"
+#include "startup/HostPaths.h"
 #include "startup/IntegrationRecord.h"
 #include "startup/modProdTrelvLibrary.h"
 
@@ -120,26 +121,27 @@ ProductInformation checkLuda(Program& program) {
 struct Twin {
   Product code;
   const char* word;
-  /// Below the root of an installation.
-  const char* ini;
+  /// Below the products' folder of an installation, and the ini file in it.
   const char* folder;
+  const char* ini;
   const char* serverIniLine;
   const char* serverIniFound;
   const char* serverIniMissing;
 };
 
-constexpr Twin kBilancio{Product::Zeltobilancio,        "BILANCIO",
-                         "\\mv\\bilancio\\mvanbil.ini", "\\mv\\bilancio",
-                         "Lettura ini Server :",        "Ini server PRESENTE",
-                         "Ini server ASSENTE"};
-constexpr Twin kTarsena2{Product::Tarsena2,      "Q2",
-                         "\\mv\\q2\\mvq2.ini",   "\\mv\\q2",
-                         "Lettura ini Server: ", "Ini Server PRESENTE",
-                         "Ini Server ASSENTE"};
+constexpr Twin kBilancio{
+    Product::Zeltobilancio, "BILANCIO",          "bilancio", "mvanbil.ini", "Lettura ini Server :",
+    "Ini server PRESENTE",  "Ini server ASSENTE"};
+constexpr Twin kTarsena2{
+    Product::Tarsena2,   "Q2", "q2", "mvq2.ini", "Lettura ini Server: ", "Ini Server PRESENTE",
+    "Ini Server ASSENTE"};
 
 constexpr const char* kProgramsKey = "Software\\Lumo\\Programmi";
-constexpr const char* kProgramsRead =
-    "Lettura in HKEY_LOCAL_MACHINE\\Software\\lumo\\programmi della chiave 'PathLocale' eseguita ";
+
+/// `path`: root of an installation, as an ini file or the registry has it.
+std::string folderOf(const Twin& twin, const std::string& path) {
+  return hostPaths::productsFolder(trim(path)) + "\\" + twin.folder;
+}
 
 std::string installedRelease(Program& program, const std::string& ini) {
   return modLibrary::ReadSetting(program, {ini, "AMBIENTE", "VRINST"});
@@ -153,14 +155,14 @@ void checkTwinOnServer(Program& program, const Twin& twin, ProductInformation& r
     return;
   }
   WriteProductReport(program, "File configurazione lumow.ini PRESENTE");
-  const std::string root = trim(path);
-  const std::string ini = root + twin.ini;
+  const std::string folder = folderOf(twin, path);
+  const std::string ini = folder + "\\" + twin.ini;
   WriteProductReport(program, twin.serverIniLine + ini);
   record.serverVersion = installedRelease(program, ini);
   if (record.serverVersion.empty()) {
     WriteProductReport(program, twin.serverIniMissing);
   } else {
-    record.serverFolder = root + twin.folder;
+    record.serverFolder = folder;
     WriteProductReport(program, twin.serverIniFound);
   }
   // Kept: the host's archives alone count as an installation on the server, whatever stands there.
@@ -174,12 +176,17 @@ void checkTwinOnClient(Program& program, const Twin& twin, ProductInformation& r
   std::string path;
   readMachineValue(program, kProgramsKey, "PathLocale", path);
   if (path.empty()) {
-    WriteProductReport(program, std::string(kProgramsRead) + "senza successo.");
+    WriteProductReport(program,
+                       "Lettura in HKEY_LOCAL_MACHINE\\Software\\lumo\\programmi della chiave "
+                       "'PathLocale' eseguita senza successo.");
     return;
   }
-  WriteProductReport(program, kProgramsRead + ("con successo. Risultato: " + path));
-  const std::string root = trim(path);
-  const std::string ini = root + twin.ini;
+  WriteProductReport(program,
+                     "Lettura in HKEY_LOCAL_MACHINE\\Software\\lumo\\programmi della chiave "
+                     "'PathLocale' eseguita con successo. Risultato: " +
+                         path);
+  const std::string folder = folderOf(twin, path);
+  const std::string ini = folder + "\\" + twin.ini;
   WriteProductReport(program, "Lettura ini Client: " + ini);
   record.clientVersion = installedRelease(program, ini);
   if (record.clientVersion.empty()) {
@@ -187,7 +194,7 @@ void checkTwinOnClient(Program& program, const Twin& twin, ProductInformation& r
     return;
   }
   WriteProductReport(program, "Ini Client PRESENTE");
-  record.clientFolder = root + twin.folder;
+  record.clientFolder = folder;
   record.kind = Operation::Update;
   record.side = record.side == Side::Server ? Side::ClientServer : Side::Client;
 }
@@ -210,17 +217,22 @@ constexpr const char* kModelsKey =
 
 /// Is Zeltomodelli registered as a program of this machine?
 bool modelsAreRegistered(Program& program) {
-  const std::string read = "Lettura in HKEY_LOCAL_MACHINE\\" + std::string(kModelsKey) +
-                           " della chiave 'Path' eseguita ";
   reportBanner(program, "ZELTOMODELLI");
   WriteProductReport(program, "Verifica Chiave registro per individuazione componente installata");
   std::string path;
   if (!readMachineValue(program, kModelsKey, "Path", path)) {
-    WriteProductReport(program, read + "senza successo");
+    WriteProductReport(program,
+                       "Lettura in HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\"
+                       "CurrentVersion\\App Paths\\ZeltoMod.exe della chiave 'Path' eseguita senza "
+                       "successo");
     return false;
   }
-  WriteProductReport(program, read + "con successo. Risultato " + path);
-  WriteProductReport(program, std::string("Lettura Informazioni da File Ini: ") + kModelsIni);
+  WriteProductReport(program,
+                     "Lettura in HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\"
+                     "CurrentVersion\\App Paths\\ZeltoMod.exe della chiave 'Path' eseguita con "
+                     "successo. Risultato " +
+                         path);
+  WriteProductReport(program, "Lettura Informazioni da File Ini: Zeltomodelli.INI");
   return true;
 }
 
@@ -252,7 +264,7 @@ void readModelsVersion(Program& program, ProductInformation& record) {
 void checkModelsFolder(Program& program, ProductInformation& record) {
   record.serverFolder = modLibrary::ReadSetting(program, {kModelsIni, "Parametri", "PathModelli"});
   if (record.serverFolder.empty()) {
-    WriteProductReport(program, std::string("File Ini ") + kModelsIni + " ASSENTE");
+    WriteProductReport(program, "File Ini Zeltomodelli.INI ASSENTE");
     return;
   }
   WriteProductReport(program, "File Ini PRESENTE");

@@ -7,9 +7,9 @@
 #include "base/Text.h"
 #include "base/Trap.h"
 #include "inventory/PresenceChecks.h"
-#include "packs/HostPaths.h"
 #include "packs/ProductUpdateRun.h"
 #include "platform/modLibrary.h"
+#include "startup/HostPaths.h"
 #include "startup/modProdTrelvLibrary.h"
 
 namespace trelv::modProdTrelvManager {

@@ -12,16 +12,13 @@
 #include "base/Text.h"
 #include "base/Trap.h"
 #include "platform/modLibrary.h"
+#include "startup/HostPaths.h"
 #include "startup/frmwait.h"
 
 namespace trelv::modProdTrelvManager {
 namespace {
 
 constexpr const char* kModule = "ModProdTrelvManager";
-/// Set-up tree of the host product below the work folder or a target.
-constexpr const char* kSetupTree = "\\prg\\com\\setup\\aggdovra";
-/// Top folder of an unpacked tree below the work folder.
-constexpr const char* kTopFolder = "\\prg";
 /// 7-Zip ends with 0 (good) or 1 (warning) when it opened the pack.
 constexpr std::uint32_t kFirstFailure = 2;
 /// Where the exit code cannot be had the pack must not be deleted.
@@ -43,12 +40,16 @@ std::string decoderCommand(Program& program, const std::string& packPath,
   return besideManager(program, "qalbunex.exe") + " " + quoted(packPath) + " " + quoted(output);
 }
 
+constexpr const char* kNoTemporaryFolder =
+    "Gestione ProdTrelv - Cartella temporanea non disponibile: nessun pacco viene aperto";
+constexpr const char* kNoTarget =
+    "Gestione ProdTrelv - Cartella di destinazione non disponibile: nessun pacco viene aperto";
+
 /// False, and one log line, for a folder that is empty text: joined with a pack's own path it would
 /// mean the root of some drive.
-bool isGiven(Program& program, const std::string& folder, const std::string& name) {
+bool isGiven(Program& program, const std::string& folder, const char* missingLine) {
   if (folder.empty()) {
-    program.log.WriteLog("Gestione ProdTrelv - " + name +
-                         " non disponibile: nessun pacco viene aperto");
+    program.log.WriteLog(missingLine);
   }
   return !folder.empty();
 }
@@ -59,7 +60,7 @@ std::string workFolder(Program& program) {
   if (!folder.empty() && folder.back() == '\\') {
     folder.pop_back();
   }
-  return isGiven(program, folder, "Cartella temporanea") ? folder : std::string();
+  return isGiven(program, folder, kNoTemporaryFolder) ? folder : std::string();
 }
 
 /// No answer tells whether a pack was opened; who has to know looks here.
@@ -157,7 +158,7 @@ void ZipScan::run(bool removePacks) {
   }
   // Kept: what a pack holds beside this folder stays in the temporary folder. Packs of the products
   // hold nothing there.
-  const std::string unpacked = work_ + kTopFolder;
+  const std::string unpacked = hostPaths::topFolder(work_);
   if (elsewhere_ && modLibrary::FolderExists(program_, unpacked)) {
     program_.fileSystem.deleteFolder(unpacked, true);
   }
@@ -171,7 +172,7 @@ void ZipScan::open(const machine::FolderEntry& pack, bool removePacks) {
   if (!openWithSevenZip(program_, zipPath, work_)) {
     program_.state.packs.settled.push_back(identityOf(pack));
     if (elsewhere_) {
-      clearLeftovers(work_ + kTopFolder);
+      clearLeftovers(hostPaths::topFolder(work_));
     }
     return;
   }
@@ -195,9 +196,9 @@ void ZipScan::copySetupTree() {
   // The pointer changes first, both before the form comes and before it goes.
   const CopyInProgress copying(program_);
   shown = program_.machine.desktop.showModeless(form);
-  const std::string target = target_ + kSetupTree;
+  const std::string target = hostPaths::setupFolder(target_);
   modLibrary::CreaCartella(program_, target);
-  program_.fileSystem.copyFolder(work_ + kSetupTree, target, true, true);
+  program_.fileSystem.copyFolder(hostPaths::setupFolder(work_), target, true, true);
 }
 
 /// Removes what a failed pack left below `folder`: the next copy would take it along. The packs of
@@ -257,7 +258,7 @@ void openSinglePack(Program& program, const std::string& packPath, const std::st
       exitCode != 0) {
     tellUnopened(program, packPath);
   }
-  const std::string decoded = work + kSetupTree;
+  const std::string decoded = hostPaths::setupFolder(work);
   forgetSettled(program, decoded);
   OpenZipPacksInFolder(program, decoded, target, true);
 }
@@ -281,7 +282,7 @@ bool OpenZipPacksInFolder(Program& program, const std::string& folder, const std
   program.log.WriteLog("Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: " +
                        quoted(folder));
   const std::string work = workFolder(program);
-  if (!work.empty() && isGiven(program, target, "Cartella di destinazione")) {
+  if (!work.empty() && isGiven(program, target, kNoTarget)) {
     ZipScan(program, folder, target, work, std::move(packs)).run(removePacks);
   }
   return true;
@@ -291,7 +292,7 @@ bool OpenZipPacksInFolder(Program& program, const std::string& folder, const std
 // the box and decides.
 bool OpenZipPack(Program& program, const std::string& zipPath, const std::string& destination,
                  bool removePackAfterwards) {
-  if (isGiven(program, destination, "Cartella temporanea") &&
+  if (isGiven(program, destination, kNoTemporaryFolder) &&
       openWithSevenZip(program, zipPath, destination) && removePackAfterwards) {
     removePack(program, zipPath);
   }

@@ -7,6 +7,7 @@
 #include "packs/PackExtraction.h"
 #include "packs/SelfUpdate.h"
 #include "platform/modLibrary.h"
+#include "startup/HostPaths.h"
 
 namespace trelv::modProdTrelvManager {
 namespace {
@@ -70,7 +71,7 @@ void installStandAlone(Program& program, const std::string& productId,
   program.log.WriteLog("Gestione ProdTrelv - Esecuzione diretta Setup del prodotto " + productId +
                        ". Sono caso Standard");
   ExecuteDirectSetup(program, workFolder);
-  removeUnpacked(program, workFolder + "\\prg");
+  removeUnpacked(program, hostPaths::topFolder(workFolder));
 }
 
 }  // namespace

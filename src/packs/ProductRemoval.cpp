@@ -3,16 +3,16 @@
 #include "base/RuntimeError.h"
 #include "base/Text.h"
 #include "base/Trap.h"
-#include "packs/HostPaths.h"
 #include "packs/NumberedFailure.h"
+#include "packs/ProductConfiguration.h"
 #include "packs/SetupFolderGuard.h"
 #include "platform/modLibrary.h"
+#include "startup/HostPaths.h"
 #include "startup/modProdTrelvLibrary.h"
 
 namespace trelv::modProdTrelvManager {
 namespace {
 
-constexpr int kMostCommands = 100;
 constexpr int kProgressMaximum = 200;
 
 /// One removal: one product, one side.

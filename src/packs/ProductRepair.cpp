@@ -4,17 +4,14 @@
 
 #include "base/Text.h"
 #include "base/Trap.h"
-#include "packs/HostPaths.h"
 #include "packs/NumberedFailure.h"
+#include "packs/ProductConfiguration.h"
 #include "platform/modLibrary.h"
+#include "startup/HostPaths.h"
 #include "startup/modProdTrelvLibrary.h"
 
 namespace trelv::modProdTrelvManager {
 namespace {
-
-constexpr int kMostProducts = 100;
-constexpr int kMostSections = 100;
-constexpr int kMostCommands = 100;
 
 /// A repair brings a product to a version; who wants it removed presses the other button.
 constexpr std::array<Operation, 3> kRepairKinds{Operation::Setup, Operation::Update,
@@ -40,7 +37,7 @@ bool runAgain(Program& program, const std::string& command) {
 std::vector<std::string> CatalogueProducts(Program& program, const std::string& serverPath) {
   const std::string catalogue = hostPaths::catalogue(serverPath);
   std::vector<std::string> products;
-  for (int index = 1; index <= kMostProducts; ++index) {
+  for (int index = 1; index <= modProdTrelvLibrary::kMostCatalogueEntries; ++index) {
     const std::string id = modLibrary::ReadSetting(
         program, {catalogue, modProdTrelvLibrary::CatalogueSection(index), "id"});
     if (!id.empty()) {

@@ -6,18 +6,15 @@
 #include "base/ProductName.h"
 #include "base/Text.h"
 #include "base/Trap.h"
-#include "packs/HostPaths.h"
 #include "packs/PackExtraction.h"
+#include "packs/ProductConfiguration.h"
 #include "platform/GeneralDate.h"
 #include "platform/modLibrary.h"
+#include "startup/HostPaths.h"
 #include "startup/modProdTrelvLibrary.h"
 
 namespace trelv::modProdTrelvManager {
 namespace {
-
-/// Sections of one kind, and commands of one side in a section.
-constexpr int kMostSections = 100;
-constexpr int kMostCommands = 100;
 
 /// One run: one product, one side.
 class ProductUpdate {

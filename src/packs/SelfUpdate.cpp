@@ -6,11 +6,11 @@
 #include "base/Text.h"
 #include "base/Trap.h"
 #include "platform/modLibrary.h"
+#include "startup/HostPaths.h"
 
 namespace trelv::modProdTrelvManager {
 namespace {
 
-constexpr const char* kEnvironmentFile = "ambver";
 /// So much of the environment file's line is the host's; we hand it on without reading it.
 constexpr std::size_t kHeadLength = 7;
 
@@ -60,9 +60,9 @@ std::string computerName(Program& program) {
 SelfUpdate::SelfUpdate(Program& program, const std::string& hostServerFolder)
     : program_(program),
       files_(program.fileSystem),
-      clientFolder_(hostServerFolder + "\\prg\\com\\bin\\cpy\\client"),
-      environmentFolder_(hostServerFolder + "\\prg\\etc"),
-      temporaryFolder_(hostServerFolder + "\\prg\\tempterm") {
+      clientFolder_(hostPaths::clientCopyFolder(hostServerFolder)),
+      environmentFolder_(hostPaths::recordFolder(hostServerFolder)),
+      temporaryFolder_(hostPaths::temporaryFolder(hostServerFolder)) {
   const std::string running = program.machine.system.executablePath();
   const std::string file = running.substr(running.rfind('\\') + 1);
   const std::string name = file.substr(0, file.rfind('.'));
@@ -70,7 +70,8 @@ SelfUpdate::SelfUpdate(Program& program, const std::string& hostServerFolder)
   ownProgram_ = modLibrary::ParentPath(running) + "\\" + name + ".exe";
   clientCopy_ = clientFolder_ + "\\" + name + ".exe";
   newProgram_ = temporaryFolder_ + "\\" + name + "-" + computer + ".tmp";
-  newEnvironmentFile_ = temporaryFolder_ + "\\" + kEnvironmentFile + "-" + computer + ".tmp";
+  newEnvironmentFile_ =
+      temporaryFolder_ + "\\" + hostPaths::kEnvironmentFile + "-" + computer + ".tmp";
   oldProgram_ = temporaryFolder_ + "\\" + name + ".old";
 }
 
@@ -82,8 +83,7 @@ void SelfUpdate::run() {
   restoreClientCopy();
   removeTemporary(oldProgram_);
   refreshClientCopy();
-  program_.log.WriteLog(std::string("Gestione ProdTrelv - Modifica file ") + kEnvironmentFile +
-                        " su " + environmentFolder_);
+  program_.log.WriteLog("Gestione ProdTrelv - Modifica file ambver su " + environmentFolder_);
   stampEnvironmentFile();
 }
 
@@ -192,7 +192,7 @@ std::string dateStamp(const machine::LocalTime& now) {
 }
 
 void SelfUpdate::stampEnvironmentFile() {
-  const std::string path = environmentFolder_ + "\\" + kEnvironmentFile;
+  const std::string path = environmentFolder_ + "\\" + hostPaths::kEnvironmentFile;
   std::string text;
   const SystemCode code =
       program_.machine.files.read(path, std::numeric_limits<std::size_t>::max(), text);
@@ -210,7 +210,7 @@ void SelfUpdate::stampEnvironmentFile() {
   }
   // Kept: nothing between folder and name, so a folder without trailing backslash gives a file
   // beside it. The folder is reported with one.
-  const std::string scratch = folder + kEnvironmentFile;
+  const std::string scratch = folder + hostPaths::kEnvironmentFile;
   writeScratchCopy(scratch, line.substr(0, kHeadLength));
   putEnvironmentFileInPlace(scratch);
 }
@@ -224,7 +224,7 @@ void SelfUpdate::writeScratchCopy(const std::string& scratch, const std::string&
 
 // Never renamed aside: between two renames the file would be missing, and nobody makes it anew.
 void SelfUpdate::putEnvironmentFileInPlace(const std::string& scratch) {
-  const std::string target = environmentFolder_ + "\\" + kEnvironmentFile;
+  const std::string target = environmentFolder_ + "\\" + hostPaths::kEnvironmentFile;
   copyToShare(scratch, newEnvironmentFile_);
   files_.requireReplaceable(target);
   const SystemCode code = program_.machine.files.replaceFile(newEnvironmentFile_, target);

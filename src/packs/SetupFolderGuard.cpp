@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "base/Text.h"
-#include "packs/HostPaths.h"
 #include "platform/modLibrary.h"
+#include "startup/HostPaths.h"
 
 namespace trelv::modProdTrelvManager {
 namespace {
@@ -164,19 +164,10 @@ bool liesIn(const Place& place, const Place& folder) {
                     });
 }
 
-/// Folders of the host below the server path that many products share.
-constexpr std::array<const char*, 8> kHostFolders{"prg",
-                                                  "prg\\com",
-                                                  "prg\\com\\setup",
-                                                  "prg\\com\\setup\\aggdovra",
-                                                  "prg\\com\\bin\\cpy\\client",
-                                                  "prg\\etc",
-                                                  "prg\\tempterm",
-                                                  "mv"};
-
-/// One of them, or what holds one: the server path too.
+/// One of the folders that many products share, or what holds one: the server path too.
 bool isHostFolderByName(const Place& place, const Place& server) {
-  return std::any_of(kHostFolders.begin(), kHostFolders.end(), [&](const char* name) -> bool {
+  constexpr auto kShared = hostPaths::kSharedFolders;
+  return std::any_of(kShared.begin(), kShared.end(), [&](const char* name) -> bool {
     const std::vector<std::string> tail = split(name);
     Place folder = server;
     folder.levels.insert(folder.levels.end(), tail.begin(), tail.end());
@@ -217,7 +208,7 @@ bool holdsManager(Program& program, const Place& place) {
 
 /// The folder of all products' programs, whatever the server path beside it is called here.
 bool isFolderOfPrograms(Program& program, const std::string& serverPath, Place place) {
-  if (place.levels.empty() || !equalNoCase(place.levels.back(), "mv")) {
+  if (place.levels.empty() || !equalNoCase(place.levels.back(), hostPaths::kProducts)) {
     return false;
   }
   place.levels.pop_back();

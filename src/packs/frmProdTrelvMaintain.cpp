@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "base/ProductName.h"
-#include "packs/HostPaths.h"
 #include "packs/ProductRemoval.h"
 #include "platform/modLibrary.h"
+#include "startup/HostPaths.h"
 #include "startup/IntegrationRecord.h"
 #include "startup/modProdTrelvLibrary.h"
 

@@ -47,7 +47,9 @@ bool isAnsi(machine::Locale& locale, const std::string& path) {
 
 /// The file is not there, or its server is gone. A connection that was dropped does not count: the
 /// next use of the share makes it anew.
-bool isMissing(SystemCode code) { return meansMissing(code) || code == system_code::kBadNetPath; }
+bool isOutOfReach(SystemCode code) {
+  return meansMissing(code) || code == system_code::kBadNetPath;
+}
 
 /// True when the value comes whole out of a buffer of `size` characters. Quotes that were taken off
 /// count, because the platform takes them off after it has cut the text.
@@ -75,7 +77,7 @@ struct ConfigurationFiles::Kept {
     const SystemCode code = machine.files.read(path, kLargestKept + 1, bytes);
     // A file that is there and cannot be read at this moment (another workstation writes to it)
     // must not look empty until the next forget(): versions would be lost.
-    if (code != system_code::kSuccess) return {!isMissing(code), std::nullopt};
+    if (code != system_code::kSuccess) return {!isOutOfReach(code), std::nullopt};
     if (bytes.size() > kLargestKept || !IniDocument::understands(bytes)) {
       return {true, std::nullopt};
     }

@@ -319,7 +319,8 @@ bool replaceContent(machine::Files& files, const std::string& path, const std::s
   return false;
 }
 
-bool isMissing(SystemCode code) {
+/// Nothing can stand there: neither the file nor the server, or the path is none.
+bool namesNoFile(SystemCode code) {
   return meansMissing(code) || code == system_code::kBadNetPath ||
          code == system_code::kInvalidName || code == system_code::kBadPathname;
 }
@@ -375,7 +376,7 @@ std::int32_t open(machine::Files& files, machine::Registry& registry, machine::L
   std::string bytes;
   const SystemCode answer = files.read(configFile, kMostBytes + 1, bytes);
   if (answer != system_code::kSuccess) {
-    return isMissing(answer) ? code::kNoConfigFile : code::kNavigateError;
+    return namesNoFile(answer) ? code::kNoConfigFile : code::kNavigateError;
   }
   return load(bytes, document);
 }

@@ -54,8 +54,8 @@ bool askExtended(Program& program, const char* procedure, EditionProbe& probe, T
                  [&](const VersionRecord& v) { return probe.querySucceeded && test(v); });
 }
 
-void logAnswer(Program& program, const std::string& name, bool value) {
-  program.log.WriteLog(name + " = " + program.machine.locale.truthText(value));
+void logAnswer(Program& program, const std::string& line, bool value) {
+  program.log.WriteLog(line + program.machine.locale.truthText(value));
 }
 
 /// A server is a terminal server when it has the terminal suite and is not limited to single users,
@@ -155,7 +155,7 @@ bool IsWin2008Server(Program& program) {
       program, "IsWin2008Server", program.state.platform.win2008Server, [](const VersionRecord& v) {
         return v.productType != kWorkstation && v.major == 6 && (v.minor == 0 || v.minor == 1);
       });
-  logAnswer(program, "IsWin2008Server", result);
+  logAnswer(program, "IsWin2008Server = ", result);
   return result;
 }
 
@@ -200,7 +200,7 @@ bool IsWin2008TS(Program& program) {
     return multiUserTerminalServer(program, IsWin2008Server(program), probes.win2008TerminalServer,
                                    probes.win2008SingleUser);
   });
-  logAnswer(program, "IsWin2008TS", result);
+  logAnswer(program, "IsWin2008TS = ", result);
   return result;
 }
 

@@ -45,10 +45,11 @@ bool readRecord(Program& program, std::string& path) {
 }
 
 bool reportFailure(Program& program, const RuntimeError& failure) {
-  constexpr const char* kText = "Errore in Determinazione configurazione";
-  program.errors.VisualizzaErrore("modMain", "VerifyConfig", kText, ReportKind::ProgramError,
-                                  failure);
-  program.log.WriteLog(std::string("Gestione ProdTrelv - ") + kText + ": " + failure.description());
+  program.errors.VisualizzaErrore("modMain", "VerifyConfig",
+                                  "Errore in Determinazione configurazione",
+                                  ReportKind::ProgramError, failure);
+  program.log.WriteLog("Gestione ProdTrelv - Errore in Determinazione configurazione: " +
+                       failure.description());
   return false;
 }
 

@@ -14,6 +14,7 @@
 #include "platform/modConfig.h"
 #include "platform/modLibrary.h"
 #include "platform/modPlatform.h"
+#include "startup/HostPaths.h"
 #include "startup/IntegrationRecord.h"
 #include "startup/modProdTrelvLibrary.h"
 
@@ -128,8 +129,7 @@ bool argumentsSuffice(Program& program) {
 
 void findPlugin(Program& program) {
   StartupFacts& startup = program.state.startup;
-  const bool present =
-      program.fileSystem.folderExists(startup.hostFolder + "\\prg\\com\\dovra\\plugin");
+  const bool present = program.fileSystem.folderExists(hostPaths::pluginFolder(startup.hostFolder));
   startup.pluginProduct = present ? PluginProduct::Dovra : PluginProduct::None;
 }
 

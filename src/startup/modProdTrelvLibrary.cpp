@@ -88,14 +88,12 @@ std::int16_t numberOf(const std::array<Code, N>& codes, const std::string& text,
   return found->number;
 }
 
-constexpr int kMostCatalogueSections = 100;
-
 // Where no section has the identifier, the search has run out at index 101 and the caller reads
 // section "prod101", which gives empty text unless somebody wrote such a section. Kept: a product
 // that is not in the catalogue is told by its empty value, not by a case of its own.
 int catalogueIndex(Program& program, const std::string& iniPath, const std::string& productId) {
   int index = 1;
-  while (index <= kMostCatalogueSections &&
+  while (index <= kMostCatalogueEntries &&
          modLibrary::ReadSetting(program, {iniPath, CatalogueSection(index), "id"}) != productId) {
     ++index;
   }

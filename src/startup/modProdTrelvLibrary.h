@@ -29,6 +29,8 @@ std::string ConvertNumberToProduct(Product number);
 /// near ones (15) the even one (20). Raises the runtime's overflow above 16 bits.
 Product ProgramToProduct(std::int32_t programNumber);
 
+/// Entries of the product catalogue; what follows is not read, but by the direct set-up.
+constexpr int kMostCatalogueEntries = 100;
 /// Name of the catalogue section with this index (from 1): "prod01" … "prod99", "prod100".
 std::string CatalogueSection(int index);
 /// What the catalogue (full path) has as "conf" and as "name" in a product's section, which is the

@@ -53,11 +53,6 @@ TEST(FirstCharacters, CountsCharactersNotBytes) {
   EXPECT_EQ(firstCharacters("abc", 0), "");
 }
 
-TEST(CharacterCount, CountsCharactersNotBytes) {
-  EXPECT_EQ(characterCount("però €"), 6U);
-  EXPECT_EQ(characterCount(""), 0U);
-}
-
 TEST(SignedText, LeavesRoomForTheSign) {
   EXPECT_EQ(signedText(5), " 5");
   EXPECT_EQ(signedText(0), " 0");

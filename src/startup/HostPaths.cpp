@@ -1,4 +1,4 @@
-#include "packs/HostPaths.h"
+#include "startup/HostPaths.h"
 
 #include <optional>
 
@@ -19,8 +19,26 @@ const std::string& clientFolder(Program& program) {
 
 }  // namespace
 
+std::string topFolder(const std::string& serverPath) { return serverPath + "\\" + kTop; }
+
+std::string setupFolder(const std::string& serverPath) { return serverPath + "\\" + kSetups; }
+
+std::string clientCopyFolder(const std::string& serverPath) {
+  return serverPath + "\\" + kClientCopy;
+}
+
+std::string recordFolder(const std::string& serverPath) { return serverPath + "\\" + kRecords; }
+
+std::string temporaryFolder(const std::string& serverPath) {
+  return serverPath + "\\" + kTemporary;
+}
+
+std::string pluginFolder(const std::string& serverPath) { return serverPath + "\\" + kPlugin; }
+
+std::string productsFolder(const std::string& root) { return root + "\\" + kProducts; }
+
 std::string catalogue(const std::string& serverPath) {
-  return serverPath + "\\prg\\com\\setup\\aggdovra\\agdvcomp.ini";
+  return setupFolder(serverPath) + "\\agdvcomp.ini";
 }
 
 std::string productConfiguration(const std::string& serverPath, const std::string& conf) {
@@ -28,7 +46,7 @@ std::string productConfiguration(const std::string& serverPath, const std::strin
 }
 
 std::string serverVersionRecord(const std::string& serverPath) {
-  return serverPath + "\\prg\\etc\\agdvver.ini";
+  return recordFolder(serverPath) + "\\agdvver.ini";
 }
 
 std::string clientVersionRecord(Program& program) {
@@ -36,17 +54,15 @@ std::string clientVersionRecord(Program& program) {
 }
 
 std::string serverLock(const std::string& serverPath) {
-  return serverPath + "\\prg\\tempterm\\agdv.lck";
+  return temporaryFolder(serverPath) + "\\agdv.lck";
 }
 
 // Kept: no backslash between the client folder and the name, unlike the record above, so C:\Lumo
 // gives C:\Lumoagdv.lck, beside the folder. Every workstation in use looks for the lock there.
 std::string clientLock(Program& program) { return clientFolder(program) + "agdv.lck"; }
 
-std::string setupFolder(const std::string& serverPath) {
-  return serverPath + "\\prg\\com\\setup\\aggdovra";
+std::string dovraRelease(const std::string& serverPath) {
+  return recordFolder(serverPath) + "\\dvrel";
 }
-
-std::string dovraRelease(const std::string& serverPath) { return serverPath + "\\prg\\etc\\dvrel"; }
 
 }  // namespace trelv::hostPaths
