@@ -78,9 +78,9 @@ AutomationAnswer SimAutomation::startWord(std::unique_ptr<machine::WordProcessor
   return {};
 }
 
-void SimAutomation::installWord(std::initializer_list<std::string> bookmarks) {
+void SimAutomation::installWord(const std::vector<std::string>& bookmarks) {
   installed_ = true;
-  bookmarks_ = bookmarks;
+  bookmarks_ = {bookmarks.begin(), bookmarks.end()};
 }
 
 AutomationAnswer SimAutomation::call(const SimWord& word, const std::string& method,

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <deque>
-#include <functional>
-#include <initializer_list>
 #include <memory>
 #include <set>
 #include <string>
@@ -36,7 +34,7 @@ class SimAutomation : public machine::Automation {
   machine::AutomationAnswer startWord(std::unique_ptr<machine::WordProcessor>& word) override;
 
   /// The word processor is installed; its documents have these bookmarks.
-  void installWord(std::initializer_list<std::string> bookmarks = {});
+  void installWord(const std::vector<std::string>& bookmarks = {});
   /// The next call that is no start answers this (after it was recorded, without effect).
   void failNext(machine::AutomationAnswer answer) { failures_.push_back(std::move(answer)); }
   /// All that were started, in order.

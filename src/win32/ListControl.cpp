@@ -1,9 +1,16 @@
 #include "win32/ListControl.h"
 
+#include <algorithm>
+
+#include "win32/TextSize.h"
 #include "win32/Win32Text.h"
 #include "win32/WindowClass.h"
 
 namespace trelv::win32 {
+
+bool takesSeveralChoices(HWND listBox) {
+  return (GetWindowLongW(listBox, GWL_STYLE) & (LBS_MULTIPLESEL | LBS_EXTENDEDSEL)) != 0;
+}
 
 struct ListControl::Messages {
   UINT clear;
@@ -25,39 +32,40 @@ const ListControl::Messages ListControl::kComboBox{CB_RESETCONTENT, CB_INSERTSTR
                                                    CB_GETLBTEXTLEN, CB_GETLBTEXT,    CB_SETITEMDATA,
                                                    CB_GETITEMDATA,  CB_SETCURSEL,    CB_GETCURSEL};
 
-ListControl::ListControl(HWND window) : window_(window) {
-  if (isOfClass(window, L"ListBox")) {
-    messages_ = &kListBox;
-  } else if (isOfClass(window, L"ComboBox")) {
-    messages_ = &kComboBox;
-  }
-}
+ListControl::ListControl(HWND window)
+    : window_(window), messages_(isOfClass(window, L"ListBox") ? &kListBox : &kComboBox) {}
 
 LRESULT ListControl::send(UINT message, WPARAM first, LPARAM second) const {
   return SendMessageW(window_, message, first, second);
 }
 
-void ListControl::clear() const {
-  if (messages_ != nullptr) {
-    send(messages_->clear);
-  }
+void ListControl::clear() {
+  send(messages_->clear);
+  width_ = 0;
+  makeRoomFor({});
 }
 
-void ListControl::add(const std::string& text, int data) const {
-  if (messages_ == nullptr) {
-    return;
-  }
+void ListControl::add(const std::string& text, int data) {
+  const std::wstring shown = wide(text);
   // Inserting at -1 appends: the message that adds would sort.
-  const LRESULT at = send(messages_->insert, static_cast<WPARAM>(-1),
-                          reinterpret_cast<LPARAM>(wide(text).c_str()));
+  const LRESULT at =
+      send(messages_->insert, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(shown.c_str()));
   if (at >= 0) {
     send(messages_->setData, static_cast<WPARAM>(at), data);
+    makeRoomFor(shown);
   }
 }
 
-int ListControl::count() const {
-  return messages_ != nullptr ? static_cast<int>(send(messages_->count)) : 0;
+/// The list box itself would cut what is longer than it is wide.
+void ListControl::makeRoomFor(const std::wstring& text) {
+  if (messages_ == &kListBox) {
+    const LONG margin = 2 * GetSystemMetrics(SM_CXEDGE);
+    width_ = std::max(width_, text.empty() ? 0 : textSize(window_, text).cx + margin);
+    send(LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(width_));
+  }
 }
+
+int ListControl::count() const { return static_cast<int>(send(messages_->count)); }
 
 std::string ListControl::text(int index) const {
   if (!has(index)) {
@@ -74,14 +82,54 @@ int ListControl::data(int index) const {
   return has(index) ? static_cast<int>(send(messages_->data, static_cast<WPARAM>(index))) : 0;
 }
 
-int ListControl::selected() const {
-  return messages_ != nullptr ? static_cast<int>(send(messages_->selected)) : -1;
+void ListControl::setSelected(int index, bool selected) {
+  if (has(index) && selected != isSelected(index)) {
+    select(selected ? index : -1);
+  }
 }
 
-void ListControl::select(int index) const {
-  if (messages_ != nullptr && (index == -1 || has(index))) {
+int ListControl::selected() const { return static_cast<int>(send(messages_->selected)); }
+
+void ListControl::select(int index) {
+  if (index == -1 || has(index)) {
     send(messages_->select, static_cast<WPARAM>(index));
   }
+}
+
+bool MultiListControl::isSelected(int index) const {
+  return has(index) && send(LB_GETSEL, static_cast<WPARAM>(index)) > 0;
+}
+
+void MultiListControl::setSelected(int index, bool selected) {
+  if (has(index)) {
+    send(LB_SETSEL, selected ? TRUE : FALSE, index);
+  }
+}
+
+int MultiListControl::selected() const {
+  for (int i = 0; i < count(); ++i) {
+    if (isSelected(i)) {
+      return i;
+    }
+  }
+  return -1;
+}
+
+void MultiListControl::select(int index) {
+  if (index == -1 || has(index)) {
+    send(LB_SETSEL, FALSE, -1);
+    setSelected(index, true);
+  }
+}
+
+LRESULT MultiListControl::receive(UINT message, WPARAM first, LPARAM second) {
+  const LRESULT result = passOn(message, first, second);
+  if ((message == WM_KEYDOWN || message == WM_CHAR) && first == VK_SPACE) {
+    HWND const list = window();
+    SendMessageW(GetParent(list), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(list), LBN_SELCHANGE),
+                 reinterpret_cast<LPARAM>(list));
+  }
+  return result;
 }
 
 }  // namespace trelv::win32

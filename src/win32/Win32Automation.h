@@ -4,7 +4,7 @@
 
 namespace trelv::win32 {
 
-/// Other programs' objects. None can be reached yet: each counts as not registered.
+/// Other programs by automation. Its library is touched only when one is started.
 class Win32Automation : public machine::Automation {
  public:
   machine::AutomationAnswer startWord(std::unique_ptr<machine::WordProcessor>& word) override;

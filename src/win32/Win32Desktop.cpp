@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "win32/FolderChooser.h"
+#include "win32/InputForm.h"
 #include "win32/Win32Text.h"
 
 namespace trelv::win32 {
@@ -57,10 +59,11 @@ BoxAnswer answerOf(int button) {
   }
 }
 
-/// Progress bars are classes of the common controls' library, and its presence themes the rest.
+/// Progress bars and tabs are classes of the common controls' library, and its presence themes the
+/// rest.
 void registerControlClasses() {
   const INITCOMMONCONTROLSEX classes{sizeof(INITCOMMONCONTROLSEX),
-                                     ICC_STANDARD_CLASSES | ICC_PROGRESS_CLASS};
+                                     ICC_STANDARD_CLASSES | ICC_PROGRESS_CLASS | ICC_TAB_CLASSES};
   InitCommonControlsEx(&classes);
 }
 
@@ -114,13 +117,17 @@ BoxAnswer Win32Desktop::messageBox(const std::string& title, const std::string& 
                               styleOf(icon) | styleOf(buttons)));
 }
 
-// The program has no such dialog yet: none can be shown.
-std::optional<std::string> Win32Desktop::inputBox(const std::string&, const std::string&) {
-  return std::nullopt;
+std::optional<std::string> Win32Desktop::inputBox(const std::string& title,
+                                                  const std::string& prompt) {
+  InputForm form(title, prompt, [this, &prompt](const std::string& first) {
+    return chooseFolder(owner(), prompt, first);
+  });
+  showModal(form);
+  return form.answer();
 }
 
 bool Win32Desktop::showModal(machine::Form& form) {
-  registerControlClasses();
+  prepare();
   HWND const over = owner();
   Win32FormWindow window(form, hourglass_);
   const Shown shown(forms_, window);
@@ -128,10 +135,17 @@ bool Win32Desktop::showModal(machine::Form& form) {
 }
 
 std::unique_ptr<machine::ShownForm> Win32Desktop::showModeless(machine::Form& form) {
-  registerControlClasses();
+  prepare();
   HWND const over = owner();
   auto shown = std::make_unique<ModelessForm>(forms_, form, hourglass_);
   return shown->window().showModeless(over) ? std::move(shown) : nullptr;
+}
+
+void Win32Desktop::prepare() {
+  registerControlClasses();
+  if (!keys_) {
+    keys_.emplace();
+  }
 }
 
 machine::FormWindow* Win32Desktop::activeForm() { return topmost(); }

@@ -1,9 +1,12 @@
 #pragma once
 
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "machine/Desktop.h"
+#include "win32/KeyFilter.h"
 #include "win32/Win32FormWindow.h"
 
 namespace trelv::win32 {
@@ -24,12 +27,15 @@ class Win32Desktop : public machine::Desktop {
   /// The topmost form that is not closed, or null.
   Win32FormWindow* topmost() const;
   HWND owner() const;
+  void prepare();
   bool takenByDialog(MSG& message) const;
   void rethrowModelessFailure() const;
 
   /// The forms that are shown, in the order of their opening.
   std::vector<Win32FormWindow*> forms_;
   bool hourglass_ = false;
+  /// From the first form on.
+  std::optional<KeyFilter> keys_;
 };
 
 }  // namespace trelv::win32

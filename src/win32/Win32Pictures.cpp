@@ -1,12 +1,12 @@
 #include "win32/Win32Pictures.h"
 
 // The headers of pictures need the one of our own above them.
-#include <objbase.h>
 #include <ocidl.h>
 #include <olectl.h>
 
 #include <algorithm>
 
+#include "win32/Components.h"
 #include "win32/Win32Text.h"
 
 namespace trelv::win32 {
@@ -33,32 +33,9 @@ struct GlobalMemoryKind {
   static void close(Handle handle) { GlobalFree(handle); }
 };
 
-template <class Interface>
-struct ObjectKind {
-  using Handle = Interface*;
-  static Handle none() { return nullptr; }
-  static void close(Handle object) { object->Release(); }
-};
-
 using OwnedMemory = Owned<GlobalMemoryKind>;
 using OwnedStream = Owned<ObjectKind<IStream>>;
 using OwnedPicture = Owned<ObjectKind<IPicture>>;
-
-/// The picture's reader may need the component library; in use as long as this lives.
-class Components {
- public:
-  Components() : begun_(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
-  ~Components() {
-    if (begun_) {
-      CoUninitialize();
-    }
-  }
-  Components(const Components&) = delete;
-  Components& operator=(const Components&) = delete;
-
- private:
-  bool begun_;
-};
 
 bool readInto(HANDLE file, HGLOBAL memory, DWORD length) {
   void* const bytes = GlobalLock(memory);

@@ -45,3 +45,30 @@
 #define IDC_lblRemove 1052
 #define IDC_lblRepair 1053
 #define IDC_lblOutcome 1054
+
+/* The forms of the session from a medium. */
+#define IDC_ListAmb 1060
+#define IDC_ListProd 1061
+#define IDC_labTab 1062
+#define IDC_cmdExec 1063
+#define IDC_cmdback 1064
+#define IDC_cmdExit 1065
+#define IDC_cmdhelp 1066
+#define IDC_lblHeading 1067
+#define IDC_picSetup 1068
+#define IDC_picProduct 1069
+
+/* The information form: rows from above. */
+#define IDC_Label1_0 1080
+#define IDC_Label1_1 1081
+#define IDC_Label1_2 1082
+#define IDC_lblinfo_0 1083
+#define IDC_lblinfo_1 1084
+#define IDC_lblinfo_2 1085
+#define IDC_Command1 1086
+
+/* The input box. */
+#define IDC_lblPrompt 1090
+#define IDC_txtInput 1091
+#define IDC_btnBrowse 1092
+#define IDC_btnCancel 1093

@@ -3,8 +3,10 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "machine/Machine.h"
 
@@ -56,6 +58,9 @@ constexpr const char* kSecondOption = "txtProcedura";
 constexpr const char* kCheckBox = "txtErrSource";
 /// Has twice the width of its height.
 constexpr const char* kPicture = "picError";
+/// A list of several choices, and a tab control.
+constexpr const char* kMultiList = "txtErrCodice";
+constexpr const char* kTabs = "txtErrDescrizione";
 constexpr const char* kMissing = "txtErrTrace";
 }  // namespace stage
 
@@ -121,14 +126,34 @@ class ContractMachine {
   virtual void makeControls(machine::FormWindow& window) = 0;
   /// What the user does in the next modal form, once it is shown.
   virtual void playUser(std::function<void(machine::FormWindow&)> play) = 0;
-  /// The user presses a button, picks an item of the list or combo, picks an option or check box.
+  /// The user presses a button, picks an item of the list or combo or a page, picks an option or
+  /// check box.
   virtual void click(machine::FormWindow& window, const std::string& control) = 0;
   virtual void choose(machine::FormWindow& window, const std::string& control, int index) = 0;
   virtual void check(machine::FormWindow& window, const std::string& control) = 0;
-  /// The same press, as it waits among the messages for its turn.
+  /// The user clicks an item of the list of several choices; double-clicks an item of the list, or
+  /// the free room below its items (-1).
+  virtual void toggle(machine::FormWindow& window, const std::string& control, int index) = 0;
+  virtual void doubleClick(machine::FormWindow& window, const std::string& control, int index) = 0;
+  /// The user goes to a control and presses F10, which the form must deal with.
+  virtual void pressF10(machine::FormWindow& window, const std::string& control) = 0;
+  /// The same press of a button, as it waits among the messages for its turn.
   virtual void clickLater(machine::FormWindow& window, const std::string& control) = 0;
   /// Is the hourglass shown where the pointer is moved over this form?
   virtual bool hourglassOver(machine::FormWindow& window) = 0;
+
+  /// What the user does in the next input box: a text and OK, or nothing for Cancel. It is empty
+  /// when it opens.
+  virtual void answerInput(std::optional<std::string> answer) = 0;
+  /// Title and prompt of the last input box.
+  virtual std::string inputTitle() = 0;
+  virtual std::string inputPrompt() = 0;
+
+  /// Installs a word processor whose documents have these bookmarks; without it none is there.
+  virtual void installWord(const std::vector<std::string>& bookmarks) = 0;
+  /// What all word processors that were started heard, in order, in Basic's words: "Documents.Open
+  /// PATH", "Visible = True", "Activate", "Selection.GoTo -1 NAME", "Quit".
+  virtual std::vector<std::string> wordHeard() = 0;
 };
 
 /// Made by the side that the suite is linked with.

@@ -31,6 +31,13 @@ class StageForm : public machine::Form {
   void selectionChanged(FormWindow& /*window*/, const std::string& control) override {
     heard.push_back("changed " + control);
   }
+  void doubleClicked(FormWindow& /*window*/, const std::string& control) override {
+    heard.push_back("double-clicked " + control);
+  }
+  bool keyPressed(FormWindow& /*window*/, const std::string& control, machine::Key) override {
+    heard.push_back("F10 in " + control);
+    return true;
+  }
   void closeRequested(FormWindow& window) override { window.close(); }
 
   std::function<void(FormWindow&)> onLoaded = [](FormWindow&) {};
@@ -160,6 +167,299 @@ TEST_P(ListContract, AfterClearingTheFirstChoiceIsANewOne) {
     world().choose(window, list_, 0);
   });
   EXPECT_EQ(form_.heard, Names{heardChange()});
+}
+
+// --- Lists of several choices
+
+class MultiListContract : public DesktopContract {
+ protected:
+  /// Shows the form with three items in the list.
+  void playFilled(std::function<void(FormWindow&)> user) {
+    play([&](FormWindow& window) {
+      for (const char* const item : {"Paghe", "Contabilit\u00E0", "Agenda"}) {
+        window.addItem(list_, item);
+      }
+      user(window);
+    });
+  }
+  std::vector<int> chosen(FormWindow& window) {
+    std::vector<int> found;
+    for (int i = -1; i <= window.itemCount(list_); ++i) {
+      if (window.itemSelected(list_, i)) {
+        found.push_back(i);
+      }
+    }
+    return found;
+  }
+
+  const std::string list_ = stage::kMultiList;
+  const std::string changed_ = "changed " + list_;
+};
+
+using Indexes = std::vector<int>;
+
+TEST_F(MultiListContract, EachClickSelectsOrDeselectsOneItemAndTheFormHears) {
+  playFilled([&](FormWindow& window) {
+    EXPECT_EQ(chosen(window), Indexes{});
+    world().toggle(window, list_, 2);
+    EXPECT_EQ(chosen(window), Indexes{2});
+    world().toggle(window, list_, 0);
+    EXPECT_EQ(chosen(window), (Indexes{0, 2}));
+    EXPECT_EQ(window.selected(list_), 0) << "the first of the selected";
+    world().toggle(window, list_, 2);
+    EXPECT_EQ(chosen(window), Indexes{0});
+  });
+  EXPECT_EQ(form_.heard, (Names{changed_, changed_, changed_}));
+}
+
+TEST_F(MultiListContract, TheProgramSelectsEachItemByItself) {
+  playFilled([&](FormWindow& window) {
+    window.setItemSelected(list_, 2, true);
+    window.setItemSelected(list_, 1, true);
+    window.setItemSelected(list_, 1, true);
+    EXPECT_EQ(chosen(window), (Indexes{1, 2}));
+    window.setItemSelected(list_, 2, false);
+    window.setItemSelected(list_, 3, true);
+    window.setItemSelected(list_, -1, true);
+    EXPECT_EQ(chosen(window), Indexes{1});
+  });
+  EXPECT_EQ(form_.heard, Names{});
+}
+
+TEST_F(MultiListContract, SelectingOneTakesTheSelectionFromAllOthers) {
+  playFilled([&](FormWindow& window) {
+    window.setItemSelected(list_, 0, true);
+    window.setItemSelected(list_, 1, true);
+    window.select(list_, 2);
+    EXPECT_EQ(chosen(window), Indexes{2});
+    window.select(list_, 3);
+    EXPECT_EQ(chosen(window), Indexes{2}) << "there is no such item";
+    window.select(list_, -1);
+    EXPECT_EQ(chosen(window), Indexes{});
+    EXPECT_EQ(window.selected(list_), -1);
+  });
+  EXPECT_EQ(form_.heard, Names{});
+}
+
+TEST_F(MultiListContract, ItemsStandInTheirOrderWithTheirNumbersAndClearingTakesAll) {
+  play([&](FormWindow& window) {
+    window.addItem(list_, "Paghe", 7);
+    window.addItem(list_, "Agenda", -9);
+    window.setItemSelected(list_, 1, true);
+    EXPECT_EQ(window.itemText(list_, 0), "Paghe");
+    EXPECT_EQ(window.itemData(list_, 1), -9);
+    window.clearItems(list_);
+    EXPECT_EQ(window.itemCount(list_), 0);
+    window.addItem(list_, "nuovo");
+    EXPECT_EQ(chosen(window), Indexes{});
+  });
+}
+
+TEST_F(MultiListContract, AnItemThatTheProgramSelectedIsDeselectedByAClick) {
+  playFilled([&](FormWindow& window) {
+    window.setItemSelected(list_, 1, true);
+    world().toggle(window, list_, 1);
+    EXPECT_EQ(chosen(window), Indexes{});
+  });
+  EXPECT_EQ(form_.heard, Names{changed_});
+}
+
+TEST_P(ListContract, AnItemOfALaterChoiceIsTheOneThatIsSelected) {
+  play([&](FormWindow& window) {
+    fill(window);
+    window.setItemSelected(list_, 0, true);
+    window.setItemSelected(list_, 2, true);
+    EXPECT_FALSE(window.itemSelected(list_, 0));
+    EXPECT_TRUE(window.itemSelected(list_, 2));
+    window.setItemSelected(list_, 0, false);
+    window.setItemSelected(list_, 3, true);
+    EXPECT_EQ(window.selected(list_), 2);
+    window.setItemSelected(list_, 2, false);
+    EXPECT_EQ(window.selected(list_), -1);
+    EXPECT_FALSE(window.itemSelected(list_, -1));
+  });
+  EXPECT_EQ(form_.heard, Names{});
+}
+
+// --- Double clicks
+
+TEST_F(DesktopContract, ADoubleClickPicksTheItemAndIsHeardAfterIt) {
+  const std::string list = stage::kList;
+  play([&](FormWindow& window) {
+    window.addItem(list, "Paghe");
+    window.addItem(list, "Agenda");
+    world().doubleClick(window, list, 1);
+    EXPECT_EQ(window.selected(list), 1);
+    world().doubleClick(window, list, 1);
+  });
+  EXPECT_EQ(form_.heard,
+            (Names{"changed " + list, "double-clicked " + list, "double-clicked " + list}));
+}
+
+TEST_F(DesktopContract, ADoubleClickBelowTheItemsPicksNothingAndIsHeard) {
+  const std::string list = stage::kList;
+  play([&](FormWindow& window) {
+    window.addItem(list, "Paghe");
+    world().doubleClick(window, list, -1);
+    EXPECT_EQ(window.selected(list), -1);
+  });
+  EXPECT_EQ(form_.heard, Names{"double-clicked " + list});
+}
+
+// --- Pages
+
+class TabContract : public DesktopContract {
+ protected:
+  void playFilled(std::function<void(FormWindow&)> user) {
+    play([&](FormWindow& window) {
+      for (const char* const page : {"Paghe & C.", "Contabilit\u00E0", "Agenda", "Altro"}) {
+        window.addItem(tabs_, page, 10 + window.itemCount(tabs_));
+      }
+      user(window);
+    });
+  }
+
+  const std::string tabs_ = stage::kTabs;
+  const std::string changed_ = "changed " + tabs_;
+};
+
+TEST_F(TabContract, TheFirstPageIsSelectedAsSoonAsItIsThere) {
+  play([&](FormWindow& window) {
+    EXPECT_EQ(window.selected(tabs_), -1);
+    EXPECT_EQ(window.itemCount(tabs_), 0);
+    window.addItem(tabs_, "Paghe");
+    EXPECT_EQ(window.selected(tabs_), 0);
+    window.addItem(tabs_, "Agenda");
+    EXPECT_EQ(window.selected(tabs_), 0);
+    world().choose(window, tabs_, 0);
+  });
+  EXPECT_EQ(form_.heard, Names{}) << "it was selected before";
+}
+
+TEST_F(TabContract, PagesKeepTheirTextsAndNumbers) {
+  playFilled([&](FormWindow& window) {
+    ASSERT_EQ(window.itemCount(tabs_), 4);
+    EXPECT_EQ(window.itemText(tabs_, 0), "Paghe & C.");
+    EXPECT_EQ(window.itemText(tabs_, 1), "Contabilit\u00E0");
+    EXPECT_EQ(window.itemText(tabs_, 4), "");
+    EXPECT_EQ(window.itemData(tabs_, 3), 13);
+    EXPECT_EQ(window.itemData(tabs_, -1), 0);
+    window.clearItems(tabs_);
+    EXPECT_EQ(window.itemCount(tabs_), 0);
+    EXPECT_EQ(window.selected(tabs_), -1);
+  });
+}
+
+TEST_F(TabContract, OnePageIsAlwaysSelected) {
+  playFilled([&](FormWindow& window) {
+    window.select(tabs_, 2);
+    EXPECT_EQ(window.selected(tabs_), 2);
+    EXPECT_TRUE(window.itemSelected(tabs_, 2));
+    EXPECT_FALSE(window.itemSelected(tabs_, 0));
+    for (const int index : {-1, 4}) {
+      window.select(tabs_, index);
+      EXPECT_EQ(window.selected(tabs_), 2);
+    }
+    window.setItemSelected(tabs_, 2, false);
+    EXPECT_EQ(window.selected(tabs_), 2);
+    window.setItemSelected(tabs_, 3, true);
+    EXPECT_EQ(window.selected(tabs_), 3);
+  });
+  EXPECT_EQ(form_.heard, Names{});
+}
+
+TEST_F(TabContract, TheFormHearsOfAnotherPageThatTheUserChose) {
+  playFilled([&](FormWindow& window) {
+    world().choose(window, tabs_, 2);
+    EXPECT_EQ(window.selected(tabs_), 2);
+    world().choose(window, tabs_, 2);
+    window.select(tabs_, 1);
+    world().choose(window, tabs_, 2);
+  });
+  EXPECT_EQ(form_.heard, (Names{changed_, changed_}));
+}
+
+TEST_F(TabContract, ADisabledPageCannotBeChosenUntilItIsEnabledAgain) {
+  playFilled([&](FormWindow& window) {
+    window.setItemEnabled(tabs_, 2, false);
+    window.setItemEnabled(tabs_, 4, false);
+    world().choose(window, tabs_, 2);
+    EXPECT_EQ(window.selected(tabs_), 0);
+    EXPECT_EQ(form_.heard, Names{});
+    world().choose(window, tabs_, 3);
+    EXPECT_EQ(window.selected(tabs_), 3);
+    window.setItemEnabled(tabs_, 2, true);
+    world().choose(window, tabs_, 2);
+    EXPECT_EQ(window.selected(tabs_), 2);
+  });
+  EXPECT_EQ(form_.heard, (Names{changed_, changed_}));
+}
+
+TEST_F(TabContract, TheProgramSelectsADisabledPageToo) {
+  playFilled([&](FormWindow& window) {
+    window.setItemEnabled(tabs_, 1, false);
+    window.select(tabs_, 1);
+    EXPECT_EQ(window.selected(tabs_), 1);
+    world().choose(window, tabs_, 0);
+    EXPECT_EQ(window.selected(tabs_), 0);
+  });
+  EXPECT_EQ(form_.heard, Names{changed_});
+}
+
+TEST_F(TabContract, AfterClearingThePagesAreEnabled) {
+  playFilled([&](FormWindow& window) {
+    window.setItemEnabled(tabs_, 1, false);
+    window.clearItems(tabs_);
+    window.addItem(tabs_, "a");
+    window.addItem(tabs_, "b");
+    world().choose(window, tabs_, 1);
+    EXPECT_EQ(window.selected(tabs_), 1);
+  });
+}
+
+TEST_P(ListContract, ItemsOfListsAreAlwaysEnabled) {
+  play([&](FormWindow& window) {
+    fill(window);
+    window.setItemEnabled(list_, 1, false);
+    world().choose(window, list_, 1);
+    EXPECT_EQ(window.selected(list_), 1);
+  });
+}
+
+// --- Keys
+
+TEST_F(DesktopContract, F10IsHeardInTheControlThatHasTheFocus) {
+  play([&](FormWindow& window) {
+    world().pressF10(window, stage::kList);
+    world().pressF10(window, stage::kButton);
+  });
+  EXPECT_EQ(form_.heard, (Names{std::string("F10 in ") + stage::kList,
+                                std::string("F10 in ") + stage::kButton}));
+}
+
+// --- Input boxes
+
+TEST_F(DesktopContract, AnInputBoxAnswersTheTextThatStandsInItAtOk) {
+  world().answerInput("S:\\Contabilit\u00E0\\ ");
+  EXPECT_EQ(desktop().inputBox("Setup 1.0", "Indicare il path & basta"), "S:\\Contabilit\u00E0\\ ");
+  EXPECT_EQ(world().inputTitle(), "Setup 1.0");
+  EXPECT_EQ(world().inputPrompt(), "Indicare il path & basta");
+}
+
+TEST_F(DesktopContract, AnEmptyInputIsAnAnswerAndCancelIsNone) {
+  world().answerInput("");
+  EXPECT_EQ(desktop().inputBox("Titolo", "Prompt"), "");
+  world().answerInput(std::nullopt);
+  EXPECT_EQ(desktop().inputBox("Titolo", "Prompt"), std::nullopt);
+}
+
+TEST_F(DesktopContract, AnInputBoxStandsOverAFormWhichIsTheActiveOneAgainAfterIt) {
+  play([&](FormWindow& window) {
+    world().answerInput("testo");
+    EXPECT_EQ(desktop().inputBox("Titolo", "Prompt"), "testo");
+    EXPECT_EQ(desktop().activeForm(), &window);
+  });
+  EXPECT_EQ(form_.heard, Names{});
 }
 
 // --- Options and check boxes

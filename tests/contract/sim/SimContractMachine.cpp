@@ -1,5 +1,7 @@
 #include <cstdlib>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -66,7 +68,9 @@ class SimContractMachine : public ContractMachine {
         {{stage::kButton, stage::kOtherButton, stage::kList, stage::kCombo, stage::kFirstOption,
           stage::kSecondOption, stage::kCheckBox, stage::kPicture},
          {},
-         {{stage::kFirstOption, stage::kSecondOption}}});
+         {{stage::kFirstOption, stage::kSecondOption}},
+         {stage::kMultiList},
+         {stage::kTabs}});
   }
 
   machine::Machine& machine() override { return simulated_.machine(); }
@@ -146,11 +150,31 @@ class SimContractMachine : public ContractMachine {
   void check(machine::FormWindow& window, const std::string& control) override {
     simulated(window).check(control, control != stage::kCheckBox || !window.checked(control));
   }
+  void toggle(machine::FormWindow& window, const std::string& control, int index) override {
+    simulated(window).toggle(control, index);
+  }
+  void doubleClick(machine::FormWindow& window, const std::string& control, int index) override {
+    simulated(window).doubleClick(control, index);
+  }
+  void pressF10(machine::FormWindow& window, const std::string& control) override {
+    simulated(window).press(control, machine::Key::F10);
+  }
   void clickLater(machine::FormWindow& window, const std::string& control) override {
     clicksWait_ = true;
     simulated_.desktop().onEvents([&window, control] { simulated(window).click(control); });
   }
   bool hourglassOver(machine::FormWindow&) override { return simulated_.desktop().hourglass(); }
+
+  void answerInput(std::optional<std::string> answer) override {
+    simulated_.desktop().answerInput({std::move(answer)});
+  }
+  std::string inputTitle() override { return simulated_.desktop().inputs().back().title; }
+  std::string inputPrompt() override { return simulated_.desktop().inputs().back().prompt; }
+
+  void installWord(const std::vector<std::string>& bookmarks) override {
+    simulated_.automation().installWord(bookmarks);
+  }
+  std::vector<std::string> wordHeard() override;
 
  private:
   sim::SimDisk& disk() { return simulated_.diskOf(kFolder); }
@@ -158,6 +182,23 @@ class SimContractMachine : public ContractMachine {
   sim::SimMachine simulated_;
   bool clicksWait_ = false;
 };
+
+std::vector<std::string> SimContractMachine::wordHeard() {
+  static const std::map<std::string, std::string> kInBasic{
+      {"word.openDocument", "Documents.Open"},
+      {"word.makeVisible", "Visible = True"},
+      {"word.activate", "Activate"},
+      {"word.goToBookmark", "Selection.GoTo -1"},
+      {"word.quit", "Quit"}};
+  std::vector<std::string> heard;
+  for (const std::string& call : simulated_.calls()) {
+    const auto found = kInBasic.find(call.substr(0, call.find(' ')));
+    if (found != kInBasic.end()) {
+      heard.push_back(found->second + call.substr(found->first.size()));
+    }
+  }
+  return heard;
+}
 
 }  // namespace
 

@@ -13,6 +13,7 @@
 
 #include "contract/ContractMachine.h"
 #include "contract/TestPictures.h"
+#include "contract/win32/TestForm.h"
 #include "startup/frmwait.h"
 #include "win32/ControlNames.h"
 #include "win32/Win32Desktop.h"
@@ -21,43 +22,6 @@
 // These tests show real dialogs: they want a screen.
 namespace trelv::win32 {
 namespace {
-
-HWND handleOf(machine::FormWindow& window) {
-  return static_cast<Win32FormWindow&>(window).handle();
-}
-
-HWND controlOf(machine::FormWindow& window, const std::string& name) {
-  return GetDlgItem(handleOf(window), controlId(name));
-}
-
-/// A form of the given resource that does what the test says and notes what happens to it. What a
-/// test posts from "loaded" arrives while the form is shown.
-class TestForm : public machine::Form {
- public:
-  explicit TestForm(std::string resource) : resource_(std::move(resource)) {}
-
-  std::string name() const override { return resource_; }
-  void loaded(machine::FormWindow& window) override { onLoaded(window); }
-  void clicked(machine::FormWindow& window, const std::string& control) override {
-    events.push_back("clicked " + control);
-    onClicked(window, control);
-  }
-  void selectionChanged(machine::FormWindow& /*window*/, const std::string& control) override {
-    events.push_back("changed " + control);
-  }
-  void closeRequested(machine::FormWindow& window) override {
-    events.push_back("close requested");
-    window.close();
-  }
-
-  std::function<void(machine::FormWindow&)> onLoaded = [](machine::FormWindow&) {};
-  std::function<void(machine::FormWindow&, const std::string&)> onClicked =
-      [](machine::FormWindow& window, const std::string&) { window.close(); };
-  std::vector<std::string> events;
-
- private:
-  std::string resource_;
-};
 
 class FormHost : public testing::Test {
  protected:

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "contract/win32/Gallery.h"
 #include "contract/win32/TestProgram.h"
 #include "win32/Owned.h"
 #include "win32/Win32Text.h"
@@ -77,6 +78,10 @@ int play(const std::vector<std::wstring>& given) {
 int main(int count, char** values) {
   if (!trelv::contract::isTestProgram()) {
     return trelv::contract::play(trelv::contract::arguments());
+  }
+  // "--show FORM PICTURE": shows a form and tests nothing.
+  if (count == 4 && std::string(values[1]) == "--show") {
+    return trelv::win32::showGallery(values[2], values[3]) ? 0 : 1;
   }
   testing::InitGoogleTest(&count, values);
   return RUN_ALL_TESTS();

@@ -1,10 +1,14 @@
 #include <windows.h>
+// The common controls' header needs the one above first.
+#include <commctrl.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
 #include <functional>
+#include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -162,6 +166,18 @@ void removeKeys(HKEY parent, const std::wstring& path) {
   RegDeleteKeyW(parent, path.c_str());
 }
 
+/// Makes a key of the machine with this text as its default value.
+void setText(const std::wstring& path, const std::wstring& text) {
+  HKEY made = nullptr;
+  require(RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr,
+                          &made, nullptr),
+          "making " + utf8(path));
+  const win32::OwnedKey key(made);
+  require(RegSetValueExW(key.get(), nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
+                         static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))),
+          "setting " + utf8(path));
+}
+
 class Win32HeldFile : public HeldFile {
  public:
   explicit Win32HeldFile(win32::OwnedFile file) : file_(std::move(file)) {}
@@ -208,7 +224,7 @@ struct ControlPlan {
   SIZE size;
 };
 
-constexpr std::array<ControlPlan, 8> kControlPlans{{
+constexpr std::array<ControlPlan, 10> kControlPlans{{
     {stage::kButton, L"Button", WS_GROUP | WS_TABSTOP | BS_PUSHBUTTON, {60, 20}},
     {stage::kOtherButton, L"Button", WS_TABSTOP | BS_PUSHBUTTON, {60, 20}},
     {stage::kList, L"ListBox", WS_TABSTOP | LBS_NOTIFY | LBS_SORT, {60, 60}},
@@ -217,6 +233,8 @@ constexpr std::array<ControlPlan, 8> kControlPlans{{
     {stage::kSecondOption, L"Button", BS_AUTORADIOBUTTON, {60, 20}},
     {stage::kCheckBox, L"Button", WS_GROUP | WS_TABSTOP | BS_AUTOCHECKBOX, {60, 20}},
     {stage::kPicture, L"Static", SS_BITMAP, {80, 40}},
+    {stage::kMultiList, L"ListBox", WS_TABSTOP | LBS_NOTIFY | LBS_MULTIPLESEL, {60, 60}},
+    {stage::kTabs, WC_TABCONTROLW, WS_TABSTOP, {500, 60}},
 }};
 
 /// What waits for the next modal form. A timer without window runs in its message loop.
@@ -242,6 +260,31 @@ class UserTimer {
   static inline machine::Desktop* desktop_ = nullptr;
   static inline Play play_;
 };
+
+/// The middle of a row of a list box, or (-1) a place in the room below its rows.
+LPARAM rowOf(HWND list, int index) {
+  RECT place{};
+  if (index < 0) {
+    GetClientRect(list, &place);
+    place.top = place.bottom - 4;
+  } else {
+    SendMessageW(list, LB_GETITEMRECT, static_cast<WPARAM>(index),
+                 reinterpret_cast<LPARAM>(&place));
+  }
+  return MAKELPARAM((place.left + place.right) / 2, (place.top + place.bottom) / 2);
+}
+
+/// The middle of a page's tab.
+LPARAM tabOf(HWND tabs, int index) {
+  RECT place{};
+  SendMessageW(tabs, TCM_GETITEMRECT, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&place));
+  return MAKELPARAM((place.left + place.right) / 2, (place.top + place.bottom) / 2);
+}
+
+void clickAt(HWND control, LPARAM place, UINT press = WM_LBUTTONDOWN) {
+  SendMessageW(control, press, MK_LBUTTON, place);
+  SendMessageW(control, WM_LBUTTONUP, 0, place);
+}
 
 /// Presses buttons when its message's turn comes; a disabled one does not feel it, as it does not
 /// feel the mouse (a message posted to the button itself would reach it all the same).
@@ -316,10 +359,25 @@ class Win32ContractMachine : public ContractMachine {
   void check(machine::FormWindow& window, const std::string& control) override {
     click(window, control);
   }
+  void toggle(machine::FormWindow& window, const std::string& control, int index) override {
+    HWND const list = controlOf(window, control);
+    clickAt(list, rowOf(list, index));
+  }
+  void doubleClick(machine::FormWindow& window, const std::string& control, int index) override {
+    HWND const list = controlOf(window, control);
+    clickAt(list, rowOf(list, index));
+    clickAt(list, rowOf(list, index), WM_LBUTTONDBLCLK);
+  }
+  void pressF10(machine::FormWindow& window, const std::string& control) override;
   void clickLater(machine::FormWindow& window, const std::string& control) override {
     Finger::press(controlOf(window, control));
   }
   bool hourglassOver(machine::FormWindow& window) override;
+  void answerInput(std::optional<std::string> answer) override;
+  std::string inputTitle() override { return inputTitle_; }
+  std::string inputPrompt() override { return inputPrompt_; }
+  void installWord(const std::vector<std::string>& bookmarks) override;
+  std::vector<std::string> wordHeard() override;
 
  private:
   bool readOnlyRefusesWriting() const;
@@ -329,7 +387,17 @@ class Win32ContractMachine : public ContractMachine {
   std::string folder_;
   std::string otherFolder_;
   std::string key_;
+  std::string inputTitle_;
+  std::string inputPrompt_;
+  bool wordInstalled_ = false;
 };
+
+/// Where a program is registered for automation: its name, and the class that tests/scenario/
+/// programs/word.cpp offers.
+constexpr const wchar_t* kWordName = L"SOFTWARE\\Classes\\Word.Application";
+constexpr const wchar_t* kWordClass =
+    L"SOFTWARE\\Classes\\CLSID\\{5D3C1A70-6B1E-4C8E-9A51-0E2763D48B12}";
+constexpr const wchar_t* kWordClassId = L"{5D3C1A70-6B1E-4C8E-9A51-0E2763D48B12}";
 
 /// A file system of the Unix side that is none of its disks.
 constexpr const char* kOtherVolume = "Z:\\dev\\shm";
@@ -352,6 +420,10 @@ Win32ContractMachine::~Win32ContractMachine() {
   }
   if (!key_.empty()) {
     removeKeys(HKEY_CURRENT_USER, wide(key_));
+  }
+  if (wordInstalled_) {
+    removeKeys(HKEY_LOCAL_MACHINE, kWordName);
+    removeKeys(HKEY_LOCAL_MACHINE, kWordClass);
   }
 }
 
@@ -495,11 +567,54 @@ void Win32ContractMachine::makeControls(machine::FormWindow& window) {
 void Win32ContractMachine::choose(machine::FormWindow& window, const std::string& control,
                                   int index) {
   HWND const list = controlOf(window, control);
+  if (control == stage::kTabs) {
+    clickAt(list, tabOf(list, index));
+    return;
+  }
   const bool combo = control == stage::kCombo;
   SendMessageW(list, combo ? CB_SETCURSEL : LB_SETCURSEL, static_cast<WPARAM>(index), 0);
   const int notification = combo ? CBN_SELCHANGE : LBN_SELCHANGE;
   SendMessageW(handleOf(window), WM_COMMAND, MAKEWPARAM(win32::controlId(control), notification),
                reinterpret_cast<LPARAM>(list));
+}
+
+void Win32ContractMachine::pressF10(machine::FormWindow& window, const std::string& control) {
+  HWND const pressed = controlOf(window, control);
+  SetFocus(pressed);
+  PostMessageW(pressed, WM_SYSKEYDOWN, VK_F10, 0);
+  machine_.desktop.processEvents();
+}
+
+void Win32ContractMachine::answerInput(std::optional<std::string> answer) {
+  playUser([this, answer](machine::FormWindow& box) {
+    inputTitle_ = box.title();
+    inputPrompt_ = box.text("lblPrompt");
+    if (box.text("txtInput").empty()) {
+      box.setText("txtInput", answer.value_or("Annullato"));
+    }
+    click(box, answer ? "btnOk" : "btnCancel");
+  });
+}
+
+void Win32ContractMachine::installWord(const std::vector<std::string>& bookmarks) {
+  const std::string own = utf8(testProgramPath());
+  std::string command = "\"" + own.substr(0, own.rfind('\\')) + "\\programs\\word.exe\" \"" +
+                        folder_ + "\\word.log\"";
+  for (const std::string& bookmark : bookmarks) {
+    command += " \"" + bookmark + "\"";
+  }
+  wordInstalled_ = true;
+  setText(kWordName + std::wstring(L"\\CLSID"), kWordClassId);
+  setText(kWordClass + std::wstring(L"\\LocalServer32"), wide(command));
+}
+
+std::vector<std::string> Win32ContractMachine::wordHeard() {
+  std::istringstream log(readBytes(folder_ + "\\word.log"));
+  std::vector<std::string> heard;
+  for (std::string line; std::getline(log, line);) {
+    heard.push_back(line);
+  }
+  return heard;
 }
 
 bool Win32ContractMachine::hourglassOver(machine::FormWindow& window) {

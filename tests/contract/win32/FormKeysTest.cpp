@@ -1,0 +1,320 @@
+#include <gtest/gtest.h>
+#include <windows.h>
+// The common controls' header needs the one above first.
+#include <commctrl.h>
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "contract/ContractMachine.h"
+#include "contract/win32/TestForm.h"
+#include "win32/Win32Desktop.h"
+
+// Work by keyboard alone, in lists of several choices and tab controls.
+namespace trelv::win32 {
+namespace {
+
+using Names = std::vector<std::string>;
+
+/// Ctrl, and Shift too, held down as long as this lives.
+class HeldDown {
+ public:
+  explicit HeldDown(bool shift = false) {
+    GetKeyboardState(before_.data());
+    std::array<BYTE, 256> keys = before_;
+    keys[VK_CONTROL] = 0x80;
+    keys[VK_SHIFT] = shift ? 0x80 : 0;
+    SetKeyboardState(keys.data());
+  }
+  ~HeldDown() { SetKeyboardState(before_.data()); }
+  HeldDown(const HeldDown&) = delete;
+  HeldDown& operator=(const HeldDown&) = delete;
+
+ private:
+  std::array<BYTE, 256> before_{};
+};
+
+class FormKeys : public testing::Test {
+ protected:
+  /// Shows the stage with all its controls, and lets the test play there.
+  void play(std::function<void(machine::FormWindow&)> user) {
+    form_.onLoaded = [this, user](machine::FormWindow& window) {
+      side_->makeControls(window);
+      user(window);
+      window.close();
+    };
+    EXPECT_TRUE(desktop_.showModal(form_));
+  }
+  void press(machine::FormWindow& window, const std::string& control, WPARAM key,
+             UINT message = WM_KEYDOWN) {
+    SetFocus(controlOf(window, control));
+    PostMessageW(controlOf(window, control), message, key, 0);
+    desktop_.processEvents();
+  }
+
+  static constexpr const char* kTabs = contract::stage::kTabs;
+  static constexpr const char* kMultiList = contract::stage::kMultiList;
+  static constexpr const char* kButton = contract::stage::kButton;
+
+  Win32Desktop desktop_;
+  std::unique_ptr<contract::ContractMachine> side_ = contract::makeContractMachine();
+  TestForm form_{contract::stage::kForm};
+};
+
+// --- F10
+
+LRESULT CALLBACK countMenuCalls(HWND dialog, UINT message, WPARAM first, LPARAM second) {
+  auto* const before = reinterpret_cast<WNDPROC>(GetPropW(dialog, L"before"));
+  if (message == WM_SYSCOMMAND && (first & 0xFFF0U) == SC_KEYMENU) {
+    SetPropW(
+        dialog, L"menu calls",
+        reinterpret_cast<HANDLE>(reinterpret_cast<INT_PTR>(GetPropW(dialog, L"menu calls")) + 1));
+    return 0;
+  }
+  return CallWindowProcW(before, dialog, message, first, second);
+}
+
+TEST_F(FormKeys, F10OpensTheSystemMenuWhereTheFormDoesNotDealWithIt) {
+  play([this](machine::FormWindow& window) {
+    HWND const dialog = handleOf(window);
+    SetPropW(dialog, L"before",
+             reinterpret_cast<HANDLE>(SetWindowLongPtrW(
+                 dialog, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&countMenuCalls))));
+    const auto menuCalls = [dialog] {
+      return reinterpret_cast<INT_PTR>(GetPropW(dialog, L"menu calls"));
+    };
+    press(window, kButton, VK_F10, WM_SYSKEYDOWN);
+    press(window, kButton, VK_F10, WM_SYSKEYUP);
+    EXPECT_EQ(0, menuCalls());
+    form_.dealsWithF10 = false;
+    press(window, kButton, VK_F10, WM_SYSKEYDOWN);
+    press(window, kButton, VK_F10, WM_SYSKEYUP);
+    EXPECT_EQ(1, menuCalls());
+    {
+      const HeldDown control;
+      press(window, kButton, VK_F10, WM_SYSKEYDOWN);
+    }
+    SetWindowLongPtrW(dialog, GWLP_WNDPROC,
+                      reinterpret_cast<LONG_PTR>(GetPropW(dialog, L"before")));
+  });
+  const std::string heard = std::string("F10 in ") + kButton;
+  EXPECT_EQ((Names{heard, heard}), form_.events) << "Ctrl+F10 is another key";
+}
+
+TEST_F(FormKeys, AClosedFormHearsNoKey) {
+  play([this](machine::FormWindow& window) {
+    window.addItem(kTabs, "a");
+    window.addItem(kTabs, "b");
+    PostMessageW(controlOf(window, kButton), WM_SYSKEYDOWN, VK_F10, 0);
+    window.close();
+    desktop_.processEvents();
+  });
+  EXPECT_TRUE(form_.events.empty());
+}
+
+// --- Pages
+
+class PageKeys : public FormKeys {
+ protected:
+  /// Four pages, the second and the last of them disabled; gives the pages that are turned to.
+  std::vector<int> turnedTo(std::function<void(machine::FormWindow&)> user) {
+    std::vector<int> pages;
+    play([&](machine::FormWindow& window) {
+      for (const char* const page : {"a", "b", "c", "d"}) {
+        window.addItem(kTabs, page);
+      }
+      window.setItemEnabled(kTabs, 1, false);
+      window.setItemEnabled(kTabs, 3, false);
+      turned_ = [&pages, &window] { pages.push_back(window.selected(kTabs)); };
+      user(window);
+    });
+    return pages;
+  }
+  void turn(machine::FormWindow& window, const std::string& control, WPARAM key) {
+    press(window, control, key);
+    turned_();
+  }
+
+ private:
+  std::function<void()> turned_;
+};
+
+TEST_F(PageKeys, CtrlTabAndCtrlPageTurnPagesFromEveryControlAndPassOverDisabledOnes) {
+  const std::vector<int> pages = turnedTo([this](machine::FormWindow& window) {
+    const HeldDown control;
+    turn(window, kButton, VK_TAB);
+    turn(window, kMultiList, VK_TAB);
+    turn(window, kTabs, VK_NEXT);
+    turn(window, kButton, VK_PRIOR);
+    EXPECT_EQ(controlOf(window, kButton), GetFocus()) << "the focus stays";
+  });
+  EXPECT_EQ((std::vector<int>{2, 0, 2, 0}), pages);
+  EXPECT_EQ(Names(4, std::string("changed ") + kTabs), form_.events);
+}
+
+TEST_F(PageKeys, WithShiftTheyTurnBackwardsRoundTheBegin) {
+  const std::vector<int> pages = turnedTo([this](machine::FormWindow& window) {
+    const HeldDown control(true);
+    turn(window, kButton, VK_TAB);
+    turn(window, kButton, VK_TAB);
+  });
+  EXPECT_EQ((std::vector<int>{2, 0}), pages);
+}
+
+TEST_F(PageKeys, ArrowsHomeAndEndPassOverDisabledPagesAndStopAtTheEnds) {
+  const std::vector<int> pages = turnedTo([this](machine::FormWindow& window) {
+    for (const WPARAM key : {VK_LEFT, VK_RIGHT, VK_RIGHT, VK_LEFT, VK_END, VK_HOME}) {
+      turn(window, kTabs, key);
+    }
+  });
+  EXPECT_EQ((std::vector<int>{0, 2, 2, 0, 2, 0}), pages);
+}
+
+TEST_F(PageKeys, AProgramThatChoosesForTheUserIsRefusedADisabledPageToo) {
+  const std::vector<int> pages = turnedTo([this](machine::FormWindow& window) {
+    SendMessageW(controlOf(window, kTabs), TCM_SETCURFOCUS, 1, 0);
+    EXPECT_EQ(0, window.selected(kTabs));
+    SendMessageW(controlOf(window, kTabs), TCM_SETCURFOCUS, 2, 0);
+    EXPECT_EQ(2, window.selected(kTabs));
+  });
+  EXPECT_EQ(Names{std::string("changed ") + kTabs}, form_.events);
+}
+
+TEST_F(PageKeys, ADisabledTabControlTurnsNoPages) {
+  turnedTo([this](machine::FormWindow& window) {
+    const HeldDown control;
+    window.setEnabled(kTabs, false);
+    press(window, kButton, VK_TAB);
+    EXPECT_EQ(0, window.selected(kTabs));
+  });
+  EXPECT_TRUE(form_.events.empty());
+}
+
+TEST_F(PageKeys, WithAllPagesDisabledNothingIsTurned) {
+  turnedTo([this](machine::FormWindow& window) {
+    window.setItemEnabled(kTabs, 0, false);
+    window.setItemEnabled(kTabs, 2, false);
+    const HeldDown control;
+    press(window, kButton, VK_TAB);
+    EXPECT_EQ(0, window.selected(kTabs));
+  });
+  EXPECT_TRUE(form_.events.empty());
+}
+
+TEST_F(PageKeys, WithoutATabControlTheKeysDoNothing) {
+  TestForm plain("frmError");
+  plain.onLoaded = [this](machine::FormWindow& window) {
+    const HeldDown control;
+    SetFocus(controlOf(window, "btnOk"));
+    PostMessageW(controlOf(window, "btnOk"), WM_KEYDOWN, VK_TAB, 0);
+    desktop_.processEvents();
+    window.close();
+  };
+  EXPECT_TRUE(desktop_.showModal(plain));
+  EXPECT_TRUE(plain.events.empty());
+}
+
+/// How many points of a page's tab have this colour, after it was painted.
+int pointsOf(HWND tabs, int page, COLORREF colour) {
+  RECT place{};
+  SendMessageW(tabs, TCM_GETITEMRECT, static_cast<WPARAM>(page), reinterpret_cast<LPARAM>(&place));
+  RedrawWindow(tabs, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
+  HDC const context = GetDC(tabs);
+  int points = 0;
+  for (LONG y = place.top + 3; y < place.bottom - 3; ++y) {
+    for (LONG x = place.left + 3; x < place.right - 3; ++x) {
+      points += GetPixel(context, x, y) == colour ? 1 : 0;
+    }
+  }
+  ReleaseDC(tabs, context);
+  return points;
+}
+
+TEST_F(PageKeys, ADisabledPageIsDrawnGrey) {
+  constexpr const char* kPages = "labTab";
+  TestForm form("frmProdTrelvStandalone");
+  form.onLoaded = [](machine::FormWindow& window) {
+    for (const char* const page : {"HHHHH", "HHHHH"}) {
+      window.addItem(kPages, page);
+    }
+    PostMessageW(controlOf(window, "cmdExit"), BM_CLICK, 0, 0);
+  };
+  form.onClicked = [](machine::FormWindow& window, const std::string&) {
+    HWND const tabs = controlOf(window, kPages);
+    ShowWindow(handleOf(window), SW_SHOW);
+    const COLORREF black = GetSysColor(COLOR_BTNTEXT);
+    const COLORREF grey = GetSysColor(COLOR_GRAYTEXT);
+    ASSERT_NE(black, grey);
+    const int drawn = pointsOf(tabs, 1, black);
+    EXPECT_LT(20, drawn);
+    EXPECT_EQ(0, pointsOf(tabs, 1, grey));
+    window.setItemEnabled(kPages, 1, false);
+    EXPECT_EQ(0, pointsOf(tabs, 1, black));
+    EXPECT_LT(20, pointsOf(tabs, 1, grey));
+    EXPECT_LT(20, pointsOf(tabs, 0, black)) << "the other page is as before";
+    window.setItemEnabled(kPages, 1, true);
+    EXPECT_EQ(drawn, pointsOf(tabs, 1, black));
+    window.close();
+  };
+  EXPECT_TRUE(desktop_.showModal(form));
+}
+
+// --- Lists of several choices
+
+TEST_F(FormKeys, TheSpaceBarSelectsAndDeselectsTheItemThatTheArrowsGoTo) {
+  play([this](machine::FormWindow& window) {
+    for (const char* const item : {"a", "b", "c"}) {
+      window.addItem(kMultiList, item);
+    }
+    press(window, kMultiList, VK_DOWN);
+    EXPECT_EQ(-1, window.selected(kMultiList)) << "arrows select nothing";
+    press(window, kMultiList, VK_SPACE);
+    press(window, kMultiList, VK_DOWN);
+    press(window, kMultiList, VK_SPACE);
+    EXPECT_TRUE(window.itemSelected(kMultiList, 1));
+    EXPECT_TRUE(window.itemSelected(kMultiList, 2));
+    press(window, kMultiList, VK_SPACE);
+    EXPECT_FALSE(window.itemSelected(kMultiList, 2));
+  });
+  EXPECT_EQ(Names(3, std::string("changed ") + kMultiList), form_.events);
+}
+
+TEST_F(FormKeys, ADoubleClickInAListOfSeveralChoicesOnlyTogglesTheItem) {
+  play([this](machine::FormWindow& window) {
+    window.addItem(kMultiList, "a");
+    side_->doubleClick(window, kMultiList, 0);
+  });
+  for (const std::string& event : form_.events) {
+    EXPECT_EQ(std::string("changed ") + kMultiList, event);
+  }
+}
+
+// --- Long items
+
+TEST_F(FormKeys, AListScrollsAsFarAsItsLongestItemWants) {
+  TestForm form("frmSelectInstall");
+  form.onLoaded = [](machine::FormWindow& window) {
+    HWND const list = controlOf(window, "ListAmb");
+    const auto extent = [list] { return SendMessageW(list, LB_GETHORIZONTALEXTENT, 0, 0); };
+    RECT room{};
+    GetClientRect(list, &room);
+    window.addItem("ListAmb", "Installazione Standard");
+    EXPECT_GT(room.right, extent());
+    window.addItem("ListAmb",
+                   "Installazione Integrata ( \\\\server\\" + std::string(200, 'm') + " )");
+    const LRESULT longest = extent();
+    EXPECT_LT(2 * room.right, longest);
+    window.addItem("ListAmb", "breve");
+    EXPECT_EQ(longest, extent());
+    window.clearItems("ListAmb");
+    EXPECT_EQ(0, extent());
+    window.close();
+  };
+  EXPECT_TRUE(desktop_.showModal(form));
+}
+
+}  // namespace
+}  // namespace trelv::win32

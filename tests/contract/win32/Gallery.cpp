@@ -1,0 +1,78 @@
+#include "contract/win32/Gallery.h"
+
+#include <map>
+#include <vector>
+
+#include "base/Text.h"
+#include "contract/win32/TestForm.h"
+#include "win32/Win32Desktop.h"
+
+namespace trelv::win32 {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+/// By the form in capitals, as the resource compiler keeps its name.
+const std::map<std::string, Texts> kProducts{
+    {"FRMPRODTRELVSINGLEPACK", {"bilancio-09.93.00.00.zip", "bilancio-09.94.00.00.zip"}},
+    {"FRMPRODTRELVSTANDALONE", {"Nerio", "Bilancio", "Tarsena2"}},
+    {"FRMPRODTRELVINTEGRATED",
+     {"Nerio", "Bilancio", "Tarsena2", "Luda", "Zeltomodelli",
+      "Aggiornamento delle tabelle e dei modelli di dichiarazione per il periodo d'imposta in "
+      "corso"}}};
+
+const std::map<std::string, std::string> kTexts{
+    {"lblHeading", "Bilancio. Selezionare le versioni da installare"},
+    {"txtProgress",
+     "Gestione ProdTrelv - Lettura file zip della cartella: "
+     "\"D:\\prodotti\\packs\\bilancio\""},
+    {"lblProgress", "030%"},
+    {"lblinfo_0", "TrelvManager.exe"},
+    {"lblinfo_1", "21/11/2026"},
+    {"lblinfo_2", "1.0.0.0"},
+    {"lblPrompt", "Indicare il path di localizzazione del server"},
+    {"txtInput", "\\\\SRVLUMO\\Dati\\Lumo"}};
+
+void add(machine::FormWindow& window, const std::string& control, const Texts& items) {
+  for (const std::string& item : items) {
+    window.addItem(control, item);
+  }
+}
+
+void fillLists(machine::FormWindow& window, const std::string& form) {
+  add(window, "ListAmb",
+      {"Installazione Standard", "Installazione Integrata ( \\\\SRVLUMO\\Dati\\Lumo )"});
+  window.select("ListAmb", 1);
+  add(window, "labTab", {"Contabilit\u00E0", "Modelli", "Strumenti & guide", "Pagina 4"});
+  window.setItemEnabled("labTab", 3, false);
+  if (const auto products = kProducts.find(upperCase(form)); products != kProducts.end()) {
+    add(window, "ListProd", products->second);
+  }
+  window.setItemSelected("ListProd", 0, true);
+  window.setItemSelected("ListProd", 1, true);
+}
+
+}  // namespace
+
+void fillGallery(machine::FormWindow& window, const std::string& form, const std::string& picture) {
+  fillLists(window, form);
+  for (const auto& [control, text] : kTexts) {
+    window.setText(control, text);
+  }
+  window.setProgress("prgProgress", {1, 10, 3});
+  for (const char* const place : {"picSetup", "picProduct"}) {
+    window.setPicture(place, picture);
+  }
+  for (const char* const list : {"ListAmb", "ListProd"}) {
+    window.setFocus(list);
+  }
+}
+
+bool showGallery(const std::string& form, const std::string& picture) {
+  Win32Desktop desktop;
+  TestForm shown(form);
+  shown.onLoaded = [&](machine::FormWindow& window) { fillGallery(window, form, picture); };
+  return desktop.showModal(shown);
+}
+
+}  // namespace trelv::win32

@@ -1,0 +1,123 @@
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "contract/ContractMachine.h"
+#include "contract/win32/TestForm.h"
+#include "win32/FolderChooser.h"
+#include "win32/InputForm.h"
+#include "win32/Win32Desktop.h"
+#include "win32/Win32Text.h"
+
+namespace trelv::win32 {
+namespace {
+
+using Folder = std::optional<std::string>;
+
+/// Plays in the input box as soon as it is shown.
+class InputBox : public testing::Test {
+ protected:
+  Folder show(InputForm::FolderChooser chooser, std::function<void(machine::FormWindow&)> user) {
+    InputForm form("Titolo", "Prompt", std::move(chooser));
+    side_->playUser(std::move(user));
+    EXPECT_TRUE(desktop().showModal(form));
+    return form.answer();
+  }
+  machine::Desktop& desktop() { return side_->machine().desktop; }
+
+  std::unique_ptr<contract::ContractMachine> side_ = contract::makeContractMachine();
+};
+
+Folder noFolder(const std::string&) { return std::nullopt; }
+
+TEST_F(InputBox, AChosenFolderGoesIntoTheField) {
+  std::string begin;
+  const Folder answer = show(
+      [&begin](const std::string& first) -> Folder {
+        begin = first;
+        return "S:\\Lumo";
+      },
+      [this](machine::FormWindow& window) {
+        window.setText("txtInput", "C:\\Vecchia");
+        side_->click(window, "btnBrowse");
+        EXPECT_EQ(GetFocus(), controlOf(window, "txtInput"));
+        side_->click(window, "btnOk");
+      });
+  EXPECT_EQ("S:\\Lumo", answer);
+  EXPECT_EQ("C:\\Vecchia", begin) << "the choice begins at what the field names";
+}
+
+TEST_F(InputBox, WithoutAChoiceTheFieldKeepsItsText) {
+  EXPECT_EQ("C:\\Vecchia", show(noFolder, [this](machine::FormWindow& window) {
+              window.setText("txtInput", "C:\\Vecchia");
+              side_->click(window, "btnBrowse");
+              side_->click(window, "btnOk");
+            }));
+}
+
+TEST_F(InputBox, EnterIsOkAndEscIsCancel) {
+  const auto press = [](WPARAM key) {
+    return [key](machine::FormWindow& window) {
+      EXPECT_EQ(GetFocus(), controlOf(window, "txtInput"));
+      window.setText("txtInput", "testo");
+      PostMessageW(controlOf(window, "txtInput"), WM_KEYDOWN, key, 0);
+    };
+  };
+  EXPECT_EQ("testo", show(noFolder, press(VK_RETURN)));
+  EXPECT_EQ(std::nullopt, show(noFolder, press(VK_ESCAPE)));
+}
+
+// --- The system's dialog for folders
+
+/// Presses a button of that dialog once it stands.
+class Presser {
+ public:
+  explicit Presser(int button) : timer_(SetTimer(nullptr, 0, 50, &Presser::look)) {
+    button_ = button;
+    pressed_ = false;
+  }
+  ~Presser() { KillTimer(nullptr, timer_); }
+  Presser(const Presser&) = delete;
+  Presser& operator=(const Presser&) = delete;
+
+  static bool pressed() { return pressed_; }
+
+ private:
+  static void CALLBACK look(HWND, UINT, UINT_PTR, DWORD) {
+    HWND const dialog = FindWindowW(L"#32770", nullptr);
+    if (dialog != nullptr && !pressed_ && IsWindowVisible(dialog) != FALSE &&
+        GetDlgItem(dialog, button_) != nullptr) {
+      pressed_ = true;
+      PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(button_), 0);
+    }
+  }
+
+  static inline int button_ = 0;
+  static inline bool pressed_ = false;
+  UINT_PTR timer_;
+};
+
+TEST(FolderChooser, OpensAtTheGivenFolderAndGivesWhatIsChosen) {
+  const auto side = contract::makeContractMachine();
+  const std::string folder = side->folder() + "\\Contabilit\u00E0";
+  side->putFolder(folder);
+  const Presser ok(IDOK);
+  const Folder chosen = chooseFolder(nullptr, "Indicare il path", folder);
+  ASSERT_TRUE(Presser::pressed());
+  ASSERT_TRUE(chosen.has_value());
+  wchar_t real[MAX_PATH] = {};
+  GetLongPathNameW(wide(folder).c_str(), real, MAX_PATH);
+  EXPECT_EQ(utf8(real), *chosen);
+}
+
+TEST(FolderChooser, CancelChoosesNothing) {
+  const Presser cancel(IDCANCEL);
+  EXPECT_EQ(std::nullopt, chooseFolder(nullptr, "Indicare il path", ""));
+  EXPECT_TRUE(Presser::pressed());
+}
+
+}  // namespace
+}  // namespace trelv::win32
