@@ -277,12 +277,11 @@ bool SimFormWindow::doubleClick(const std::string& control, int index) {
   if (!usable(control)) {
     return false;
   }
-  demandSingleChoice(control);
   if (isTab(control)) {
     throw std::logic_error(control + " is no list");
   }
-  if (index != -1) {
-    choose(control, index);
+  if (index != -1 && !itemSelected(control, index)) {
+    isMultiList(control) ? toggle(control, index) : choose(control, index);
   }
   // Its first click may have closed the form or taken the control away.
   if (usable(control) && form_ != nullptr) {

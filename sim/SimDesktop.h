@@ -90,8 +90,8 @@ class SimFormWindow : public machine::FormWindow {
   /// Selects or deselects an item of a list of several choices; false and std::out_of_range as
   /// above.
   bool toggle(const std::string& control, int index);
-  /// Double-clicks an item of a list of single choice, or the free room below the items (-1); false
-  /// and std::out_of_range as above.
+  /// Double-clicks an item of a list, or the free room below the items (-1); false and
+  /// std::out_of_range as above.
   bool doubleClick(const std::string& control, int index);
   /// Goes to a control and presses a key there; what the form answered, false as above.
   bool press(const std::string& control, machine::Key key);

@@ -91,9 +91,9 @@ class Form {
   /// The user chose another item of a list or combo or another page, selected or deselected an item
   /// of a list of several choices, or changed an option or a check box.
   virtual void selectionChanged(FormWindow& /*window*/, const std::string& /*control*/) {}
-  /// The user double-clicked in a list of single choice. Where an item stands there it is selected,
-  /// and the form heard of that before if it was another; the free room below the items changes
-  /// nothing.
+  /// The user double-clicked in a list. Where an item stands there it is selected, also in a list
+  /// of several choices, and the form heard of that before if it was not; the free room below the
+  /// items changes nothing.
   virtual void doubleClicked(FormWindow& /*window*/, const std::string& /*control*/) {}
   /// The user pressed a key while the control had the focus. True when the form dealt with it; else
   /// the key does what it does without a form.

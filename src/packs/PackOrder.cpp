@@ -37,7 +37,7 @@ std::vector<std::string> OrderZipPacks(Program& program, const std::string& fold
 }
 
 std::string PackFolder(const Program& program, const OfferedProduct& entry) {
-  if (!mediumFiles::liesOnMedium(entry.packFolder)) {
+  if (entry.packFolder.empty() || !mediumFiles::liesOnMedium(entry.packFolder)) {
     return {};
   }
   std::string folder = program.state.session.mediaRoot + entry.packFolder;

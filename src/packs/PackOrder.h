@@ -15,7 +15,7 @@ namespace trelv::modProdTrelvInteractive {
 std::vector<std::string> OrderZipPacks(Program& program, const std::string& folder);
 
 /// Full path of the folder on the medium in which an entry's packs lie, without trailing backslash;
-/// empty where the medium's menu names one that lies elsewhere.
+/// empty where the medium's menu names none, or one that lies elsewhere.
 std::string PackFolder(const Program& program, const OfferedProduct& entry);
 
 /// Sorts by binary comparison, ascending, all but the last element, which stays where it is.

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "base/Marked.h"
 #include "base/ProductName.h"
 #include "packs/ProductRemoval.h"
 #include "platform/modLibrary.h"
@@ -30,18 +31,6 @@ constexpr const char* kNoCommand = ": nessun comando eseguito.";
 /// What must not change while an operation runs.
 constexpr std::array kControls{"cmbProduct", "optClient",  "optServer", "btnRemove", "optSetup",
                                "optUpdate",  "lstVersion", "btnRepair", "btnExit"};
-
-/// Sets a mark while it lives.
-class Marked {
- public:
-  explicit Marked(bool& mark) : mark_(mark) { mark = true; }
-  Marked(const Marked&) = delete;
-  Marked& operator=(const Marked&) = delete;
-  ~Marked() { mark_ = false; }
-
- private:
-  bool& mark_;
-};
 
 /// The form's bar as the removal moves it, beside the steps that the log lines add.
 class BarProgress : public modProdTrelvManager::RemovalProgress {
@@ -398,8 +387,6 @@ bool frmProdTrelvMaintain::mayBegin(FormWindow& window, const std::string& quest
   restartProgress(window);
   serverPath_ = recordedServer(program_);
   window.setText("lblServerPath", serverPath_);
-  // The bar belongs to the operation, not to this question.
-  restartProgress(window);
   if (serverPath_.empty()) {
     refresh(window);
     window.setText("lblOutcome", openingText());
@@ -412,6 +399,8 @@ bool frmProdTrelvMaintain::mayBegin(FormWindow& window, const std::string& quest
 }
 
 void frmProdTrelvMaintain::beginOperation(FormWindow& window, const std::string& outcome) {
+  // The lines before the question were its own; what was told last stays until the next one.
+  showProgress(window, ProgressNumbers(), "000%");
   window.setText("lblOutcome", outcome);
   setAllEnabled(window, false);
   // The first command may run for minutes without a log line before it.

@@ -33,7 +33,7 @@ SetupFile readSetup(const std::vector<std::string>& lines);
 std::vector<ListedProduct> readProducts(const std::vector<std::string>& lines);
 
 /// True when a folder that is named relative to the medium's root lies on the medium: no drive, no
-/// share, no way up beyond the root. The empty folder is the root itself. Told from the text.
+/// share, no way up beyond the root. Told from the text.
 bool liesOnMedium(std::string_view folder);
 
 }  // namespace trelv::mediumFiles

@@ -20,29 +20,32 @@ std::string packBytes(const PackContent& content, std::uint32_t exitCode) {
   return bytes;
 }
 
-PackPrograms::PackPrograms(sim::SimMachine& machine) {
+PackPrograms::PackPrograms(sim::SimMachine& machine, const std::string& managerFolder) {
   // 7z.exe x -y -o"OUT" "ZIP"
-  machine.programs().define(kSevenZip, [this](sim::SimProcess& process) -> std::uint32_t {
-    const std::vector<std::string>& arguments = process.arguments();
-    const bool understood = arguments.size() == 4 && arguments[0] == "x" && arguments[1] == "-y" &&
-                            arguments[2].rfind("-o", 0) == 0;
-    constexpr std::uint32_t kCommandLine = 7;
-    return understood ? unpack(process, arguments[3], arguments[2].substr(2)) : kCommandLine;
-  });
+  machine.programs().define(
+      managerFolder + "\\7z.exe", [this](sim::SimProcess& process) -> std::uint32_t {
+        const std::vector<std::string>& arguments = process.arguments();
+        const bool understood = arguments.size() == 4 && arguments[0] == "x" &&
+                                arguments[1] == "-y" && arguments[2].rfind("-o", 0) == 0;
+        constexpr std::uint32_t kCommandLine = 7;
+        return understood ? unpack(process, arguments[3], arguments[2].substr(2)) : kCommandLine;
+      });
   // qalbunex.exe "PACK" "OUT"
-  machine.programs().define(kDecoder, [this](sim::SimProcess& process) -> std::uint32_t {
-    const std::vector<std::string>& arguments = process.arguments();
-    return arguments.size() == 2 ? unpack(process, arguments[0], arguments[1]) : 1;
-  });
+  machine.programs().define(
+      managerFolder + "\\qalbunex.exe", [this](sim::SimProcess& process) -> std::uint32_t {
+        const std::vector<std::string>& arguments = process.arguments();
+        return arguments.size() == 2 ? unpack(process, arguments[0], arguments[1]) : 1;
+      });
 }
 
 std::uint32_t PackPrograms::unpack(sim::SimProcess& process, const std::string& pack,
                                    const std::string& output) {
   sim::SimMachine& machine = process.machine();
-  if (!machine.fileExists(pack) || machine.fileText(pack).rfind(kMark, 0) != 0) {
+  const std::string source = machine.volumes().fullPath(pack);
+  if (!machine.fileExists(source) || machine.fileText(source).rfind(kMark, 0) != 0) {
     return kNoPack;
   }
-  std::istringstream text(machine.fileText(pack).substr(std::string(kMark).size()));
+  std::istringstream text(machine.fileText(source).substr(std::string(kMark).size()));
   std::string line;
   std::getline(text, line);
   const auto exitCode = static_cast<std::uint32_t>(std::stoul(line));

@@ -21,7 +21,8 @@ std::string packBytes(const PackContent& content, std::uint32_t exitCode = 0);
 /// a pack that is missing or no such text ends with 2 and writes nothing.
 class PackPrograms {
  public:
-  explicit PackPrograms(sim::SimMachine& machine);
+  explicit PackPrograms(sim::SimMachine& machine,
+                        const std::string& managerFolder = "C:\\Lumo\\Programmi");
 
   static constexpr const char* kSevenZip = "C:\\Lumo\\Programmi\\7z.exe";
   static constexpr const char* kDecoder = "C:\\Lumo\\Programmi\\qalbunex.exe";

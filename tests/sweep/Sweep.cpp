@@ -3,10 +3,10 @@
 #include <exception>
 #include <sstream>
 #include <stdexcept>
-#include <thread>
 
 #include "sim/FailingMachine.h"
 #include "sim/KilledMachine.h"
+#include "support/Cores.h"
 
 namespace trelv::tests {
 namespace {
@@ -126,22 +126,6 @@ std::vector<sim::SimCall> runOnce(const MakeWorld& make, const Fault& fault, Fin
     findings.expect(false, std::string("it was raised: ") + raised.what());
   }
   return calls;
-}
-
-/// Calls work(0) … work(count - 1), as many at once as there are cores.
-template <class Work>
-void onAllCores(std::size_t count, const Work& work) {
-  std::atomic<std::size_t> next{0};
-  const auto worker = [&] {
-    for (std::size_t at = next++; at < count; at = next++) {
-      work(at);
-    }
-  };
-  std::vector<std::jthread> threads;
-  for (unsigned core = 1; core < std::thread::hardware_concurrency(); ++core) {
-    threads.emplace_back(worker);
-  }
-  worker();
 }
 
 }  // namespace

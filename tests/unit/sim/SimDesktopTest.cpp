@@ -259,13 +259,20 @@ TEST_F(SimChoices, AListOfSeveralChoicesIsToggledItemByItem) {
     EXPECT_EQ(window.selected("lstVersioni"), -1);
     EXPECT_THROW(window.toggle("lstVersioni", 3), std::out_of_range);
     EXPECT_THROW(window.choose("lstVersioni", 0), std::logic_error);
-    EXPECT_THROW(window.doubleClick("lstVersioni", 0), std::logic_error);
     EXPECT_THROW(window.toggle("lstProdotti", 0), std::logic_error);
+    for (int i = 0; i < 2; ++i) {
+      EXPECT_TRUE(window.doubleClick("lstVersioni", 0));
+      EXPECT_TRUE(window.itemSelected("lstVersioni", 0)) << "never deselected by it";
+    }
+    EXPECT_TRUE(window.doubleClick("lstVersioni", -1));
+    EXPECT_EQ(window.selectedItems("lstVersioni"), (std::vector<int>{0}));
     window.setEnabled("lstVersioni", false);
     EXPECT_FALSE(window.toggle("lstVersioni", 0));
+    EXPECT_FALSE(window.doubleClick("lstVersioni", 0));
   });
-  EXPECT_EQ(form_.heard,
-            (std::vector<std::string>{"lstVersioni 2", "lstVersioni 1", "lstVersioni 1"}));
+  EXPECT_EQ(form_.heard, (std::vector<std::string>{
+                             "lstVersioni 2", "lstVersioni 1", "lstVersioni 1", "lstVersioni 0",
+                             "double lstVersioni", "double lstVersioni", "double lstVersioni"}));
 }
 
 TEST_F(SimChoices, AListOfSingleChoiceHasOneItemSelectedAtMost) {

@@ -1,0 +1,66 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/FakeProgram.h"
+#include "support/SessionForms.h"
+#include "ui/FrmInfo.h"
+
+namespace trelv::tests {
+namespace {
+
+using sim::SimFormWindow;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr const char* kProgram = "C:\\Lumo\\Programmi\\TrelvManager.exe";
+
+class InformationDialog : public testing::Test {
+ protected:
+  InformationDialog() {
+    declareSessionForms(machine_.desktop());
+    machine_.setFileVersion(kProgram, {1, 2, 3, 40});
+    machine_.diskOf("C:\\").setModified(kProgram, {2009, 3, 5, 23, 59, 59});
+  }
+
+  void show(sim::SimDesktop::UserAction user) {
+    machine_.desktop().onForm("FrmInfo", std::move(user));
+    FrmInfo form(program_);
+    EXPECT_TRUE(machine_.desktop().showModal(form));
+    EXPECT_EQ(machine_.desktop().forcedCloses(), 0U);
+  }
+
+  sim::SimMachine machine_;
+  FakeProgram program_{machine_};
+};
+
+TEST_F(InformationDialog, TellsProgramDayOfItsChangeAndVersionInFourNumbers) {
+  show([](SimFormWindow& form) {
+    EXPECT_EQ(form.text("lblinfo_0"), "TrelvManager.exe");
+    EXPECT_EQ(form.text("lblinfo_1"), "05/03/2009");
+    EXPECT_EQ(form.text("lblinfo_2"), "1.2.3.40");
+  });
+  EXPECT_THAT(program_.lines(), IsEmpty());
+}
+
+TEST_F(InformationDialog, ButtonAndCloseBoxCloseIt) {
+  show([](SimFormWindow& form) {
+    form.click("Command1");
+    EXPECT_FALSE(form.isOpen());
+  });
+  show([](SimFormWindow& form) { form.closeBox(); });
+}
+
+TEST_F(InformationDialog, AProgramFileThatCannotBeReadIsReportedAndTheRestStays) {
+  machine_.diskOf("C:\\").deny(kProgram);
+  show([](SimFormWindow& form) {
+    EXPECT_EQ(form.text("lblinfo_0"), "TrelvManager.exe");
+    EXPECT_EQ(form.text("lblinfo_1"), "");
+    EXPECT_EQ(form.text("lblinfo_2"), "");
+  });
+  ASSERT_THAT(program_.reports(), SizeIs(1));
+  EXPECT_EQ(program_.reports()[0].module, "FrmInfo");
+  EXPECT_EQ(program_.reports()[0].procedure, "Form_Load");
+}
+
+}  // namespace
+}  // namespace trelv::tests
