@@ -2,7 +2,7 @@
 
 What lies where, as Windows sees it:
 
-  S:\\Lumo                                    the server share: host folder and integration path
+  S:\\Lumo                                    the server share: server path and integration path
     prg\\com\\setup\\aggdovra\\agdvcomp.ini     product catalogue
     prg\\com\\setup\\aggdovra\\PRODUCT.ini      configuration file of each product
     prg\\com\\setup\\aggdovra\\PRODUCT\\        its set-up
@@ -164,7 +164,7 @@ SCHEMA = """<?xml version="1.0" encoding="UTF-8"?>
 
 
 class Installation:
-    """An installation in a Wine prefix. `server` is the host folder's place on this system, `disk`
+    """An installation in a Wine prefix. `server` is the server path's place on this system, `disk`
     the prefix's drive C, `programs` the folder of the built setup.exe and product.exe."""
 
     def __init__(self, server, disk, programs):
@@ -173,7 +173,7 @@ class Installation:
         self.place_server(server)
         self.client = self.disk / "Lumo/Client"
         self.client_record = self.client / "agdvver.ini"
-        # The client folder's text with the file's name directly behind it.
+        # The programs path's text with the file's name directly behind it.
         self.client_lock = self.disk / "Lumo/Clientagdv.lck"
         self.store = self.client / "lumoconf.xml"
 

@@ -8,16 +8,19 @@
 #include <vector>
 
 #include "base/Codes.h"
+#include "base/InstallationPaths.h"
 #include "base/VersionRecord.h"
 
 namespace trelv {
 
 /// What start-up finds out once and every procedure reads.
 struct StartupFacts {
-  /// Where the suite's programs lie, as its store tells; empty when the store has no answer.
-  std::string programsPath;
-  /// Client folder of the workstation, once someone asked for it; empty when it cannot be had.
-  std::optional<std::string> clientFolder;
+  /// Server and integration path as the command line names them, the programs path as the store had
+  /// it at the start. The server path of a single installation is the recorded one.
+  InstallationPaths paths;
+  /// The programs path once more, asked for when somebody first needs the client's record or lock:
+  /// this question reports a store that does not know it, that of the start does not.
+  std::optional<std::string> reportedProgramsPath;
   bool workstation = false;
   bool win9x = false;
   bool administrator = false;
@@ -28,9 +31,6 @@ struct StartupFacts {
   /// Quotes removed; argument 1 is element 0.
   std::vector<std::string> arguments;
   RunMode runMode = RunMode::None;
-  /// The server path: the host's root as the command line names it, without trailing backslash.
-  std::string hostFolder;
-  std::string integrationPath;
   std::int32_t programNumber = 0;
   /// All that follows the program code on the command line, a blank before each argument.
   std::string extraArguments;
@@ -38,8 +38,6 @@ struct StartupFacts {
   std::string productToInstall;
   std::string packFileName;
   PluginProduct pluginProduct = PluginProduct::Unasked;
-  /// Host integration folder of a single installation.
-  std::string hostIntegrationFolder;
 };
 
 /// What the run log and the error reporter remember for the whole process.

@@ -214,7 +214,8 @@ bool Installation::holdsPacks(const std::string& folder) {
 
 void Installation::runCommands(const OfferedProduct& entry) {
   const std::string medium = withoutTrailingBackslash(program_.state.session.mediaRoot);
-  const InstallationPaths paths{unpackFolder_, unpackFolder_, program_.state.startup.programsPath};
+  const InstallationPaths paths{unpackFolder_, unpackFolder_,
+                                program_.state.startup.paths.programs};
   int number = 0;
   for (const std::string& text : entry.commands) {
     std::string command = replaceAll(text, "%MEDIUM%", medium);

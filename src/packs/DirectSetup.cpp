@@ -19,7 +19,7 @@ void runSide(Program& program, const std::string& rootFolder, const std::string&
              Operation kind, Side side) {
   std::string version;
   ProductUpdateRun(program, RunKind::ProgramOnly,
-                   {rootFolder, rootFolder, program.state.startup.programsPath}, configuration,
+                   {rootFolder, rootFolder, program.state.startup.paths.programs}, configuration,
                    kind, side, version);
 }
 

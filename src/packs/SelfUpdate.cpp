@@ -17,7 +17,7 @@ constexpr std::size_t kHeadLength = 7;
 /// One self-update.
 class SelfUpdate {
  public:
-  SelfUpdate(Program& program, const std::string& hostServerFolder);
+  SelfUpdate(Program& program, const std::string& serverPath);
 
   void run();
   /// Takes away what an update that ended early has left on the share.
@@ -38,7 +38,7 @@ class SelfUpdate {
 
   Program& program_;
   FileSystemObject& files_;
-  const std::string clientFolder_;
+  const std::string clientCopyFolder_;
   const std::string environmentFolder_;
   const std::string temporaryFolder_;
   std::string ownProgram_;
@@ -46,7 +46,7 @@ class SelfUpdate {
   /// Copies on their way. Two workstations may be here at once: each has its own.
   std::string newProgram_;
   std::string newEnvironmentFile_;
-  /// A program in use, put aside; not in the client folder, which the host hands out.
+  /// A program in use, put aside; not in the folder of the client copy, which the host hands out.
   std::string oldProgram_;
 };
 
@@ -57,18 +57,18 @@ std::string computerName(Program& program) {
   return code == system_code::kSuccess ? name : std::string();
 }
 
-SelfUpdate::SelfUpdate(Program& program, const std::string& hostServerFolder)
+SelfUpdate::SelfUpdate(Program& program, const std::string& serverPath)
     : program_(program),
       files_(program.fileSystem),
-      clientFolder_(hostPaths::clientCopyFolder(hostServerFolder)),
-      environmentFolder_(hostPaths::recordFolder(hostServerFolder)),
-      temporaryFolder_(hostPaths::temporaryFolder(hostServerFolder)) {
+      clientCopyFolder_(hostPaths::clientCopyFolder(serverPath)),
+      environmentFolder_(hostPaths::recordFolder(serverPath)),
+      temporaryFolder_(hostPaths::temporaryFolder(serverPath)) {
   const std::string running = program.machine.system.executablePath();
   const std::string file = running.substr(running.rfind('\\') + 1);
   const std::string name = file.substr(0, file.rfind('.'));
   const std::string computer = computerName(program);
   ownProgram_ = modLibrary::ParentPath(running) + "\\" + name + ".exe";
-  clientCopy_ = clientFolder_ + "\\" + name + ".exe";
+  clientCopy_ = clientCopyFolder_ + "\\" + name + ".exe";
   newProgram_ = temporaryFolder_ + "\\" + name + "-" + computer + ".tmp";
   newEnvironmentFile_ =
       temporaryFolder_ + "\\" + hostPaths::kEnvironmentFile + "-" + computer + ".tmp";
@@ -76,7 +76,7 @@ SelfUpdate::SelfUpdate(Program& program, const std::string& hostServerFolder)
 }
 
 void SelfUpdate::run() {
-  program_.log.WriteLog("Gestione ProdTrelv - Copia Trelvmanager.Exe su " + clientFolder_);
+  program_.log.WriteLog("Gestione ProdTrelv - Copia Trelvmanager.Exe su " + clientCopyFolder_);
   // An update that was ended by force may have left some, a program that was put aside may have
   // ended since.
   removeOwnTemporaries();
@@ -235,15 +235,15 @@ void SelfUpdate::putEnvironmentFileInPlace(const std::string& scratch) {
 
 }  // namespace
 
-void UpdateTrelvManager(Program& program, const std::string& hostServerFolder) {
+void UpdateTrelvManager(Program& program, const std::string& serverPath) {
   trap(
       [&]() -> void {
-        if (hostServerFolder.empty()) {
+        if (serverPath.empty()) {
           // What follows would work in \prg of whatever drive is current.
           throw RuntimeError(runtime_number::kPathNotFound, "TrelvManager",
                              "Cartella del server non disponibile");
         }
-        SelfUpdate update(program, hostServerFolder);
+        SelfUpdate update(program, serverPath);
         trap([&]() -> void { update.run(); },
              [&](const RuntimeError& failure) -> void {
                update.removeOwnTemporaries();

@@ -8,13 +8,13 @@
 /// out to its workstations.
 namespace trelv::modProdTrelvManager {
 
-/// Replaces the client copy below `hostServerFolder` (no trailing backslash) by the running
+/// Replaces the client copy below `serverPath` (no trailing backslash) by the running
 /// executable where that is newer, then puts today's date into the host's environment file, which
 /// keeps one line. Both are made ready in the host's prg\tempterm and put in place by one rename: a
 /// reader meets the old file or the new one, never half of it. A client copy that is in use is
 /// renamed aside first. Never raises: a failure ends it, is reported and logged, and what was not
 /// yet replaced stays as it was.
-void UpdateTrelvManager(Program& program, const std::string& hostServerFolder);
+void UpdateTrelvManager(Program& program, const std::string& serverPath);
 
 /// True when there is no target file, or when the source was changed later, in whole seconds. Full
 /// paths. Raises 53 when the target is there and the source is missing, and what the file system

@@ -328,8 +328,8 @@ std::string frmProdTrelvMaintain::repairText(const FormWindow& window) const {
 // --- What is done
 
 InstallationPaths frmProdTrelvMaintain::paths() const {
-  const StartupFacts& startup = program_.state.startup;
-  return {serverPath_, startup.integrationPath, startup.programsPath};
+  const InstallationPaths& passed = program_.state.startup.paths;
+  return {serverPath_, passed.integration, passed.programs};
 }
 
 void frmProdTrelvMaintain::remove(FormWindow& window) {

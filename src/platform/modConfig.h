@@ -39,15 +39,15 @@ bool GetParameterXML(Program& program, const SettingAddress& address,
 bool SetParameterXML(Program& program, const SettingAddress& address, std::int32_t attributeType,
                      const std::string& value);
 
-/// Path of the configuration store, without trailing backslash: programs path and client folder.
-/// 0, or the library's code (-4001, -4002, -4011, -4012) with an empty path; -9999 after a report
-/// when the library cannot be called.
+/// Path of the configuration store, without trailing backslash: it is the programs path. 0, or the
+/// library's code (-4001, -4002, -4011, -4012) with an empty path; -9999 after a report when the
+/// library cannot be called.
 std::int32_t GetConfigPath(Program& program, std::string& path);
 
 /// English text of a library code.
 std::string ErrorText(std::int32_t code);
 
-/// Where this workstation has the suite's client part; "" if the store does not know.
+/// The same path; "", after a report, if the store does not know it.
 std::string DeterminaPathClient(Program& program);
 
 /// Does Ferax say in the registry that it is in use here?

@@ -9,12 +9,12 @@ namespace {
 
 /// Asked of the configuration store once: two paths of each product lead through it, and a store
 /// that is missing is to be reported once, not for each of them.
-const std::string& clientFolder(Program& program) {
-  std::optional<std::string>& folder = program.state.startup.clientFolder;
-  if (!folder) {
-    folder = modConfig::DeterminaPathClient(program);
+const std::string& programsPath(Program& program) {
+  std::optional<std::string>& path = program.state.startup.reportedProgramsPath;
+  if (!path) {
+    path = modConfig::DeterminaPathClient(program);
   }
-  return *folder;
+  return *path;
 }
 
 }  // namespace
@@ -50,16 +50,16 @@ std::string serverVersionRecord(const std::string& serverPath) {
 }
 
 std::string clientVersionRecord(Program& program) {
-  return clientFolder(program) + "\\agdvver.ini";
+  return programsPath(program) + "\\agdvver.ini";
 }
 
 std::string serverLock(const std::string& serverPath) {
   return temporaryFolder(serverPath) + "\\agdv.lck";
 }
 
-// Kept: no backslash between the client folder and the name, unlike the record above, so C:\Lumo
+// Kept: no backslash between the programs path and the name, unlike the record above, so C:\Lumo
 // gives C:\Lumoagdv.lck, beside the folder. Every workstation in use looks for the lock there.
-std::string clientLock(Program& program) { return clientFolder(program) + "agdv.lck"; }
+std::string clientLock(Program& program) { return programsPath(program) + "agdv.lck"; }
 
 std::string dovraRelease(const std::string& serverPath) {
   return recordFolder(serverPath) + "\\dvrel";

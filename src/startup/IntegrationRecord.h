@@ -4,7 +4,7 @@
 
 #include "platform/Program.h"
 
-/// The integration record says which host server folder this machine belongs to; it is written
+/// The integration record says which server path this machine belongs to; it is written
 /// once. The store keeps it for the product SYSTEM, as attribute "Path" of "Integration" in the
 /// section "Complementary_Products".
 namespace trelv::modMain {

@@ -34,7 +34,7 @@ constexpr std::array<Keyword, 5> kKeywords{{
     {"STANDALONEINSTALL", RunMode::StandaloneInstall},
 }};
 
-/// INTEGRATEDRUN needs keyword, host folder, integration path and program code.
+/// INTEGRATEDRUN needs keyword, server path, integration path and program code.
 constexpr std::uint8_t kIntegratedRunArguments = 4;
 
 constexpr char kQuote = '"';
@@ -66,7 +66,7 @@ bool isTerminalServer(Program& program) {
 
 void findOutFacts(Program& program) {
   StartupFacts& startup = program.state.startup;
-  modConfig::GetConfigPath(program, startup.programsPath);
+  modConfig::GetConfigPath(program, startup.paths.programs);
   startup.workstation = isWorkstation(program);
   startup.win9x = isWin9x(program);
   startup.administrator = startup.win9x || modLibrary::IsAdmin(program);
@@ -89,10 +89,10 @@ void takeArgument(StartupFacts& startup, std::size_t position, const std::string
       startup.runMode = ConvertModeToNumber(argument);
       break;
     case 2:
-      (single ? startup.productToInstall : startup.hostFolder) = argument;
+      (single ? startup.productToInstall : startup.paths.server) = argument;
       break;
     case 3:
-      (single ? startup.packFileName : startup.integrationPath) = argument;
+      (single ? startup.packFileName : startup.paths.integration) = argument;
       break;
     case 4:
       // In every mode, those that do not use it included: an unknown code ends the start.
@@ -129,7 +129,8 @@ bool argumentsSuffice(Program& program) {
 
 void findPlugin(Program& program) {
   StartupFacts& startup = program.state.startup;
-  const bool present = program.fileSystem.folderExists(hostPaths::pluginFolder(startup.hostFolder));
+  const bool present =
+      program.fileSystem.folderExists(hostPaths::pluginFolder(startup.paths.server));
   startup.pluginProduct = present ? PluginProduct::Dovra : PluginProduct::None;
 }
 
@@ -142,9 +143,8 @@ void runIntegrated(Program& program) {
   const StartupFacts& startup = program.state.startup;
   program.log.WriteLog("Gestione ProdTrelv - Esecuzione in modalità integrata - parametri: " +
                        countAndCommandLine(startup));
-  const InstallationPaths paths{startup.hostFolder, startup.integrationPath, startup.programsPath};
-  modProdTrelvManager::UpdateAllProdottiComplementari(program, paths);
-  modProdTrelvManager::RunSingleProdottoComplementare(program, paths, startup.programNumber,
+  modProdTrelvManager::UpdateAllProdottiComplementari(program, startup.paths);
+  modProdTrelvManager::RunSingleProdottoComplementare(program, startup.paths, startup.programNumber,
                                                       trimLeft(startup.extraArguments));
 }
 
@@ -163,12 +163,11 @@ void installSingle(Program& program) {
   program.log.WriteLog(
       "Gestione ProdTrelv - Installazione/Aggiornamento singolo prodotto - parametri: " +
       countAndCommandLine(startup));
-  std::string integrationFolder;
-  if (VerifyConfig(program, integrationFolder)) {
-    startup.hostIntegrationFolder = integrationFolder;
-    startup.hostFolder = integrationFolder;
+  std::string recorded;
+  if (VerifyConfig(program, recorded)) {
+    startup.paths.server = recorded;
     modProdTrelvManager::InstallSingleProdottoComplementareIntegrato(
-        program, startup.productToInstall, integrationFolder, startup.packFileName);
+        program, startup.productToInstall, recorded, startup.packFileName);
   } else {
     modProdTrelvManager::InstallSingleProdottoComplementareStandAlone(
         program, startup.productToInstall, startup.packFileName);

@@ -102,7 +102,7 @@ class Workstation(installation.Installation):
             self.prefix.set_value("HKLM", key, name, value)
 
     def rename_host(self, name):
-        """Gives the host folder another name on the share."""
+        """Gives the server path another name on the share."""
         self.server = self.server.rename(self.share / name)
         self.place_server(self.server)
 

@@ -38,7 +38,7 @@ def test_the_hosts_store_takes_the_integration_record(laid_out):
         f"SetParameter {INTEGRATION} 1 S:\\Lumo"]
     assert "GetConfigPath 1" in noted
     assert laid_out.store.read_bytes() == before
-    # Its path is the client folder.
+    # Its path is the programs path.
     assert laid_out.versions()["ZB"] == ("09.93.00.00", "09.93.00.00")
 
 

@@ -31,7 +31,7 @@ def messages(run):
 
 def run_without_place(station, code, text):
     """A store that has no place: the integration cannot be recorded, everything else is done with
-    an empty client folder."""
+    an empty programs path."""
     run = station.run(f"{INTEGRATED} MVBIL")
     assert messages(run) == []
     found = reports(run)

@@ -60,7 +60,7 @@ class Installation {
   std::shared_ptr<sim::SimDisk> share_;
 };
 
-/// One workstation of the installation, integrated with it: Windows XP, user mario, client folder
+/// One workstation of the installation, integrated with it: Windows XP, user mario, programs path
 /// C:\Lumo\Client. Its log folder exists.
 class Station {
  public:

@@ -217,7 +217,7 @@ void SweptInstall::run() {
   if (opensAPack(kind_)) {
     program.run("SINGLEINSTALL LUDA luda.gz");
   } else {
-    program.state().startup.hostFolder = "S:\\Lumo";
+    program.state().startup.paths.server = "S:\\Lumo";
     modProdTrelvManager::UpdateTrelvManager(program, "S:\\Lumo");
   }
   told_ = program.logLines();

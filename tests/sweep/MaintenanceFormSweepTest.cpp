@@ -50,8 +50,8 @@ class MaintainedStation {
     for (const std::string& id : kIds) {
       putProduct(id);
     }
-    program_.state().startup.integrationPath = Installation::kServer;
-    program_.state().startup.programsPath = "C:\\Lumo\\Client";
+    program_.state().startup.paths.integration = Installation::kServer;
+    program_.state().startup.paths.programs = "C:\\Lumo\\Client";
   }
 
   /// What a command does while it runs.
@@ -311,7 +311,7 @@ void SweptMaintenance::maintain(sim::SimFormWindow& form) {
 /// Failures after which the form may show another version of the client than the recorded one.
 const CallTable<Exception> kOtherClientShown{
     {"configuration.getConfigPath",
-     "without the client folder, which was reported, the record is looked for in the root"}};
+     "without the programs path, which was reported, the record is looked for in the root"}};
 
 void SweptMaintenance::judge(const Fault& fault, Findings& findings) {
   findings.expect(disabled_.empty(), "a control stays disabled");

@@ -20,7 +20,7 @@ constexpr const char* kConfiguration = "S:\\Lumo\\prg\\com\\setup\\aggdovra\\zb.
 
 /// Failures that nobody tells and that leave something undone.
 const CallTable<Exception> kSilent{
-    {"configuration.getConfigPath", "an empty client folder joins to a record in the root"}};
+    {"configuration.getConfigPath", "an empty programs path joins to a record in the root"}};
 
 class NoProgress : public modProdTrelvManager::RemovalProgress {
  public:

@@ -29,7 +29,7 @@ class DirectSetup : public testing::Test {
  protected:
   DirectSetup() {
     program_.state.startup.administrator = true;
-    program_.state.startup.programsPath = "C:\\Lumo\\Client";
+    program_.state.startup.paths.programs = "C:\\Lumo\\Client";
     for (const char* const id : {"LUDA", "NERIO", "ZB", "Q2", "KXK", "VELTRA"}) {
       putProduct(id);
     }

@@ -73,7 +73,7 @@ class ProductInstall : public StationTest {
   PackPrograms packPrograms_{machine()};
 };
 
-// --- Into the host server folder
+// --- Into the server path
 
 TEST_F(ProductInstall, IntegratedOpensThePackRefreshesTheClientCopyAndTellsTheUserInThisOrder) {
   const std::string ini = "S:\\Lumo\\" + kTree + "luda.ini";
@@ -241,8 +241,7 @@ TEST_F(ProductInstall, SingleInstallWithAnIntegrationGoesToItsServer) {
   RealProgram real(machine());
   real.run("SINGLEINSTALL Luda luda.gz");
   EXPECT_TRUE(share().fileExists("S:\\Lumo\\" + kTree + "luda.ini"));
-  EXPECT_EQ(real.state().startup.hostFolder, "S:\\Lumo");
-  EXPECT_EQ(real.state().startup.hostIntegrationFolder, "S:\\Lumo");
+  EXPECT_EQ(real.state().startup.paths.server, "S:\\Lumo");
   EXPECT_THAT(real.logLines(), Contains("Apertura pacco in: S:\\Lumo"));
   EXPECT_EQ(boxes().back().text, kInstalled);
 }

@@ -322,13 +322,13 @@ TEST_F(UpdateRun, LockOfMidnightHasNoTime) {
   EXPECT_EQ(lockDuring(Side::Server, kLock), "17/11/2026\r\n");
 }
 
-TEST_F(UpdateRun, OfTheClientLocksBesideTheClientFolder) {
+TEST_F(UpdateRun, OfTheClientLocksBesideTheProgramsPath) {
   share().put(kLock, "other");
   EXPECT_NE(lockDuring(Side::Client, kClientLock), "");
   EXPECT_TRUE(installation_.serverLockExists());
 }
 
-TEST_F(UpdateRun, OfTheClientLocksInTheRootForAClientFolderBelowIt) {
+TEST_F(UpdateRun, OfTheClientLocksInTheRootForAProgramsPathBelowIt) {
   machine().configuration().setConfigPath("C:\\Client");
   EXPECT_NE(lockDuring(Side::Client, "C:\\Clientagdv.lck"), "");
   EXPECT_THAT(told(), Each(Not(HasSubstr("Crea"))));

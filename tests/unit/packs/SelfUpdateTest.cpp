@@ -17,7 +17,7 @@ using testing::Not;
 using testing::StartsWith;
 
 constexpr const char* kOwn = "C:\\Lumo\\Programmi\\TrelvManager.exe";
-constexpr const char* kClientFolder = "S:\\Lumo\\prg\\com\\bin\\cpy\\client";
+constexpr const char* kClientCopyFolder = "S:\\Lumo\\prg\\com\\bin\\cpy\\client";
 constexpr const char* kClientCopy = "S:\\Lumo\\prg\\com\\bin\\cpy\\client\\TrelvManager.exe";
 constexpr const char* kAmbver = "S:\\Lumo\\prg\\etc\\ambver";
 constexpr const char* kTemporaries = "S:\\Lumo\\prg\\tempterm";
@@ -140,7 +140,7 @@ TEST_F(SelfUpdate, KeepsTheProgramsDateSoThatTheNextOneCopiesNothing) {
 TEST_F(SelfUpdate, CopiesUnderTheNameOfTheRunningProgram) {
   machine().setExecutable("C:\\Altrove\\Gestore.EXE");
   update();
-  EXPECT_THAT(share().names(kClientFolder), ElementsAre("TrelvManager.exe", "Gestore.exe"));
+  EXPECT_THAT(share().names(kClientCopyFolder), ElementsAre("TrelvManager.exe", "Gestore.exe"));
   EXPECT_EQ(clientCopy(), "il vecchio");
 }
 
@@ -148,7 +148,7 @@ TEST_F(SelfUpdate, PutsItInPlaceByOneRenameFromTheServersTemporaryFolder) {
   machine().onCall("files.replaceFile", [&] {
     EXPECT_EQ(clientCopy(), "il vecchio");
     EXPECT_THAT(temporaries(), ElementsAre("TrelvManager-STAZIONE.tmp"));
-    EXPECT_THAT(share().names(kClientFolder), ElementsAre("TrelvManager.exe"));
+    EXPECT_THAT(share().names(kClientCopyFolder), ElementsAre("TrelvManager.exe"));
     machine().onCall("files.replaceFile", [&] {
       EXPECT_EQ(ambver(), "AMB0001 01/02/08 10:11\r\n");
       EXPECT_THAT(temporaries(), ElementsAre("ambver-STAZIONE.tmp"));
@@ -233,7 +233,7 @@ TEST_F(SelfUpdate, RunningCopyIsPutAsideAndReplacedAndGoesAtTheNextSelfUpdate) {
   update();
   EXPECT_EQ(clientCopy(), "il nuovo");
   EXPECT_EQ(share().text(kOldProgram), "il vecchio");
-  EXPECT_THAT(share().names(kClientFolder), ElementsAre("TrelvManager.exe"));
+  EXPECT_THAT(share().names(kClientCopyFolder), ElementsAre("TrelvManager.exe"));
   EXPECT_THAT(reports(), IsEmpty());
   EXPECT_THAT(lines(), ElementsAre(kCopyLine,
                                    "Gestione ProdTrelv - File temporaneo non rimosso: "
@@ -314,7 +314,7 @@ const std::vector<Obstacle> kObstacles{
     {"MissingOwnProgramWhereACopyStands",
      [](SelfUpdate& t) { t.machine().setExecutable("C:\\Altrove\\TrelvManager.scr"); }, 53,
      "Impossibile trovare il file: C:\\Altrove\\TrelvManager.exe"},
-    {"MissingClientFolder", [](SelfUpdate& t) { t.share().removeTree(kClientFolder); }, 76,
+    {"MissingClientCopyFolder", [](SelfUpdate& t) { t.share().removeTree(kClientCopyFolder); }, 76,
      std::string("Impossibile trovare il percorso: ") + kClientCopy},
     {"FullShare", [](SelfUpdate& t) { t.share().setCapacity(t.share().usedBytes() + 3); }, 61,
      "Disco pieno: S:\\Lumo\\prg\\tempterm\\TrelvManager-STAZIONE.tmp"},
@@ -357,7 +357,7 @@ TEST_P(SelfUpdateObstacle, EndsItWithAReportAndWithoutHarm) {
 
 INSTANTIATE_TEST_SUITE_P(Of, SelfUpdateObstacle, testing::ValuesIn(kObstacles), NameOfRow());
 
-TEST_F(SelfUpdate, WithoutAHostServerFolderTouchesNoDrive) {
+TEST_F(SelfUpdate, WithoutAServerPathTouchesNoDrive) {
   UpdateTrelvManager(program(), "");
   expectFailed(76);
   EXPECT_FALSE(machine().folderExists("C:\\prg"));

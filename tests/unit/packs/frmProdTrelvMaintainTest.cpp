@@ -71,8 +71,8 @@ class MaintenanceForm : public StationTest {
       machine().programs().define(program);
     }
     machine().mount("T:", installation_.sharedDisk());
-    program_.state().startup.integrationPath = "T:\\Lumo";
-    program_.state().startup.programsPath = "C:\\Lumo\\Client";
+    program_.state().startup.paths.integration = "T:\\Lumo";
+    program_.state().startup.paths.programs = "C:\\Lumo\\Client";
   }
 
   /// Shows the form; `user` is what is done in it.

@@ -82,7 +82,7 @@ TEST_F(OwnStoreTest, IsReadAgainWhenTheWriterIsDoneMeanwhile) {
   EXPECT_THAT(program.reports(), IsEmpty());
 }
 
-TEST_F(OwnStoreTest, GivesItsFolderAsClientFolder) {
+TEST_F(OwnStoreTest, GivesItsFolderAsProgramsPath) {
   EXPECT_EQ(DeterminaPathClient(program), "C:\\Lumo\\Conf");
 }
 

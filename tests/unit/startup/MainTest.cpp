@@ -127,8 +127,8 @@ TEST_F(Start, UnquotedProgramPathIsNoArgument) {
 TEST_F(Start, ArgumentsAreTakenByPosition) {
   run("\" integratedmaintain  \" \"S:\\Lumo due\" S:\\Integrazione NERIO uno \"due tre\" quattro");
   EXPECT_EQ(RunMode::IntegratedMaintain, facts().runMode);
-  EXPECT_EQ("S:\\Lumo due", facts().hostFolder);
-  EXPECT_EQ("S:\\Integrazione", facts().integrationPath);
+  EXPECT_EQ("S:\\Lumo due", facts().paths.server);
+  EXPECT_EQ("S:\\Integrazione", facts().paths.integration);
   EXPECT_EQ(12, facts().programNumber);
   EXPECT_EQ(" uno due tre quattro", facts().extraArguments);
   EXPECT_EQ("", facts().productToInstall);
@@ -137,14 +137,14 @@ TEST_F(Start, ArgumentsAreTakenByPosition) {
 
 TEST_F(Start, EmptyQuotesShiftLaterPositions) {
   run("INTEGRATEDMAINTAIN \"\" S:\\Lumo S:\\Integrazione");
-  EXPECT_EQ("S:\\Lumo", facts().hostFolder);
-  EXPECT_EQ("S:\\Integrazione", facts().integrationPath);
+  EXPECT_EQ("S:\\Lumo", facts().paths.server);
+  EXPECT_EQ("S:\\Integrazione", facts().paths.integration);
 }
 
 TEST_F(Start, MissingArgumentsAreEmpty) {
   run("INTEGRATEDMAINTAIN S:\\Lumo");
-  EXPECT_EQ("S:\\Lumo", facts().hostFolder);
-  EXPECT_EQ("", facts().integrationPath);
+  EXPECT_EQ("S:\\Lumo", facts().paths.server);
+  EXPECT_EQ("", facts().paths.integration);
   EXPECT_EQ(0, facts().programNumber);
   EXPECT_EQ("", facts().extraArguments);
 }
@@ -160,7 +160,7 @@ TEST_F(Start, CommandLineOfThirtyTwoThousandCharactersIsLoggedWhole) {
   const std::string longOne(31980, 'x');
   run("QUALCOSA " + longOne);
   EXPECT_THAT(lines(), Contains(commandLine("QUALCOSA " + longOne, 2)));
-  EXPECT_EQ(longOne, facts().hostFolder);
+  EXPECT_EQ(longOne, facts().paths.server);
 }
 
 // --- Program code
@@ -209,18 +209,18 @@ TEST_F(Start, FactsComeBeforeTheFirstLineAboutTheCommandLine) {
 TEST_F(Start, ProgramsPathComesFromTheConfigurationStore) {
   machine_.configuration().setConfigPath("C:\\Lumo\\Programmi");
   run("");
-  EXPECT_EQ("C:\\Lumo\\Programmi", facts().programsPath);
+  EXPECT_EQ("C:\\Lumo\\Programmi", facts().paths.programs);
 }
 
 TEST_F(Start, ProgramsPathIsEmptyWhenTheStoreCannotGiveItOrBeCalled) {
   machine_.configuration().answerAlways(-4002);
   expectRefused("", kRefusedText);
-  EXPECT_EQ("", facts().programsPath);
+  EXPECT_EQ("", facts().paths.programs);
 
   Starting other;
   other.machine_.configuration().setCallable(false);
   other.expectRefused("", kRefusedText);
-  EXPECT_EQ("", other.facts().programsPath);
+  EXPECT_EQ("", other.facts().paths.programs);
 }
 
 TEST_F(Start, FactsFollowTheEdition) {
@@ -284,7 +284,7 @@ TEST_F(Start, UnknownAdministratorAnswerIsLoggedFirst) {
 
 // --- Plugin
 
-TEST_F(Start, PluginFolderBelowTheHostFolderMeansDovra) {
+TEST_F(Start, PluginFolderBelowTheServerPathMeansDovra) {
   machine_.mount("S:");
   machine_.putFile("S:\\Lumo\\prg\\com\\dovra\\plugin", "a file is no folder");
   run("INTEGRATEDMAINTAIN S:\\Lumo");
@@ -294,7 +294,7 @@ TEST_F(Start, PluginFolderBelowTheHostFolderMeansDovra) {
   EXPECT_EQ(PluginProduct{14}, facts().pluginProduct);
 }
 
-TEST_F(Start, EmptyHostFolderIsTestedToo) {
+TEST_F(Start, EmptyServerPathIsTestedToo) {
   machine_.makeFolders("C:\\prg\\com\\dovra\\plugin");
   run("");
   EXPECT_EQ(PluginProduct{14}, facts().pluginProduct);
@@ -366,7 +366,7 @@ TEST_F(SingleInstallStart, TakesProductAndPackInTheirPlaces) {
   run("SINGLEINSTALL ZB pacco.zip");
   EXPECT_EQ("ZB", facts().productToInstall);
   EXPECT_EQ("pacco.zip", facts().packFileName);
-  EXPECT_EQ("", facts().integrationPath);
+  EXPECT_EQ("", facts().paths.integration);
   EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Installazione/Aggiornamento singolo prodotto "
                                 "- parametri:  3 (SINGLEINSTALL ZB pacco.zip)"));
 }
@@ -380,22 +380,20 @@ TEST_F(SingleInstallStart, ConvertsAProgramCodeThatItDoesNotUse) {
 TEST_F(SingleInstallStart, OnAnIntegratedMachineTakesTheRecordedFolder) {
   integrateWith("S:\\Lumo");
   run("SINGLEINSTALL ZB pacco.zip");
-  EXPECT_EQ("S:\\Lumo", facts().hostIntegrationFolder);
-  EXPECT_EQ("S:\\Lumo", facts().hostFolder);
+  EXPECT_EQ("S:\\Lumo", facts().paths.server);
 }
 
-TEST_F(SingleInstallStart, WithoutARecordLeavesTheHostFolderEmpty) {
+TEST_F(SingleInstallStart, WithoutARecordLeavesTheServerPathEmpty) {
   run("SINGLEINSTALL ZB pacco.zip");
   EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Integrazione Dovra SP non rilevata"));
-  EXPECT_EQ("", facts().hostIntegrationFolder);
-  EXPECT_EQ("", facts().hostFolder);
+  EXPECT_EQ("", facts().paths.server);
 }
 
 TEST_F(SingleInstallStart, TestsThePluginFolderBeforeItAsksForTheRecord) {
   integrateWith("C:\\Lumo");
   machine_.makeFolders("C:\\Lumo\\prg\\com\\dovra\\plugin");
   run("SINGLEINSTALL ZB pacco.zip");
-  EXPECT_EQ(PluginProduct{999}, facts().pluginProduct) << "the host folder was not known yet";
+  EXPECT_EQ(PluginProduct{999}, facts().pluginProduct) << "the server path was not known yet";
   const std::size_t plugin = callAt(CallKind::FileLook, "\\prg\\com\\dovra\\plugin");
   ASSERT_NE(0U, plugin);
   EXPECT_LT(plugin, callAt(CallKind::ConfigurationGet));
