@@ -11,6 +11,10 @@ import time
 import windows
 
 
+# How long a manager may be worked in.
+SECONDS = 400
+
+
 class Dialog:
     """A dialog as it stands on the screen."""
 
@@ -93,6 +97,13 @@ class Hand(windows.Prefix):
         self.ask_once("press", button)
         return shown.text(windows.MESSAGE_TEXT), shown.buttons()
 
+    def box_of(self, seconds, button="OK"):
+        """The same of a box that comes after longer work."""
+        deadline = time.monotonic() + seconds
+        while self.no_box() and time.monotonic() < deadline:
+            time.sleep(1)
+        return self.box(button)
+
     def answer_by_keys(self, key):
         """The same by a key of the screen's keyboard."""
         shown = self.dialog("TrelvManager")
@@ -102,7 +113,7 @@ class Hand(windows.Prefix):
 
     def no_box(self):
         """True when no message box shows."""
-        return all(each.get("title") != "TrelvManager" for each in self.ask("boxes"))
+        return "TrelvManager" not in [each.get("title") for each in self.ask("boxes")]
 
     def press(self, title, control):
         """Clicks the middle of a control with the mouse of the screen."""
@@ -131,6 +142,12 @@ class Hand(windows.Prefix):
                                  capture_output=True, text=True).stdout
         assert int(colours) > 10, f"{name}: nothing is drawn"
 
+    def end(self):
+        """Ends the programs of all dialogs by force."""
+        for title in [each["title"] for each in self.ask("boxes") if "title" in each]:
+            with contextlib.suppress(RuntimeError):
+                self.ask_once("end", title)
+
     def point_at(self, dialog):
         """Puts the pointer on the lower left edge of a dialog, where no control is: the keyboard of
         the screen goes to the window under the pointer."""
@@ -138,6 +155,11 @@ class Hand(windows.Prefix):
 
     def keys(self, *keys):
         self.tool("key", "--delay", "30", *keys)
+        time.sleep(0.2)
+
+    def type(self, text):
+        """Types a text on the screen's keyboard."""
+        self.tool("type", "--delay", "30", text)
         time.sleep(0.2)
 
     def tool(self, *words):
@@ -151,15 +173,16 @@ def running(station, arguments, title):
     hand = Hand(station.prefix)
     runs = []
     thread = threading.Thread(
-        target=lambda: runs.append(station.prefix.run(station.manager, arguments, answers=["-"] * 20)))
+        target=lambda: runs.append(station.prefix.run(station.manager, arguments, answers=["-"] * 100,
+                                                      limit=SECONDS)))
     thread.start()
     try:
         hand.dialog(title)
         yield hand
     except BaseException:
-        hand.ask_once("end", title)
+        hand.end()
         raise
     finally:
         hand.close()
-        thread.join(timeout=100)
+        thread.join(timeout=SECONDS + 60)
     assert runs and not runs[0].late, "the manager did not end"

@@ -486,7 +486,8 @@ void closeWindow(const Words& words) {
 HWND formOf(const std::wstring& title) {
   for (int i = 0; i < 1000; ++i) {
     for (const HWND box : boxesOf(0)) {
-      if (textOf(box) == title) {
+      // As the system keeps it: a program that is busy must not be disturbed.
+      if (keptTextOf(box) == title) {
         letItSettle(box);
         return box;
       }
