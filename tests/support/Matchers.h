@@ -26,6 +26,24 @@ inline void PrintTo(const SimBox& box, std::ostream* out) {
 
 namespace trelv::tests {
 
+// What tests name without its namespace.
+using machine::BoxButtons;
+using machine::BoxIcon;
+using testing::AllOf;
+using testing::Contains;
+using testing::ContainsRegex;
+using testing::Each;
+using testing::ElementsAre;
+using testing::Eq;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::IsSupersetOf;
+using testing::Not;
+using testing::Pair;
+using testing::SizeIs;
+using testing::StartsWith;
+using testing::UnorderedElementsAre;
+
 inline void PrintTo(const FakeReport& report, std::ostream* out) {
   *out << report.module << "." << report.procedure << ": " << report.message;
 }

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 #include "support/Installation.h"
+#include "support/Matchers.h"
 
 namespace trelv::tests {
 

@@ -12,13 +12,6 @@
 namespace trelv::tests {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::SizeIs;
-
 constexpr const char* kClosing =
     "Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari";
 constexpr const char* kNotConfigured =
@@ -195,7 +188,7 @@ constexpr const char* kNotRecorded =
 TEST_F(BadInput, ReadOnlyVersionRecordMakesEveryStartRepeat) {
   installation_.putServerRecord("[KXK]\r\nversion=01.00\r\n");
   share().setReadOnly(Installation::kServerRecord);
-  EXPECT_THAT(start(), testing::IsSupersetOf({kClosing, kNotRecorded}));
+  EXPECT_THAT(start(), IsSupersetOf({kClosing, kNotRecorded}));
   EXPECT_EQ(installation_.serverRecord(), "[KXK]\r\nversion=01.00\r\n");
   EXPECT_EQ(station_.clientVersion("NERIO"), "01.00");
   start();
@@ -205,7 +198,7 @@ TEST_F(BadInput, ReadOnlyVersionRecordMakesEveryStartRepeat) {
 TEST_F(BadInput, LockedVersionRecordIsLeftAsItIs) {
   installation_.putServerRecord("[NERIO]\r\nversion=01.00\r\n");
   share().holdOpen(Installation::kServerRecord, sim::Sharing::None);
-  EXPECT_THAT(start(), testing::IsSupersetOf({kClosing, kNotRecorded}));
+  EXPECT_THAT(start(), IsSupersetOf({kClosing, kNotRecorded}));
   EXPECT_EQ(started().back(), "S:\\Lumo\\nerio.exe ");
   share().release(Installation::kServerRecord);
   EXPECT_EQ(installation_.serverRecord(), "[NERIO]\r\nversion=01.00\r\n");

@@ -5,11 +5,6 @@
 namespace trelv::tests {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
-
 constexpr const char* kCorrected =
     "[Q2]\r\nversion=02.92.00.00\r\n[LUDA]\r\nversion=07.10.00.00\r\n[ZB]\r\n"
     "version=09.93.00.00\r\n[NERIO]\r\nversion=03.20.30.00\r\n[ZM]\r\nversion=06.50.30.00\r\n";

@@ -11,12 +11,6 @@ namespace {
 using machine::Hive;
 using modProdTrelvManager::PreparaInstClientAll;
 using modProdTrelvManager::PreparaInstSrvAll;
-using testing::Each;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::IsSupersetOf;
-using testing::Not;
 
 constexpr const char* kKey = "SOFTWARE\\LUMO\\Programmi";
 constexpr const char* kLumow = "C:\\WINDOWS\\Lumow.ini";

@@ -1,5 +1,4 @@
 #include "integrated/SingleRun.h"
-#include "support/Matchers.h"
 #include "support/Refusals.h"
 #include "support/Rows.h"
 #include "support/StationTest.h"
@@ -7,12 +6,6 @@
 
 namespace trelv::tests {
 namespace {
-
-using machine::BoxIcon;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
 
 constexpr const char* kProgram = "S:\\Lumo\\programma.exe";
 

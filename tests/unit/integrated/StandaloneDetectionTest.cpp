@@ -3,6 +3,7 @@
 
 #include "integrated/StandaloneDetection.h"
 #include "support/FakeProgram.h"
+#include "support/Matchers.h"
 #include "support/Texts.h"
 
 namespace trelv::tests {
@@ -10,7 +11,6 @@ namespace {
 
 using machine::Hive;
 using modProdTrelvManager::EsisteProdottoComplementareStandalone;
-using testing::ElementsAre;
 
 constexpr const char* kBegun =
     "Gestione ProdTrelv - Verifica esistenza prodotti complementari standalone";

@@ -3,6 +3,7 @@
 
 #include "integrated/TerminalServerRepairs.h"
 #include "support/FakeProgram.h"
+#include "support/Matchers.h"
 #include "support/Refusals.h"
 #include "support/Rows.h"
 #include "support/Texts.h"
@@ -12,13 +13,6 @@ namespace {
 
 using namespace modProdTrelvManager;
 using sim::CallKind;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::Eq;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::StartsWith;
 
 constexpr const char* kRoot = "S:\\Lumo";
 // Where the copies of a Terminal Server session lie, as the log names them.

@@ -1,19 +1,10 @@
 #include "integrated/UpdateAll.h"
-#include "support/Matchers.h"
 #include "support/Rows.h"
 #include "support/StationTest.h"
 #include "support/Texts.h"
 
 namespace trelv::tests {
 namespace {
-
-using machine::BoxIcon;
-using testing::Contains;
-using testing::Each;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 
 constexpr const char* kClosing =
     "Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari";
@@ -176,7 +167,7 @@ TEST_F(UpdateAll, ProductOnItsOwnEndsItWithABox) {
           "complementari:\r\n\r\nNerio Standalone\r\nLuda Standalone\r\n\r\nL'installazione/"
           "aggiornamento non avverra' finche' questi ultimi non verrano rimossi manualmente dal "
           "sistema\r\n\r\nPremere Ok per proseguire",
-          machine::BoxButtons::Ok, "Gestione prodotti complementari")));
+          BoxButtons::Ok, "Gestione prodotti complementari")));
   EXPECT_THAT(started(), IsEmpty());
   EXPECT_EQ(lines().back(),
             "Gestione ProdTrelv - Rilevato almeno un prodotto complementare standalone");

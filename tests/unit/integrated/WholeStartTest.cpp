@@ -7,9 +7,6 @@
 namespace trelv::tests {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 /// The five products as they are delivered, and the run logs of whole starts.
 class WholeStart : public StationTest {
  protected:

@@ -3,12 +3,10 @@
 
 #include "packs/Deregistration.h"
 #include "support/FakeProgram.h"
+#include "support/Matchers.h"
 
 namespace trelv::tests {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr const char* kFolder = "C:\\Nerio\\setup";
 constexpr const char* kBegun =

@@ -10,10 +10,6 @@
 namespace trelv::tests {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 constexpr const char* kCatalogue = "C:\\Work\\prg\\com\\setup\\aggdovra\\agdvcomp.ini";
 constexpr const char* kStart =
     "Gestione ProdTrelv - Avvio lancio setup per prodotti complementari in modalità standalone";

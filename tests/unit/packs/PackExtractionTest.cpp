@@ -12,16 +12,8 @@
 namespace trelv::tests {
 namespace {
 
-using machine::BoxIcon;
 using modProdTrelvManager::OpenZipPacksInFolder;
 using sim::CallKind;
-using testing::Contains;
-using testing::Each;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::UnorderedElementsAre;
 
 const std::string kTree = "prg\\com\\setup\\aggdovra\\";
 constexpr const char* kSetup = "S:\\Lumo\\prg\\com\\setup\\aggdovra";

@@ -1,19 +1,12 @@
 #include <algorithm>
 
 #include "packs/ProductInstall.h"
-#include "support/Matchers.h"
 #include "support/PackPrograms.h"
 #include "support/RealProgram.h"
 #include "support/StationTest.h"
 
 namespace trelv::tests {
 namespace {
-
-using testing::Contains;
-using testing::ContainsRegex;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 constexpr const char* kPack = "C:\\Lumo\\Programmi\\luda.gz";
 constexpr const char* kSetUp = "C:\\Setup\\luda.exe";
@@ -93,7 +86,7 @@ TEST_F(ProductInstall, IntegratedOpensThePackRefreshesTheClientCopyAndTellsTheUs
   EXPECT_EQ(read("Setup01", "version", ini), "01.00") << "what the pack brought";
   EXPECT_FALSE(machine().folderExists(kWork + "prg"));
   EXPECT_THAT(share().text(kAmbver), HasSubstr("AMB000116/11/26 09:30"));
-  EXPECT_THAT(boxes(), ElementsAre(isBox(machine::BoxIcon::Information, kInstalled)));
+  EXPECT_THAT(boxes(), ElementsAre(isBox(BoxIcon::Information, kInstalled)));
   EXPECT_THAT(reports(), IsEmpty());
 }
 

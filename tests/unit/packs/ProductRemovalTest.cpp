@@ -8,11 +8,6 @@ namespace trelv::tests {
 namespace {
 
 using modProdTrelvManager::RemovalProgress;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::StartsWith;
 
 /// A bar that keeps what it was told: "begin 200", "advance", "finish".
 class KeptProgress : public RemovalProgress {

@@ -6,8 +6,6 @@ namespace {
 
 using modProdTrelvManager::CatalogueProducts;
 using modProdTrelvManager::RepairVersion;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 /// The product ZB with a configuration of the test's own; programs a, b and c of the share.
 class Repair : public StationTest {

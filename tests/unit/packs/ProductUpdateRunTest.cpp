@@ -1,5 +1,4 @@
 #include "packs/ProductUpdateRun.h"
-#include "support/Matchers.h"
 #include "support/PackPrograms.h"
 #include "support/Refusals.h"
 #include "support/Rows.h"
@@ -9,16 +8,8 @@
 namespace trelv::tests {
 namespace {
 
-using machine::BoxIcon;
 using modProdTrelvManager::Procedure;
 using modProdTrelvManager::RunKind;
-using testing::Contains;
-using testing::Each;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::StartsWith;
 
 constexpr const char* kConfiguration = "S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio.ini";
 constexpr const char* kPack = "S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio.zip";
@@ -475,7 +466,7 @@ Cancellazione file: S:\Lumo\prg\tempterm\agdv.lck effettuata con successo)");
             "Per il corretto funzionamento il sistema richiede l'aggiornamento di alcuni "
             "componenti.\r\nL'utente corrente non dispone dei privilegi necessari per effettuare "
             "tale operazione, impossibile proseguire.",
-            machine::BoxButtons::Ok, "Errore");
+            BoxButtons::Ok, "Errore");
   EXPECT_THAT(boxes(), ElementsAre(refusal, refusal));
 }
 

@@ -1,5 +1,4 @@
 #include "packs/SelfUpdate.h"
-#include "support/Matchers.h"
 #include "support/Refusals.h"
 #include "support/Rows.h"
 #include "support/StationTest.h"
@@ -9,12 +8,6 @@ namespace {
 
 using modProdTrelvManager::UpdateTrelvManager;
 using sim::CallKind;
-using testing::AllOf;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
-using testing::StartsWith;
 
 constexpr const char* kOwn = "C:\\Lumo\\Programmi\\TrelvManager.exe";
 constexpr const char* kClientCopyFolder = "S:\\Lumo\\prg\\com\\bin\\cpy\\client";

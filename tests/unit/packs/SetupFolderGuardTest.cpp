@@ -9,7 +9,6 @@
 namespace trelv::tests {
 namespace {
 
-using testing::HasSubstr;
 using Folders = std::vector<std::string>;
 
 /// A server path S:\Lumo whose share is also \\srv\dati.

@@ -11,13 +11,8 @@ namespace trelv::tests {
 namespace {
 
 using machine::BoxAnswer;
-using machine::BoxButtons;
-using machine::BoxIcon;
 using machine::ProgressNumbers;
 using sim::SimFormWindow;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
 using Lines = std::vector<std::string>;
 
 constexpr const char* kForm = "frmProdTrelvMaintain";
