@@ -256,7 +256,8 @@ SimSystem::SimSystem(SimCalls& calls, SimEnvironment& environment)
 
 bool SimSystem::queryVersion(VersionRecord& record) {
   ++versionQueries_;
-  const auto injected = calls_.enter(CallKind::VersionQuery, "system.queryVersion", "");
+  const auto injected =
+      calls_.enter(CallKind::VersionQuery, "system.queryVersion", std::to_string(record.size));
   const bool known = record.size == kShortVersionRecord || record.size == kExtendedVersionRecord;
   if (injected || failVersionQuery_ || !known) {
     return false;

@@ -61,19 +61,22 @@ inline testing::Matcher<const sim::SimBox&> isBox(
 }
 
 /// A failure of this number, its description aside.
-inline testing::Matcher<const RuntimeError&> isFailure(std::int32_t number) {
+inline testing::Matcher<const RuntimeError&> isFailure(
+    const testing::Matcher<std::int32_t>& number) {
   return testing::Property("number", &RuntimeError::number, number);
 }
 
-/// The report of a program error of this procedure: its message, the number of its failure.
+/// The report of this procedure, of a program error unless another kind is given: its message, the
+/// number of its failure.
 inline testing::Matcher<const FakeReport&> isReport(
     const std::string& procedure, const testing::Matcher<const std::string&>& message,
-    std::int32_t number, const std::string& module = "ModProdTrelvManager") {
+    const testing::Matcher<std::int32_t>& number, const std::string& module = "ModProdTrelvManager",
+    ReportKind kind = ReportKind::ProgramError) {
   return testing::AllOf(testing::Field("procedure", &FakeReport::procedure, procedure),
                         testing::Field("message", &FakeReport::message, message),
                         testing::Field("failure", &FakeReport::failure, isFailure(number)),
                         testing::Field("module", &FakeReport::module, module),
-                        testing::Field("kind", &FakeReport::kind, ReportKind::ProgramError));
+                        testing::Field("kind", &FakeReport::kind, kind));
 }
 
 }  // namespace trelv::tests

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/ConfigurationFiles.h"
 #include "sim/SimMachine.h"
@@ -53,52 +55,44 @@ TEST_F(ConfigurationFilesTest, ManyValuesOfAFileCostOneOpening) {
   EXPECT_EQ(openings("S:\\").reads, 1U);
 }
 
-TEST_F(ConfigurationFilesTest, APathIsTheSameInAnyCase) {
-  put("[s]\r\nk=v\r\n");
-  EXPECT_EQ(read("s", "k", "S:\\Lumo\\prg\\agdvcomp.ini"), "v");
-  EXPECT_EQ(read("s", "k", "s:\\LUMO\\PRG\\AGDVCOMP.INI"), "v");
-  EXPECT_EQ(machine_.callCount(), 1U);
+TEST_F(ConfigurationFilesTest, EachFileIsReadOnceUnderAllSpellingsOfItsPath) {
+  machine_.mount("\\\\server\\share");
+  for (const auto& [file, otherSpelling] : std::vector<std::pair<std::string, std::string>>{
+           {kFile, "s:\\LUMO\\PRG\\AGDVCOMP.INI"},
+           {"C:\\Lumo\\agdvver.ini", "c:\\lumo\\AGDVVER.ini"},
+           {"S:\\citt\u00E0.ini", "S:\\CITT\u00C0.INI"},
+           {"\\\\server\\share\\a.ini", "\\\\SERVER\\share\\a.ini"}}) {
+    const std::string value = std::to_string(file.size());
+    machine_.putFile(file, "[s]\r\nk=" + value + "\r\n");
+    machine_.callLog().clear();
+    EXPECT_EQ(read("s", "k", file), value);
+    EXPECT_EQ(read("s", "k", otherSpelling), value);
+    EXPECT_EQ(machine_.callCount(), 1U) << file;
+  }
+  EXPECT_EQ(read("s", "k"), "24") << "each file holds its own";
 }
 
-TEST_F(ConfigurationFilesTest, EachFileIsReadForItself) {
-  put("[s]\r\nk=server\r\n");
-  machine_.putFile("C:\\Lumo\\agdvver.ini", "[s]\r\nk=client\r\n");
-  EXPECT_EQ(read("s", "k"), "server");
-  EXPECT_EQ(read("s", "k", "C:\\Lumo\\agdvver.ini"), "client");
-  EXPECT_EQ(read("s", "k"), "server");
-  EXPECT_EQ(machine_.callCount(), 2U);
-}
-
-TEST_F(ConfigurationFilesTest, AMissingFileIsRememberedUntilForgotten) {
-  EXPECT_EQ(read("s", "k"), "");
-  EXPECT_EQ(read("s", "k"), "");
-  EXPECT_EQ(machine_.callCount(), 1U);
-  put("[s]\r\nk=v\r\n");
-  EXPECT_EQ(read("s", "k"), "");
-  files_.forget();
-  EXPECT_EQ(read("s", "k"), "v");
-  EXPECT_EQ(machine_.callCount(), 2U);
-}
-
-TEST_F(ConfigurationFilesTest, AChangeIsSeenAfterForgetting) {
-  put("[s]\r\nk=old\r\n");
-  EXPECT_EQ(read("s", "k"), "old");
-  put("[s]\r\nk=new\r\n");
-  EXPECT_EQ(read("s", "k"), "old");
-  files_.forget();
-  EXPECT_EQ(read("s", "k"), "new");
-  EXPECT_EQ(openings("S:\\").reads, 2U);
+TEST_F(ConfigurationFilesTest, WhatAFileHoldsOrThatItIsMissingIsRememberedUntilForgotten) {
+  for (const char* const value : {"", "old", "new"}) {
+    const std::string before = read("s", "k");
+    put(std::string("[s]\r\nk=") + value + "\r\n");
+    EXPECT_EQ(read("s", "k"), before);
+    files_.forget();
+    EXPECT_EQ(read("s", "k"), value);
+  }
+  EXPECT_EQ(machine_.callCount(), 4U);
 }
 
 TEST_F(ConfigurationFilesTest, AKeyThatStandsWithoutValueIsToldFromAMissingOne) {
   put("[s]\r\nempty=\r\nfull=v\r\nbare\r\n");
   EXPECT_TRUE(files_.holds({kFile, "S", "EMPTY"}));
   EXPECT_TRUE(files_.holds({kFile, "s", "full"}));
-  EXPECT_FALSE(files_.holds({kFile, "s", "bare"}));
-  EXPECT_FALSE(files_.holds({kFile, "s", "missing"}));
-  EXPECT_FALSE(files_.holds({kFile, "t", "full"}));
-  EXPECT_FALSE(files_.holds({"S:\\missing.ini", "s", "full"}));
-  EXPECT_FALSE(files_.holds({"win.ini", "s", "full"}));
+  for (const IniAddress& missing :
+       {IniAddress{kFile, "s", "bare"}, IniAddress{kFile, "s", "missing"},
+        IniAddress{kFile, "t", "full"}, IniAddress{"S:\\missing.ini", "s", "full"},
+        IniAddress{"win.ini", "s", "full"}}) {
+    EXPECT_FALSE(files_.holds(missing)) << missing.file << missing.section << missing.key;
+  }
   EXPECT_EQ(openings(kFile).reads, 1U);
 }
 
@@ -115,17 +109,12 @@ TEST_F(ConfigurationFilesTest, ForgettingOneFileKeepsTheOthers) {
   EXPECT_EQ(openings(kFile).reads, 2U);
 }
 
-TEST_F(ConfigurationFilesTest, AWrittenValueThatWasThereKeepsTheFile) {
+TEST_F(ConfigurationFilesTest, AWrittenValueKeepsTheFileOnlyWhenItWasThere) {
   put("[NERIO]\r\nversion=03.20.30.00\r\n");
   EXPECT_EQ(read("NERIO", "version"), "03.20.30.00");
   files_.written({kFile, "nerio", "VERSION"}, "03.20.30.00");
   EXPECT_EQ(read("NERIO", "version"), "03.20.30.00");
   EXPECT_EQ(machine_.callCount(), 1U);
-}
-
-TEST_F(ConfigurationFilesTest, AWrittenValueThatIsNewDropsTheFile) {
-  put("[NERIO]\r\nversion=03.20.30.00\r\n");
-  EXPECT_EQ(read("NERIO", "version"), "03.20.30.00");
   put("[NERIO]\r\nversion=03.20.31.00\r\n");
   files_.written({kFile, "NERIO", "version"}, "03.20.31.00");
   EXPECT_EQ(read("NERIO", "version"), "03.20.31.00");
@@ -138,6 +127,8 @@ TEST_F(ConfigurationFilesTest, AWrittenValueThatLosesItsQuotesDropsTheFile) {
   files_.written({kFile, "s", "k"}, " v ");
   EXPECT_EQ(read("s", "k"), platformReads("s", "k"));
 }
+
+// --- What is left to the platform
 
 TEST_F(ConfigurationFilesTest, ABusyFileIsAskedOfThePlatformEachTimeAndNotTakenForEmpty) {
   put("[s]\r\nk=v\r\n");
@@ -158,23 +149,14 @@ TEST_F(ConfigurationFilesTest, BareNamesAreThoseOfTheWindowsFolder) {
 TEST_F(ConfigurationFilesTest, RelativeAndOddPathsGoToThePlatform) {
   for (const char* file : {"prg\\a.ini", ".\\a.ini", "C:a.ini", "\\a.ini", "S:/Lumo/prg/a.ini",
                            "\\\\.\\a.ini", "\\\\?\\S:\\a.ini", "", "C:", "a"}) {
-    sim::SimMachine machine;
-    ConfigurationFiles files(machine.machine());
-    EXPECT_EQ(files.read({file, "s", "k"}, kSize), "");
-    EXPECT_EQ(machine.callCount(), 1U) << file;
-    EXPECT_EQ(machine.calls().front().rfind("profiles.readValue", 0), 0U) << file;
+    machine_.callLog().clear();
+    EXPECT_EQ(read("s", "k", file), "");
+    EXPECT_EQ(machine_.callCount(), 1U) << file;
+    EXPECT_EQ(machine_.calls().front().rfind("profiles.readValue", 0), 0U) << file;
   }
 }
 
-TEST_F(ConfigurationFilesTest, SharesAreReadOnce) {
-  machine_.mount("\\\\server\\share");
-  machine_.putFile("\\\\server\\share\\a.ini", "[s]\r\nk=v\r\n");
-  EXPECT_EQ(read("s", "k", "\\\\server\\share\\a.ini"), "v");
-  EXPECT_EQ(read("s", "k", "\\\\SERVER\\share\\a.ini"), "v");
-  EXPECT_EQ(machine_.callCount(), 1U);
-}
-
-TEST_F(ConfigurationFilesTest, OddFilesGoToThePlatform) {
+TEST_F(ConfigurationFilesTest, OddFilesAndNamesBeyondAsciiGoToThePlatform) {
   for (const std::string& bytes :
        {"\xEF\xBB\xBF[s]\r\nk=\xC3\xA8\r\n"s, "\xFF\xFE[\0s\0]\0\n\0k\0=\0\xE8\0"s,
         "[s]\r\nk=\xE8\0x\r\n"s, "[s]\rk=\xE8\r"s, "[s]\r\nk=\xE8\x1A"s}) {
@@ -184,45 +166,10 @@ TEST_F(ConfigurationFilesTest, OddFilesGoToThePlatform) {
   }
   EXPECT_EQ(openings("S:\\").reads, 5U);
   EXPECT_EQ(openings("S:\\").profileReads, 5U);
-}
-
-TEST_F(ConfigurationFilesTest, NamesBeyondAsciiGoToThePlatform) {
   put("[citt\xE0]\r\nk=v\r\n[s]\r\nperch\xE9=w\r\n");
   EXPECT_EQ(read("citt\u00E0", "k"), "v");
   EXPECT_EQ(read("s", "perch\u00E9"), "w");
-  EXPECT_EQ(openings("S:\\").profileReads, 2U);
-}
-
-TEST_F(ConfigurationFilesTest, ValuesComeAsUtf8) {
-  put("[s]\r\nk=perch\xE9 10 \x80\r\n");
-  EXPECT_EQ(read("s", "k"), "perch\u00E9 10 \u20AC");
-  EXPECT_EQ(openings("S:\\").profileReads, 0U);
-}
-
-TEST_F(ConfigurationFilesTest, AValueIsCutTo510Characters) {
-  const std::string whole(510, 'x');
-  put("[s]\r\na=" + whole + "\r\nb=" + whole + "y\r\nc=" + std::string(5000, 'z') + "\r\n");
-  EXPECT_EQ(read("s", "a"), whole);
-  EXPECT_EQ(read("s", "b"), whole);
-  EXPECT_EQ(read("s", "c"), std::string(510, 'z'));
-}
-
-TEST_F(ConfigurationFilesTest, ValuesRoundTheCutAreThoseOfThePlatform) {
-  for (std::size_t length = 503; length < 515; ++length) {
-    for (const std::string quote : {"", "\"", "'"}) {
-      put("[s]\r\nk=" + quote + std::string(length, 'x') + "y" + quote + "\r\n");
-      files_.forget();
-      EXPECT_EQ(read("s", "k"), platformReads("s", "k")) << length << quote;
-    }
-  }
-}
-
-TEST_F(ConfigurationFilesTest, SmallBuffersCutAsThePlatformDoes) {
-  put("[s]\r\nk=abc\r\nq='abc'\r\n");
-  for (std::uint32_t size = 0; size < 9; ++size) {
-    EXPECT_EQ(read("s", "k", kFile, size), platformReads("s", "k", kFile, size)) << size;
-    EXPECT_EQ(read("s", "q", kFile, size), platformReads("s", "q", kFile, size)) << size;
-  }
+  EXPECT_EQ(openings("S:\\").profileReads, 7U);
 }
 
 TEST_F(ConfigurationFilesTest, APathThatTheCodePageLacksHoldsNothing) {
@@ -231,11 +178,33 @@ TEST_F(ConfigurationFilesTest, APathThatTheCodePageLacksHoldsNothing) {
   EXPECT_EQ(openings("S:\\\u4E2D.ini").reads, 0U);
 }
 
-TEST_F(ConfigurationFilesTest, AccentedPathsAreReadOnce) {
-  machine_.putFile("S:\\citt\u00E0.ini", "[s]\r\nk=v\r\n");
-  EXPECT_EQ(read("s", "k", "S:\\citt\u00E0.ini"), "v");
-  EXPECT_EQ(read("s", "k", "S:\\CITT\u00C0.INI"), "v");
-  EXPECT_EQ(machine_.callCount(), 1U);
+// --- Values
+
+TEST_F(ConfigurationFilesTest, ValuesComeAsUtf8) {
+  put("[s]\r\nk=perch\xE9 10 \x80\r\n");
+  EXPECT_EQ(read("s", "k"), "perch\u00E9 10 \u20AC");
+  EXPECT_EQ(openings("S:\\").profileReads, 0U);
+}
+
+TEST_F(ConfigurationFilesTest, AValueIsCutTo510CharactersAsThePlatformDoes) {
+  for (std::size_t length = 503; length < 515; ++length) {
+    for (const std::string quote : {"", "\"", "'"}) {
+      put("[s]\r\nk=" + quote + std::string(length, 'x') + "y" + quote + "\r\n");
+      files_.forget();
+      EXPECT_EQ(read("s", "k"), platformReads("s", "k")) << length << quote;
+    }
+  }
+  put("[s]\r\nk=" + std::string(5000, 'z') + "\r\n");
+  files_.forget();
+  EXPECT_EQ(read("s", "k"), std::string(510, 'z'));
+}
+
+TEST_F(ConfigurationFilesTest, SmallBuffersCutAsThePlatformDoes) {
+  put("[s]\r\nk=abc\r\nq='abc'\r\n");
+  for (std::uint32_t size = 0; size < 9; ++size) {
+    EXPECT_EQ(read("s", "k", kFile, size), platformReads("s", "k", kFile, size)) << size;
+    EXPECT_EQ(read("s", "q", kFile, size), platformReads("s", "q", kFile, size)) << size;
+  }
 }
 
 }  // namespace

@@ -8,45 +8,90 @@
 namespace trelv {
 namespace {
 
+using testing::ElementsAre;
+using testing::SizeIs;
+using Lines = std::vector<std::string>;
+
 class FileSystemObjectTest : public testing::Test {
  protected:
-  /// Number of the failure that `action` raises, 0 when it raises none.
+  /// Number of the failure that `action` raises, 0 when it raises none; its description stands in
+  /// `description`.
   template <class Action>
-  static std::int32_t failureOf(Action&& action) {
+  std::int32_t failureOf(Action&& action) {
+    description.clear();
     try {
       action();
     } catch (const RuntimeError& failure) {
+      description = failure.description();
       return failure.number();
     }
     return 0;
   }
+  // The same of the calls under test.
+  std::int32_t createFolder(const std::string& path) {
+    return failureOf([&] { object.createFolder(path); });
+  }
+  std::int32_t deleteFile(const std::string& path, bool force = false) {
+    return failureOf([&] { object.deleteFile(path, force); });
+  }
+  std::int32_t deleteFolder(const std::string& path, bool force = false) {
+    return failureOf([&] { object.deleteFolder(path, force); });
+  }
+  std::int32_t copyFile(const std::string& source, const std::string& target,
+                        bool overwrite = true) {
+    return failureOf([&] { object.copyFile(source, target, overwrite); });
+  }
+  std::int32_t copyFolder(const std::string& source, const std::string& target,
+                          bool overwrite = true, bool force = false) {
+    return failureOf([&] { object.copyFolder(source, target, overwrite, force); });
+  }
+
+  void put(const Lines& paths, const std::string& content = "x") {
+    for (const std::string& path : paths) machine.putFile(path, content);
+  }
+  /// Content of a file, "-" when there is none.
+  std::string text(const std::string& path) {
+    return machine.fileExists(path) ? machine.fileText(path) : "-";
+  }
+  void refuseEveryCall() {
+    machine.callLog().setInjector(
+        [](const sim::SimCall&) { return std::optional<SystemCode>(system_code::kBadNetPath); });
+  }
 
   sim::SimMachine machine;
+  sim::SimDisk& disk = machine.diskOf("C:\\");
   FileSystemObject object{machine.machine().files};
+  std::string description;
 };
 
 TEST_F(FileSystemObjectTest, TellsFilesFromFolders) {
-  machine.putFile("C:\\d\\a.txt", "x");
-  EXPECT_TRUE(object.fileExists("C:\\d\\a.txt"));
-  EXPECT_FALSE(object.folderExists("C:\\d\\a.txt"));
-  EXPECT_TRUE(object.folderExists("C:\\d"));
-  EXPECT_FALSE(object.fileExists("C:\\d"));
-  EXPECT_TRUE(object.fileExists("c:\\D\\A.TXT"));
+  put({"C:\\d\\a.txt"});
+  for (const char* const file : {"C:\\d\\a.txt", "c:\\D\\A.TXT"}) {
+    EXPECT_TRUE(object.fileExists(file)) << file;
+    EXPECT_FALSE(object.folderExists(file)) << file;
+  }
+  for (const char* const folder : {"C:\\d", "C:\\d\\", "C:\\"}) {
+    EXPECT_TRUE(object.folderExists(folder)) << folder;
+    EXPECT_FALSE(object.fileExists(folder)) << folder;
+  }
+  for (const char* const nothing : {"", "Q:\\", "C:\\d\\a.txt\\"}) {
+    EXPECT_FALSE(object.folderExists(nothing)) << nothing;
+    EXPECT_FALSE(object.fileExists(nothing)) << nothing;
+  }
 }
 
 TEST_F(FileSystemObjectTest, WhatCannotBeLookedAtMayExist) {
-  machine.putFile("C:\\d\\a.txt", "x");
+  put({"C:\\d\\a.txt"});
   EXPECT_TRUE(object.mayExist("C:\\d\\a.txt"));
   EXPECT_TRUE(object.mayExist("C:\\d"));
   EXPECT_FALSE(object.mayExist("C:\\d\\b.txt"));
   EXPECT_FALSE(object.mayExist("C:\\e\\b.txt"));
-  machine.callLog().setInjector(
-      [](const sim::SimCall&) { return std::optional<SystemCode>(system_code::kBadNetPath); });
+  refuseEveryCall();
   EXPECT_TRUE(object.mayExist("C:\\d\\b.txt"));
 }
 
 TEST_F(FileSystemObjectTest, OnlyAWritableFileOrNothingIsReplaceable) {
-  machine.putFile("C:\\d\\a.txt", "x");
+  put({"C:\\d\\a.txt"});
   const auto replaceable = [&](const char* path) {
     return failureOf([&] { object.requireReplaceable(path); });
   };
@@ -54,136 +99,87 @@ TEST_F(FileSystemObjectTest, OnlyAWritableFileOrNothingIsReplaceable) {
   EXPECT_EQ(replaceable("C:\\d\\b.txt"), 0);
   EXPECT_EQ(replaceable("C:\\e\\b.txt"), 0);
   EXPECT_EQ(replaceable("C:\\d"), 70);
-  ASSERT_EQ(machine.files().setReadOnly("C:\\d\\a.txt", true), system_code::kSuccess);
+  disk.setReadOnly("C:\\d\\a.txt");
   EXPECT_EQ(replaceable("C:\\d\\a.txt"), 70);
-  machine.callLog().setInjector(
-      [](const sim::SimCall&) { return std::optional<SystemCode>(system_code::kBadNetPath); });
+  refuseEveryCall();
   EXPECT_EQ(replaceable("C:\\d\\b.txt"), 76);
 }
 
-TEST_F(FileSystemObjectTest, TakesATrailingBackslashForFoldersOnly) {
-  machine.putFile("C:\\d\\a.txt", "x");
-  EXPECT_TRUE(object.folderExists("C:\\d\\"));
-  EXPECT_FALSE(object.fileExists("C:\\d\\a.txt\\"));
-  EXPECT_FALSE(object.folderExists("C:\\d\\a.txt\\"));
-}
-
-TEST_F(FileSystemObjectTest, KnowsRootsAndNothingOfEmptyPaths) {
-  EXPECT_TRUE(object.folderExists("C:\\"));
-  EXPECT_FALSE(object.folderExists("Q:\\"));
-  EXPECT_FALSE(object.folderExists(""));
-  EXPECT_FALSE(object.fileExists(""));
-}
-
-TEST_F(FileSystemObjectTest, MakesOneFolder) {
-  object.createFolder("C:\\d");
-  object.createFolder("C:\\d\\e\\");
-  EXPECT_TRUE(machine.folderExists("C:\\d\\e"));
-}
-
-TEST_F(FileSystemObjectTest, RefusesToMakeAnExistingFolder) {
-  machine.makeFolders("C:\\d");
-  EXPECT_EQ(failureOf([&] { object.createFolder("C:\\d"); }), 58);
-}
-
-TEST_F(FileSystemObjectTest, RefusesToMakeAFolderWithoutItsParent) {
-  EXPECT_EQ(failureOf([&] { object.createFolder("C:\\d\\e"); }), 76);
+TEST_F(FileSystemObjectTest, MakesOneFolderThatIsNotThereBelowOneThatIs) {
+  EXPECT_EQ(createFolder("C:\\d\\e"), 76);
   EXPECT_FALSE(machine.folderExists("C:\\d"));
+  EXPECT_EQ(createFolder("C:\\d"), 0);
+  EXPECT_EQ(createFolder("C:\\d\\e\\"), 0);
+  EXPECT_TRUE(machine.folderExists("C:\\d\\e"));
+  EXPECT_EQ(createFolder("C:\\d"), 58);
 }
 
-TEST_F(FileSystemObjectTest, DeletesAFile) {
-  machine.putFile("C:\\a.txt", "x");
-  object.deleteFile("C:\\a.txt", false);
-  EXPECT_FALSE(machine.fileExists("C:\\a.txt"));
+// --- Deleting
+
+TEST_F(FileSystemObjectTest, DeletesAFileAReadOnlyOneWithForceOnly) {
+  put({"C:\\a.txt", "C:\\r.txt"});
+  disk.setReadOnly("C:\\r.txt");
+  EXPECT_EQ(deleteFile("C:\\a.txt"), 0);
+  EXPECT_EQ(deleteFile("C:\\r.txt"), 70);
+  EXPECT_EQ(text("C:\\a.txt") + text("C:\\r.txt"), "-x");
+  EXPECT_EQ(deleteFile("C:\\r.txt", true), 0);
+  EXPECT_EQ(text("C:\\r.txt"), "-");
 }
 
-TEST_F(FileSystemObjectTest, DeletingAMissingFileIs53WhereverItIsMissing) {
-  machine.makeFolders("C:\\d");
-  EXPECT_EQ(failureOf([&] { object.deleteFile("C:\\a.txt", false); }), 53);
-  EXPECT_EQ(failureOf([&] { object.deleteFile("C:\\no\\a.txt", false); }), 53);
-  EXPECT_EQ(failureOf([&] { object.deleteFile("C:\\d", false); }), 53);
-}
-
-TEST_F(FileSystemObjectTest, DeletesAReadOnlyFileWithForceOnly) {
-  machine.putFile("C:\\a.txt", "x");
-  machine.diskOf("C:\\").setReadOnly("C:\\a.txt");
-  EXPECT_EQ(failureOf([&] { object.deleteFile("C:\\a.txt", false); }), 70);
-  EXPECT_TRUE(machine.fileExists("C:\\a.txt"));
-  object.deleteFile("C:\\a.txt", true);
-  EXPECT_FALSE(machine.fileExists("C:\\a.txt"));
-}
-
-TEST_F(FileSystemObjectTest, AFileInUseIs70AndItsDescriptionNamesIt) {
-  machine.putFile("C:\\a.txt", "x");
-  machine.diskOf("C:\\").holdOpen("C:\\a.txt", sim::Sharing::Read);
-  try {
-    object.deleteFile("C:\\a.txt", false);
-    FAIL() << "deleted";
-  } catch (const RuntimeError& failure) {
-    EXPECT_EQ(failure.number(), 70);
-    EXPECT_EQ(failure.description(), "File in uso da un altro programma: C:\\a.txt");
+TEST_F(FileSystemObjectTest, DeletingWhatIsMissingIs53ForAFileAnd76ForAFolder) {
+  put({"C:\\d\\a.txt"});
+  for (const char* const file : {"C:\\a.txt", "C:\\no\\a.txt", "C:\\d"}) {
+    EXPECT_EQ(deleteFile(file), 53) << file;
+  }
+  for (const char* const folder : {"C:\\e", "C:\\no\\e", "C:\\d\\a.txt"}) {
+    EXPECT_EQ(deleteFolder(folder), 76) << folder;
   }
 }
 
-TEST_F(FileSystemObjectTest, DeletesAFolderWithEverythingInIt) {
-  machine.putFile("C:\\d\\e\\f\\a.txt", "x");
-  machine.putFile("C:\\d\\b.txt", "x");
-  machine.makeFolders("C:\\d\\empty");
-  object.deleteFolder("C:\\d", false);
-  EXPECT_FALSE(machine.folderExists("C:\\d"));
+TEST_F(FileSystemObjectTest, AFileInUseIs70AndItsDescriptionNamesIt) {
+  put({"C:\\a.txt"});
+  disk.holdOpen("C:\\a.txt", sim::Sharing::Read);
+  EXPECT_EQ(deleteFile("C:\\a.txt"), 70);
+  EXPECT_EQ(description, "File in uso da un altro programma: C:\\a.txt");
 }
 
-TEST_F(FileSystemObjectTest, DeletesReadOnlyContentWithForceOnly) {
-  machine.putFile("C:\\d\\e\\a.txt", "x");
-  machine.diskOf("C:\\").setReadOnly("C:\\d\\e\\a.txt");
-  EXPECT_EQ(failureOf([&] { object.deleteFolder("C:\\d", false); }), 70);
-  EXPECT_TRUE(machine.fileExists("C:\\d\\e\\a.txt"));
-  object.deleteFolder("C:\\d", true);
+TEST_F(FileSystemObjectTest, DeletesAFolderWithEverythingInItReadOnlyContentWithForceOnly) {
+  put({"C:\\d\\e\\f\\a.txt", "C:\\d\\b.txt", "C:\\r\\e\\a.txt"});
+  machine.makeFolders("C:\\d\\empty");
+  EXPECT_EQ(deleteFolder("C:\\d"), 0);
   EXPECT_FALSE(machine.folderExists("C:\\d"));
+  disk.setReadOnly("C:\\r\\e\\a.txt");
+  EXPECT_EQ(deleteFolder("C:\\r"), 70);
+  EXPECT_EQ(text("C:\\r\\e\\a.txt"), "x");
+  EXPECT_EQ(deleteFolder("C:\\r", true), 0);
+  EXPECT_FALSE(machine.folderExists("C:\\r"));
 }
 
 TEST_F(FileSystemObjectTest, StopsAtTheFirstFailure) {
-  machine.putFile("C:\\d\\1.txt", "x");
-  machine.putFile("C:\\d\\2.txt", "x");
-  machine.putFile("C:\\d\\3.txt", "x");
-  machine.diskOf("C:\\").holdOpen("C:\\d\\2.txt", sim::Sharing::None);
-  EXPECT_EQ(failureOf([&] { object.deleteFolder("C:\\d", true); }), 70);
-  EXPECT_FALSE(machine.fileExists("C:\\d\\1.txt"));
-  EXPECT_TRUE(machine.fileExists("C:\\d\\3.txt"));
+  put({"C:\\d\\1.txt", "C:\\d\\2.txt", "C:\\d\\3.txt"});
+  disk.holdOpen("C:\\d\\2.txt", sim::Sharing::None);
+  EXPECT_EQ(deleteFolder("C:\\d", true), 70);
+  EXPECT_EQ(text("C:\\d\\1.txt") + text("C:\\d\\3.txt"), "-x");
 }
 
-TEST_F(FileSystemObjectTest, NeverFollowsALinkOutOfAFolder) {
-  machine.putFile("C:\\keep\\a.txt", "x");
-  machine.putFile("C:\\keep.txt", "y");
+TEST_F(FileSystemObjectTest, NeverFollowsALinkOutOfAFolderNorInItsPlace) {
+  put({"C:\\keep\\a.txt", "C:\\keep.txt"});
   machine.makeFolders("C:\\d\\e");
-  machine.diskOf("C:\\").putLink("C:\\d\\e\\link", "C:\\keep");
-  machine.diskOf("C:\\").putLink("C:\\d\\e\\link.txt", "C:\\keep.txt", false);
-  object.deleteFolder("C:\\d", true);
+  disk.putLink("C:\\d\\e\\link", "C:\\keep");
+  disk.putLink("C:\\d\\e\\link.txt", "C:\\keep.txt", false);
+  disk.putLink("C:\\link", "C:\\keep");
+  EXPECT_EQ(deleteFolder("C:\\d", true), 0);
+  EXPECT_EQ(deleteFolder("C:\\link", true), 0);
   EXPECT_FALSE(machine.folderExists("C:\\d"));
-  EXPECT_EQ(machine.fileText("C:\\keep\\a.txt"), "x");
-  EXPECT_EQ(machine.fileText("C:\\keep.txt"), "y");
-}
-
-TEST_F(FileSystemObjectTest, DeletesALinkInPlaceOfTheFolderItself) {
-  machine.putFile("C:\\keep\\a.txt", "x");
-  machine.diskOf("C:\\").putLink("C:\\link", "C:\\keep");
-  object.deleteFolder("C:\\link", true);
-  EXPECT_FALSE(machine.diskOf("C:\\").exists("C:\\link"));
-  EXPECT_EQ(machine.fileText("C:\\keep\\a.txt"), "x");
-}
-
-TEST_F(FileSystemObjectTest, DeletingAMissingFolderOrAFileIs76) {
-  machine.putFile("C:\\a.txt", "x");
-  EXPECT_EQ(failureOf([&] { object.deleteFolder("C:\\d", false); }), 76);
-  EXPECT_EQ(failureOf([&] { object.deleteFolder("C:\\no\\d", false); }), 76);
-  EXPECT_EQ(failureOf([&] { object.deleteFolder("C:\\a.txt", false); }), 76);
+  EXPECT_FALSE(disk.exists("C:\\link"));
+  EXPECT_EQ(text("C:\\keep\\a.txt") + text("C:\\keep.txt"), "xx");
 }
 
 TEST_F(FileSystemObjectTest, NeverDeletesARoot) {
   machine.mount("\\\\srv\\dati");
-  machine.putFile("\\\\srv\\dati\\a.txt", "x");
+  put({"\\\\srv\\dati\\a.txt"});
   for (const char* const root : {"C:\\", "C:", "\\\\srv\\dati", "\\\\srv\\dati\\", "\\\\srv"}) {
-    EXPECT_EQ(failureOf([&] { object.deleteFolder(root, true); }), 70) << root;
+    EXPECT_EQ(deleteFolder(root, true), 70) << root;
   }
   EXPECT_TRUE(machine.fileExists("\\\\srv\\dati\\a.txt"));
   EXPECT_TRUE(machine.folderExists("C:\\WINDOWS"));
@@ -192,215 +188,161 @@ TEST_F(FileSystemObjectTest, NeverDeletesARoot) {
 // --- Copying a file
 
 TEST_F(FileSystemObjectTest, CopiesAFileWithItsTime) {
-  machine.putFile("C:\\a.txt", "new");
-  machine.diskOf("C:\\").setModified("C:\\a.txt", {2008, 1, 2, 3, 4, 5});
-  machine.putFile("C:\\d\\b.txt", "old and longer");
-  object.copyFile("C:\\a.txt", "C:\\d\\b.txt");
-  EXPECT_EQ(machine.fileText("C:\\d\\b.txt"), "new");
+  put({"C:\\a.txt"}, "new");
+  disk.setModified("C:\\a.txt", {2008, 1, 2, 3, 4, 5});
+  put({"C:\\d\\b.txt"}, "old and longer");
+  EXPECT_EQ(copyFile("C:\\a.txt", "C:\\d\\b.txt"), 0);
+  EXPECT_EQ(text("C:\\d\\b.txt"), "new");
   EXPECT_EQ(object.dateLastModified("C:\\a.txt"), object.dateLastModified("C:\\d\\b.txt"));
-  EXPECT_EQ(machine.fileText("C:\\a.txt"), "new");
-}
-
-TEST_F(FileSystemObjectTest, CopiesAFileIntoAFolderNamedWithABackslash) {
-  machine.putFile("C:\\a.txt", "x");
-  machine.makeFolders("C:\\d");
-  object.copyFile("C:\\a.txt", "C:\\d\\");
-  EXPECT_EQ(machine.fileText("C:\\d\\a.txt"), "x");
+  EXPECT_EQ(text("C:\\a.txt"), "new");
+  EXPECT_EQ(copyFile("C:\\a.txt", "C:\\d\\"), 0) << "into a folder named with a backslash";
+  EXPECT_EQ(text("C:\\d\\a.txt"), "new");
 }
 
 TEST_F(FileSystemObjectTest, CopyingOverAnExistingFileIs58WhenItMustNotBeOverwritten) {
-  machine.putFile("C:\\a.txt", "new");
-  machine.putFile("C:\\b.txt", "old");
-  EXPECT_EQ(failureOf([&] { object.copyFile("C:\\a.txt", "C:\\b.txt", false); }), 58);
-  EXPECT_EQ(machine.fileText("C:\\b.txt"), "old");
-  object.copyFile("C:\\a.txt", "C:\\c.txt", false);
-  EXPECT_EQ(machine.fileText("C:\\c.txt"), "new");
+  put({"C:\\a.txt"}, "new");
+  put({"C:\\b.txt"}, "old");
+  EXPECT_EQ(copyFile("C:\\a.txt", "C:\\b.txt", false), 58);
+  EXPECT_EQ(copyFile("C:\\a.txt", "C:\\c.txt", false), 0);
+  EXPECT_EQ(text("C:\\b.txt") + text("C:\\c.txt"), "oldnew");
 }
 
-TEST_F(FileSystemObjectTest, CopyingAMissingFileOrAFolderAsFileIs53) {
-  machine.makeFolders("C:\\d");
-  EXPECT_EQ(failureOf([&] { object.copyFile("C:\\a.txt", "C:\\b.txt"); }), 53);
-  EXPECT_EQ(failureOf([&] { object.copyFile("C:\\no\\a.txt", "C:\\b.txt"); }), 53);
-  EXPECT_EQ(failureOf([&] { object.copyFile("C:\\d", "C:\\b.txt"); }), 53);
-  EXPECT_FALSE(machine.fileExists("C:\\b.txt"));
-}
-
-TEST_F(FileSystemObjectTest, CopyingIntoAMissingFolderIs76) {
-  machine.putFile("C:\\a.txt", "x");
-  EXPECT_EQ(failureOf([&] { object.copyFile("C:\\a.txt", "C:\\no\\b.txt"); }), 76);
+TEST_F(FileSystemObjectTest, CopyingAMissingFileOrAFolderAsFileIs53AndIntoAMissingFolder76) {
+  put({"C:\\d\\a.txt"});
+  for (const char* const source : {"C:\\a.txt", "C:\\no\\a.txt", "C:\\d"}) {
+    EXPECT_EQ(copyFile(source, "C:\\b.txt"), 53) << source;
+  }
+  EXPECT_EQ(text("C:\\b.txt"), "-");
+  EXPECT_EQ(copyFile("C:\\d\\a.txt", "C:\\no\\b.txt"), 76);
 }
 
 TEST_F(FileSystemObjectTest, CopyingOntoAFolderOrAReadOnlyOrABusyFileIs70) {
-  machine.putFile("C:\\a.txt", "new");
-  machine.makeFolders("C:\\d");
-  machine.putFile("C:\\r.txt", "old");
-  machine.diskOf("C:\\").setReadOnly("C:\\r.txt");
-  machine.putFile("C:\\busy.txt", "old");
-  machine.diskOf("C:\\").holdOpen("C:\\busy.txt", sim::Sharing::Read);
-  for (const char* const target : {"C:\\d", "C:\\r.txt", "C:\\busy.txt"}) {
-    EXPECT_EQ(failureOf([&] { object.copyFile("C:\\a.txt", target, true); }), 70) << target;
+  put({"C:\\a.txt"}, "new");
+  put({"C:\\d\\r.txt", "C:\\d\\busy.txt"}, "old");
+  disk.setReadOnly("C:\\d\\r.txt");
+  disk.holdOpen("C:\\d\\busy.txt", sim::Sharing::Read);
+  for (const char* const target : {"C:\\d", "C:\\d\\r.txt", "C:\\d\\busy.txt"}) {
+    EXPECT_EQ(copyFile("C:\\a.txt", target), 70) << target;
   }
-  EXPECT_EQ(machine.fileText("C:\\r.txt"), "old");
-  EXPECT_TRUE(machine.diskOf("C:\\").isReadOnly("C:\\r.txt"));
+  EXPECT_EQ(text("C:\\d\\r.txt"), "old");
+  EXPECT_TRUE(disk.isReadOnly("C:\\d\\r.txt"));
 }
 
 // --- Copying a folder
 
 TEST_F(FileSystemObjectTest, CopiesAFolderWithEverythingInIt) {
-  machine.putFile("C:\\s\\a.txt", "1");
-  machine.putFile("C:\\s\\e\\f\\b.txt", "22");
+  put({"C:\\s\\a.txt"}, "1");
+  put({"C:\\s\\e\\f\\b.txt"}, "22");
   machine.makeFolders("C:\\s\\empty");
   machine.makeFolders("C:\\d");
-  object.copyFolder("C:\\s", "C:\\d\\t");
-  EXPECT_EQ(machine.diskOf("C:\\").tree("C:\\d\\t"),
+  EXPECT_EQ(copyFolder("C:\\s", "C:\\d\\t"), 0);
+  EXPECT_EQ(disk.tree("C:\\d\\t"),
             "d\\t\\a.txt 1\nd\\t\\e\\\nd\\t\\e\\f\\\nd\\t\\e\\f\\b.txt 2\nd\\t\\empty\\\n");
-  EXPECT_EQ(machine.fileText("C:\\s\\e\\f\\b.txt"), "22");
+  EXPECT_EQ(text("C:\\s\\e\\f\\b.txt"), "22");
+  EXPECT_EQ(copyFolder("C:\\s", "C:\\d\\"), 0) << "into the folder named with a backslash";
+  EXPECT_EQ(text("C:\\d\\s\\a.txt"), "1");
 }
 
 TEST_F(FileSystemObjectTest, CopyMergesIntoAnExistingTreeOnAnotherDrive) {
   machine.mount("S:");
-  machine.putFile("C:\\s\\both\\a.txt", "new");
-  machine.putFile("C:\\s\\both\\only.txt", "source");
-  machine.putFile("S:\\t\\BOTH\\A.TXT", "old");
-  machine.putFile("S:\\t\\both\\kept.txt", "target");
-  object.copyFolder("C:\\s\\", "S:\\t");
-  EXPECT_EQ(machine.fileText("S:\\t\\both\\a.txt"), "new");
-  EXPECT_EQ(machine.fileText("S:\\t\\both\\only.txt"), "source");
-  EXPECT_EQ(machine.fileText("S:\\t\\both\\kept.txt"), "target");
+  put({"C:\\s\\both\\a.txt", "C:\\s\\both\\only.txt"}, "new");
+  put({"S:\\t\\BOTH\\A.TXT", "S:\\t\\both\\kept.txt"}, "old");
+  EXPECT_EQ(copyFolder("C:\\s\\", "S:\\t"), 0);
   EXPECT_THAT(machine.diskOf("S:\\").names("S:\\t\\both"),
-              testing::ElementsAre("A.TXT", "kept.txt", "only.txt"));
+              ElementsAre("A.TXT", "kept.txt", "only.txt"));
+  EXPECT_EQ(text("S:\\t\\both\\a.txt"), "new");
+  EXPECT_EQ(text("S:\\t\\both\\kept.txt"), "old");
 }
 
-TEST_F(FileSystemObjectTest, CopiesAFolderIntoTheOneNamedWithABackslash) {
-  machine.putFile("C:\\s\\a.txt", "1");
-  machine.makeFolders("C:\\d");
-  object.copyFolder("C:\\s", "C:\\d\\");
-  EXPECT_EQ(machine.fileText("C:\\d\\s\\a.txt"), "1");
-}
-
-TEST_F(FileSystemObjectTest, CopyingAFolderNeedsTheParentOfItsTarget) {
-  machine.putFile("C:\\s\\a.txt", "1");
-  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\no\\t"); }), 76);
-}
-
-TEST_F(FileSystemObjectTest, CopyingAMissingFolderOrAFileAsFolderIs76) {
-  machine.putFile("C:\\a.txt", "x");
-  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t"); }), 76);
-  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\a.txt", "C:\\t"); }), 76);
+TEST_F(FileSystemObjectTest, CopyingAFolderNeedsASourceAndTheParentOfItsTarget) {
+  put({"C:\\a.txt", "C:\\s\\a.txt"});
+  EXPECT_EQ(copyFolder("C:\\s", "C:\\no\\t"), 76);
+  EXPECT_EQ(copyFolder("C:\\missing", "C:\\t"), 76);
+  EXPECT_EQ(copyFolder("C:\\a.txt", "C:\\t"), 76);
   EXPECT_FALSE(machine.folderExists("C:\\t"));
 }
 
-TEST_F(FileSystemObjectTest, CopyingAFolderWithoutOverwritingStopsAtAnExistingFile) {
-  machine.putFile("C:\\s\\1.txt", "new");
-  machine.putFile("C:\\s\\2.txt", "new");
-  machine.putFile("C:\\s\\3.txt", "new");
-  machine.putFile("C:\\t\\2.txt", "old");
-  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t", false); }), 58);
-  EXPECT_EQ(machine.fileText("C:\\t\\2.txt"), "old");
-  EXPECT_TRUE(machine.fileExists("C:\\t\\1.txt"));
-  EXPECT_FALSE(machine.fileExists("C:\\t\\3.txt"));
+TEST_F(FileSystemObjectTest, CopyingAFolderStopsAtAFileThatMustNotBeOverwrittenOrIsBusy) {
+  put({"C:\\s\\1.txt", "C:\\s\\2.txt", "C:\\s\\3.txt"}, "new");
+  put({"C:\\t\\2.txt", "C:\\u\\2.txt"}, "old");
+  disk.holdOpen("C:\\u\\2.txt", sim::Sharing::Read);
+  EXPECT_EQ(copyFolder("C:\\s", "C:\\t", false), 58);
+  EXPECT_EQ(copyFolder("C:\\s", "C:\\u", true, true), 70);
+  EXPECT_EQ(description, "File in uso da un altro programma: C:\\u\\2.txt");
+  for (const std::string folder : {"C:\\t", "C:\\u"}) {
+    EXPECT_EQ(text(folder + "\\1.txt"), "new");
+    EXPECT_EQ(text(folder + "\\2.txt"), "old");
+    EXPECT_EQ(text(folder + "\\3.txt"), "-");
+  }
 }
 
 TEST_F(FileSystemObjectTest, CopyingAFolderOverwritesReadOnlyFilesWithForceOnly) {
-  machine.putFile("C:\\s\\e\\a.txt", "new");
-  machine.putFile("C:\\t\\e\\a.txt", "old");
-  machine.diskOf("C:\\").setReadOnly("C:\\t\\e\\a.txt");
-  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t", true); }), 70);
-  EXPECT_EQ(machine.fileText("C:\\t\\e\\a.txt"), "old");
-  EXPECT_TRUE(machine.diskOf("C:\\").isReadOnly("C:\\t\\e\\a.txt"));
-  object.copyFolder("C:\\s", "C:\\t", true, true);
-  EXPECT_EQ(machine.fileText("C:\\t\\e\\a.txt"), "new");
+  put({"C:\\s\\e\\a.txt"}, "new");
+  put({"C:\\t\\e\\a.txt"}, "old");
+  disk.setReadOnly("C:\\t\\e\\a.txt");
+  EXPECT_EQ(copyFolder("C:\\s", "C:\\t"), 70);
+  EXPECT_EQ(text("C:\\t\\e\\a.txt"), "old");
+  EXPECT_TRUE(disk.isReadOnly("C:\\t\\e\\a.txt"));
+  EXPECT_EQ(copyFolder("C:\\s", "C:\\t", true, true), 0);
+  EXPECT_EQ(text("C:\\t\\e\\a.txt"), "new");
 }
 
 TEST_F(FileSystemObjectTest, ForceDoesNotHelpAgainstOtherRefusals) {
-  machine.putFile("C:\\s\\a.txt", "new");
-  machine.putFile("C:\\t\\a.txt", "old");
-  machine.diskOf("C:\\").denyWriting("C:\\t");
-  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t", true, true); }), 70);
+  put({"C:\\s\\a.txt"}, "new");
+  put({"C:\\t\\a.txt"}, "old");
+  disk.denyWriting("C:\\t");
+  EXPECT_EQ(copyFolder("C:\\s", "C:\\t", true, true), 70);
   EXPECT_EQ(machine.callLog().countOf("files.clearReadOnly"), 0U);
-  machine.diskOf("C:\\").setReadOnly("C:\\t\\a.txt");
-  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t", true, true); }), 70);
-  EXPECT_EQ(machine.fileText("C:\\t\\a.txt"), "old");
-}
-
-TEST_F(FileSystemObjectTest, CopyOfAFolderStopsAtABusyFileAndNamesIt) {
-  machine.putFile("C:\\s\\1.txt", "new");
-  machine.putFile("C:\\s\\2.txt", "new");
-  machine.putFile("C:\\s\\3.txt", "new");
-  machine.putFile("C:\\t\\2.txt", "old");
-  machine.diskOf("C:\\").holdOpen("C:\\t\\2.txt", sim::Sharing::Read);
-  try {
-    object.copyFolder("C:\\s", "C:\\t", true, true);
-    FAIL() << "copied";
-  } catch (const RuntimeError& failure) {
-    EXPECT_EQ(failure.number(), 70);
-    EXPECT_EQ(failure.description(), "File in uso da un altro programma: C:\\t\\2.txt");
-  }
-  EXPECT_EQ(machine.fileText("C:\\t\\1.txt"), "new");
-  EXPECT_EQ(machine.fileText("C:\\t\\2.txt"), "old");
-  EXPECT_FALSE(machine.fileExists("C:\\t\\3.txt"));
+  disk.setReadOnly("C:\\t\\a.txt");
+  EXPECT_EQ(copyFolder("C:\\s", "C:\\t", true, true), 70);
+  EXPECT_EQ(text("C:\\t\\a.txt"), "old");
 }
 
 TEST_F(FileSystemObjectTest, AFileInThePlaceOfAFolderIs58) {
   machine.makeFolders("C:\\s\\e");
-  machine.putFile("C:\\t\\e", "file");
-  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t"); }), 58);
-  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t\\e"); }), 58);
-  EXPECT_EQ(machine.fileText("C:\\t\\e"), "file");
+  put({"C:\\t\\e"});
+  EXPECT_EQ(copyFolder("C:\\s", "C:\\t"), 58);
+  EXPECT_EQ(copyFolder("C:\\s", "C:\\t\\e"), 58);
+  EXPECT_EQ(text("C:\\t\\e"), "x");
 }
 
 TEST_F(FileSystemObjectTest, NeverCopiesAFolderOntoOrIntoItself) {
-  machine.putFile("C:\\s\\a.txt", "x");
-  const std::string before = machine.diskOf("C:\\").tree("C:\\s");
+  put({"C:\\s\\a.txt"});
+  const std::string before = disk.tree("C:\\s");
   for (const char* const target : {"C:\\s", "c:\\S\\", "C:\\s\\t", "C:\\S\\a\\b"}) {
-    EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", target); }), 70) << target;
+    EXPECT_EQ(copyFolder("C:\\s", target), 70) << target;
   }
-  EXPECT_EQ(machine.diskOf("C:\\").tree("C:\\s"), before);
-  object.copyFolder("C:\\s", "C:\\s2");
-  EXPECT_TRUE(machine.fileExists("C:\\s2\\a.txt"));
+  EXPECT_EQ(disk.tree("C:\\s"), before);
+  EXPECT_EQ(copyFolder("C:\\s", "C:\\s2"), 0);
+  EXPECT_EQ(text("C:\\s2\\a.txt"), "x");
 }
 
 TEST_F(FileSystemObjectTest, NeverFollowsALinkOutOfAFolderThatIsCopied) {
-  machine.putFile("C:\\secret\\a.txt", "x");
+  put({"C:\\secret\\a.txt"});
   machine.makeFolders("C:\\s");
-  machine.diskOf("C:\\").putLink("C:\\s\\link", "C:\\secret");
-  try {
-    object.copyFolder("C:\\s", "C:\\t");
-    FAIL() << "copied";
-  } catch (const RuntimeError& failure) {
-    EXPECT_EQ(failure.number(), 75);
-    EXPECT_EQ(failure.description(), "Collegamento non copiato: C:\\s\\link");
+  for (const bool toFolder : {true, false}) {
+    disk.putLink("C:\\s\\link", toFolder ? "C:\\secret" : "C:\\secret\\a.txt", toFolder);
+    EXPECT_EQ(copyFolder("C:\\s", "C:\\t"), 75);
+    EXPECT_EQ(description, "Collegamento non copiato: C:\\s\\link");
+    machine.removeTree("C:\\s\\link");
   }
-  machine.removeTree("C:\\s\\link");
-  machine.diskOf("C:\\").putLink("C:\\s\\link.txt", "C:\\secret\\a.txt", false);
-  EXPECT_EQ(failureOf([&] { object.copyFolder("C:\\s", "C:\\t"); }), 75);
-  EXPECT_EQ(machine.diskOf("C:\\").tree("C:\\t"), "");
+  EXPECT_EQ(disk.tree("C:\\t"), "");
 }
 
 // --- Listing, dates, text
 
-TEST_F(FileSystemObjectTest, ListsFilesOnlyInTheOrderOfTheFileSystem) {
-  for (const char* const name : {"b.zip", "A.zip", "c.zip"}) {
-    machine.putFile(std::string("C:\\d\\") + name, "xy");
-  }
+TEST_F(FileSystemObjectTest, ListsFilesOrFoldersOnlyInTheOrderOfTheFileSystem) {
+  put({"C:\\d\\b.zip", "C:\\d\\A.zip", "C:\\d\\c.zip"}, "xy");
   machine.makeFolders("C:\\d\\e.zip");
-  machine.diskOf("C:\\").setListingOrder("C:\\d", {"c.zip", "e.zip", "A.zip", "b.zip"});
-  EXPECT_THAT(object.files("C:\\d"), testing::ElementsAre("c.zip", "A.zip", "b.zip"));
-  EXPECT_THAT(object.files("C:\\d\\"), testing::SizeIs(3));
+  machine.makeFolders("C:\\d\\a");
+  disk.setListingOrder("C:\\d", {"c.zip", "e.zip", "A.zip", "a", "b.zip"});
+  EXPECT_THAT(object.files("C:\\d"), ElementsAre("c.zip", "A.zip", "b.zip"));
+  EXPECT_THAT(object.files("C:\\d\\"), SizeIs(3));
+  EXPECT_THAT(object.folders("C:\\d\\"), ElementsAre("e.zip", "a"));
   EXPECT_EQ(object.fileEntries("C:\\d").at(0).facts.size, 2U);
-  machine.putFile("C:\\d\\zip.txt", "xyz");
-  EXPECT_THAT(object.fileEntries("C:\\d\\", "zip"), testing::SizeIs(3));
+  put({"C:\\d\\zip.txt"});
+  EXPECT_THAT(object.fileEntries("C:\\d\\", "zip"), SizeIs(3));
   EXPECT_EQ(object.fileEntries("C:\\d", "TXT").at(0).name, "zip.txt");
-}
-
-TEST_F(FileSystemObjectTest, ListsFoldersOnlyInTheOrderOfTheFileSystem) {
-  machine.putFile("C:\\d\\a.txt", "x");
-  machine.makeFolders("C:\\d\\z");
-  machine.makeFolders("C:\\d\\b");
-  EXPECT_THAT(object.folders("C:\\d\\"), testing::ElementsAre("z", "b"));
-}
-
-TEST_F(FileSystemObjectTest, ListingAMissingFolderIs76) {
   EXPECT_EQ(failureOf([&] { object.files("C:\\no"); }), 76);
   EXPECT_EQ(failureOf([&] { object.folders("C:\\no"); }), 76);
 }
@@ -413,76 +355,65 @@ TEST_F(FileSystemObjectTest, TellsFromTheTextsWhatLiesInAFolder) {
   EXPECT_FALSE(FileSystemObject::liesAtOrIn("C:\\", "C:\\d"));
 }
 
-TEST_F(FileSystemObjectTest, DatesAreWholeSeconds) {
+TEST_F(FileSystemObjectTest, DatesAreWholeSecondsAndThatOfWhatIsNoFileIs53) {
   constexpr sim::FileTicks kSecond = 10'000'000;
-  sim::SimDisk& disk = machine.diskOf("C:\\");
+  put({"C:\\d\\a.txt"});
   const auto dateAt = [&](sim::FileTicks ticks) {
-    machine.putFile("C:\\a.txt", "x");
-    disk.setModifiedTicks("C:\\a.txt", ticks);
-    return object.dateLastModified("C:\\a.txt");
+    disk.setModifiedTicks("C:\\d\\a.txt", ticks);
+    return object.dateLastModified("C:\\d\\a.txt");
   };
   EXPECT_EQ(dateAt(1000 * kSecond), 1000U);
   EXPECT_EQ(dateAt(1000 * kSecond + kSecond - 1), 1000U);
   EXPECT_EQ(dateAt(1001 * kSecond), 1001U);
-}
-
-TEST_F(FileSystemObjectTest, TheDateOfAMissingFileOrAFolderIs53) {
-  machine.makeFolders("C:\\d");
   for (const char* const path : {"C:\\a.txt", "C:\\no\\a.txt", "C:\\d"}) {
     EXPECT_EQ(failureOf([&] { object.dateLastModified(path); }), 53) << path;
   }
 }
 
 TEST_F(FileSystemObjectTest, ReadsLinesWithBothEnds) {
-  const auto linesOf = [&](const std::string& text) {
-    machine.putFile("C:\\a.txt", text);
+  const auto linesOf = [&](const std::string& content) {
+    put({"C:\\a.txt"}, content);
     return object.readLines("C:\\a.txt");
   };
-  using Lines = std::vector<std::string>;
   EXPECT_EQ(linesOf("a\r\nb\nc"), (Lines{"a", "b", "c"}));
   EXPECT_EQ(linesOf("a\r\n\r\n"), (Lines{"a", ""}));
   EXPECT_EQ(linesOf("a\rb\r\n"), (Lines{"a\rb"}));
   EXPECT_EQ(linesOf("a\r"), (Lines{"a\r"}));
-  EXPECT_EQ(linesOf("\x1A"
-                    "a\n"),
-            (Lines{"\x1A"
-                   "a"}));
+  EXPECT_EQ(linesOf("\x1A z\n"), (Lines{"\x1A z"}));
   EXPECT_EQ(linesOf("\n"), (Lines{""}));
   EXPECT_EQ(linesOf(""), (Lines{}));
-}
-
-TEST_F(FileSystemObjectTest, ReadingAMissingTextIs53Or76) {
-  EXPECT_EQ(failureOf([&] { object.readLines("C:\\a.txt"); }), 53);
+  EXPECT_EQ(failureOf([&] { object.readLines("C:\\b.txt"); }), 53);
   EXPECT_EQ(failureOf([&] { object.readLines("C:\\no\\a.txt"); }), 76);
 }
 
 TEST_F(FileSystemObjectTest, WritesATextInThePlaceOfAnother) {
   object.writeText("C:\\a.txt", "long text\r\n");
   object.writeText("C:\\a.txt", "x\r\n");
-  EXPECT_EQ(machine.fileText("C:\\a.txt"), "x\r\n");
+  EXPECT_EQ(text("C:\\a.txt"), "x\r\n");
   EXPECT_EQ(failureOf([&] { object.writeText("C:\\no\\a.txt", "x"); }), 76);
 }
 
-struct ParentRow {
-  const char* path;
-  const char* parent;
-};
-
-class ParentFolderNameTest : public testing::TestWithParam<ParentRow> {};
-
-TEST_P(ParentFolderNameTest, IsTakenFromTheTextAlone) {
-  EXPECT_EQ(FileSystemObject::parentFolderName(GetParam().path), GetParam().parent);
+TEST_F(FileSystemObjectTest, TheParentIsTakenFromTheTextAlone) {
+  const std::vector<std::pair<std::string, std::string>> rows = {
+      {"C:\\a\\b", "C:\\a"},
+      {"C:\\a\\b\\", "C:\\a"},
+      {"C:\\a", "C:\\"},
+      {"C:\\a\\", "C:\\"},
+      {"C:\\", ""},
+      {"C:", ""},
+      {"a", ""},
+      {"", ""},
+      {"\\a", ""},
+      {"a\\b", "a"},
+      {"C:/a/b", "C:/a"},
+      {"C:\\a\\\\b", "C:\\a"},
+      {"\\\\srv", ""},
+      {"\\\\srv\\share", "\\\\srv"},
+      {"\\\\srv\\share\\x", "\\\\srv\\share"}};
+  for (const auto& [path, parent] : rows) {
+    EXPECT_EQ(FileSystemObject::parentFolderName(path), parent) << path;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Paths, ParentFolderNameTest,
-    testing::Values(ParentRow{"C:\\a\\b", "C:\\a"}, ParentRow{"C:\\a\\b\\", "C:\\a"},
-                    ParentRow{"C:\\a", "C:\\"}, ParentRow{"C:\\a\\", "C:\\"}, ParentRow{"C:\\", ""},
-                    ParentRow{"C:", ""}, ParentRow{"a", ""}, ParentRow{"", ""},
-                    ParentRow{"\\a", ""}, ParentRow{"a\\b", "a"},
-                    ParentRow{"\\\\srv\\share\\x", "\\\\srv\\share"},
-                    ParentRow{"\\\\srv\\share", "\\\\srv"}, ParentRow{"\\\\srv", ""},
-                    ParentRow{"C:/a/b", "C:/a"}, ParentRow{"C:\\a\\\\b", "C:\\a"}));
 
 }  // namespace
 }  // namespace trelv

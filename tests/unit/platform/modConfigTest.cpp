@@ -1,17 +1,24 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
 
 #include "platform/modConfig.h"
 #include "support/FakeProgram.h"
+#include "support/Matchers.h"
 
 namespace trelv::modConfig {
 namespace {
 
+using testing::_;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using tests::FakeProgram;
+using tests::FakeReport;
+using tests::isReport;
+
+constexpr const char* kModule = "modConfig";
 
 // --- Tables
 
@@ -24,9 +31,9 @@ TEST(ProductTable, HasTheNamesThatTheSuiteGives) {
   EXPECT_EQ(ProductName(999), "SYSTEM");
 }
 
-TEST(ProductTable, HasNineteenDifferentShortUpperCaseNames) {
+TEST(ProductTable, HasNineteenDifferentShortUpperCaseNamesAndNoneForOtherCodes) {
   std::set<std::string> names;
-  for (std::int32_t code = -1; code <= 1000; ++code) {
+  for (std::int32_t code = -15; code <= 1000; ++code) {
     const std::string name = ProductName(code);
     if (name.empty()) {
       continue;
@@ -41,355 +48,267 @@ TEST(ProductTable, HasNineteenDifferentShortUpperCaseNames) {
   EXPECT_EQ(names.size(), 19U);
 }
 
-TEST(ProductTable, GivesNothingForUnknownCodes) {
-  for (const std::int32_t code : {0, 19, -14, 998, 1000}) {
-    EXPECT_EQ(ProductName(code), "");
-  }
-}
-
-TEST(ProductCode, IsFoundInAnyCase) {
+TEST(ProductTable, GivesTheCodeOfANameInAnyCase) {
   EXPECT_EQ(ProductCode("dovra"), 14);
   EXPECT_EQ(ProductCode("Dovra"), 14);
   EXPECT_EQ(ProductCode("SYSTEM"), 999);
-  EXPECT_EQ(ProductCode("unknown"), 0);
-  EXPECT_EQ(ProductCode(""), 0);
-  EXPECT_EQ(ProductCode(" dovra"), 0);
+  for (const char* const other : {"unknown", "", " dovra"}) EXPECT_EQ(ProductCode(other), 0);
 }
 
-struct TextRow {
-  std::int32_t code;
-  const char* text;
-};
+const std::vector<std::pair<std::int32_t, const char*>> kSilent = {
+    {0, "No Errors"},
+    {-3001, "Product Not Found"},
+    {-3002, "Section Not Found"},
+    {-3003, "Key Not Found"},
+    {-3004, "Attribute Not Found"},
+    {-3005, "Attribute Value Not Found"},
+    {-3500, "Unknown Error"},
+    {-3999, "Unknown Error"},
+    {-4013, "Config File Client Not Found"}};
+const std::vector<std::pair<std::int32_t, const char*>> kReported = {
+    {-1, "Unknown Error"},
+    {1, "Unknown Error"},
+    {-1000, "Document Empty"},
+    {-1010, "Node Not Found"},
+    {-1020, "End Of Node Reached"},
+    {-1030, "Child Node Not Found"},
+    {-1040, "Node Attribute Not Found"},
+    {-2000, "Insert Node Failed"},
+    {-3000, "Navigate Generic Error"},
+    {-4000, "Unknown Error"},
+    {-4001, "Registry Key Schema Not Found"},
+    {-4002, "Registry Key Config Not Found"},
+    {-4011, "Schema File Not Found"},
+    {-4012, "Config File Not Found"},
+    {-4014, "Unknown Error"},
+    {-5000, "Schema Validation Failed"},
+    {-5001, "Product Param Invalid"},
+    {-5002, "Section Param Invalid"},
+    {-5003, "Key Param Invalid"},
+    {-5004, "Attribute Param Invalid"},
+    {-5005, "Attribute Value Invalid"},
+    {-6000, "Attribute Type Invalid"},
+    {-9999, ""}};
 
-class ErrorTextTest : public testing::TestWithParam<TextRow> {};
-
-TEST_P(ErrorTextTest, IsThatOfTheTable) { EXPECT_EQ(ErrorText(GetParam().code), GetParam().text); }
-
-INSTANTIATE_TEST_SUITE_P(
-    Codes, ErrorTextTest,
-    testing::Values(
-        TextRow{0, "No Errors"}, TextRow{-1000, "Document Empty"}, TextRow{-1010, "Node Not Found"},
-        TextRow{-1020, "End Of Node Reached"}, TextRow{-1030, "Child Node Not Found"},
-        TextRow{-1040, "Node Attribute Not Found"}, TextRow{-2000, "Insert Node Failed"},
-        TextRow{-3000, "Navigate Generic Error"}, TextRow{-3001, "Product Not Found"},
-        TextRow{-3002, "Section Not Found"}, TextRow{-3003, "Key Not Found"},
-        TextRow{-3004, "Attribute Not Found"}, TextRow{-3005, "Attribute Value Not Found"},
-        TextRow{-4001, "Registry Key Schema Not Found"},
-        TextRow{-4002, "Registry Key Config Not Found"}, TextRow{-4011, "Schema File Not Found"},
-        TextRow{-4012, "Config File Not Found"}, TextRow{-4013, "Config File Client Not Found"},
-        TextRow{-5000, "Schema Validation Failed"}, TextRow{-5001, "Product Param Invalid"},
-        TextRow{-5002, "Section Param Invalid"}, TextRow{-5003, "Key Param Invalid"},
-        TextRow{-5004, "Attribute Param Invalid"}, TextRow{-5005, "Attribute Value Invalid"},
-        TextRow{-6000, "Attribute Type Invalid"}, TextRow{-9999, ""}, TextRow{-1, "Unknown Error"},
-        TextRow{1, "Unknown Error"}, TextRow{-3006, "Unknown Error"}));
-
-// --- GetParameterXML
-
-struct Reading {
-  bool done = false;
-  std::string value;
-};
-
-Reading read(FakeProgram& program, std::int32_t size = 1000) {
-  Reading reading{false, "before"};
-  reading.done = GetParameterXML(program, {14, "Server", "Path", "default"}, "_DEFAULT_VALUE_",
-                                 size, reading.value);
-  return reading;
-}
-
-TEST(GetParameterXML, GivesAStoredValue) {
-  FakeProgram program;
-  program.sim.configuration().put("DOVRA", "Server", "Path", "default", "S:\\Lumo è qui");
-  const Reading reading = read(program);
-  EXPECT_TRUE(reading.done);
-  EXPECT_EQ(reading.value, "S:\\Lumo è qui");
-  EXPECT_EQ(program.sim.configuration().gets(), 1U);
-}
-
-TEST(GetParameterXML, GivesTheDefaultOfAMissingKeyWithoutAReport) {
-  FakeProgram program;
-  const Reading reading = read(program);
-  EXPECT_TRUE(reading.done);
-  EXPECT_EQ(reading.value, "_DEFAULT_VALUE_");
-  EXPECT_THAT(program.reports(), IsEmpty());
-}
-
-TEST(GetParameterXML, GivesAnEmptyStoredValueAsEmpty) {
-  FakeProgram program;
-  program.sim.configuration().put("DOVRA", "Server", "Path", "default", "");
-  const Reading reading = read(program);
-  EXPECT_TRUE(reading.done);
-  EXPECT_EQ(reading.value, "");
-}
-
-TEST(GetParameterXML, TriesAnEmptyDocumentThreeTimes) {
-  FakeProgram program;
-  program.sim.configuration().put("DOVRA", "Server", "Path", "default", "S:\\Lumo");
-  program.sim.configuration().answerNext({-1000, -1000});
-  const Reading reading = read(program);
-  EXPECT_TRUE(reading.done);
-  EXPECT_EQ(reading.value, "S:\\Lumo");
-  EXPECT_EQ(program.sim.configuration().gets(), 3U);
-  EXPECT_THAT(program.reports(), IsEmpty());
-}
-
-TEST(GetParameterXML, ReportsADocumentThatIsEmptyAtTheThirdCall) {
-  FakeProgram program;
-  program.sim.configuration().answerAlways(-1000);
-  EXPECT_FALSE(read(program).done);
-  EXPECT_EQ(program.sim.configuration().gets(), 3U);
-  EXPECT_THAT(program.reportTexts(),
-              ElementsAre("Errore in lettura chiave da file di configurazione: Document "
-                          "Empty\r\nSezione: Server\r\nChiave: Path\r\nProdotto: DOVRA"));
-}
-
-TEST(GetParameterXML, RepeatsNothingAfterAnyOtherCode) {
-  for (const std::int32_t code : {-3000, -3001, -4001, -1010}) {
-    FakeProgram program;
-    program.sim.configuration().answerAlways(code);
-    read(program);
-    EXPECT_EQ(program.sim.configuration().gets(), 1U) << code;
+TEST(ErrorText, IsThatOfTheTable) {
+  for (const auto& rows : {kSilent, kReported}) {
+    for (const auto& [code, text] : rows) EXPECT_EQ(ErrorText(code), text) << code;
   }
 }
 
-class SilentCodeTest : public testing::TestWithParam<std::int32_t> {};
+// --- Reading and writing
 
-TEST_P(SilentCodeTest, IsNoFailure) {
+class Store : public testing::Test {
+ protected:
+  /// Whether it was done; what was read stands in `value`.
+  bool read(std::int32_t size = 1000) {
+    value = "before";
+    return GetParameterXML(program, {14, "Server", "Path", "default"}, "_DEFAULT_VALUE_", size,
+                           value);
+  }
+  bool write() { return SetParameterXML(program, {999, "Sez", "Chi", "Path"}, 1, "S:\\Lumo"); }
+  std::int32_t configPath() {
+    value = "before";
+    return GetConfigPath(program, value);
+  }
+  void put(const std::string& text) { library.put("DOVRA", "Server", "Path", "default", text); }
+  /// From now on every call answers this code, and nothing is reported yet.
+  void answer(std::int32_t code) {
+    library.answerAlways(code);
+    program.errors.reports.clear();
+  }
+
   FakeProgram program;
-  program.sim.configuration().answerAlways(GetParam());
-  EXPECT_TRUE(read(program).done);
-  EXPECT_TRUE(SetParameterXML(program, {14, "s", "k", "a"}, 1, "v"));
+  sim::SimConfigurationLibrary& library = program.sim.configuration();
+  std::string value;
+};
+
+TEST_F(Store, GivesAStoredValueAsItIs) {
+  for (const std::string& stored :
+       {std::string("S:\\Lumo è qui"), std::string(), std::string(999, 'x')}) {
+    put(stored);
+    EXPECT_TRUE(read());
+    EXPECT_EQ(value, stored);
+  }
+  EXPECT_EQ(library.gets(), 3U);
+  EXPECT_THAT(program.reports(), IsEmpty());
+}
+
+TEST_F(Store, GivesTheDefaultOfAMissingKeyWithoutAReport) {
+  EXPECT_TRUE(read());
+  EXPECT_EQ(value, "_DEFAULT_VALUE_");
+  EXPECT_THAT(program.reports(), IsEmpty());
+}
+
+TEST_F(Store, IsReadThreeTimesWhileTheDocumentIsEmpty) {
+  put("S:\\Lumo");
+  library.answerNext({-1000, -1000});
+  EXPECT_TRUE(read());
+  EXPECT_EQ(value, "S:\\Lumo");
+  EXPECT_EQ(library.gets(), 3U);
+  EXPECT_THAT(program.reports(), IsEmpty());
+}
+
+TEST_F(Store, HasCodesThatAreNoFailure) {
+  for (const auto& [code, text] : kSilent) {
+    answer(code);
+    EXPECT_TRUE(read()) << code;
+    EXPECT_TRUE(write()) << code;
+  }
   EXPECT_THAT(program.reports(), IsEmpty());
   EXPECT_THAT(program.lines(), IsEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Codes, SilentCodeTest,
-                         testing::Values(0, -4013, -3001, -3002, -3003, -3004, -3005, -3500,
-                                         -3999));
-
-class ReportedCodeTest : public testing::TestWithParam<TextRow> {};
-
-TEST_P(ReportedCodeTest, IsReportedWhenReading) {
-  FakeProgram program;
-  program.sim.configuration().answerAlways(GetParam().code);
-  const Reading reading = read(program);
-  EXPECT_FALSE(reading.done);
-  EXPECT_EQ(reading.value, "");
-  ASSERT_EQ(program.reports().size(), 1U);
-  EXPECT_EQ(program.reports()[0].module, "modConfig");
-  EXPECT_EQ(program.reports()[0].procedure, "GetParameterXML");
-  EXPECT_EQ(program.reports()[0].kind, ReportKind::ConfigurationFile);
-  EXPECT_EQ(program.reports()[0].message,
-            std::string("Errore in lettura chiave da file di configurazione: ") + GetParam().text +
-                "\r\nSezione: Server\r\nChiave: Path\r\nProdotto: DOVRA");
+TEST_F(Store, ReportsEveryOtherCodeWithItsTextAndRepeatsNoCallButThoseOfAnEmptyDocument) {
+  for (const auto& [code, text] : kReported) {
+    SCOPED_TRACE(code);
+    answer(code);
+    const std::size_t gets = library.gets();
+    const std::size_t sets = library.sets();
+    EXPECT_FALSE(read());
+    EXPECT_EQ(value, "");
+    EXPECT_EQ(library.gets(), gets + (code == -1000 ? 3 : 1));
+    EXPECT_FALSE(write());
+    EXPECT_EQ(library.sets(), sets + 1);
+    const std::string reading = "Errore in lettura chiave da file di configurazione: ";
+    const std::string writing = "Errore in scrittura chiave da file di configurazione: ";
+    EXPECT_THAT(
+        program.reports(),
+        ElementsAre(
+            isReport("GetParameterXML",
+                     reading + text + "\r\nSezione: Server\r\nChiave: Path\r\nProdotto: DOVRA", _,
+                     kModule, ReportKind::ConfigurationFile),
+            isReport("SetParameterXML",
+                     writing + text + "\r\nSezione: Sez\r\nChiave: Chi\r\nProdotto: SYSTEM", _,
+                     kModule)));
+  }
 }
 
-TEST_P(ReportedCodeTest, IsReportedWhenWriting) {
-  FakeProgram program;
-  program.sim.configuration().answerAlways(GetParam().code);
-  EXPECT_FALSE(SetParameterXML(program, {999, "Sez", "Chi", "Path"}, 1, "v"));
-  EXPECT_EQ(program.sim.configuration().sets(), 1U);
-  ASSERT_EQ(program.reports().size(), 1U);
-  EXPECT_EQ(program.reports()[0].module, "modConfig");
-  EXPECT_EQ(program.reports()[0].procedure, "SetParameterXML");
-  EXPECT_EQ(program.reports()[0].kind, ReportKind::ProgramError);
-  EXPECT_EQ(program.reports()[0].message,
-            std::string("Errore in scrittura chiave da file di configurazione: ") +
-                GetParam().text + "\r\nSezione: Sez\r\nChiave: Chi\r\nProdotto: SYSTEM");
+TEST_F(Store, IsAskedWithTheGivenSize) {
+  put("0123456789");
+  EXPECT_TRUE(read(4));
+  EXPECT_EQ(value, "0123");
 }
 
-INSTANTIATE_TEST_SUITE_P(Codes, ReportedCodeTest,
-                         testing::Values(TextRow{-3000, "Navigate Generic Error"},
-                                         TextRow{-4000, "Unknown Error"},
-                                         TextRow{-4001, "Registry Key Schema Not Found"},
-                                         TextRow{-4002, "Registry Key Config Not Found"},
-                                         TextRow{-4011, "Schema File Not Found"},
-                                         TextRow{-4012, "Config File Not Found"},
-                                         TextRow{-4014, "Unknown Error"},
-                                         TextRow{-5005, "Attribute Value Invalid"},
-                                         TextRow{-9999, ""}, TextRow{7, "Unknown Error"}));
-
-TEST(GetParameterXML, PassesItsArgumentsUnchanged) {
-  FakeProgram program;
-  program.sim.configuration().put("DOVRA", "Server", "Path", "default", "0123456789");
-  EXPECT_EQ(read(program, 4).value, "0123");
+TEST_F(Store, FailsOnAValueOrAPathThatFillsTheBuffer) {
+  put(std::string(1000, 'x'));
+  EXPECT_FALSE(read());
+  EXPECT_EQ(value, "");
+  library.setConfigPath("C:\\" + std::string(997, 'x'));
+  EXPECT_NE(configPath(), 0);
+  EXPECT_EQ(value, "");
+  EXPECT_THAT(program.reports(),
+              ElementsAre(isReport("GetParameterXML", _, testing::Ne(0), kModule),
+                          isReport("GetConfigPath", _, testing::Ne(0), kModule)));
 }
 
-TEST(GetParameterXML, GivesAValueOf999Characters) {
-  FakeProgram program;
-  program.sim.configuration().put("DOVRA", "Server", "Path", "default", std::string(999, 'x'));
-  EXPECT_EQ(read(program).value, std::string(999, 'x'));
-}
-
-TEST(GetParameterXML, FailsOnAValueThatFillsTheBuffer) {
-  FakeProgram program;
-  program.sim.configuration().put("DOVRA", "Server", "Path", "default", std::string(1000, 'x'));
-  const Reading reading = read(program);
-  EXPECT_FALSE(reading.done);
-  EXPECT_EQ(reading.value, "");
-  ASSERT_EQ(program.reports().size(), 1U);
-  EXPECT_EQ(program.reports()[0].module, "modConfig");
-  EXPECT_EQ(program.reports()[0].procedure, "GetParameterXML");
-  EXPECT_EQ(program.reports()[0].kind, ReportKind::ProgramError);
-  EXPECT_NE(program.reports()[0].failure.number(), 0);
-}
-
-TEST(ConfigurationStore, ThatCannotBeCalledIsReportedByEveryWrapper) {
-  FakeProgram program;
-  program.sim.configuration().setCallable(false);
-  std::string path = "before";
-  EXPECT_FALSE(read(program).done);
-  EXPECT_FALSE(SetParameterXML(program, {14, "s", "k", "a"}, 1, "v"));
-  EXPECT_NE(GetConfigPath(program, path), 0);
-  EXPECT_EQ(path, "");
+TEST_F(Store, ThatCannotBeCalledIsReportedByEveryWrapper) {
+  library.setCallable(false);
+  EXPECT_FALSE(read());
+  EXPECT_FALSE(write());
+  EXPECT_NE(configPath(), 0);
+  EXPECT_EQ(value, "");
   EXPECT_EQ(DeterminaPathClient(program), "");
   std::vector<std::string> procedures;
-  for (const tests::FakeReport& report : program.reports()) {
-    EXPECT_EQ(report.module, "modConfig");
+  for (const FakeReport& report : program.reports()) {
+    EXPECT_EQ(report.module, kModule);
     procedures.push_back(report.procedure);
   }
   EXPECT_THAT(procedures, ElementsAre("GetParameterXML", "SetParameterXML", "GetConfigPath",
                                       "DeterminaPathClient"));
 }
 
-TEST(SetParameterXML, WritesUnderTheProductsName) {
-  FakeProgram program;
-  EXPECT_TRUE(SetParameterXML(program, {999, "Complementary_Products", "Integration", "Path"}, 1,
-                              "S:\\Lumo"));
-  EXPECT_EQ(
-      program.sim.configuration().value("SYSTEM", "Complementary_Products", "Integration", "Path"),
-      "S:\\Lumo");
-  EXPECT_EQ(
-      program.sim.configuration().typeOf("SYSTEM", "Complementary_Products", "Integration", "Path"),
-      1);
+TEST_F(Store, IsWrittenUnderTheProductsName) {
+  EXPECT_TRUE(write());
+  EXPECT_EQ(library.value("SYSTEM", "Sez", "Chi", "Path"), "S:\\Lumo");
+  EXPECT_EQ(library.typeOf("SYSTEM", "Sez", "Chi", "Path"), 1);
 }
 
 // --- Configuration path
 
-TEST(GetConfigPath, GivesThePathAndZero) {
-  FakeProgram program;
-  std::string path;
-  EXPECT_EQ(GetConfigPath(program, path), 0);
-  EXPECT_EQ(path, "C:\\Lumo\\Client");
-}
-
-TEST(GetConfigPath, GivesTheFourCodesOfAMissingStoreWithAnEmptyPath) {
-  for (const std::int32_t code : {-4001, -4002, -4011, -4012}) {
-    FakeProgram program;
-    program.sim.configuration().answerAlways(code);
-    std::string path = "before";
-    EXPECT_EQ(GetConfigPath(program, path), code);
-    EXPECT_EQ(path, "");
-    EXPECT_THAT(program.reports(), IsEmpty());
-  }
-}
-
-TEST(GetConfigPath, CountsEveryOtherCodeAsSuccess) {
-  for (const std::int32_t code : {-4013, -1000, -3000, -9999, 5}) {
-    FakeProgram program;
-    program.sim.configuration().answerAlways(code);
-    std::string path = "before";
-    EXPECT_EQ(GetConfigPath(program, path), 0) << code;
-    EXPECT_NE(path, "before");
-  }
-}
-
-TEST(GetConfigPath, ReportsAPathThatFillsTheBuffer) {
-  FakeProgram program;
-  program.sim.configuration().setConfigPath("C:\\" + std::string(997, 'x'));
-  std::string path = "before";
-  EXPECT_NE(GetConfigPath(program, path), 0);
-  EXPECT_EQ(path, "");
-  ASSERT_EQ(program.reports().size(), 1U);
-  EXPECT_EQ(program.reports()[0].procedure, "GetConfigPath");
-}
-
-TEST(DeterminaPathClient, IsTheConfigurationPath) {
-  FakeProgram program;
+TEST_F(Store, GivesItsPathAndZero) {
+  EXPECT_EQ(configPath(), 0);
+  EXPECT_EQ(value, "C:\\Lumo\\Client");
   EXPECT_EQ(DeterminaPathClient(program), "C:\\Lumo\\Client");
   EXPECT_THAT(program.reports(), IsEmpty());
 }
 
-TEST(DeterminaPathClient, ReportsAMissingStoreAndIsEmpty) {
-  FakeProgram program;
-  program.sim.configuration().answerAlways(-4002);
-  EXPECT_EQ(DeterminaPathClient(program), "");
-  ASSERT_EQ(program.reports().size(), 1U);
-  EXPECT_EQ(program.reports()[0].module, "modConfig");
-  EXPECT_EQ(program.reports()[0].procedure, "DeterminaPathClient");
-  EXPECT_EQ(program.reports()[0].message, "Verificare i seguenti parametri: \r\nsPathProgrammi: ");
-  EXPECT_EQ(program.reports()[0].kind, ReportKind::ProgramError);
+TEST_F(Store, ThatIsMissingHasFourCodesAndAnEmptyPathAndEveryOtherCodeIsASuccess) {
+  for (const std::int32_t code : {-4001, -4002, -4011, -4012}) {
+    answer(code);
+    EXPECT_EQ(configPath(), code);
+    EXPECT_EQ(value, "");
+  }
+  for (const std::int32_t code : {-4013, -1000, -3000, -9999, 5}) {
+    answer(code);
+    EXPECT_EQ(configPath(), 0) << code;
+    EXPECT_NE(value, "before");
+  }
+  EXPECT_THAT(program.reports(), IsEmpty());
 }
 
-// --- Ferax
+TEST_F(Store, ThatIsMissingIsReportedToWhoAsksForTheClientFolder) {
+  answer(-4002);
+  EXPECT_EQ(DeterminaPathClient(program), "");
+  EXPECT_THAT(
+      program.reports(),
+      ElementsAre(isReport("DeterminaPathClient",
+                           "Verificare i seguenti parametri: \r\nsPathProgrammi: ", _, kModule)));
+}
 
-TEST(EsisteSuiteFerax, NeedsExactlyAZero) {
-  constexpr auto kHive = machine::Hive::LocalMachine;
+// --- Other suites
+
+TEST(EsisteSuiteFerax, NeedsExactlyATextThatIsZero) {
   FakeProgram program;
   EXPECT_FALSE(EsisteSuiteFerax(program));
   sim::SimRegistry& registry = program.sim.registry();
-  for (const char* const other : {"", "1", "00", " 0", "0 "}) {
-    registry.setText(kHive, "Software\\FerPrg", "sistema", other);
-    EXPECT_FALSE(EsisteSuiteFerax(program)) << other;
+  for (const char* const text : {"", "1", "00", " 0", "0 ", "0"}) {
+    registry.setText(machine::Hive::LocalMachine, "Software\\FerPrg", "sistema", text);
+    EXPECT_EQ(EsisteSuiteFerax(program), text == std::string("0")) << text;
   }
-  registry.setText(kHive, "Software\\FerPrg", "sistema", "0");
-  EXPECT_TRUE(EsisteSuiteFerax(program));
+  registry.setStored(machine::Hive::LocalMachine, "Software\\FerPrg", "sistema",
+                     machine::value_type::kNumber, std::string(4, '\0'));
+  EXPECT_FALSE(EsisteSuiteFerax(program));
   EXPECT_THAT(program.reports(), IsEmpty());
 }
 
-TEST(EsisteSuiteFerax, TakesNoNumberForTheText) {
-  FakeProgram program;
-  program.sim.registry().setStored(machine::Hive::LocalMachine, "Software\\FerPrg", "sistema",
-                                   machine::value_type::kNumber, std::string(4, '\0'));
-  EXPECT_FALSE(EsisteSuiteFerax(program));
-}
+/// The client's and the server's path in the store, the path in the ini file of the Windows folder
+/// (null: none), and the line that tells what was found.
+struct TravolinRow {
+  const char* client;
+  const char* server;
+  const char* ini;
+  bool found;
+  const char* line;
+};
 
-// --- Travolin
+const std::vector<TravolinRow> kTravolinRows = {
+    {"C:\\Trav", "S:\\Trav", nullptr, true, "Suite travolin trovata cartella : C:\\Trav"},
+    {nullptr, "S:\\Trav", "T:\\Trav", true, "Suite travolin trovata cartella : S:\\Trav"},
+    {nullptr, nullptr, "T:\\Trav", true, "Suite travolin trovata cartella : T:\\Trav"},
+    // An empty stored path ends the search.
+    {"", "S:\\Trav", "T:\\Trav", false, "Suite travolin non trovata "},
+    {nullptr, nullptr, nullptr, false, "Suite travolin non trovata "}};
 
 constexpr const char* kFirstLine = "Gestione ProdTrelv - Verifica Esistenza Travolin";
 
-TEST(EsisteSuiteTravolin, IsFoundInTheClientsPath) {
-  FakeProgram program;
-  program.sim.configuration().put(ProductName(10), "Client", "PathPelan", "default", "C:\\Trav");
-  program.sim.configuration().put(ProductName(10), "Server", "Path", "default", "S:\\Trav");
-  EXPECT_TRUE(EsisteSuiteTravolin(program));
-  EXPECT_THAT(program.lines(),
-              ElementsAre(kFirstLine, "Suite travolin trovata cartella : C:\\Trav"));
+TEST(EsisteSuiteTravolin, IsTheFirstOfTheThreePathsThatIsRecorded) {
+  for (const TravolinRow& row : kTravolinRows) {
+    FakeProgram program;
+    sim::SimConfigurationLibrary& library = program.sim.configuration();
+    if (row.client != nullptr)
+      library.put(ProductName(10), "Client", "PathPelan", "default", row.client);
+    if (row.server != nullptr)
+      library.put(ProductName(10), "Server", "Path", "default", row.server);
+    if (row.ini != nullptr)
+      program.sim.setIniValue("travolin.ini", "Parametri", "PathPelan", row.ini);
+    EXPECT_EQ(EsisteSuiteTravolin(program), row.found);
+    EXPECT_THAT(program.lines(), ElementsAre(kFirstLine, row.line));
+    EXPECT_THAT(program.reports(), IsEmpty());
+  }
 }
 
-TEST(EsisteSuiteTravolin, IsFoundInTheServersPath) {
-  FakeProgram program;
-  program.sim.configuration().put(ProductName(10), "Server", "Path", "default", "S:\\Trav");
-  EXPECT_TRUE(EsisteSuiteTravolin(program));
-  EXPECT_THAT(program.lines(),
-              ElementsAre(kFirstLine, "Suite travolin trovata cartella : S:\\Trav"));
-}
-
-TEST(EsisteSuiteTravolin, IsFoundInItsIniFileOfTheWindowsFolder) {
-  FakeProgram program;
-  program.sim.putFile("C:\\WINDOWS\\travolin.ini", "[Parametri]\r\nPathPelan=T:\\Trav\r\n");
-  EXPECT_TRUE(EsisteSuiteTravolin(program));
-  EXPECT_THAT(program.lines(),
-              ElementsAre(kFirstLine, "Suite travolin trovata cartella : T:\\Trav"));
-}
-
-TEST(EsisteSuiteTravolin, IsNotFoundWithoutAny) {
-  FakeProgram program;
-  EXPECT_FALSE(EsisteSuiteTravolin(program));
-  EXPECT_THAT(program.lines(), ElementsAre(kFirstLine, "Suite travolin non trovata "));
-  EXPECT_THAT(program.reports(), IsEmpty());
-}
-
-TEST(EsisteSuiteTravolin, LooksNoFurtherThanAnEmptyStoredPath) {
-  FakeProgram program;
-  program.sim.configuration().put(ProductName(10), "Client", "PathPelan", "default", "");
-  program.sim.configuration().put(ProductName(10), "Server", "Path", "default", "S:\\Trav");
-  program.sim.putFile("C:\\WINDOWS\\travolin.ini", "[Parametri]\r\nPathPelan=T:\\Trav\r\n");
-  EXPECT_FALSE(EsisteSuiteTravolin(program));
-  EXPECT_THAT(program.lines(), ElementsAre(kFirstLine, "Suite travolin non trovata "));
-}
-
-TEST(EsisteSuiteTravolin, AnswersFalseWithoutTheSuite) {
+TEST(EsisteSuiteTravolin, IsNotThereWithoutTheHostsSuite) {
   FakeProgram program;
   program.sim.configuration().answerAlways(-4011);
   EXPECT_FALSE(EsisteSuiteTravolin(program));

@@ -3,91 +3,82 @@
 
 #include "platform/modLibrary.h"
 #include "support/FakeProgram.h"
+#include "support/Matchers.h"
+#include "support/Refusals.h"
 
 namespace trelv::modLibrary {
 namespace {
 
 using machine::SupportAnswer;
+using sim::CallKind;
+using testing::_;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using tests::FakeProgram;
+using tests::isReport;
+using tests::refuse;
+using Lines = std::vector<std::string>;
+
+constexpr const char* kModule = "modLibrary";
+
+/// What the suites stand on, each of which has the name of a procedure.
+class Library : public testing::Test {
+ protected:
+  void useTerminalServer() { program.state.startup.terminalServer = true; }
+  /// The lines since the last call.
+  Lines takeLines() { return std::exchange(program.log.lines, {}); }
+
+  FakeProgram program;
+  sim::SimMachine& sim = program.sim;
+};
 
 // --- Windows folder
 
-TEST(WindowsFolder, IsLowerCase) {
-  FakeProgram program;
+using TheWindowsFolder = Library;
+
+TEST_F(TheWindowsFolder, IsLowerCaseAndEndsBeforeASystemFolderAndAtTheFirstNul) {
   EXPECT_EQ(WindowsFolder(program), "c:\\windows");
-}
-
-TEST(WindowsFolder, EndsBeforeASystemFolder) {
-  FakeProgram program;
-  program.sim.system().setWindowsFolder("C:\\WINNT\\System32");
+  sim.system().setWindowsFolder("C:\\WINNT\\System32");
+  EXPECT_EQ(WindowsFolder(program), "c:\\winnt");
+  sim.system().setWindowsFolder(std::string("C:\\WINNT\0\0rest", 15));
   EXPECT_EQ(WindowsFolder(program), "c:\\winnt");
 }
 
-TEST(WindowsFolder, IsCutAtTheFirstNul) {
-  FakeProgram program;
-  program.sim.system().setWindowsFolder(std::string("C:\\WINNT\0\0rest", 15));
-  EXPECT_EQ(WindowsFolder(program), "c:\\winnt");
-}
-
-TEST(WindowsFolder, IsEmptyAfterAReportWhenTheSystemDoesNotTell) {
-  FakeProgram program;
-  program.sim.callLog().setInjector([](const sim::SimCall& call) -> std::optional<SystemCode> {
-    return call.kind == sim::CallKind::WindowsFolderQuery ? std::optional<SystemCode>(5)
-                                                          : std::nullopt;
-  });
+TEST_F(TheWindowsFolder, IsEmptyAfterAReportWhenTheSystemDoesNotTell) {
+  sim.callLog().setInjector(refuse({CallKind::WindowsFolderQuery}));
   EXPECT_EQ(WindowsFolder(program), "");
-  ASSERT_EQ(program.reports().size(), 1U);
-  EXPECT_EQ(program.reports()[0].module, "modLibrary");
-  EXPECT_EQ(program.reports()[0].procedure, "WindowsFolder");
-  EXPECT_EQ(program.reports()[0].failure.number(), 70);
+  EXPECT_THAT(program.reports(), ElementsAre(isReport("WindowsFolder", _, 70, kModule)));
 }
 
-TEST(GetWinDir, IsTheWindowsFolderOnAWorkstation) {
-  FakeProgram program;
+TEST_F(TheWindowsFolder, OfTheUserLiesBelowTheProfileOnATerminalServer) {
   EXPECT_EQ(GetWinDir(program), "c:\\windows");
-}
-
-TEST(GetWinDir, LiesBelowTheProfileOnATerminalServer) {
-  FakeProgram program;
-  program.state.startup.terminalServer = true;
-  program.sim.system().setWindowsFolder("D:\\WINNT");
-  program.sim.environment().put("USERPROFILE", "C:\\Users\\mario");
+  useTerminalServer();
+  sim.system().setWindowsFolder("D:\\WINNT");
+  sim.environment().put("USERPROFILE", "C:\\Users\\mario");
   EXPECT_EQ(GetWinDir(program), "C:\\Users\\mario\\windows");
-}
-
-TEST(GetWinDir, KeepsItsEndWithoutAProfile) {
-  FakeProgram program;
-  program.state.startup.terminalServer = true;
-  program.sim.environment().remove("USERPROFILE");
+  sim.environment().remove("USERPROFILE");
   EXPECT_EQ(GetWinDir(program), "\\windows");
 }
 
-TEST(ProgramFilesFolder, IsShellFolder38) {
-  FakeProgram program;
-  program.sim.system().setShellFolder(38, "D:\\Programmi");
+TEST_F(Library, TheProgramFilesFolderIsShellFolder38) {
+  sim.system().setShellFolder(38, "D:\\Programmi");
   EXPECT_EQ(ProgramFilesFolder(program), "D:\\Programmi");
 }
 
 // --- Temporary folders
 
-TEST(GetTempDirectory, IsWhatTheSupportLibraryGives) {
-  FakeProgram program;
-  program.sim.support().setTemporaryPath("D:\\Lumo\\Tmp\\");
-  EXPECT_EQ(GetTempDirectory(program), "D:\\Lumo\\Tmp\\");
-}
+using TheTempDirectory = Library;
 
-TEST(GetTempDirectory, IsEmptyWhenTheFirstCharacterIsANul) {
-  FakeProgram program;
-  program.sim.support().setTemporaryPath("");
-  EXPECT_EQ(GetTempDirectory(program), "");
+TEST_F(TheTempDirectory, IsWhatTheSupportLibraryGives) {
+  for (const char* const given : {"D:\\Lumo\\Tmp\\", ""}) {
+    sim.support().setTemporaryPath(given);
+    EXPECT_EQ(GetTempDirectory(program), given);
+  }
   EXPECT_THAT(program.reports(), IsEmpty());
 }
 
-TEST(GetTempDirectory, IsEmptyWhenTheBufferHasNoNul) {
-  FakeProgram program;
-  program.sim.support().setTemporaryAnswer(SupportAnswer::Yes);
+TEST_F(TheTempDirectory, IsEmptyWhenTheBufferHasNoNul) {
+  sim.support().setTemporaryAnswer(SupportAnswer::Yes);
   EXPECT_EQ(GetTempDirectory(program), "");
 }
 
@@ -102,242 +93,167 @@ class MeasuringSupport : public machine::SupportLibrary {
   std::string received;
 };
 
-machine::Machine withSupport(sim::SimMachine& sim, machine::SupportLibrary& support) {
-  machine::Machine& m = sim.machine();
-  return {m.files,  m.profiles, m.registry,      m.processes, m.environment, m.system,    m.clock,
-          m.locale, m.versions, m.configuration, support,     m.desktop,     m.automation};
-}
-
-TEST(GetTempDirectory, HandsTheLibraryAHundredBlanks) {
-  sim::SimMachine sim;
+TEST_F(TheTempDirectory, IsAskedForWithAHundredBlanks) {
   MeasuringSupport support;
-  machine::Machine machine = withSupport(sim, support);
-  FakeProgram program(sim, machine);
-  GetTempDirectory(program);
+  machine::Machine& m = sim.machine();
+  machine::Machine machine{m.files,  m.profiles, m.registry,  m.processes, m.environment,
+                           m.system, m.clock,    m.locale,    m.versions,  m.configuration,
+                           support,  m.desktop,  m.automation};
+  FakeProgram measured(sim, machine);
+  GetTempDirectory(measured);
   EXPECT_EQ(support.received, std::string(100, ' '));
 }
 
-TEST(GetTempDirectory, IsTheUsersFolderWithoutTheLibrary) {
+TEST_F(TheTempDirectory, IsTheUsersFolderWithoutTheLibrary) {
   for (const SupportAnswer answer : {SupportAnswer::Absent, SupportAnswer::Failed}) {
-    FakeProgram program;
-    program.sim.support().setTemporaryAnswer(answer);
+    sim.support().setTemporaryAnswer(answer);
     EXPECT_EQ(GetTempDirectory(program), "C:\\Users\\mario\\Temp\\");
-    EXPECT_THAT(program.reports(), IsEmpty());
   }
+  EXPECT_THAT(program.reports(), IsEmpty());
 }
 
-TEST(WorkTempDirectory, IsTheTemporaryFolderOnAWorkstation) {
-  FakeProgram program;
+TEST_F(TheTempDirectory, ForWorkIsTheParentWithABackslashOnATerminalServer) {
   EXPECT_EQ(WorkTempDirectory(program), "C:\\Users\\mario\\Temp\\");
-}
-
-TEST(WorkTempDirectory, IsTheParentWithABackslashOnATerminalServer) {
-  FakeProgram program;
-  program.state.startup.terminalServer = true;
-  program.sim.support().setTemporaryPath("C:\\Users\\mario\\Temp\\3\\");
+  useTerminalServer();
+  sim.support().setTemporaryPath("C:\\Users\\mario\\Temp\\3\\");
   EXPECT_EQ(WorkTempDirectory(program), "C:\\Users\\mario\\Temp\\");
-}
-
-TEST(WorkTempDirectory, IsOneBackslashWhenATerminalServerHasNoTemporaryFolder) {
-  FakeProgram program;
-  program.state.startup.terminalServer = true;
-  program.sim.support().setTemporaryPath("");
+  sim.support().setTemporaryPath("");
   EXPECT_EQ(WorkTempDirectory(program), "\\");
 }
 
 // --- Making folders
 
-TEST(CreaCartella, MakesAllMissingLevelsWithALineEach) {
-  FakeProgram program;
-  program.sim.mount("D:");
-  program.sim.makeFolders("d:\\a");
-  CreaCartella(program, "d:\\a\\b\\c");
-  EXPECT_TRUE(program.sim.folderExists("d:\\a\\b\\c"));
-  EXPECT_THAT(program.lines(), ElementsAre("Creazione path avvenuta correttamente:d:\\a\\b",
-                                           "Creazione path avvenuta correttamente:d:\\a\\b\\c"));
+std::string made(const std::string& path) {
+  return "Creazione path avvenuta correttamente:" + path;
+}
+std::string notMade(const std::string& path) {
+  return "modLibrary - CreaCartella, errore in creazione cartella: " + path;
 }
 
-TEST(CreaCartella, LeavesAnExistingFolderAloneInSilence) {
-  FakeProgram program;
+using MakingFolders = Library;
+
+TEST_F(MakingFolders, MakesAllMissingLevelsWithALineEach) {
+  sim.mount("D:");
+  sim.makeFolders("d:\\a");
+  CreaCartella(program, "d:\\a\\b\\c");
+  EXPECT_TRUE(sim.folderExists("d:\\a\\b\\c"));
+  EXPECT_THAT(program.lines(), ElementsAre(made("d:\\a\\b"), made("d:\\a\\b\\c")));
+}
+
+TEST_F(MakingFolders, LeavesAnExistingFolderAloneInSilence) {
   CreaCartella(program, "C:\\WINDOWS");
   CreaCartella(program, "C:\\");
   EXPECT_THAT(program.lines(), IsEmpty());
 }
 
-TEST(CreaCartella, LogsTheLevelsThatFailAndRaisesNothing) {
-  FakeProgram program;
-  program.sim.diskOf("C:\\").denyWriting("C:\\");
-  CreaCartella(program, "C:\\a\\b");
-  EXPECT_THAT(program.lines(),
-              ElementsAre("modLibrary - CreaCartella, errore in creazione cartella: C:\\a",
-                          "modLibrary - CreaCartella, errore in creazione cartella: C:\\a\\b"));
+TEST_F(MakingFolders, TellsEachLevelThatFailsUpToTheRootAndRaisesNothing) {
+  sim.putFile("C:\\file", "x");
+  sim.mount("D:");
+  sim.diskOf("D:\\").denyWriting("D:\\");
+  const std::vector<std::pair<std::string, Lines>> rows = {
+      {"D:\\a\\b", {"D:\\a", "D:\\a\\b"}},
+      {"Q:\\a", {"Q:\\", "Q:\\a"}},
+      {"\\\\srv\\dati\\a", {"\\\\srv\\dati", "\\\\srv\\dati\\a"}},
+      {"", {""}},
+      {"C:\\file", {"C:\\file"}}};
+  for (const auto& [path, levels] : rows) {
+    CreaCartella(program, path);
+    Lines expected;
+    for (const std::string& level : levels) expected.push_back(notMade(level));
+    EXPECT_EQ(takeLines(), expected) << path;
+  }
   EXPECT_THAT(program.reports(), IsEmpty());
+  EXPECT_EQ(sim.fileText("C:\\file"), "x");
 }
 
-TEST(CreaCartella, EndsAtTheRootOfAMissingDrive) {
-  FakeProgram program;
-  CreaCartella(program, "Q:\\a");
-  EXPECT_THAT(program.lines(),
-              ElementsAre("modLibrary - CreaCartella, errore in creazione cartella: Q:\\",
-                          "modLibrary - CreaCartella, errore in creazione cartella: Q:\\a"));
+TEST_F(MakingFolders, ForWorkMakesThePathAndItsSubFolder) {
+  sim.mount("\\\\srv\\dati");
+  const std::vector<std::pair<std::string, Lines>> rows = {
+      {"C:\\a\\b\\", {made("C:\\a\\"), made("C:\\a\\b\\"), made("C:\\a\\b\\kvar")}},
+      {"C:\\c\\b", {made("C:\\c\\"), made("C:\\c\\b"), made("C:\\c\\b\\kvar")}},
+      {"\\\\srv\\dati\\a", {made("\\\\srv\\dati\\a"), made("\\\\srv\\dati\\a\\kvar")}}};
+  for (const auto& [path, lines] : rows) {
+    CreaKvarTemp(program, path);
+    EXPECT_TRUE(sim.folderExists(path + "\\kvar")) << path;
+    EXPECT_EQ(takeLines(), lines);
+  }
 }
 
-TEST(CreaCartella, EndsAtAMissingShare) {
-  FakeProgram program;
-  CreaCartella(program, "\\\\srv\\dati\\a");
-  EXPECT_THAT(
-      program.lines(),
-      ElementsAre("modLibrary - CreaCartella, errore in creazione cartella: \\\\srv\\dati",
-                  "modLibrary - CreaCartella, errore in creazione cartella: \\\\srv\\dati\\a"));
-}
-
-TEST(CreaCartella, FailsOnAnEmptyPathAndOnAFileInItsPlace) {
-  FakeProgram program;
-  program.sim.putFile("C:\\a", "x");
-  CreaCartella(program, "");
-  CreaCartella(program, "C:\\a");
-  EXPECT_THAT(program.lines(),
-              ElementsAre("modLibrary - CreaCartella, errore in creazione cartella: ",
-                          "modLibrary - CreaCartella, errore in creazione cartella: C:\\a"));
-  EXPECT_EQ(program.sim.fileText("C:\\a"), "x");
-}
-
-TEST(CreaKvarTemp, MakesThePathAndItsSubFolder) {
-  FakeProgram program;
-  CreaKvarTemp(program, "C:\\a\\b\\");
-  EXPECT_TRUE(program.sim.folderExists("C:\\a\\b\\kvar"));
-  EXPECT_THAT(program.lines(), ElementsAre("Creazione path avvenuta correttamente:C:\\a\\",
-                                           "Creazione path avvenuta correttamente:C:\\a\\b\\",
-                                           "Creazione path avvenuta correttamente:C:\\a\\b\\kvar"));
-}
-
-TEST(CreaKvarTemp, AddsTheMissingBackslash) {
-  FakeProgram program;
-  CreaKvarTemp(program, "C:\\a\\b");
-  EXPECT_TRUE(program.sim.folderExists("C:\\a\\b\\kvar"));
-  EXPECT_THAT(program.lines(), ElementsAre("Creazione path avvenuta correttamente:C:\\a\\",
-                                           "Creazione path avvenuta correttamente:C:\\a\\b",
-                                           "Creazione path avvenuta correttamente:C:\\a\\b\\kvar"));
-}
-
-TEST(CreaKvarTemp, StartsBelowTheShareOfANetworkPath) {
-  FakeProgram program;
-  program.sim.mount("\\\\srv\\dati");
-  CreaKvarTemp(program, "\\\\srv\\dati\\a");
-  EXPECT_TRUE(program.sim.folderExists("\\\\srv\\dati\\a\\kvar"));
-  EXPECT_THAT(program.lines(),
-              ElementsAre("Creazione path avvenuta correttamente:\\\\srv\\dati\\a",
-                          "Creazione path avvenuta correttamente:\\\\srv\\dati\\a\\kvar"));
-}
-
-TEST(CreaKvarTemp, ReportsAnErrorWithBothPaths) {
-  FakeProgram program;
+TEST_F(MakingFolders, ForWorkReportsAnErrorWithBothPaths) {
   // A line and the line that would tell its failure.
   program.log.linesWithoutMemory = 2;
   CreaKvarTemp(program, "C:\\a\\b");
-  ASSERT_EQ(program.reports().size(), 1U);
-  EXPECT_EQ(program.reports()[0].module, "modLibrary");
-  EXPECT_EQ(program.reports()[0].procedure, "CreaKvarTemp");
-  EXPECT_EQ(program.reports()[0].message,
-            "Verificare percorsi: \r\nvsPathTemp: C:\\a\\b\r\nsPathComodo: C:\\a\\");
-  EXPECT_EQ(program.reports()[0].kind, ReportKind::ProgramError);
+  EXPECT_THAT(
+      program.reports(),
+      ElementsAre(isReport("CreaKvarTemp",
+                           "Verificare percorsi: \r\nvsPathTemp: C:\\a\\b\r\nsPathComodo: C:\\a\\",
+                           _, kModule)));
 }
 
 // --- Deleting
 
-TEST(DeleteFile, TellsInTheLogThatTheFileIsGone) {
-  FakeProgram program;
-  program.sim.putFile("C:\\a.txt", "x");
+using Deleting = Library;
+
+TEST_F(Deleting, AFileIsToldInTheLog) {
+  sim.putFile("C:\\a.txt", "x");
   EXPECT_TRUE(DeleteFile(program, "C:\\a.txt"));
-  EXPECT_FALSE(program.sim.fileExists("C:\\a.txt"));
+  EXPECT_FALSE(sim.fileExists("C:\\a.txt"));
   EXPECT_THAT(program.lines(),
               ElementsAre("Cancellazione file: C:\\a.txt effettuata con successo"));
 }
 
-TEST(DeleteFile, AnswersFalseInSilenceWhenThereIsNone) {
-  FakeProgram program;
-  program.sim.makeFolders("C:\\d");
-  EXPECT_FALSE(DeleteFile(program, "C:\\a.txt"));
-  EXPECT_FALSE(DeleteFile(program, "C:\\d"));
-  EXPECT_FALSE(DeleteFile(program, ""));
+TEST_F(Deleting, WhatIsMissingIsSilentAndNoSuccessForAFileOnly) {
+  sim.makeFolders("C:\\d");
+  for (const char* const file : {"C:\\a.txt", "C:\\d", ""}) {
+    EXPECT_FALSE(DeleteFile(program, file)) << file;
+  }
+  for (const char* const folder : {"C:\\e", ""}) {
+    EXPECT_TRUE(DeleteFolder(program, folder)) << folder;
+  }
   EXPECT_THAT(program.lines(), IsEmpty());
   EXPECT_THAT(program.reports(), IsEmpty());
-  EXPECT_TRUE(program.sim.folderExists("C:\\d"));
+  EXPECT_TRUE(sim.folderExists("C:\\d"));
 }
 
-TEST(DeleteFile, ReportsAndLogsAFileThatStays) {
-  FakeProgram program;
-  program.sim.putFile("C:\\a.txt", "x");
-  program.sim.diskOf("C:\\").setReadOnly("C:\\a.txt");
+TEST_F(Deleting, AFileThatStaysIsReportedAndLogged) {
+  sim.putFile("C:\\a.txt", "x");
+  sim.diskOf("C:\\").setReadOnly("C:\\a.txt");
   EXPECT_FALSE(DeleteFile(program, "C:\\a.txt"));
-  ASSERT_EQ(program.reports().size(), 1U);
-  EXPECT_EQ(program.reports()[0].module, "modLibrary");
-  EXPECT_EQ(program.reports()[0].procedure, "DeleteFile");
-  EXPECT_EQ(program.reports()[0].failure.number(), 70);
+  EXPECT_THAT(program.reports(), ElementsAre(isReport("DeleteFile", _, 70, kModule)));
   EXPECT_THAT(program.lines(), ElementsAre("Gestione ProdTrelv - Errore in cancellazione file: "
                                            "Autorizzazione negata: C:\\a.txt"));
 }
 
-/// The system says that it deleted, and what it deleted is still there.
-void deleteInNameOnly(FakeProgram& program) {
-  program.sim.callLog().setInjector([](const sim::SimCall& call) -> std::optional<SystemCode> {
-    const bool deletes =
-        call.kind == sim::CallKind::FileRemove || call.kind == sim::CallKind::FolderRemove;
-    return deletes ? std::optional<SystemCode>(system_code::kSuccess) : std::nullopt;
-  });
+TEST_F(Deleting, AFolderThatStaysIsReported) {
+  sim.putFile("C:\\d\\a.txt", "x");
+  sim.diskOf("C:\\").holdOpen("C:\\d\\a.txt", sim::Sharing::None);
+  EXPECT_FALSE(DeleteFolder(program, "C:\\d"));
+  EXPECT_THAT(program.reports(), ElementsAre(isReport("DeleteFolder", _, 70, kModule)));
+  EXPECT_TRUE(sim.folderExists("C:\\d"));
 }
 
-TEST(DeleteFile, AnswersFalseInSilenceWhenTheFileIsStillThere) {
-  FakeProgram program;
-  program.sim.putFile("C:\\a.txt", "x");
-  deleteInNameOnly(program);
+TEST_F(Deleting, WhatIsStillThereAlthoughTheSystemDeletedItIsNoSuccess) {
+  sim.putFile("C:\\a.txt", "x");
+  sim.makeFolders("C:\\d");
+  sim.callLog().setInjector(
+      refuse({CallKind::FileRemove, CallKind::FolderRemove}, system_code::kSuccess));
   EXPECT_FALSE(DeleteFile(program, "C:\\a.txt"));
+  EXPECT_FALSE(DeleteFolder(program, "C:\\d"));
   EXPECT_THAT(program.lines(), IsEmpty());
   EXPECT_THAT(program.reports(), IsEmpty());
 }
 
-TEST(DeleteFolder, AnswersFalseInSilenceWhenTheFolderIsStillThere) {
-  FakeProgram program;
-  program.sim.makeFolders("C:\\d");
-  deleteInNameOnly(program);
-  EXPECT_FALSE(DeleteFolder(program, "C:\\d"));
-  EXPECT_THAT(program.reports(), IsEmpty());
-}
-
-TEST(DeleteFolder, DropsOneTrailingBackslash) {
-  FakeProgram program;
-  program.sim.putFile("C:\\d\\e\\a.txt", "x");
+TEST_F(Deleting, AFolderMayEndInABackslashAndIsNoRoot) {
+  sim.putFile("C:\\d\\e\\a.txt", "x");
   EXPECT_TRUE(DeleteFolder(program, "C:\\d\\"));
-  EXPECT_FALSE(program.sim.folderExists("C:\\d"));
+  EXPECT_FALSE(sim.folderExists("C:\\d"));
   EXPECT_THAT(program.lines(), IsEmpty());
-}
-
-TEST(DeleteFolder, AnswersTrueWhenThereIsNone) {
-  FakeProgram program;
-  EXPECT_TRUE(DeleteFolder(program, "C:\\d"));
-  EXPECT_TRUE(DeleteFolder(program, ""));
-  EXPECT_THAT(program.reports(), IsEmpty());
-}
-
-TEST(DeleteFolder, ReportsAFolderThatStays) {
-  FakeProgram program;
-  program.sim.putFile("C:\\d\\a.txt", "x");
-  program.sim.diskOf("C:\\").holdOpen("C:\\d\\a.txt", sim::Sharing::None);
-  EXPECT_FALSE(DeleteFolder(program, "C:\\d"));
-  ASSERT_EQ(program.reports().size(), 1U);
-  EXPECT_EQ(program.reports()[0].procedure, "DeleteFolder");
-  EXPECT_TRUE(program.sim.folderExists("C:\\d"));
-}
-
-TEST(DeleteFolder, RefusesARoot) {
-  FakeProgram program;
   EXPECT_FALSE(DeleteFolder(program, "C:\\"));
-  EXPECT_TRUE(program.sim.folderExists("C:\\WINDOWS"));
+  EXPECT_TRUE(sim.folderExists("C:\\WINDOWS"));
 }
 
-TEST(Existence, TellsFilesFromFolders) {
-  FakeProgram program;
-  program.sim.putFile("C:\\d\\a.txt", "x");
+TEST_F(Library, FilesAreToldFromFolders) {
+  sim.putFile("C:\\d\\a.txt", "x");
   EXPECT_TRUE(FileExists(program, "C:\\d\\a.txt"));
   EXPECT_FALSE(FileExists(program, "C:\\d"));
   EXPECT_TRUE(FolderExists(program, "C:\\d\\"));
@@ -346,7 +262,7 @@ TEST(Existence, TellsFilesFromFolders) {
 
 // --- Path texts
 
-TEST(ParentPath, IsTheTextBeforeTheLastBackslash) {
+TEST(PathTexts, TheParentIsTheTextBeforeTheLastBackslash) {
   EXPECT_EQ(ParentPath("C:\\a\\b.txt"), "C:\\a");
   EXPECT_EQ(ParentPath("C:\\a\\"), "C:\\a");
   EXPECT_EQ(ParentPath("C:\\a"), "C:");
@@ -354,7 +270,7 @@ TEST(ParentPath, IsTheTextBeforeTheLastBackslash) {
   EXPECT_EQ(ParentPath(""), "");
 }
 
-TEST(Extension, IsTheTrimmedTextAfterTheLastPoint) {
+TEST(PathTexts, TheExtensionIsTheTrimmedTextAfterTheLastPoint) {
   EXPECT_EQ(Extension("pack.zip"), "zip");
   EXPECT_EQ(Extension("pack.tar.gz"), "gz");
   EXPECT_EQ(Extension("pack. zip "), "zip");
@@ -363,13 +279,13 @@ TEST(Extension, IsTheTrimmedTextAfterTheLastPoint) {
   EXPECT_EQ(Extension("pack"), "");
 }
 
-TEST(CutAtNul, KeepsATextWithoutNul) {
+TEST(PathTexts, ATextIsCutAtItsNul) {
   EXPECT_EQ(CutAtNul(std::string("ab\0cd", 5)), "ab");
   EXPECT_EQ(CutAtNul(std::string("\0cd", 3)), "");
   EXPECT_EQ(CutAtNul("abcd"), "abcd");
 }
 
-TEST(TrimFolder, DropsBlanksAndOneBackslash) {
+TEST(PathTexts, AFolderLosesBlanksAndOneBackslash) {
   const auto trimmed = [](std::string folder) {
     TrimFolder(folder);
     return folder;
@@ -383,68 +299,70 @@ TEST(TrimFolder, DropsBlanksAndOneBackslash) {
 
 // --- Ini values
 
-TEST(ReadSetting, GivesTheValueAndEmptyTextForAMissingOne) {
-  FakeProgram program;
-  program.sim.putFile("C:\\a.ini", "[S]\r\nk=v\r\n");
-  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "k"}), "v");
-  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "x"}), "");
-  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "T", "k"}), "");
-  EXPECT_EQ(ReadSetting(program, {"C:\\no.ini", "S", "k"}), "");
+class Settings : public Library {
+ protected:
+  void put(const std::string& keys) { sim.putFile(kFile, "[S]\r\n" + keys + "\r\n"); }
+  std::string read(const std::string& key = "k", const std::string& section = "S",
+                   const std::string& file = kFile) {
+    return ReadSetting(program, {file, section, key});
+  }
+  std::uint32_t write(const std::string& value, const std::string& section = "S",
+                      const std::string& file = kFile) {
+    return WriteSetting(program, {file, section, "k"}, value);
+  }
+
+  static constexpr const char* kFile = "C:\\a.ini";
+};
+
+TEST_F(Settings, AreEmptyTextWhereOneIsMissing) {
+  put("k=v");
+  EXPECT_EQ(read(), "v");
+  EXPECT_EQ(read("x"), "");
+  EXPECT_EQ(read("k", "T"), "");
+  EXPECT_EQ(read("k", "S", "C:\\no.ini"), "");
 }
 
-TEST(ReadSetting, CutsAfter510Characters) {
-  FakeProgram program;
-  program.sim.putFile(
-      "C:\\a.ini", "[S]\r\na=" + std::string(510, 'x') + "\r\nb=" + std::string(511, 'y') + "\r\n");
-  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "a"}), std::string(510, 'x'));
-  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "b"}), std::string(510, 'y'));
+TEST_F(Settings, AreCutAfter510Characters) {
+  put("a=" + std::string(510, 'x') + "\r\nb=" + std::string(511, 'y'));
+  EXPECT_EQ(read("a"), std::string(510, 'x'));
+  EXPECT_EQ(read("b"), std::string(510, 'y'));
 }
 
-TEST(WriteSetting, WritesAndTheNextReadSeesIt) {
-  FakeProgram program;
-  program.sim.putFile("C:\\a.ini", "[S]\r\nk=v\r\n");
-  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "k"}), "v");
-  EXPECT_NE(WriteSetting(program, {"C:\\a.ini", "S", "k"}, "w"), 0U);
-  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "k"}), "w");
-  EXPECT_EQ(program.sim.iniValue("C:\\a.ini", "S", "k"), "w");
+TEST_F(Settings, ThatWereWrittenAreSeenByTheNextRead) {
+  put("k=v");
+  EXPECT_EQ(read(), "v");
+  EXPECT_NE(write("w"), 0U);
+  EXPECT_EQ(read(), "w");
+  EXPECT_EQ(sim.iniValue(kFile, "S", "k"), "w");
 }
 
-TEST(WriteSetting, MakesTheFileWhenMissing) {
-  FakeProgram program;
-  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "k"}), "");
-  EXPECT_NE(WriteSetting(program, {"C:\\a.ini", "S", "k"}, "w"), 0U);
-  EXPECT_EQ(ReadSetting(program, {"C:\\a.ini", "S", "k"}), "w");
+TEST_F(Settings, MakeTheirFileWhenItIsMissing) {
+  EXPECT_EQ(read(), "");
+  EXPECT_NE(write("w"), 0U);
+  EXPECT_EQ(read(), "w");
 }
 
-TEST(WriteSetting, WithoutASectionCallsNothing) {
-  FakeProgram program;
-  program.sim.putFile("C:\\a.ini", "[S]\r\nk=v\r\n");
-  program.sim.callLog().clear();
-  EXPECT_EQ(WriteSetting(program, {"C:\\a.ini", "", "k"}, "w"), 0U);
-  EXPECT_THAT(program.sim.calls(), IsEmpty());
+TEST_F(Settings, WithoutASectionAreWrittenWithoutACall) {
+  put("k=v");
+  sim.callLog().clear();
+  EXPECT_EQ(write("w", ""), 0U);
+  EXPECT_THAT(sim.calls(), IsEmpty());
 }
 
-TEST(WriteSetting, AnswersZeroWhenRefused) {
-  FakeProgram program;
-  EXPECT_EQ(WriteSetting(program, {"C:\\no\\a.ini", "S", "k"}, "w"), 0U);
+TEST_F(Settings, ThatAreRefusedAnswerZero) {
+  EXPECT_EQ(write("w", "S", "C:\\no\\a.ini"), 0U);
   EXPECT_THAT(program.reports(), IsEmpty());
 }
 
 // --- File version
 
-TEST(FileVersionText, HasTwoOrFourNumbers) {
-  FakeProgram program;
-  program.sim.putFile("C:\\p.exe", "MZ");
-  program.sim.setFileVersion("C:\\p.exe", {3, 20, 30, 4});
-  EXPECT_EQ(FileVersionText(program, "C:\\p.exe", false), "3.20");
-  EXPECT_EQ(FileVersionText(program, "C:\\p.exe", true), "3.20.30.4");
-}
-
-TEST(FileVersionText, IsEmptyWithoutAResourceOrAFile) {
-  FakeProgram program;
-  program.sim.putFile("C:\\p.exe", "MZ");
+TEST_F(Library, AFilesVersionHasTwoOrFourNumbersOrIsEmpty) {
+  sim.putFile("C:\\p.exe", "MZ");
   EXPECT_EQ(FileVersionText(program, "C:\\p.exe", true), "");
   EXPECT_EQ(FileVersionText(program, "C:\\no.exe", true), "");
+  sim.setFileVersion("C:\\p.exe", {3, 20, 30, 4});
+  EXPECT_EQ(FileVersionText(program, "C:\\p.exe", false), "3.20");
+  EXPECT_EQ(FileVersionText(program, "C:\\p.exe", true), "3.20.30.4");
   EXPECT_THAT(program.reports(), IsEmpty());
 }
 

@@ -2,16 +2,24 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <tuple>
 
 #include "platform/modRegistry.h"
 #include "support/FakeProgram.h"
+#include "support/Matchers.h"
+#include "support/Refusals.h"
 
 namespace trelv::modRegistry {
 namespace {
 
 using machine::Hive;
+using sim::CallKind;
+using testing::_;
+using testing::ElementsAre;
 using testing::IsEmpty;
 using tests::FakeProgram;
+using tests::isReport;
+using tests::refuse;
 
 constexpr Hive kMachine = Hive::LocalMachine;
 constexpr const char* kKey = "SOFTWARE\\LUMO\\Programmi";
@@ -26,17 +34,30 @@ std::string wide(const std::string& text) {
   return bytes;
 }
 
+constexpr std::uint32_t kText = machine::value_type::kText;
+constexpr std::uint32_t kNumber = machine::value_type::kNumber;
+
+/// A text with its NUL, as the registry stores it.
+std::string stored(const std::string& text) { return wide(text) + std::string(2, '\0'); }
+
 class RegistryTest : public testing::Test {
  protected:
-  bool query(const std::string& name, Variant& value) {
-    return QueryValue(program, kMachine, kKey, name, value);
+  /// The value of a query that began with the text "before"; "unread" when it answers false and
+  /// left that.
+  Variant query(const std::string& name) {
+    Variant value = std::string("before");
+    if (QueryValue(program, kMachine, kKey, name, value)) {
+      return value;
+    }
+    return value == Variant(std::string("before")) ? std::string("unread") : value;
   }
-  std::string text(const std::string& name) {
-    Variant value;
-    return query(name, value) ? std::get<std::string>(value) : "(none)";
+  bool set(const Variant& value, std::uint32_t type) {
+    return SetKeyValue(program, kMachine, kKey, "a", value, type);
   }
-  void store(const std::string& name, std::uint32_t type, const std::string& bytes) {
-    registry.setStored(kMachine, kKey, name, type, bytes);
+  /// The bytes of value "a"; "none" when it is missing.
+  std::string bytes() {
+    const auto value = registry.value(kMachine, kKey, "a");
+    return value.has_value() ? value->stored : "none";
   }
 
   FakeProgram program;
@@ -66,196 +87,110 @@ TEST_F(RegistryTest, CreateKeyAnswersFalseWhenRefused) {
 
 // --- SetKeyValue
 
-TEST_F(RegistryTest, SetKeyValueWritesTextWithItsNul) {
+TEST_F(RegistryTest, SetKeyValueWritesTextWithItsNulAndNumbersInFourBytes) {
   registry.makeKey(kMachine, kKey);
-  EXPECT_TRUE(SetKeyValue(program, kMachine, kKey, "a", std::string("C:\\Città"),
-                          machine::value_type::kText));
-  EXPECT_EQ(registry.text(kMachine, kKey, "a"), "C:\\Città");
-  const auto stored = registry.value(kMachine, kKey, "a");
-  ASSERT_TRUE(stored.has_value());
-  EXPECT_EQ(stored->type, 1U);
-  // Eight characters and the NUL, two bytes each.
-  EXPECT_EQ(stored->stored.size(), 18U);
-}
-
-TEST_F(RegistryTest, SetKeyValueWritesEmptyText) {
-  registry.makeKey(kMachine, kKey);
-  EXPECT_TRUE(SetKeyValue(program, kMachine, kKey, "a", std::string(), machine::value_type::kText));
-  EXPECT_EQ(registry.text(kMachine, kKey, "a"), "");
-}
-
-TEST_F(RegistryTest, SetKeyValueWritesNumbersInFourBytes) {
-  registry.makeKey(kMachine, kKey);
-  const std::uint32_t type = machine::value_type::kNumber;
-  EXPECT_TRUE(SetKeyValue(program, kMachine, kKey, "a", std::int32_t{-2}, type));
-  EXPECT_TRUE(SetKeyValue(program, kMachine, kKey, "b", std::string(" 258 "), type));
-  EXPECT_EQ(registry.value(kMachine, kKey, "a")->stored, "\xFE\xFF\xFF\xFF");
-  EXPECT_EQ(registry.value(kMachine, kKey, "b")->stored, std::string("\x02\x01\0\0", 4));
-}
-
-TEST_F(RegistryTest, SetKeyValueWritesANumberAsText) {
-  registry.makeKey(kMachine, kKey);
-  EXPECT_TRUE(
-      SetKeyValue(program, kMachine, kKey, "a", std::int32_t{-7}, machine::value_type::kText));
-  EXPECT_EQ(registry.text(kMachine, kKey, "a"), "-7");
+  const std::vector<std::tuple<std::uint32_t, Variant, std::string>> rows = {
+      {kText, std::string("C:\\x"), stored("C:\\x")},
+      {kText, std::string("\u00E0"), std::string("\xE0\0\0\0", 4)},
+      {kText, std::string(), stored("")},
+      {kText, std::int32_t{-7}, stored("-7")},
+      {kNumber, std::int32_t{-2}, "\xFE\xFF\xFF\xFF"},
+      {kNumber, std::string(" 258 "), std::string("\x02\x01\0\0", 4)}};
+  for (const auto& [type, value, data] : rows) {
+    EXPECT_TRUE(set(value, type));
+    EXPECT_EQ(bytes(), data);
+    EXPECT_EQ(registry.value(kMachine, kKey, "a")->type, type);
+  }
 }
 
 TEST_F(RegistryTest, SetKeyValueReportsATextThatIsNoNumber) {
   registry.makeKey(kMachine, kKey);
-  for (const char* const bad : {"abc", "12a", "", "2147483648"}) {
-    EXPECT_FALSE(
-        SetKeyValue(program, kMachine, kKey, "a", std::string(bad), machine::value_type::kNumber))
-        << bad;
+  for (const auto& [text, number] : std::vector<std::pair<std::string, std::int32_t>>{
+           {"abc", 13}, {"12a", 13}, {"", 13}, {"2147483648", 6}}) {
+    program.errors.reports.clear();
+    EXPECT_FALSE(set(text, kNumber)) << text;
+    EXPECT_THAT(program.reports(), ElementsAre(isReport("SetValueEx", _, number, "modRegistry")));
   }
-  ASSERT_EQ(program.reports().size(), 4U);
-  EXPECT_EQ(program.reports()[0].module, "modRegistry");
-  EXPECT_EQ(program.reports()[0].procedure, "SetValueEx");
-  EXPECT_EQ(program.reports()[0].failure.number(), 13);
-  EXPECT_EQ(program.reports()[3].failure.number(), 6);
-  EXPECT_FALSE(registry.value(kMachine, kKey, "a").has_value());
+  EXPECT_EQ(bytes(), "none");
 }
 
 TEST_F(RegistryTest, SetKeyValueWritesNothingOfOtherTypesYetAnswersTrue) {
   registry.makeKey(kMachine, kKey);
-  for (const std::uint32_t type : {2U, 3U, 7U, 11U}) {
-    EXPECT_TRUE(SetKeyValue(program, kMachine, kKey, "a", std::string("x"), type));
-  }
-  EXPECT_FALSE(registry.value(kMachine, kKey, "a").has_value());
+  for (const std::uint32_t type : {2U, 3U, 7U, 11U}) EXPECT_TRUE(set(std::string("x"), type));
+  EXPECT_EQ(bytes(), "none");
 }
 
 TEST_F(RegistryTest, SetKeyValueNeedsAKeyThatIsThereAndMayBeWritten) {
-  const std::uint32_t type = machine::value_type::kText;
-  EXPECT_FALSE(SetKeyValue(program, kMachine, kKey, "a", std::string("x"), type));
+  EXPECT_FALSE(set(std::string("x"), kText));
   EXPECT_FALSE(registry.keyExists(kMachine, kKey));
   registry.makeKey(kMachine, kKey);
+  program.sim.callLog().setInjector(refuse({CallKind::RegistryWrite}));
+  EXPECT_FALSE(set(std::string("x"), kText));
+  program.sim.callLog().setInjector(nullptr);
   registry.denyWriting(kMachine, kKey);
-  EXPECT_FALSE(SetKeyValue(program, kMachine, kKey, "a", std::string("x"), type));
+  EXPECT_FALSE(set(std::string("x"), kText));
   EXPECT_THAT(program.reports(), IsEmpty());
-}
-
-TEST_F(RegistryTest, SetKeyValueAnswersFalseWhenTheWriteFails) {
-  registry.makeKey(kMachine, kKey);
-  program.sim.callLog().setInjector([](const sim::SimCall& call) -> std::optional<SystemCode> {
-    return call.kind == sim::CallKind::RegistryWrite ? std::optional<SystemCode>(5) : std::nullopt;
-  });
-  EXPECT_FALSE(
-      SetKeyValue(program, kMachine, kKey, "a", std::string("x"), machine::value_type::kText));
 }
 
 // --- QueryValue
 
-TEST_F(RegistryTest, QueryValueReadsTextWithoutItsNul) {
-  registry.setText(kMachine, kKey, "a", "C:\\Città");
-  EXPECT_EQ(text("a"), "C:\\Città");
-  EXPECT_EQ(text("A"), "C:\\Città");
-}
-
-TEST_F(RegistryTest, QueryValueReadsEmptyText) {
-  registry.setText(kMachine, kKey, "a", "");
-  EXPECT_EQ(text("a"), "");
-}
-
-TEST_F(RegistryTest, QueryValueReadsAValueOfNoBytesAsEmptyText) {
-  store("a", machine::value_type::kText, "");
-  EXPECT_EQ(text("a"), "");
-}
-
-TEST_F(RegistryTest, QueryValueLosesTheLastCharacterOfATextWithoutNul) {
-  // Five bytes: two whole characters and half a one.
-  store("a", machine::value_type::kText, std::string("a\0b\0c", 5));
-  EXPECT_EQ(text("a"), "a");
-}
-
-TEST_F(RegistryTest, QueryValueKeepsInnerNuls) {
-  store("m", machine::value_type::kMultiText,
-        wide("one") + std::string(2, '\0') + wide("two") + std::string(4, '\0'));
-  EXPECT_EQ(text("m"), std::string("one\0two\0", 8));
-  store("s", machine::value_type::kText,
-        wide("ab") + std::string(2, '\0') + wide("cd") + std::string(2, '\0'));
-  EXPECT_EQ(text("s"), std::string("ab\0cd", 5));
-}
-
-TEST_F(RegistryTest, QueryValueReadsNumbersWithTheirSign) {
-  store("a", machine::value_type::kNumber, std::string("\x02\x01\0\0", 4));
-  store("b", machine::value_type::kNumber, "\xFF\xFF\xFF\xFF");
-  store("c", machine::value_type::kNumber, std::string("\0\0\0\x80", 4));
-  Variant value;
-  EXPECT_TRUE(query("a", value));
-  EXPECT_EQ(std::get<std::int32_t>(value), 258);
-  EXPECT_TRUE(query("b", value));
-  EXPECT_EQ(std::get<std::int32_t>(value), -1);
-  EXPECT_TRUE(query("c", value));
-  EXPECT_EQ(std::get<std::int32_t>(value), std::numeric_limits<std::int32_t>::min());
-}
-
-TEST_F(RegistryTest, QueryValueReadsAShortNumberAndRefusesALongOne) {
-  store("short", machine::value_type::kNumber, std::string("\x02\x01", 2));
-  store("long", machine::value_type::kNumber, std::string(8, '\x01'));
-  Variant value = std::string("before");
-  EXPECT_FALSE(query("long", value));
-  EXPECT_EQ(std::get<std::string>(value), "before");
-  EXPECT_TRUE(query("short", value));
-  EXPECT_EQ(std::get<std::int32_t>(value), 258);
-}
-
-TEST_F(RegistryTest, QueryValueRefusesOtherTypesAndLeavesTheValueAlone) {
-  store("expand", machine::value_type::kExpandText, wide("%windir%") + std::string(2, '\0'));
-  store("binary", machine::value_type::kBinary, "abc");
-  Variant value = std::int32_t{7};
-  EXPECT_FALSE(query("expand", value));
-  EXPECT_FALSE(query("binary", value));
-  EXPECT_EQ(std::get<std::int32_t>(value), 7);
+TEST_F(RegistryTest, QueryValueReadsTextsAndNumbersAsTheyAreStored) {
+  const std::vector<std::tuple<std::uint32_t, std::string, Variant>> rows = {
+      {kText, stored("C:\\x"), std::string("C:\\x")},
+      {kText, std::string("\xE0\0\0\0", 4), std::string("\u00E0")},
+      {kText, stored(""), std::string()},
+      {kText, "", std::string()},
+      // Five bytes: two whole characters and half a one. The last counts as the NUL.
+      {kText, std::string("a\0b\0c", 5), std::string("a")},
+      {kText, stored("ab") + stored("cd"), std::string("ab\0cd", 5)},
+      {machine::value_type::kMultiText, stored("one") + stored("two") + stored(""),
+       std::string("one\0two\0", 8)},
+      {kNumber, std::string("\x02\x01\0\0", 4), std::int32_t{258}},
+      {kNumber, "\xFF\xFF\xFF\xFF", std::int32_t{-1}},
+      {kNumber, std::string("\0\0\0\x80", 4), std::numeric_limits<std::int32_t>::min()},
+      {kNumber, std::string("\x02\x01", 2), std::int32_t{258}},
+      {kNumber, std::string(8, '\x01'), std::string("unread")},
+      {machine::value_type::kExpandText, stored("%windir%"), std::string("unread")},
+      {machine::value_type::kBinary, "abc", std::string("unread")}};
+  for (const auto& [type, data, value] : rows) {
+    registry.setStored(kMachine, kKey, "a", type, data);
+    EXPECT_EQ(query("a"), value) << testing::PrintToString(data);
+    EXPECT_EQ(query("A"), value);
+  }
   EXPECT_THAT(program.reports(), IsEmpty());
 }
 
-TEST_F(RegistryTest, QueryValueOfAMissingKeyOrValueAnswersFalseInSilence) {
-  Variant value = std::int32_t{7};
-  EXPECT_FALSE(query("a", value));
+TEST_F(RegistryTest, QueryValueOfAMissingOrRefusedKeyOrValueAnswersFalseInSilence) {
+  const Variant unread = std::string("unread");
+  EXPECT_EQ(query("a"), unread);
   registry.makeKey(kMachine, kKey);
-  EXPECT_FALSE(query("a", value));
-  EXPECT_FALSE(query("", value));
-  EXPECT_EQ(std::get<std::int32_t>(value), 7);
+  EXPECT_EQ(query("a"), unread);
+  EXPECT_EQ(query(""), unread);
+  registry.setText(kMachine, kKey, "", "x");
+  EXPECT_EQ(query(""), Variant(std::string("x"))) << "the default value";
+  registry.deny(kMachine, kKey);
+  EXPECT_EQ(query(""), unread);
   EXPECT_THAT(program.reports(), IsEmpty());
   EXPECT_THAT(program.lines(), IsEmpty());
 }
 
-TEST_F(RegistryTest, QueryValueReadsTheDefaultValue) {
-  registry.setText(kMachine, kKey, "", "x");
-  EXPECT_EQ(text(""), "x");
-}
-
-TEST_F(RegistryTest, QueryValueOfARefusedKeyAnswersFalse) {
-  registry.setText(kMachine, kKey, "a", "x");
-  registry.deny(kMachine, kKey);
-  EXPECT_EQ(text("a"), "(none)");
-}
-
 TEST_F(RegistryTest, QueryValueEmptiesTheTextWhenTheSecondReadFails) {
   registry.setText(kMachine, kKey, "a", "x");
-  program.sim.callLog().setInjector([](const sim::SimCall& call) -> std::optional<SystemCode> {
-    return call.kind == sim::CallKind::RegistryRead ? std::optional<SystemCode>(234) : std::nullopt;
-  });
-  Variant value = std::string("before");
-  EXPECT_FALSE(query("a", value));
-  EXPECT_EQ(std::get<std::string>(value), "");
+  program.sim.callLog().setInjector(refuse({CallKind::RegistryRead}, 234));
+  EXPECT_EQ(query("a"), Variant(std::string()));
+  Variant value;
+  EXPECT_FALSE(QueryValue(program, kMachine, kKey, "a", value));
 }
 
 TEST_F(RegistryTest, QueryValueReportsWhenTypeAndSizeCannotBeRead) {
   registry.setText(kMachine, kKey, "a", "x");
-  program.sim.callLog().setInjector([](const sim::SimCall& call) -> std::optional<SystemCode> {
-    return call.kind == sim::CallKind::RegistryDescribe ? std::optional<SystemCode>(5)
-                                                        : std::nullopt;
-  });
-  Variant value = std::int32_t{7};
-  EXPECT_FALSE(query("a", value));
-  EXPECT_EQ(std::get<std::int32_t>(value), 7);
-  ASSERT_EQ(program.reports().size(), 1U);
-  EXPECT_EQ(program.reports()[0].module, "modRegistry");
-  EXPECT_EQ(program.reports()[0].procedure, "QueryValueEx");
+  program.sim.callLog().setInjector(refuse({CallKind::RegistryDescribe}));
+  EXPECT_EQ(query("a"), Variant(std::string("unread")));
+  EXPECT_THAT(program.reports(), ElementsAre(isReport("QueryValueEx", _, _, "modRegistry")));
 }
 
 TEST_F(RegistryTest, QueryValueExTellsTheSystemsCodeOrMinusOne) {
-  store("expand", machine::value_type::kExpandText, wide("x") + std::string(2, '\0'));
+  registry.setStored(kMachine, kKey, "expand", machine::value_type::kExpandText, stored("x"));
   registry.setText(kMachine, kKey, "a", "x");
   std::unique_ptr<machine::RegistryKey> key;
   ASSERT_EQ(registry.openKey(kMachine, kKey, machine::key_access::kQueryValue, key), 0U);
@@ -271,10 +206,11 @@ constexpr const char* kClasses = "Software\\Classes\\ClsID";
 
 class FindRegisteredFileTest : public RegistryTest {
  protected:
+  static std::string keyOf(const std::string& keys) { return std::string(kClasses) + "\\" + keys; }
   void put(const std::string& keys, const std::string& file) {
-    registry.setText(kMachine, std::string(kClasses) + "\\" + keys, "", file);
+    registry.setText(kMachine, keyOf(keys), "", file);
   }
-  std::string find(const std::string& search) {
+  std::string find(const std::string& search = "x.ocx") {
     return FindRegisteredFile(program, kClasses, search);
   }
 };
@@ -289,78 +225,54 @@ TEST_F(FindRegisteredFileTest, GivesTheFirstInOrderOfEnumeration) {
   put("{3}\\InprocServer32", "C:\\c\\x.ocx");
   put("{1}\\ToolboxBitmap32", "C:\\a\\x.ocx");
   put("{1}\\InprocServer32", "C:\\b\\x.ocx");
-  EXPECT_EQ(find("x.ocx"), "C:\\b\\x.ocx");
+  EXPECT_EQ(find(), "C:\\b\\x.ocx");
 }
 
-TEST_F(FindRegisteredFileTest, LooksExactlyTwoLevelsDown) {
+TEST_F(FindRegisteredFileTest, LooksAtPlainTextsExactlyTwoLevelsDown) {
+  EXPECT_EQ(find(), "") << "without the tree";
   put("{1}", "C:\\a\\x.ocx");
+  put("{1}\\InprocServer32", "C:\\a\\y.ocx");
   put("{1}\\InprocServer32\\deeper", "C:\\b\\x.ocx");
-  EXPECT_EQ(find("x.ocx"), "");
-}
-
-TEST_F(FindRegisteredFileTest, ReadsPlainTextsOnly) {
-  const std::string key = std::string(kClasses) + "\\{1}\\InprocServer32";
-  registry.setStored(kMachine, key, "", machine::value_type::kExpandText,
-                     wide("C:\\x.ocx") + std::string(2, '\0'));
-  EXPECT_EQ(find("x.ocx"), "");
-  registry.setText(kMachine, key, "", "C:\\x.ocx");
-  EXPECT_EQ(find("x.ocx"), "C:\\x.ocx");
+  registry.setStored(kMachine, keyOf("{2}\\InprocServer32"), "", machine::value_type::kExpandText,
+                     stored("C:\\x.ocx"));
+  EXPECT_EQ(find(), "");
+  put("{2}\\InprocServer32", "C:\\x.ocx");
+  EXPECT_EQ(find(), "C:\\x.ocx");
+  EXPECT_THAT(program.reports(), IsEmpty());
 }
 
 TEST_F(FindRegisteredFileTest, GoesOnAfterKeysThatCannotBeOpened) {
   put("{1}\\InprocServer32", "C:\\a\\x.ocx");
   put("{2}\\InprocServer32", "C:\\b\\x.ocx");
-  registry.makeKey(kMachine, std::string(kClasses) + "\\{2}\\Implemented");
-  registry.deny(kMachine, std::string(kClasses) + "\\{1}");
-  EXPECT_EQ(find("x.ocx"), "C:\\b\\x.ocx");
-}
-
-TEST_F(FindRegisteredFileTest, IsEmptyWithoutTheTreeOrAMatch) {
-  EXPECT_EQ(find("x.ocx"), "");
-  put("{1}\\InprocServer32", "C:\\a\\y.ocx");
-  EXPECT_EQ(find("x.ocx"), "");
-  EXPECT_THAT(program.reports(), IsEmpty());
+  registry.makeKey(kMachine, keyOf("{2}\\Implemented"));
+  registry.deny(kMachine, keyOf("{1}"));
+  EXPECT_EQ(find(), "C:\\b\\x.ocx");
 }
 
 TEST_F(FindRegisteredFileTest, EndsAtANameThatDoesNotFitTheBuffer) {
-  put("{1}" + std::string(252, 'x') + "\\InprocServer32", "C:\\a\\z.ocx");
+  const std::string longName = "{1}" + std::string(252, 'x');
+  put(longName + "\\InprocServer32", "C:\\a\\z.ocx");
   put("{2}\\InprocServer32", "C:\\b\\x.ocx");
-  EXPECT_EQ(find("x.ocx"), "");
-  registry.removeKey(kMachine, std::string(kClasses) + "\\{1}" + std::string(252, 'x'));
-  EXPECT_EQ(find("x.ocx"), "C:\\b\\x.ocx");
+  EXPECT_EQ(find(), "");
+  registry.removeKey(kMachine, keyOf(longName));
+  EXPECT_EQ(find(), "C:\\b\\x.ocx");
 }
 
 // --- Product folders
 
-TEST_F(RegistryTest, OlvamarFolderHasTheSuffixInItsKey) {
-  registry.setText(kMachine, "Software\\Microsoft\\Windows\\CurrentVersion\\uninstall\\Olvamar2007",
-                   "InstallLocation", "C:\\Olv7\\");
-  registry.setText(kMachine, "Software\\Microsoft\\Windows\\CurrentVersion\\uninstall\\Olvamar",
-                   "InstallLocation", "C:\\Olv\\");
+TEST_F(RegistryTest, ProductFoldersHaveTheirOwnKeysAndLoseBlanksAndOneBackslash) {
+  const std::string current = "Software\\Microsoft\\Windows\\CurrentVersion\\";
+  EXPECT_EQ(BrundelFolder(program) + KexoraFolder(program) + GastrimFolder(program), "");
+  registry.setText(kMachine, current + "uninstall\\Olvamar2007", "InstallLocation", "C:\\Olv7\\");
+  registry.setText(kMachine, current + "uninstall\\Olvamar", "InstallLocation", "C:\\Olv\\");
+  registry.setText(kMachine, current + "App Paths\\Brundel", "Path", "C:\\Brundel");
+  registry.setText(kMachine, current + "App Paths\\Kexora.exe", "Path", "  C:\\Kexora\\ ");
+  registry.setText(kMachine, "Software\\AutoSetupInfo\\GASTRIM", "ProgramPath", "C:\\Gastrim\\\\");
   EXPECT_EQ(OlvamarFolder(program, "2007"), "C:\\Olv7");
   EXPECT_EQ(OlvamarFolder(program, "2008"), "");
   EXPECT_EQ(OlvamarFolder(program, ""), "C:\\Olv");
-}
-
-TEST_F(RegistryTest, OtherProductFoldersHaveTheirOwnKeys) {
-  EXPECT_EQ(BrundelFolder(program), "");
-  EXPECT_EQ(KexoraFolder(program), "");
-  EXPECT_EQ(GastrimFolder(program), "");
-  registry.setText(kMachine, "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\Brundel",
-                   "Path", "C:\\Brundel");
-  registry.setText(kMachine, "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\Kexora.exe",
-                   "Path", "C:\\Kexora");
-  registry.setText(kMachine, "Software\\AutoSetupInfo\\GASTRIM", "ProgramPath", "C:\\Gastrim");
   EXPECT_EQ(BrundelFolder(program), "C:\\Brundel");
   EXPECT_EQ(KexoraFolder(program), "C:\\Kexora");
-  EXPECT_EQ(GastrimFolder(program), "C:\\Gastrim");
-}
-
-TEST_F(RegistryTest, AProductFolderLosesBlanksAndOneBackslash) {
-  const char* const key = "Software\\AutoSetupInfo\\GASTRIM";
-  registry.setText(kMachine, key, "ProgramPath", "  C:\\Gastrim\\ ");
-  EXPECT_EQ(GastrimFolder(program), "C:\\Gastrim");
-  registry.setText(kMachine, key, "ProgramPath", "C:\\Gastrim\\\\");
   EXPECT_EQ(GastrimFolder(program), "C:\\Gastrim\\");
   EXPECT_THAT(program.reports(), IsEmpty());
 }
