@@ -9,19 +9,14 @@ struct ConfigurationFiles::Kept {};
 ConfigurationFiles::ConfigurationFiles(machine::Machine& machine) : machine_(machine) {}
 ConfigurationFiles::~ConfigurationFiles() = default;
 
-std::string ConfigurationFiles::read(const std::string& section, const std::string& key,
-                                     const std::string& file, std::uint32_t size) {
-  return machine_.profiles.readValue(section, key, "", size, file);
+std::string ConfigurationFiles::read(const IniAddress& address, std::uint32_t size) {
+  return machine_.profiles.readValue(address.section, address.key, "", size, address.file);
 }
 
-bool ConfigurationFiles::holds(const std::string& /*section*/, const std::string& /*key*/,
-                               const std::string& /*file*/) {
-  return false;
-}
+bool ConfigurationFiles::holds(const IniAddress& /*address*/) { return false; }
 
 void ConfigurationFiles::forget() {}
 void ConfigurationFiles::forget(const std::string& /*file*/) {}
-void ConfigurationFiles::written(const std::string& /*section*/, const std::string& /*key*/,
-                                 const std::string& /*file*/, const std::string& /*value*/) {}
+void ConfigurationFiles::written(const IniAddress& /*address*/, const std::string& /*value*/) {}
 
 }  // namespace trelv
