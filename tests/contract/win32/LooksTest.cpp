@@ -19,8 +19,8 @@
 #include "win32/WindowClass.h"
 #include "win32/WindowContext.h"
 
-// How the forms look, measured: at the resolution of the system that this runs on. A scenario
-// repeats it at others.
+// How the forms look, measured at the resolution of the system that this runs on. For another one
+// set LogPixels under HKEY_CURRENT_USER, "Control Panel\Desktop", and start the prefix anew.
 namespace trelv::win32 {
 namespace {
 
