@@ -290,9 +290,9 @@ def test_f10_tells_the_build_and_is_pictured(standalone):
         hand.point_at(hand.dialog(SELECTION))
         hand.keys("F10")
         form = hand.dialog(INFORMATION)
-        assert form.text("lblinfo0") == "TrelvManager.exe"
-        assert form.text("lblinfo1") == "20/11/2026"
-        assert form.text("lblinfo2").count(".") == 3
+        assert form.text("lblinfo_0") == "TrelvManager.exe"
+        assert form.text("lblinfo_1") == "20/11/2026"
+        assert form.text("lblinfo_2").count(".") == 3
         hand.picture(INFORMATION, "informazioni")
         hand.press(INFORMATION, "Command1")
         hand.press(SELECTION, "cmdExit")
