@@ -59,7 +59,7 @@ class Value {
 };
 
 std::string takeText(BSTR text) {
-  const std::string taken =
+  std::string taken =
       text != nullptr ? utf8(std::wstring(text, SysStringLen(text))) : std::string();
   SysFreeString(text);
   return taken;
@@ -110,7 +110,7 @@ AutomationAnswer DispatchObject::start(const wchar_t* program, DispatchObject& o
 AutomationAnswer DispatchObject::get(const wchar_t* member, DispatchObject& value) const {
   DISPPARAMS none{};
   Value result;
-  const AutomationAnswer answer = invoke(member, DISPATCH_PROPERTYGET, none, result.address());
+  AutomationAnswer answer = invoke(member, DISPATCH_PROPERTYGET, none, result.address());
   if (answer.code != 0) {
     return answer;
   }
