@@ -143,13 +143,12 @@ void SweptRemoval::expectSound(Findings& findings) {
   }
 }
 
-TEST(RemovalSweep, OfTheServerSideTellsFailuresAndTouchesNothingShared) {
+// Both sides in one test: the rows of the table are for the two of them together, and parts of the
+// test program may run in processes of their own.
+TEST(RemovalSweep, TellsFailuresAndTouchesNothingShared) {
   expectSwept<SweptRemoval>(
       {Trouble::FailsOnce, Trouble::FailsFromThenOn, Trouble::ShareVanishes, Trouble::Killed}, 50,
       Side::Server);
-}
-
-TEST(RemovalSweep, OfTheClientSideTellsFailuresAndTouchesNothingShared) {
   expectSwept<SweptRemoval>({Trouble::FailsOnce, Trouble::Killed}, 6, Side::Client);
   expectEachRowMatched(kSilent);
 }
