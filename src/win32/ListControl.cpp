@@ -123,13 +123,35 @@ void MultiListControl::select(int index) {
 }
 
 LRESULT MultiListControl::receive(UINT message, WPARAM first, LPARAM second) {
+  if (message == WM_LBUTTONDBLCLK) {
+    doubleClicked({static_cast<short>(LOWORD(second)), static_cast<short>(HIWORD(second))});
+    return 0;
+  }
   const LRESULT result = passOn(message, first, second);
   if ((message == WM_KEYDOWN || message == WM_CHAR) && first == VK_SPACE) {
-    HWND const list = window();
-    SendMessageW(GetParent(list), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(list), LBN_SELCHANGE),
-                 reinterpret_cast<LPARAM>(list));
+    tellDialog(LBN_SELCHANGE);
   }
   return result;
+}
+
+/// The second of two clicks deselects the item again on some systems and does nothing on others.
+void MultiListControl::doubleClicked(POINT point) {
+  for (int i = 0; i < count(); ++i) {
+    RECT row{};
+    send(LB_GETITEMRECT, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(&row));
+    if (PtInRect(&row, point) != FALSE) {
+      setSelected(i, true);
+      tellDialog(LBN_SELCHANGE);
+      break;
+    }
+  }
+  tellDialog(LBN_DBLCLK);
+}
+
+void MultiListControl::tellDialog(WORD notification) const {
+  HWND const list = window();
+  SendMessageW(GetParent(list), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(list), notification),
+               reinterpret_cast<LPARAM>(list));
 }
 
 }  // namespace trelv::win32

@@ -46,8 +46,8 @@ class ListControl : public ItemControl {
   LONG width_ = 0;
 };
 
-/// A list box of several choices. Its dialog hears also of what the space bar selects or deselects:
-/// not every system's list box tells of it.
+/// A list box of several choices. Its dialog hears also of what the space bar selects or deselects,
+/// which not every system's list box tells; and a double click leaves its item selected.
 class MultiListControl : public ListControl, private ControlProcedure {
  public:
   explicit MultiListControl(HWND window) : ListControl(window), ControlProcedure(window) {}
@@ -59,6 +59,8 @@ class MultiListControl : public ListControl, private ControlProcedure {
 
  private:
   LRESULT receive(UINT message, WPARAM first, LPARAM second) override;
+  void doubleClicked(POINT point);
+  void tellDialog(WORD notification) const;
 };
 
 }  // namespace trelv::win32

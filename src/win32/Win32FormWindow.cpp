@@ -121,7 +121,7 @@ bool Win32FormWindow::notified(const std::string& control, WORD notification, HW
     return true;
   }
   const bool ofListBox = isOfClass(sender, L"ListBox");
-  if (ofListBox && notification == LBN_DBLCLK && !takesSeveralChoices(sender)) {
+  if (ofListBox && notification == LBN_DBLCLK) {
     guarded([this, &control] { form_.doubleClicked(*this, control); });
     return true;
   }

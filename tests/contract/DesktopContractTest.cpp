@@ -212,6 +212,19 @@ TEST_F(MultiListContract, EachClickSelectsOrDeselectsOneItemAndTheFormHears) {
   EXPECT_EQ(form_.heard, (Names{changed_, changed_, changed_}));
 }
 
+TEST_F(MultiListContract, ADoubleClickLeavesItsItemSelectedAndIsHeardAfterIt) {
+  const std::string doubled = "double-clicked " + list_;
+  playFilled([&](FormWindow& window) {
+    world().doubleClick(window, list_, 2);
+    EXPECT_EQ(chosen(window), Indexes{2});
+    EXPECT_EQ(form_.heard, (Names{changed_, doubled}));
+    window.setItemSelected(list_, 1, true);
+    world().doubleClick(window, list_, -1);
+    EXPECT_EQ(chosen(window), (Indexes{1, 2})) << "below the items";
+  });
+  EXPECT_EQ(form_.heard, (Names{changed_, doubled, doubled}));
+}
+
 TEST_F(MultiListContract, TheProgramSelectsEachItemByItself) {
   playFilled([&](FormWindow& window) {
     window.setItemSelected(list_, 2, true);

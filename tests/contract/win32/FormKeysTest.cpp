@@ -282,16 +282,6 @@ TEST_F(FormKeys, TheSpaceBarSelectsAndDeselectsTheItemThatTheArrowsGoTo) {
   EXPECT_EQ(Names(3, std::string("changed ") + kMultiList), form_.events);
 }
 
-TEST_F(FormKeys, ADoubleClickInAListOfSeveralChoicesOnlyTogglesTheItem) {
-  play([this](machine::FormWindow& window) {
-    window.addItem(kMultiList, "a");
-    side_->doubleClick(window, kMultiList, 0);
-  });
-  for (const std::string& event : form_.events) {
-    EXPECT_EQ(std::string("changed ") + kMultiList, event);
-  }
-}
-
 // --- Long items
 
 TEST_F(FormKeys, AListScrollsAsFarAsItsLongestItemWants) {
