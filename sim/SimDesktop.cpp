@@ -280,8 +280,12 @@ bool SimFormWindow::doubleClick(const std::string& control, int index) {
   if (isTab(control)) {
     throw std::logic_error(control + " is no list");
   }
-  if (index != -1 && !itemSelected(control, index)) {
+  if (index != -1) {
     isMultiList(control) ? toggle(control, index) : choose(control, index);
+    // The first click deselected it, the second one selects it again.
+    if (isMultiList(control) && !itemSelected(control, index)) {
+      toggle(control, index);
+    }
   }
   // Its first click may have closed the form or taken the control away.
   if (usable(control) && form_ != nullptr) {

@@ -179,6 +179,16 @@ TEST_F(IntegratedForm, WithNothingSelectedItStaysAndTheResultIsUnchanged) {
   EXPECT_THAT(selection(), IsEmpty());
 }
 
+TEST_F(IntegratedForm, ADoubleClickSelectsItsItemAndDoesNotGoOn) {
+  show([](SimFormWindow& form) {
+    form.doubleClick(kList, kBilancio);
+    form.doubleClick(kList, -1);
+    EXPECT_TRUE(form.isOpen());
+    EXPECT_THAT(form.selectedItems(kList), ElementsAre(kNerio, kBilancio));
+  });
+  EXPECT_THAT(machine_.boxes(), IsEmpty());
+}
+
 TEST_F(IntegratedForm, AnEntryWithoutCaptionInTheFirstPlaceCountsAsNothing) {
   offer({{"LUDA", "", "luda"}, {"ZM", "Zeltomodelli", "zm"}});
   show([](SimFormWindow& form) {
