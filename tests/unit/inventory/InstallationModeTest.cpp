@@ -2,37 +2,72 @@
 #include <gtest/gtest.h>
 
 #include "inventory/InstallationMode.h"
+#include "support/Matchers.h"
 #include "unit/inventory/Report.h"
 
 namespace trelv::tests {
 namespace {
 
-using machine::Hive;
 using modProdTrelvInfo::IsServerPathRemote;
 using modProdTrelvInfo::VerifyInstallationMode;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
+
+constexpr SystemCode kNotConnected = 2250;
 
 // --- Where a path leads
 
 class ServerPath : public testing::Test {
  protected:
+  ServerPath() { system().connectDrive("S:", R"(\\SRV\Dati)"); }
+
   /// The answer; the path that was left behind stands in path_.
   bool remote(const std::string& path) {
     path_ = path;
     return IsServerPathRemote(program_, path_);
   }
   sim::SimSystem& system() { return program_.sim.system(); }
+  std::size_t askedForDevices() { return program_.sim.callLog().countOf("system.deviceNames S:"); }
 
   FakeProgram program_;
   std::string path_;
 };
 
-TEST_F(ServerPath, OnALocalDriveIsNotRemote) {
-  EXPECT_FALSE(remote("c:\\Lumo"));
-  EXPECT_EQ(path_, "c:\\Lumo");
-  EXPECT_THAT(program_.sim.calls(), ElementsAre("system.driveType c:\\"));
+TEST_F(ServerPath, IsRemoteUnlessThisComputerHoldsIt) {
+  system().connectDrive("T:", R"(\\Stazione\Dati)");
+  struct {
+    const char* path;
+    bool remote;
+    /// What it leads to, where that is another path.
+    const char* target = nullptr;
+  } const rows[]{
+      {R"(c:\Lumo)", false},
+      {R"(Q:\Lumo)", false},
+      {R"(S:\Lumo)", true, R"(\\SRV\Dati\Lumo)"},
+      {R"(T:\Lumo)", false, R"(\\Stazione\Dati\Lumo)"},
+      // Shares of this computer, under each spelling of its name.
+      {R"(\\STAZIONE\Dati)", false},
+      {R"(\\stazione\dati\Lumo)", false},
+      {R"(\\StAzIoNe\c$\Lumo)", false},
+      {R"(\\?\UNC\Stazione\Dati\Lumo)", false},
+      // Other names of this computer count as another one.
+      {R"(\\localhost\Dati)", true},
+      {R"(\\127.0.0.1\Dati)", true},
+      {R"(\\stazione.studio.local\Dati)", true},
+      {"//stazione/Dati", true},
+      // Others, whose names may begin alike; a folder of this computer's name counts as it.
+      {R"(\\srv\dati\Lumo)", true},
+      {R"(\\STAZIONE2\dati)", true},
+      {R"(\\STAZIONE)", true},
+      {R"(\\SRV\backup\stazione\Lumo)", false},
+      // Neither drive nor share.
+      {"", true},
+      {"S", true},
+      {R"(Lumo\mv)", true},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.path);
+    EXPECT_EQ(remote(row.path), row.remote);
+    EXPECT_EQ(path_, row.target != nullptr ? row.target : row.path);
+  }
 }
 
 TEST_F(ServerPath, OnAnyDriveThatIsNoNetworkDriveIsNotRemote) {
@@ -41,7 +76,6 @@ TEST_F(ServerPath, OnAnyDriveThatIsNoNetworkDriveIsNotRemote) {
   constexpr std::uint32_t kDisc = 5;
   constexpr std::uint32_t kInMemory = 6;
   for (const std::uint32_t type : {kUnknown, kRemovable, kDisc, kInMemory}) {
-    system().connectDrive("S:", "\\\\SRV\\Dati");
     system().setDriveType("S:", type);
     program_.sim.callLog().clear();
     EXPECT_FALSE(remote("S:\\Lumo")) << type;
@@ -50,41 +84,10 @@ TEST_F(ServerPath, OnAnyDriveThatIsNoNetworkDriveIsNotRemote) {
   }
 }
 
-TEST_F(ServerPath, OnADriveThatIsNotThereIsNotRemote) { EXPECT_FALSE(remote("Q:\\Lumo")); }
-
-TEST_F(ServerPath, OnADriveConnectedToThisComputerIsNotRemote) {
-  system().connectDrive("S:", "\\\\Stazione\\Dati");
-  EXPECT_FALSE(remote("S:\\Lumo"));
-  EXPECT_EQ(path_, "\\\\Stazione\\Dati\\Lumo");
-}
-
-TEST_F(ServerPath, OnADriveConnectedToAnotherComputerIsRemote) {
-  system().connectDrive("S:", "\\\\SRV\\Dati");
+TEST_F(ServerPath, OnANetworkDriveAsksForConnectionAndComputer) {
   EXPECT_TRUE(remote("S:\\Lumo"));
-  EXPECT_EQ(path_, "\\\\SRV\\Dati\\Lumo");
   EXPECT_THAT(program_.sim.calls(), ElementsAre("system.driveType S:\\",
                                                 "system.connectionName S:", "system.computerName"));
-}
-
-TEST_F(ServerPath, OfAShareIsComparedWithoutCase) {
-  EXPECT_FALSE(remote("\\\\stazione\\dati\\Lumo"));
-  EXPECT_TRUE(remote("\\\\srv\\dati\\Lumo"));
-  EXPECT_EQ(path_, "\\\\srv\\dati\\Lumo");
-}
-
-TEST_F(ServerPath, OfThisComputerIsLocalUnderEachSpellingOfItsName) {
-  for (const char* const path : {"\\\\STAZIONE\\Dati", "\\\\stazione\\Dati\\Lumo",
-                                 "\\\\StAzIoNe\\c$\\Lumo", "\\\\?\\UNC\\Stazione\\Dati\\Lumo"}) {
-    EXPECT_FALSE(remote(path)) << path;
-    EXPECT_EQ(path_, path);
-  }
-}
-
-TEST_F(ServerPath, OfThisComputerByAnotherNameCountsAsRemote) {
-  for (const char* const path : {"\\\\localhost\\Dati", "\\\\127.0.0.1\\Dati",
-                                 "\\\\stazione.studio.local\\Dati", "//stazione/Dati"}) {
-    EXPECT_TRUE(remote(path)) << path;
-  }
 }
 
 TEST_F(ServerPath, OfAComputerWithAnAccentIsComparedWithoutCase) {
@@ -95,21 +98,6 @@ TEST_F(ServerPath, OfAComputerWithAnAccentIsComparedWithoutCase) {
   EXPECT_TRUE(remote("\\\\studio-e\\Dati"));
 }
 
-TEST_F(ServerPath, OfAComputerWhoseNameOnlyBeginsAlikeIsRemote) {
-  EXPECT_TRUE(remote("\\\\STAZIONE2\\dati"));
-  EXPECT_TRUE(remote("\\\\STAZIONE"));
-}
-
-TEST_F(ServerPath, WithAFolderOfThisComputersNameCountsAsThisComputer) {
-  EXPECT_FALSE(remote("\\\\SRV\\backup\\stazione\\Lumo"));
-}
-
-TEST_F(ServerPath, WithoutDriveAndShareIsRemote) {
-  EXPECT_TRUE(remote(""));
-  EXPECT_TRUE(remote("S"));
-  EXPECT_TRUE(remote("Lumo\\mv"));
-}
-
 TEST_F(ServerPath, OfThisComputerIsLocalForEveryShareWhenItsNameCannotBeRead) {
   system().failComputerName(system_code::kAccessDenied);
   EXPECT_FALSE(remote("\\\\SRV\\dati"));
@@ -117,8 +105,7 @@ TEST_F(ServerPath, OfThisComputerIsLocalForEveryShareWhenItsNameCannotBeRead) {
 }
 
 TEST_F(ServerPath, WhoseConnectionIsNotToldIsThatOfItsDevice) {
-  system().connectDrive("S:", "\\\\SRV\\Dati");
-  system().failConnectionName(2250);
+  system().failConnectionName(kNotConnected);
   EXPECT_TRUE(remote("S:\\Lumo"));
   EXPECT_EQ(path_, "\\Device\\LanmanRedirector\\;S:000000000000a1b2\\SRV\\Dati\\Lumo");
   system().connectDrive("T:", "\\\\STAZIONE\\Dati");
@@ -134,124 +121,54 @@ TEST_F(ServerPath, WhoseConnectionIsTooLongIsThatOfItsDevice) {
   EXPECT_EQ(path_.substr(0, 8), "\\Device\\");
 }
 
-TEST_F(ServerPath, OfALongDeviceIsAskedWithABufferThatDoubles) {
-  system().connectDrive("S:", "\\\\SRV\\Dati");
-  system().failConnectionName(2250);
-  system().setDevices("S:", {"\\Device\\" + std::string(1000, 'x') + "\\STAZIONE\\d"});
-  EXPECT_FALSE(remote("S:\\Lumo"));
-  EXPECT_EQ(program_.sim.callLog().countOf("system.deviceNames S:"), 3U);
-}
-
-TEST_F(ServerPath, OfADeviceThatFitsExactlyIsAskedOnce) {
-  system().connectDrive("S:", "\\\\SRV\\Dati");
-  system().failConnectionName(2250);
-  system().setDevices("S:", {std::string(254, 'x')});
-  remote("S:\\Lumo");
-  EXPECT_EQ(path_, std::string(254, 'x') + "\\Lumo");
-  EXPECT_EQ(program_.sim.callLog().countOf("system.deviceNames S:"), 1U);
-}
-
-TEST_F(ServerPath, OfADriveWithSeveralDevicesIsThatOfTheCurrentOne) {
-  system().connectDrive("S:", "\\\\SRV\\Dati");
-  system().failConnectionName(2250);
-  system().setDevices("S:", {"\\Device\\Neu", "\\Device\\Alt"});
-  EXPECT_TRUE(remote("S:\\Lumo"));
-  EXPECT_EQ(path_, "\\Device\\Neu\\Lumo");
+TEST_F(ServerPath, OfADeviceIsThatOfTheCurrentOneAskedWithABufferThatDoubles) {
+  system().failConnectionName(kNotConnected);
+  struct {
+    std::vector<std::string> devices;
+    bool remote;
+    std::string target;
+    std::size_t asked;
+  } const rows[]{
+      {{"\\Device\\Neu", "\\Device\\Alt"}, true, "\\Device\\Neu\\Lumo", 1},
+      {{std::string(254, 'x')}, true, std::string(254, 'x') + "\\Lumo", 1},
+      {{std::string(1000, 'x') + "\\STAZIONE\\d"},
+       false,
+       std::string(1000, 'x') + "\\STAZIONE\\d\\Lumo",
+       3},
+  };
+  for (const auto& row : rows) {
+    system().setDevices("S:", row.devices);
+    program_.sim.callLog().clear();
+    EXPECT_EQ(remote("S:\\Lumo"), row.remote);
+    EXPECT_EQ(path_, row.target);
+    EXPECT_EQ(askedForDevices(), row.asked);
+  }
 }
 
 TEST_F(ServerPath, WhoseDeviceIsNotToldEitherIsItsRest) {
   system().connectDrive("S:", "\\\\STAZIONE\\Dati");
-  system().failConnectionName(2250);
+  system().failConnectionName(kNotConnected);
   system().failDeviceNames(system_code::kFileNotFound);
   EXPECT_TRUE(remote("S:\\Lumo"));
   EXPECT_EQ(path_, "\\Lumo");
-  EXPECT_EQ(program_.sim.callLog().countOf("system.deviceNames S:"), 1U);
-}
-
-TEST_F(ServerPath, OfADeviceThatNoBufferHoldsEndsAllTheSame) {
-  system().connectDrive("S:", "\\\\STAZIONE\\Dati");
-  system().failConnectionName(2250);
+  EXPECT_EQ(askedForDevices(), 1U);
+  // No buffer holds it: asking ends all the same.
   system().failDeviceNames(system_code::kInsufficientBuffer);
   EXPECT_TRUE(remote("S:\\Lumo"));
   EXPECT_EQ(path_, "\\Lumo");
 }
 
-// --- The mode
+// --- The mode; that of each product in each state stands in InventoryMatrixTest.cpp
 
 class InstallationMode : public testing::Test {
  protected:
   InstallationMode() { beginReport(program_); }
 
   bool verify(std::int16_t code) { return VerifyInstallationMode(program_, Product{code}); }
-  sim::SimMachine& machine() { return program_.sim; }
   const std::vector<std::string>& lines() const { return program_.lines(); }
-  std::vector<std::string> report() { return reportLines(machine()); }
-
-  void putServerBilancio(const std::string& root) {
-    machine().setIniValue("lumow.ini", "ARCHIVI", "Path", root);
-    machine().setIniValue(root + "\\mv\\bilancio\\mvanbil.ini", "AMBIENTE", "VRINST", "1");
-  }
 
   FakeProgram program_;
 };
-
-TEST_F(InstallationMode, WithAClientFolderIsStandalone) {
-  machine().setIniValue("nerio.ini", "Pathnames", "Homedir", "C:\\Nerio");
-  EXPECT_TRUE(verify(10));
-  EXPECT_THAT(
-      lines(),
-      ElementsAre("Gestione ProdTrelv - Verifica modalità installazione NERIO",
-                  "Gestione ProdTrelv - File Ini Nerio locale non presente",
-                  "Gestione ProdTrelv - Determino path Server di Nerio da componenti registrate",
-                  "Gestione ProdTrelv - Esiste il file ini locale di NERIO",
-                  "Gestione ProdTrelv - NERIO è in modalità standalone"));
-  EXPECT_EQ(report().back(),
-            "Rilevata la presenza del prodotto NERIO installato in modalità Standard. Rilevata "
-            "presenza componenti client");
-}
-
-TEST_F(InstallationMode, WithAServerFolderOnALocalDriveIsStandalone) {
-  putServerBilancio("C:\\Lumo");
-  EXPECT_TRUE(verify(30));
-  EXPECT_THAT(lines(),
-              ElementsAre("Gestione ProdTrelv - Verifica modalità installazione ZB",
-                          "Gestione ProdTrelv - Controllo cartella installazione server di ZB",
-                          "Gestione ProdTrelv - Il path del server è una unità connessa sulla "
-                          "macchina ZB",
-                          "Gestione ProdTrelv - ZB è in modalità standalone"));
-  EXPECT_EQ(report().back(),
-            "Rilevata la presenza del prodotto ZB installato in modalità Standard. Rilevata "
-            "presenza componenti server");
-}
-
-TEST_F(InstallationMode, WithAServerFolderOnAnotherComputerIsNotInstalledHere) {
-  machine().mount("S:");
-  machine().system().connectDrive("S:", "\\\\SRV\\Dati");
-  putServerBilancio("S:\\Lumo");
-  EXPECT_FALSE(verify(30));
-  EXPECT_THAT(lines(),
-              ElementsAre("Gestione ProdTrelv - Verifica modalità installazione ZB",
-                          "Gestione ProdTrelv - Controllo cartella installazione server di ZB",
-                          "Gestione ProdTrelv - ZB NON è installato"));
-  EXPECT_EQ(report().back(), "Il prodotto ZB non è installato.");
-  // The record keeps the folder as it was found.
-  EXPECT_EQ(program_.state.inventory.product.serverFolder, "S:\\Lumo\\mv\\bilancio");
-}
-
-TEST_F(InstallationMode, WithBothVersionsAndNoFolderHereIsIntegrated) {
-  machine().setIniValue("luda.ini", "LUDA", "Versione", "07.10");
-  EXPECT_FALSE(verify(20));
-  EXPECT_THAT(lines(), ElementsAre("Gestione ProdTrelv - Verifica modalità installazione LUDA",
-                                   "Gestione ProdTrelv - LUDA NON è in modalità standalone"));
-  EXPECT_EQ(report().back(), "Il prodotto LUDA installato in modalità integrata.");
-}
-
-TEST_F(InstallationMode, WithOneVersionOnlyIsNotInstalled) {
-  machine().setIniValue("nerio.ini", "NERIO", "Versione", "03.20");
-  EXPECT_FALSE(verify(10));
-  EXPECT_EQ(lines().back(), "Gestione ProdTrelv - NERIO NON è installato");
-  EXPECT_EQ(report().back(), "Il prodotto NERIO non è installato.");
-}
 
 TEST_F(InstallationMode, OfAnUnknownCodeIsToldAndNotStandalone) {
   EXPECT_FALSE(verify(15));

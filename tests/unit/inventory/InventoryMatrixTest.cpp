@@ -13,7 +13,7 @@
 namespace trelv::tests {
 namespace {
 
-using machine::Hive;
+using Lines = std::vector<std::string>;
 
 /// Where an installation lies.
 struct Place {
@@ -30,26 +30,35 @@ constexpr std::array kPlaces{
     Place{"share of this computer", "\\\\STAZIONE\\Dati\\Lumo", ""},
     Place{"share of another computer", "\\\\SRV\\Dati\\Lumo", ""}};
 
-/// What a case expects, besides the lines that tell the mode. `log` are the lines of the check.
+/// What stands of a product; the other columns of each table follow. Their paths begin with "@"
+/// where they lie in the place.
+struct State {
+  const char* name;
+  /// The mode in each of kPlaces: c on its own by its client, s on its own by its server,
+  /// i integrated, - not installed.
+  const char* modes;
+};
+
+/// What a state leads to, besides the lines that tell the mode. `log` are the lines of the check.
 struct Expected {
-  std::int16_t code = 0;
+  Product code{};
   const char* name = "";
   Operation kind{};
   Side side{};
-  std::string serverVersion;
-  std::string clientVersion;
-  std::string serverFolder;
-  std::string clientFolder;
-  std::vector<std::string> report;
-  std::vector<std::string> log;
+  std::string serverVersion{};
+  std::string clientVersion{};
+  std::string serverFolder{};
+  std::string clientFolder{};
+  Lines report{};
+  Lines log{};
 };
 
 class World {
  public:
   explicit World(const Place& place) : place_(place) {
-    machine().mount("S:");
-    machine().mount("\\\\SRV\\Dati");
-    machine().mount("\\\\STAZIONE\\Dati");
+    for (const char* const volume : {"S:", "\\\\SRV\\Dati", "\\\\STAZIONE\\Dati"}) {
+      machine().mount(volume);
+    }
     if (*place.share != '\0') {
       machine().system().connectDrive("S:", place.share);
     }
@@ -58,14 +67,19 @@ class World {
 
   sim::SimMachine& machine() { return program_.sim; }
   FakeProgram& program() { return program_; }
-  /// A path below the place.
-  std::string at(const std::string& below) const { return place_.root + below; }
+  /// A path of a table.
+  std::string at(const std::string& path) const {
+    return path.rfind('@', 0) == 0 ? place_.root + path.substr(1) : path;
+  }
+  /// Values that are empty are not written.
   void ini(const std::string& file, const char* section, const char* key,
            const std::string& value) {
-    machine().setIniValue(file, section, key, value);
+    if (!value.empty()) {
+      machine().setIniValue(file, section, key, value);
+    }
   }
   void value(const std::string& key, const std::string& name, const std::string& text) {
-    machine().registry().setText(Hive::LocalMachine, key, name, text);
+    machine().registry().setText(machine::Hive::LocalMachine, key, name, text);
   }
 
  private:
@@ -73,178 +87,122 @@ class World {
   FakeProgram program_;
 };
 
-/// One product in one state: the mode in each of the places, the world and what is expected there.
-struct Case {
-  const char* name;
-  /// A letter for each of kPlaces: c on its own by its client, s on its own by its server,
-  /// i integrated, - not installed.
-  const char* modes;
-  Expected (*build)(World&);
-};
-
 std::string banner(const char* word) {
-  return "---------------------------------------------- VERIFICA PRESENZA " + std::string(word) +
-         " ----------------------------------------------";
+  return std::string(46, '-') + " VERIFICA PRESENZA " + word + " " + std::string(46, '-');
 }
+
+Operation updateIf(bool found) { return found ? Operation::Update : Operation::Setup; }
 
 // --- Nerio
 
-constexpr const char* kComponentKey = "Software\\Classes\\ClsID\\{9C1D}\\InprocServer32";
+struct NerioState : State {
+  // Of the workstation's ini file.
+  const char* home;
+  const char* version;
+  // Where its components are registered, and the version in the ini file there.
+  const char* components;
+  const char* serverVersion;
+};
 
-constexpr const char* kNoLocalIni = "Gestione ProdTrelv - File Ini Nerio locale non presente";
-constexpr const char* kComponentsAsked =
-    "Gestione ProdTrelv - Determino path Server di Nerio da componenti registrate";
+const std::vector<NerioState> kNerio{
+    {{"absent", "-----"}, "", "", "", ""},
+    {{"client only", "ccccc"}, "@\\Nerio", "03.20", "", ""},
+    {{"server only", "ss-s-"}, "", "", "@\\mv\\nerio", "03.30"},
+    {{"both sides", "ccccc"}, "C:\\Nerio", "03.20", "@\\mv\\nerio", "03.30"},
+    {{"integrated", "ssisi"}, "", "03.20", "@\\mv\\nerio", "03.20"},
+    {{"standalone", "ccccc"}, "C:\\Nerio", "03.20", "C:\\Nerio", "03.20"},
+    {{"one version only", "-----"}, "", "03.20", "", ""},
+    {{"remains", "ss-s-"}, "", "", "@\\mv\\nerio", ""}};
 
-Expected nerio(std::vector<std::string> report, std::vector<std::string> log = {kComponentsAsked}) {
-  return {10, "NERIO", Operation::Update, Side::Server,  "", "",
-          "", "",      std::move(report), std::move(log)};
-}
-
-void nerioLocal(World& world, const std::string& home, const std::string& version) {
-  world.ini("nerio.ini", "Pathnames", "Homedir", home);
+Expected nerio(World& world, const NerioState& state) {
+  const std::string version = state.version;
+  const std::string serverVersion = state.serverVersion;
+  const std::string components = world.at(state.components);
+  const std::string folder = lowerCase(components);
+  Expected e{Product::Nerio,
+             "NERIO",
+             updateIf(!version.empty() || !serverVersion.empty()),
+             Side::Server,
+             serverVersion,
+             version,
+             folder,
+             world.at(state.home)};
+  world.ini("nerio.ini", "Pathnames", "Homedir", e.clientFolder);
   world.ini("nerio.ini", "NERIO", "Versione", version);
-}
-
-std::string nerioServer(World& world, const std::string& version) {
-  world.value(kComponentKey, "", world.at("\\mv\\nerio\\setup\\korvatgestionepratiche.ocx"));
-  if (!version.empty()) {
-    world.ini(world.at("\\mv\\nerio\\nerio.ini"), "NERIO", "Versione", version);
+  world.ini(folder + "\\nerio.ini", "NERIO", "Versione", serverVersion);
+  e.report = {banner("NERIO"),
+              version.empty() ? "File Nerio.ini locale ASSENTE" : "File Nerio.ini locale PRESENTE",
+              "Verifica componenti registrate"};
+  if (folder.empty()) {
+    e.report.emplace_back("Nessuna componente registrata");
+  } else {
+    world.value("Software\\Classes\\ClsID\\{9C1D}\\InprocServer32", "",
+                components + "\\setup\\korvatgestionepratiche.ocx");
+    e.report.push_back("Componenti registrate in " + folder);
+    e.report.push_back(
+        (serverVersion.empty() ? "File nerio.ini assente in " : "File nerio.ini presente in ") +
+        folder);
   }
-  return lowerCase(world.at("\\mv\\nerio"));
+  if (version.empty()) {
+    e.log.emplace_back("Gestione ProdTrelv - File Ini Nerio locale non presente");
+  }
+  e.log.emplace_back(
+      "Gestione ProdTrelv - Determino path Server di Nerio da componenti registrate");
+  return e;
 }
-
-const std::array kNerio{
-    Case{"Nerio, absent", "-----",
-         [](World&) {
-           Expected e = nerio({banner("NERIO"), "File Nerio.ini locale ASSENTE",
-                               "Verifica componenti registrate", "Nessuna componente registrata"},
-                              {kNoLocalIni, kComponentsAsked});
-           e.kind = Operation::Setup;
-           return e;
-         }},
-    Case{"Nerio, client only", "ccccc",
-         [](World& world) {
-           nerioLocal(world, world.at("\\Nerio"), "03.20");
-           Expected e = nerio({banner("NERIO"), "File Nerio.ini locale PRESENTE",
-                               "Verifica componenti registrate", "Nessuna componente registrata"});
-           e.clientVersion = "03.20";
-           e.clientFolder = world.at("\\Nerio");
-           return e;
-         }},
-    Case{"Nerio, server only", "ss-s-",
-         [](World& world) {
-           const std::string folder = nerioServer(world, "03.30");
-           Expected e = nerio(
-               {banner("NERIO"), "File Nerio.ini locale ASSENTE", "Verifica componenti registrate",
-                "Componenti registrate in " + folder, "File nerio.ini presente in " + folder},
-               {kNoLocalIni, kComponentsAsked});
-           e.serverVersion = "03.30";
-           e.serverFolder = folder;
-           return e;
-         }},
-    Case{"Nerio, both sides", "ccccc",
-         [](World& world) {
-           nerioLocal(world, "C:\\Nerio", "03.20");
-           const std::string folder = nerioServer(world, "03.30");
-           Expected e = nerio(
-               {banner("NERIO"), "File Nerio.ini locale PRESENTE", "Verifica componenti registrate",
-                "Componenti registrate in " + folder, "File nerio.ini presente in " + folder});
-           e.serverVersion = "03.30";
-           e.clientVersion = "03.20";
-           e.serverFolder = folder;
-           e.clientFolder = "C:\\Nerio";
-           return e;
-         }},
-    Case{"Nerio, integrated", "ssisi",
-         [](World& world) {
-           world.ini("nerio.ini", "NERIO", "Versione", "03.20");
-           const std::string folder = nerioServer(world, "03.20");
-           Expected e = nerio(
-               {banner("NERIO"), "File Nerio.ini locale PRESENTE", "Verifica componenti registrate",
-                "Componenti registrate in " + folder, "File nerio.ini presente in " + folder});
-           e.serverVersion = "03.20";
-           e.clientVersion = "03.20";
-           e.serverFolder = folder;
-           return e;
-         }},
-    Case{"Nerio, standalone", "ccccc",
-         [](World& world) {
-           nerioLocal(world, "C:\\Nerio", "03.20");
-           world.value(kComponentKey, "", "C:\\Nerio\\setup\\korvatgestionepratiche.ocx");
-           world.ini("C:\\Nerio\\nerio.ini", "NERIO", "Versione", "03.20");
-           Expected e = nerio(
-               {banner("NERIO"), "File Nerio.ini locale PRESENTE", "Verifica componenti registrate",
-                "Componenti registrate in c:\\nerio", "File nerio.ini presente in c:\\nerio"});
-           e.serverVersion = "03.20";
-           e.clientVersion = "03.20";
-           e.serverFolder = "c:\\nerio";
-           e.clientFolder = "C:\\Nerio";
-           return e;
-         }},
-    Case{"Nerio, remains", "ss-s-", [](World& world) {
-           const std::string folder = nerioServer(world, "");
-           Expected e = nerio(
-               {banner("NERIO"), "File Nerio.ini locale ASSENTE", "Verifica componenti registrate",
-                "Componenti registrate in " + folder, "File nerio.ini assente in " + folder},
-               {kNoLocalIni, kComponentsAsked});
-           e.kind = Operation::Setup;
-           e.serverFolder = folder;
-           return e;
-         }}};
 
 // --- Luda
 
-Expected luda(const std::string& version, const std::string& folder) {
+enum class LudaProgram { None, WithoutVersion, OfVersion7 };
+
+struct LudaState : State {
+  // Of its ini file.
+  const char* home;
+  const char* version;
+  /// What lies in its home folder.
+  LudaProgram program;
+};
+
+const std::vector<LudaState> kLuda{
+    {{"absent", "-----"}, "", "", LudaProgram::None},
+    {{"client only", "ccccc"}, "@\\Luda", "01.00", LudaProgram::OfVersion7},
+    {{"server only", "ccccc"}, "@\\mv\\luda2003", "01.00", LudaProgram::OfVersion7},
+    {{"both sides", "ccccc"}, "@\\mv\\luda2003", "07.09", LudaProgram::None},
+    {{"no version", "ccccc"}, "C:\\Luda", "07.10.00.00", LudaProgram::WithoutVersion},
+    {{"integrated", "iiiii"}, "", "07.10", LudaProgram::None},
+    {{"standalone", "ccccc"}, "C:\\Programmi\\Luda", "01.00", LudaProgram::OfVersion7},
+    {{"remains", "ccccc"}, "C:\\Luda", "", LudaProgram::None}};
+
+Expected luda(World& world, const LudaState& state) {
+  const std::string home = world.at(state.home);
+  world.ini("luda.ini", "PathNames", "HomeDir", home);
+  world.ini("luda.ini", "LUDA", "Versione", state.version);
+  const std::string program = home + "\\luda2003.exe";
+  if (state.program != LudaProgram::None) {
+    world.machine().putFile(program, "MZ");
+  }
+  std::string version = state.version;
+  if (state.program == LudaProgram::OfVersion7) {
+    world.machine().setFileVersion(program, {7, 10, 3, 4});
+    version = "7.10.3.4";
+  }
   return {
-      20,
+      Product::Luda,
       "LUDA",
-      version.empty() ? Operation::Setup : Operation::Update,
+      updateIf(!version.empty()),
       Side::Server,
       version,
       version,
-      folder,
-      folder,
+      home,
+      home,
       {banner("LUDA"), version.empty() ? "File ini locale ASSENTE" : "File ini locale PRESENTE"},
       {}};
 }
 
-Expected ludaIn(World& world, const std::string& folder) {
-  world.ini("luda.ini", "PathNames", "HomeDir", folder);
-  world.ini("luda.ini", "LUDA", "Versione", "01.00");
-  world.machine().putFile(folder + "\\luda2003.exe", "MZ");
-  world.machine().setFileVersion(folder + "\\luda2003.exe", {7, 10, 3, 4});
-  return luda("7.10.3.4", folder);
-}
-
-const std::array kLuda{Case{"Luda, absent", "-----", [](World&) { return luda("", ""); }},
-                       Case{"Luda, client only", "ccccc",
-                            [](World& world) { return ludaIn(world, world.at("\\Luda")); }},
-                       Case{"Luda, server only", "ccccc",
-                            [](World& world) { return ludaIn(world, world.at("\\mv\\luda2003")); }},
-                       Case{"Luda, both sides", "ccccc",
-                            [](World& world) {
-                              // No program with a version: that of the ini file counts.
-                              const std::string folder = world.at("\\mv\\luda2003");
-                              world.ini("luda.ini", "PathNames", "HomeDir", folder);
-                              world.ini("luda.ini", "LUDA", "Versione", "07.09");
-                              return luda("07.09", folder);
-                            }},
-                       Case{"Luda, integrated", "iiiii",
-                            [](World& world) {
-                              world.ini("luda.ini", "LUDA", "Versione", "07.10");
-                              return luda("07.10", "");
-                            }},
-                       Case{"Luda, standalone", "ccccc",
-                            [](World& world) { return ludaIn(world, "C:\\Programmi\\Luda"); }},
-                       Case{"Luda, remains", "ccccc", [](World& world) {
-                              world.ini("luda.ini", "PathNames", "HomeDir", "C:\\Luda");
-                              return luda("", "C:\\Luda");
-                            }}};
-
 // --- Bilancio and Tarsena2
 
 struct Names {
-  std::int32_t code;
+  Product code;
   const char* name;
   const char* word;
   const char* ini;
@@ -254,7 +212,7 @@ struct Names {
   const char* missing;
 };
 
-constexpr Names kBilancio{30,
+constexpr Names kBilancio{Product::Zeltobilancio,
                           "ZB",
                           "BILANCIO",
                           "\\mv\\bilancio\\mvanbil.ini",
@@ -262,7 +220,7 @@ constexpr Names kBilancio{30,
                           "Lettura ini Server :",
                           "Ini server PRESENTE",
                           "Ini server ASSENTE"};
-constexpr Names kTarsena2{40,
+constexpr Names kTarsena2{Product::Tarsena2,
                           "Q2",
                           "Q2",
                           "\\mv\\q2\\mvq2.ini",
@@ -271,177 +229,159 @@ constexpr Names kTarsena2{40,
                           "Ini Server PRESENTE",
                           "Ini Server ASSENTE"};
 
-enum class Half { None, PathOnly, Whole };
+struct TwinState : State {
+  // Of the host's archives and of the local path: the root, empty where none is recorded, and the
+  // release in the product's ini file there.
+  const char* serverRoot;
+  const char* serverRelease;
+  const char* clientRoot;
+  const char* clientRelease;
+  Operation kind;
+  Side side;
+};
 
-/// The twins in a state of each side, below the roots of server and client.
-template <const Names& N>
-Expected twin(World& world, const std::string& root, Half server, Half client, Operation kind,
-              Side side, const std::string& clientRoot = "C:\\Client") {
-  Expected e{N.code, N.name, kind, side, "", "", "", "", {}, {}};
-  std::vector<std::string>& r = e.report;
-  r = {banner(N.word), "Lettura informazioni installazioni server"};
-  if (server == Half::None) {
-    r.push_back("File configurazione lumow.ini ASSENTE");
-  } else {
-    world.ini("lumow.ini", "ARCHIVI", "Path", root);
-    r.push_back("File configurazione lumow.ini PRESENTE");
-    r.push_back(N.serverLine + root + N.ini);
-    r.push_back(server == Half::Whole ? N.found : N.missing);
+constexpr Operation kSetup = Operation::Setup;
+constexpr Operation kUpdate = Operation::Update;
+constexpr const char* kClient = "C:\\Client";
+
+const std::vector<TwinState> kTwin{
+    {{"absent", "-----"}, "", "", "", "", kSetup, Side::ClientServer},
+    {{"client only", "ccccc"}, "", "", "@", "09.92", kUpdate, Side::Client},
+    {{"server only", "ss-s-"}, "@", "09.93", "", "", kUpdate, Side::Server},
+    {{"both sides", "ccccc"}, "@", "09.93", kClient, "09.92", kUpdate, Side::ClientServer},
+    {{"integrated", "ss-s-"}, "@", "09.93", kClient, "", kUpdate, Side::Server},
+    {{"standalone", "sssss"}, kClient, "09.93", "", "", kUpdate, Side::Server},
+    {{"the host's archives only", "-----"}, "@", "", "", "", kUpdate, Side::Server},
+    {{"the local path only", "-----"}, "", "", kClient, "", kSetup, Side::ClientServer},
+    {{"remains", "-----"}, "@", "", kClient, "", kUpdate, Side::Server}};
+
+void onServer(World& world, const Names& names, const TwinState& state, Expected& e) {
+  e.report.emplace_back("Lettura informazioni installazioni server");
+  const std::string root = world.at(state.serverRoot);
+  if (root.empty()) {
+    e.report.emplace_back("File configurazione lumow.ini ASSENTE");
+    return;
   }
-  if (server == Half::Whole) {
-    world.ini(root + N.ini, "AMBIENTE", "VRINST", "09.93");
-    e.serverVersion = "09.93";
-    e.serverFolder = root + N.folder;
-  }
-  r.push_back("Lettura informazioni installazioni client");
+  world.ini("lumow.ini", "ARCHIVI", "Path", root);
+  e.report.emplace_back("File configurazione lumow.ini PRESENTE");
+  e.report.push_back(names.serverLine + root + names.ini);
+  world.ini(root + names.ini, "AMBIENTE", "VRINST", state.serverRelease);
+  e.serverVersion = state.serverRelease;
+  e.serverFolder = e.serverVersion.empty() ? "" : root + names.folder;
+  e.report.emplace_back(e.serverVersion.empty() ? names.missing : names.found);
+}
+
+void onClient(World& world, const Names& names, const TwinState& state, Expected& e) {
   const std::string read =
       "Lettura in HKEY_LOCAL_MACHINE\\Software\\lumo\\programmi della chiave 'PathLocale' "
       "eseguita ";
-  if (client == Half::None) {
-    r.push_back(read + "senza successo.");
-    return e;
+  e.report.emplace_back("Lettura informazioni installazioni client");
+  const std::string root = world.at(state.clientRoot);
+  if (root.empty()) {
+    e.report.push_back(read + "senza successo.");
+    return;
   }
-  world.value("SOFTWARE\\LUMO\\Programmi", "PathLocale", clientRoot);
-  r.push_back(read + "con successo. Risultato: " + clientRoot);
-  r.push_back("Lettura ini Client: " + clientRoot + N.ini);
-  r.push_back(client == Half::Whole ? "Ini Client PRESENTE" : "Ini Client ASSENTE");
-  if (client == Half::Whole) {
-    world.ini(clientRoot + N.ini, "AMBIENTE", "VRINST", "09.92");
-    e.clientVersion = "09.92";
-    e.clientFolder = clientRoot + N.folder;
-  }
-  return e;
+  world.value("SOFTWARE\\LUMO\\Programmi", "PathLocale", root);
+  e.report.push_back(read + "con successo. Risultato: " + root);
+  e.report.push_back("Lettura ini Client: " + root + names.ini);
+  world.ini(root + names.ini, "AMBIENTE", "VRINST", state.clientRelease);
+  e.clientVersion = state.clientRelease;
+  e.clientFolder = e.clientVersion.empty() ? "" : root + names.folder;
+  e.report.emplace_back(e.clientVersion.empty() ? "Ini Client ASSENTE" : "Ini Client PRESENTE");
 }
 
 template <const Names& N>
-std::array<Case, 7> twinCases() {
-  return {Case{"twin, absent", "-----",
-               [](World& world) {
-                 return twin<N>(world, "", Half::None, Half::None, Operation::Setup,
-                                Side::ClientServer);
-               }},
-          Case{"twin, client only", "ccccc",
-               [](World& world) {
-                 return twin<N>(world, "", Half::None, Half::Whole, Operation::Update, Side::Client,
-                                world.at(""));
-               }},
-          Case{"twin, server only", "ss-s-",
-               [](World& world) {
-                 return twin<N>(world, world.at(""), Half::Whole, Half::None, Operation::Update,
-                                Side::Server);
-               }},
-          Case{"twin, both sides", "ccccc",
-               [](World& world) {
-                 return twin<N>(world, world.at(""), Half::Whole, Half::Whole, Operation::Update,
-                                Side::ClientServer);
-               }},
-          Case{"twin, integrated", "ss-s-",
-               [](World& world) {
-                 return twin<N>(world, world.at(""), Half::Whole, Half::PathOnly, Operation::Update,
-                                Side::Server);
-               }},
-          Case{"twin, standalone", "sssss",
-               [](World& world) {
-                 return twin<N>(world, "C:\\Client", Half::Whole, Half::None, Operation::Update,
-                                Side::Server);
-               }},
-          Case{"twin, remains", "-----", [](World& world) {
-                 return twin<N>(world, world.at(""), Half::PathOnly, Half::PathOnly,
-                                Operation::Update, Side::Server);
-               }}};
+Expected twin(World& world, const TwinState& state) {
+  Expected e{N.code, N.name, state.kind, state.side};
+  e.report = {banner(N.word)};
+  onServer(world, N, state, e);
+  onClient(world, N, state, e);
+  return e;
 }
 
 // --- Zeltomodelli
 
-constexpr const char* kModelsKey =
-    "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\ZeltoMod.exe";
+struct ModelsState : State {
+  /// Where it is registered as a program; null: it is not.
+  const char* registered;
+  /// The models folder of its ini file, and the version in its version file; null: there is none.
+  const char* folder;
+  const char* version;
+  bool integrated = false;
+};
 
-Expected models(Operation kind, const std::string& version, const std::string& folder,
-                std::vector<std::string> report) {
-  return {50,
-          "ZM",
-          kind,
-          Side::Server,
-          version,
-          version,
-          folder,
-          folder,
-          std::move(report),
-          {"Gestione ProdTrelv - Verifica integrazione con Dovra SP",
-           "Gestione ProdTrelv - Integrazione Dovra SP non rilevata"}};
-}
+const std::vector<ModelsState> kZeltomodelli{
+    {{"absent", "-----"}, nullptr, "", nullptr},
+    {{"not registered", "-----"}, nullptr, "C:\\Modelli", "06.50.30.00"},
+    {{"client only", "ccccc"}, "C:\\ZM", "@\\Modelli", "06.50.30.00"},
+    {{"server only", "ccccc"}, "C:\\ZM", "@\\mv\\ZM", "06.50.30.00"},
+    {{"integrated", "ccccc"}, "C:\\ZM", "@\\mv\\ZM", "06.50.30.00", true},
+    {{"standalone", "ccccc"}, "C:\\ZM", "C:\\ZM\\modelli", "06.50.30.00"},
+    {{"empty version file", "ccccc"}, "C:\\ZM", "C:\\Modelli", ""},
+    {{"models folder left behind", "ccccc"}, "C:\\ZM", "@\\mv\\ZM", nullptr},
+    {{"remains", "-----"}, "C:\\ZM", "", nullptr},
+    {{"remains of an empty path", "-----"}, "", "", nullptr}};
 
-std::vector<std::string> modelsRead(std::vector<std::string> more) {
-  std::vector<std::string> lines{
-      banner("ZELTOMODELLI"), "Verifica Chiave registro per individuazione componente installata",
+/// The report's lines about the registration.
+Lines registration(const ModelsState& state) {
+  const std::string read =
       "Lettura in HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\App "
-      "Paths\\ZeltoMod.exe della chiave 'Path' eseguita con successo. Risultato C:\\ZM",
-      "Lettura Informazioni da File Ini: Zeltomodelli.INI"};
-  lines.insert(lines.end(), more.begin(), more.end());
+      "Paths\\ZeltoMod.exe della chiave 'Path' eseguita ";
+  Lines lines{banner("ZELTOMODELLI"),
+              "Verifica Chiave registro per individuazione componente installata"};
+  if (state.registered == nullptr) {
+    lines.push_back(read + "senza successo");
+  } else {
+    lines.push_back(read + "con successo. Risultato " + state.registered);
+    lines.emplace_back("Lettura Informazioni da File Ini: Zeltomodelli.INI");
+  }
   return lines;
 }
 
-Expected modelsIn(World& world, const std::string& folder) {
-  world.value(kModelsKey, "Path", "C:\\ZM");
+Expected zeltomodelli(World& world, const ModelsState& state) {
+  const std::string folder = world.at(state.folder);
   world.ini("zeltomodelli.ini", "Parametri", "PathModelli", folder);
-  world.machine().putFile(folder + "\\vers.ini", "06.50.30.00\r\n");
-  return models(
-      Operation::Update, "06.50.30.00", folder,
-      modelsRead({"File Ini PRESENTE", "Lettura informazioni da file " + folder + "\\vers.ini"}));
+  // A version file where nobody looks.
+  world.machine().putFile("C:\\ZM\\vers.ini", "06.00\r\n");
+  if (state.version != nullptr) {
+    const std::string version = state.version;
+    world.machine().putFile(folder + "\\vers.ini", version.empty() ? "" : version + "\r\naltro");
+  }
+  Expected e{Product::Zeltomodelli, "ZM", Operation::Setup, Side::Server};
+  e.log = {"Gestione ProdTrelv - Verifica integrazione con Dovra SP",
+           "Gestione ProdTrelv - Integrazione Dovra SP non rilevata"};
+  if (state.registered != nullptr) {
+    world.value("Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\ZeltoMod.exe", "Path",
+                state.registered);
+  }
+  if (state.integrated) {
+    world.machine().configuration().put("SYSTEM", "Complementary_Products", "Integration", "Path",
+                                        "S:\\Lumo");
+    e.log[1] = "Gestione ProdTrelv - Integrazione Dovra SP rilevata con: S:\\Lumo";
+  } else {
+    e.report = registration(state);
+  }
+  if (state.registered == nullptr) {
+    return e;
+  }
+  if (folder.empty()) {
+    e.report.emplace_back("File Ini Zeltomodelli.INI ASSENTE");
+    return e;
+  }
+  e.report.emplace_back("File Ini PRESENTE");
+  e.report.push_back("Lettura informazioni da file " + folder + "\\vers.ini");
+  e.kind = updateIf(state.version != nullptr);
+  e.serverVersion = e.clientVersion = state.version != nullptr ? state.version : "";
+  e.serverFolder = e.clientFolder = folder;
+  return e;
 }
 
-const std::array kZeltomodelli{
-    Case{"Zeltomodelli, absent", "-----",
-         [](World&) {
-           return models(
-               Operation::Setup, "", "",
-               {banner("ZELTOMODELLI"),
-                "Verifica Chiave registro per individuazione componente installata",
-                "Lettura in HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\App "
-                "Paths\\ZeltoMod.exe della chiave 'Path' eseguita senza successo"});
-         }},
-    Case{"Zeltomodelli, client only", "ccccc",
-         [](World& world) { return modelsIn(world, world.at("\\Modelli")); }},
-    Case{"Zeltomodelli, server only", "ccccc",
-         [](World& world) { return modelsIn(world, world.at("\\mv\\ZM")); }},
-    Case{"Zeltomodelli, both sides", "ccccc",
-         [](World& world) {
-           world.machine().putFile("C:\\ZM\\vers.ini", "06.00\r\n");
-           return modelsIn(world, world.at("\\mv\\ZM"));
-         }},
-    Case{
-        "Zeltomodelli, integrated", "ccccc",
-        [](World& world) {
-          world.machine().configuration().put("SYSTEM", "Complementary_Products", "Integration",
-                                              "Path", "S:\\Lumo");
-          const std::string folder = world.at("\\mv\\ZM");
-          Expected e = modelsIn(world, folder);
-          e.report = {"File Ini PRESENTE", "Lettura informazioni da file " + folder + "\\vers.ini"};
-          e.log[1] = "Gestione ProdTrelv - Integrazione Dovra SP rilevata con: S:\\Lumo";
-          return e;
-        }},
-    Case{"Zeltomodelli, standalone", "ccccc",
-         [](World& world) { return modelsIn(world, "C:\\ZM\\modelli"); }},
-    Case{"Zeltomodelli, models folder left behind", "ccccc",
-         [](World& world) {
-           world.value(kModelsKey, "Path", "C:\\ZM");
-           world.ini("zeltomodelli.ini", "Parametri", "PathModelli", world.at("\\mv\\ZM"));
-           return models(Operation::Setup, "", world.at("\\mv\\ZM"),
-                         modelsRead({"File Ini PRESENTE", "Lettura informazioni da file " +
-                                                              world.at("\\mv\\ZM\\vers.ini")}));
-         }},
-    Case{"Zeltomodelli, remains", "-----", [](World& world) {
-           world.value(kModelsKey, "Path", "C:\\ZM");
-           return models(Operation::Setup, "", "",
-                         modelsRead({"File Ini Zeltomodelli.INI ASSENTE"}));
-         }}};
-
-// --- Playing a case
+// --- Playing a state
 
 /// The lines of the log and of the report that tell the mode of a product.
 struct Mode {
   bool standalone = false;
-  std::vector<std::string> log;
+  Lines log;
   std::string report;
 };
 
@@ -451,7 +391,6 @@ Mode modeLines(char mode, const std::string& name, bool serverFolderKnown) {
                               " installato in modalità Standard. Rilevata presenza componenti ";
   const std::string asked =
       "Gestione ProdTrelv - Controllo cartella installazione server di " + name;
-  std::vector<std::string> log;
   if (mode == 'c') {
     return {true,
             {"Gestione ProdTrelv - Esiste il file ini locale di " + name, standalone},
@@ -464,9 +403,7 @@ Mode modeLines(char mode, const std::string& name, bool serverFolderKnown) {
              standalone},
             present + "server"};
   }
-  if (serverFolderKnown) {
-    log.push_back(asked);
-  }
+  Lines log = serverFolderKnown ? Lines{asked} : Lines{};
   if (mode == 'i') {
     log.push_back("Gestione ProdTrelv - " + name + " NON è in modalità standalone");
     return {false, log, "Il prodotto " + name + " installato in modalità integrata."};
@@ -476,7 +413,7 @@ Mode modeLines(char mode, const std::string& name, bool serverFolderKnown) {
 }
 
 void expectRecord(const ProductInformation& found, const Expected& e) {
-  EXPECT_EQ(found.productCode, Product{e.code});
+  EXPECT_EQ(found.productCode, e.code);
   EXPECT_EQ(found.productName, e.name);
   EXPECT_EQ(found.kind, e.kind);
   EXPECT_EQ(found.side, e.side);
@@ -486,42 +423,41 @@ void expectRecord(const ProductInformation& found, const Expected& e) {
   EXPECT_EQ(found.clientFolder, e.clientFolder);
 }
 
-void playIn(std::size_t place, const Case& one) {
-  SCOPED_TRACE(std::string(one.name) + ", " + kPlaces.at(place).name);
-  World world(kPlaces.at(place));
-  Expected e = one.build(world);
-  const Mode mode = modeLines(one.modes[place], e.name, !e.serverFolder.empty());
+void expectIn(World& world, Expected e, char letter) {
+  const Mode mode = modeLines(letter, e.name, !e.serverFolder.empty());
   e.report.push_back(mode.report);
   e.log.insert(e.log.begin(),
                "Gestione ProdTrelv - Verifica modalità installazione " + std::string(e.name));
   e.log.insert(e.log.end(), mode.log.begin(), mode.log.end());
-  EXPECT_EQ(modProdTrelvInfo::VerifyInstallationMode(world.program(), Product{e.code}),
-            mode.standalone);
+  EXPECT_EQ(modProdTrelvInfo::VerifyInstallationMode(world.program(), e.code), mode.standalone);
   expectRecord(world.program().state.inventory.product, e);
   EXPECT_EQ(reportLines(world.machine()), e.report);
   EXPECT_EQ(world.program().lines(), e.log);
   EXPECT_TRUE(world.program().reports().empty());
 }
 
-template <class Cases>
-void play(const Cases& cases) {
-  for (const Case& one : cases) {
-    ASSERT_EQ(std::string(one.modes).size(), kPlaces.size());
+/// Every state in every place; `put` lays it out and says what is expected.
+template <class States, class Put>
+void play(const States& states, const Put& put) {
+  for (const auto& state : states) {
+    ASSERT_EQ(std::string(state.modes).size(), kPlaces.size());
     for (std::size_t place = 0; place < kPlaces.size(); ++place) {
-      playIn(place, one);
+      SCOPED_TRACE(std::string(state.name) + ", " + kPlaces.at(place).name);
+      World world(kPlaces.at(place));
+      expectIn(world, put(world, state), state.modes[place]);
     }
   }
 }
 
-TEST(InventoryMatrix, Nerio) { play(kNerio); }
+TEST(InventoryMatrix, Nerio) { play(kNerio, nerio); }
 
-TEST(InventoryMatrix, Luda) { play(kLuda); }
+TEST(InventoryMatrix, Luda) { play(kLuda, luda); }
 
-TEST(InventoryMatrix, Bilancio) { play(twinCases<kBilancio>()); }
+TEST(InventoryMatrix, Bilancio) { play(kTwin, twin<kBilancio>); }
 
-TEST(InventoryMatrix, Tarsena2) { play(twinCases<kTarsena2>()); }
+TEST(InventoryMatrix, Tarsena2) { play(kTwin, twin<kTarsena2>); }
 
-TEST(InventoryMatrix, Zeltomodelli) { play(kZeltomodelli); }
+TEST(InventoryMatrix, Zeltomodelli) { play(kZeltomodelli, zeltomodelli); }
 
 }  // namespace
 }  // namespace trelv::tests

@@ -3,169 +3,157 @@
 
 #include "inventory/ProductReport.h"
 #include "sim/FailingMachine.h"
+#include "support/Matchers.h"
 #include "support/RealProgram.h"
 #include "unit/inventory/Report.h"
 
 namespace trelv::tests {
 namespace {
 
-using modProdTrelvInfo::CreateProductReport;
-using modProdTrelvInfo::WriteProductReport;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::StartsWith;
+class ProductReport : public testing::Test {
+ protected:
+  void create() { modProdTrelvInfo::CreateProductReport(program_); }
+  void write(const std::string& text) { modProdTrelvInfo::WriteProductReport(program_, text); }
+  sim::SimMachine& machine() { return program_.sim; }
+  const std::vector<std::string>& lines() { return program_.lines(); }
+  const std::string& file() { return program_.state.inventory.reportFile; }
+  std::string text() { return machine().fileText(kReport); }
+  std::string& logFolder() { return program_.state.runLog.logFolder; }
 
-TEST(ProductReport, IsMadeEmptyInTheLogFolder) {
-  FakeProgram program;
-  CreateProductReport(program);
-  EXPECT_EQ(program.state.inventory.reportFile, kReport);
-  EXPECT_EQ(program.state.runLog.logFolder, "C:\\Users\\mario\\Temp\\log");
-  EXPECT_EQ(program.sim.fileText(kReport), "");
-  EXPECT_THAT(program.lines(),
+  FakeProgram program_;
+};
+
+constexpr const char* kTemp = "C:\\Users\\mario\\Temp";
+
+// --- Where it is made
+
+TEST_F(ProductReport, IsMadeEmptyInTheLogFolder) {
+  create();
+  EXPECT_EQ(file(), kReport);
+  EXPECT_EQ(logFolder(), "C:\\Users\\mario\\Temp\\log");
+  EXPECT_EQ(text(), "");
+  EXPECT_THAT(lines(),
               ElementsAre("Creazione path avvenuta correttamente:C:\\Users\\mario\\Temp\\log"));
+  write("prima");
+  EXPECT_NE(text(), "");
+  create();
+  EXPECT_EQ(text(), "") << "begun again";
 }
 
-TEST(ProductReport, MakesTheTemporaryFolderToo) {
-  FakeProgram program;
-  program.sim.removeTree("C:\\Users\\mario\\Temp");
-  CreateProductReport(program);
-  EXPECT_TRUE(program.sim.fileExists(kReport));
-  EXPECT_THAT(program.lines(),
+TEST_F(ProductReport, MakesTheTemporaryFolderToo) {
+  machine().removeTree(kTemp);
+  create();
+  EXPECT_TRUE(machine().fileExists(kReport));
+  EXPECT_THAT(lines(),
               ElementsAre("Creazione path avvenuta correttamente:C:\\Users\\mario\\Temp",
                           "Creazione path avvenuta correttamente:C:\\Users\\mario\\Temp\\log"));
 }
 
-TEST(ProductReport, LiesInTheLogFolderThatTheRunLogChose) {
-  FakeProgram program;
-  program.sim.makeFolders("C:\\Users\\mario\\Temp\\log");
-  program.sim.makeFolders("C:\\Registri");
-  program.state.runLog.logFolder = "C:\\Registri";
-  CreateProductReport(program);
-  EXPECT_EQ(program.state.inventory.reportFile, "C:\\Registri\\ProdInfo.txt");
-  EXPECT_TRUE(program.sim.fileExists("C:\\Registri\\ProdInfo.txt"));
-  EXPECT_THAT(program.lines(), IsEmpty());
+TEST_F(ProductReport, LiesInTheLogFolderThatTheRunLogChose) {
+  machine().makeFolders("C:\\Users\\mario\\Temp\\log");
+  machine().makeFolders("C:\\Registri");
+  logFolder() = "C:\\Registri";
+  create();
+  EXPECT_EQ(file(), "C:\\Registri\\ProdInfo.txt");
+  EXPECT_TRUE(machine().fileExists(file()));
+  EXPECT_THAT(lines(), IsEmpty());
 }
 
-TEST(ProductReport, MakesTheTemporaryFolderAlsoWhereTheLogFolderLiesElsewhere) {
-  FakeProgram program;
-  program.sim.removeTree("C:\\Users\\mario\\Temp");
-  program.state.runLog.logFolder = "C:\\Registri\\Trelv";
-  CreateProductReport(program);
-  EXPECT_EQ(program.state.inventory.reportFile, "C:\\Registri\\Trelv\\ProdInfo.txt");
-  EXPECT_TRUE(program.sim.fileExists("C:\\Registri\\Trelv\\ProdInfo.txt"));
-  EXPECT_TRUE(program.sim.folderExists("C:\\Users\\mario\\Temp"));
-  EXPECT_THAT(program.lines(),
-              ElementsAre("Creazione path avvenuta correttamente:C:\\Users\\mario\\Temp",
-                          "Creazione path avvenuta correttamente:C:\\Registri",
-                          "Creazione path avvenuta correttamente:C:\\Registri\\Trelv"));
+TEST_F(ProductReport, MakesTheTemporaryFolderAlsoWhereTheLogFolderLiesElsewhere) {
+  machine().removeTree(kTemp);
+  logFolder() = "C:\\Registri\\Trelv";
+  create();
+  EXPECT_EQ(file(), "C:\\Registri\\Trelv\\ProdInfo.txt");
+  EXPECT_TRUE(machine().fileExists(file()));
+  EXPECT_TRUE(machine().folderExists(kTemp));
+  EXPECT_THAT(lines(), ElementsAre("Creazione path avvenuta correttamente:C:\\Users\\mario\\Temp",
+                                   "Creazione path avvenuta correttamente:C:\\Registri",
+                                   "Creazione path avvenuta correttamente:C:\\Registri\\Trelv"));
 }
 
-TEST(ProductReport, OfTheHostsSupportLibraryLiesInItsTemporaryFolder) {
-  FakeProgram program;
-  program.sim.support().setTemporaryPath("C:\\Lumo\\Temp\\");
-  CreateProductReport(program);
-  EXPECT_TRUE(program.sim.fileExists("C:\\Lumo\\Temp\\log\\ProdInfo.txt"));
+TEST_F(ProductReport, OfTheHostsSupportLibraryLiesInItsTemporaryFolder) {
+  machine().support().setTemporaryPath("C:\\Lumo\\Temp\\");
+  create();
+  EXPECT_TRUE(machine().fileExists("C:\\Lumo\\Temp\\log\\ProdInfo.txt"));
 }
 
-TEST(ProductReport, BegunAgainIsEmptied) {
-  FakeProgram program;
-  CreateProductReport(program);
-  WriteProductReport(program, "prima");
-  EXPECT_NE(program.sim.fileText(kReport), "");
-  CreateProductReport(program);
-  EXPECT_EQ(program.sim.fileText(kReport), "");
+TEST_F(ProductReport, LiesBesideTheRunLog) {
+  RealProgram program(machine());
+  program.log().WriteLog("prima riga");
+  modProdTrelvInfo::CreateProductReport(program);
+  EXPECT_THAT(machine().diskOf("C:\\").names("C:\\Users\\mario\\Temp\\log"),
+              ElementsAre("TrelvManager.log", "ProdInfo.txt"));
 }
 
-TEST(ProductReport, LineCarriesDateAndTextInTheAnsiCodePage) {
-  FakeProgram program;
-  CreateProductReport(program);
-  WriteProductReport(program, "modalità");
-  program.sim.clock().advance(61);
-  WriteProductReport(program, "due");
-  EXPECT_EQ(program.sim.fileText(kReport),
-            "[16/11/2026 09:30:00] - modalit\xE0\r\n[16/11/2026 09:31:01] - due\r\n");
+// --- Its lines
+
+TEST_F(ProductReport, LineCarriesDateAndTextInTheAnsiCodePage) {
+  create();
+  write("modalità");
+  machine().clock().advance(61);
+  write("due");
+  // At midnight there is no time.
+  machine().clock().set({2026, 11, 17, 0, 0, 0});
+  write("notte");
+  machine().clock().set({2026, 11, 16, 9, 30, 0});
+  machine().locale().setLanguage(sim::Language::English);
+  write("x");
+  EXPECT_EQ(text(),
+            "[16/11/2026 09:30:00] - modalit\xE0\r\n[16/11/2026 09:31:01] - due\r\n"
+            "[17/11/2026] - notte\r\n[11/16/2026 9:30:00 AM] - x\r\n");
 }
 
-TEST(ProductReport, LineAtMidnightHasNoTime) {
-  FakeProgram program;
-  CreateProductReport(program);
-  program.sim.clock().set({2026, 11, 17, 0, 0, 0});
-  WriteProductReport(program, "notte");
-  EXPECT_EQ(program.sim.fileText(kReport), "[17/11/2026] - notte\r\n");
+TEST_F(ProductReport, LineWithoutReportIsDroppedAndMakesNoFile) {
+  write("persa");
+  EXPECT_EQ(machine().callCount(), 0U);
+  create();
+  machine().removeTree(kReport);
+  write("persa");
+  EXPECT_FALSE(machine().fileExists(kReport));
+  EXPECT_THAT(program_.reports(), IsEmpty());
 }
 
-TEST(ProductReport, LineHasTheUsersFormatOfDates) {
-  FakeProgram program;
-  program.sim.locale().setLanguage(sim::Language::English);
-  CreateProductReport(program);
-  WriteProductReport(program, "x");
-  EXPECT_EQ(program.sim.fileText(kReport), "[11/16/2026 9:30:00 AM] - x\r\n");
+TEST_F(ProductReport, LineIsAppendedInOneOpening) {
+  create();
+  machine().callLog().clear();
+  write("x");
+  EXPECT_EQ(machine().openings("C:\\").files(), 1U);
+  EXPECT_EQ(machine().openings("C:\\").appends, 1U);
 }
 
-TEST(ProductReport, LineWithoutReportIsDroppedAndMakesNoFile) {
-  FakeProgram program;
-  WriteProductReport(program, "persa");
-  EXPECT_EQ(program.sim.callCount(), 0U);
-  CreateProductReport(program);
-  program.sim.removeTree(kReport);
-  WriteProductReport(program, "persa");
-  EXPECT_FALSE(program.sim.fileExists(kReport));
-  EXPECT_THAT(program.reports(), IsEmpty());
-}
+// --- Failures
 
-TEST(ProductReport, LineIsAppendedInOneOpening) {
-  FakeProgram program;
-  CreateProductReport(program);
-  program.sim.callLog().clear();
-  WriteProductReport(program, "x");
-  EXPECT_EQ(program.sim.openings("C:\\").files(), 1U);
-  EXPECT_EQ(program.sim.openings("C:\\").appends, 1U);
-}
-
-TEST(ProductReport, ThatCannotBeMadeIsToldAndItsPathStays) {
-  FakeProgram program;
-  program.sim.makeFolders("C:\\Users\\mario\\Temp\\log");
-  program.sim.diskOf("C:\\").denyWriting("C:\\Users\\mario\\Temp\\log");
-  CreateProductReport(program);
-  EXPECT_EQ(program.state.inventory.reportFile, kReport);
-  WriteProductReport(program, "persa");
-  EXPECT_FALSE(program.sim.fileExists(kReport));
+TEST_F(ProductReport, ThatCannotBeMadeIsToldAndItsPathStays) {
+  machine().makeFolders("C:\\Users\\mario\\Temp\\log");
+  machine().diskOf("C:\\").denyWriting("C:\\Users\\mario\\Temp\\log");
+  create();
+  EXPECT_EQ(file(), kReport);
+  write("persa");
+  EXPECT_FALSE(machine().fileExists(kReport));
   EXPECT_THAT(
-      program.lines(),
-      ElementsAre(StartsWith("Gestione ProdTrelv - Errore in scrittura file informazioni: ")));
-  EXPECT_THAT(program.lines()[0], testing::HasSubstr(kReport));
-  EXPECT_THAT(program.reports(), IsEmpty());
+      lines(),
+      ElementsAre(AllOf(StartsWith("Gestione ProdTrelv - Errore in scrittura file informazioni: "),
+                        HasSubstr(kReport))));
+  EXPECT_THAT(program_.reports(), IsEmpty());
 }
 
-TEST(ProductReport, WithoutTemporaryFolderIsNotMadeInTheCurrentFolder) {
-  FakeProgram program;
-  sim::FailingMachine failing(program.sim, 1);
-  CreateProductReport(program);
+TEST_F(ProductReport, WithoutTemporaryFolderIsNotMadeInTheCurrentFolder) {
+  sim::FailingMachine failing(machine(), 1);
+  create();
   ASSERT_EQ(failing.failedCall(), "system.temporaryFolder");
-  EXPECT_EQ(program.state.inventory.reportFile, "");
-  EXPECT_EQ(program.lines().back(),
+  EXPECT_EQ(file(), "");
+  EXPECT_EQ(lines().back(),
             "Gestione ProdTrelv - Errore in scrittura file informazioni: Cartella temporanea non "
             "disponibile");
-  EXPECT_EQ(program.sim.openings("C:\\").files(), 0U);
+  EXPECT_EQ(machine().openings("C:\\").files(), 0U);
 }
 
-TEST(ProductReport, LineThatCannotBeWrittenIsToldAndTheCallerGoesOn) {
-  FakeProgram program;
-  CreateProductReport(program);
-  program.sim.diskOf("C:\\").setReadOnly(kReport);
-  WriteProductReport(program, "x");
-  EXPECT_THAT(program.lines().back(),
+TEST_F(ProductReport, LineThatCannotBeWrittenIsToldAndTheCallerGoesOn) {
+  create();
+  machine().diskOf("C:\\").setReadOnly(kReport);
+  write("x");
+  EXPECT_THAT(lines().back(),
               StartsWith("Gestione ProdTrelv - Errore in scrittura file informazioni: "));
-}
-
-TEST(ProductReport, LiesBesideTheRunLog) {
-  sim::SimMachine machine;
-  RealProgram program(machine);
-  program.log().WriteLog("prima riga");
-  CreateProductReport(program);
-  WriteProductReport(program, "x");
-  EXPECT_THAT(machine.diskOf("C:\\").names("C:\\Users\\mario\\Temp\\log"),
-              ElementsAre("TrelvManager.log", "ProdInfo.txt"));
 }
 
 }  // namespace

@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "inventory/RegisteredComponent.h"
@@ -8,38 +7,28 @@
 namespace trelv::tests {
 namespace {
 
-using machine::Hive;
 using modProdTrelvInfo::NerioComponentFolder;
 
 constexpr const char* kServerKey =
     "Software\\Classes\\ClsID\\{5F2A0001-0000-0000-0000-000000000001}\\InprocServer32";
 
 void registerComponent(FakeProgram& program, const std::string& path) {
-  program.sim.registry().setText(Hive::LocalMachine, kServerKey, "", path);
+  program.sim.registry().setText(machine::Hive::LocalMachine, kServerKey, "", path);
 }
 
 TEST(RegisteredComponent, FolderStandsBeforeTheSetUpFolder) {
-  FakeProgram program;
-  registerComponent(program, "C:\\Nerio Locale\\Setup\\KorvatGestionePratiche.OCX");
-  EXPECT_EQ(NerioComponentFolder(program), "c:\\nerio locale");
-}
-
-TEST(RegisteredComponent, OnAShareIsFoundToo) {
-  FakeProgram program;
-  registerComponent(program, "\\\\SRV\\Lumo\\mv\\nerio\\setup\\korvatgestionepratiche.ocx");
-  EXPECT_EQ(NerioComponentFolder(program), "\\\\srv\\lumo\\mv\\nerio");
-}
-
-TEST(RegisteredComponent, ThatBeginsThePathIsUsedWhole) {
-  FakeProgram program;
-  registerComponent(program, "\\Setup\\KorvatGestionePratiche.ocx");
-  EXPECT_EQ(NerioComponentFolder(program), "\\Setup\\KorvatGestionePratiche.ocx");
-}
-
-TEST(RegisteredComponent, ThatIsMissingGivesEmptyText) {
-  FakeProgram program;
-  registerComponent(program, "C:\\Nerio\\korvatgestionepratiche.ocx");
-  EXPECT_EQ(NerioComponentFolder(program), "");
+  const std::pair<const char*, const char*> rows[]{
+      {R"(C:\Nerio Locale\Setup\KorvatGestionePratiche.OCX)", R"(c:\nerio locale)"},
+      {R"(\\SRV\Lumo\mv\nerio\setup\korvatgestionepratiche.ocx)", R"(\\srv\lumo\mv\nerio)"},
+      // Nothing stands before it: the path is used whole.
+      {R"(\Setup\KorvatGestionePratiche.ocx)", R"(\Setup\KorvatGestionePratiche.ocx)"},
+      {R"(C:\Nerio\korvatgestionepratiche.ocx)", ""},
+  };
+  for (const auto& [path, folder] : rows) {
+    FakeProgram program;
+    registerComponent(program, path);
+    EXPECT_EQ(NerioComponentFolder(program), folder) << path;
+  }
 }
 
 TEST(RegisteredComponent, IsSearchedOnceUntilAProgramRan) {

@@ -11,9 +11,6 @@ namespace trelv::tests {
 /// Where a report lies that was begun by a user mario.
 constexpr const char* kReport = "C:\\Users\\mario\\Temp\\log\\ProdInfo.txt";
 
-/// 46 hyphens.
-inline const std::string kHyphens = "----------------------------------------------";
-
 /// The lines of the report in UTF-8, each of which must begin with the date and time of the
 /// simulated clock's start.
 inline std::vector<std::string> reportLines(sim::SimMachine& machine) {
