@@ -93,7 +93,7 @@ else()
   set_source_files_properties(
     "${PROJECT_SOURCE_DIR}/tests/support/Golden.cpp"
     "${PROJECT_SOURCE_DIR}/tests/unit/win32/DialogControlsTest.cpp"
-    "${PROJECT_SOURCE_DIR}/tests/unit/records/MediumDocumentTest.cpp"
+    "${PROJECT_SOURCE_DIR}/tests/unit/records/MediumFilesTest.cpp"
     PROPERTIES COMPILE_DEFINITIONS TRELV_PROJECT_FOLDER="${PROJECT_SOURCE_DIR}")
   trelv_test(contract_sim SOURCES "contract/*.cpp" EXCEPT "/contract/win32/" LINKS main sim)
   trelv_test(sweep_tests SOURCES "sweep/*.cpp" LINKS test_support main xmlstore sim)

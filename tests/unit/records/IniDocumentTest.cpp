@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "records/IniDocument.h"
 
@@ -12,116 +13,97 @@ namespace {
 
 using namespace std::string_literals;
 
-/// Value of key "k" of section "s", or "<missing>".
-std::string valueIn(std::string text, std::string_view section = "s", std::string_view key = "k") {
-  const IniDocument document(std::move(text));
-  return std::string(document.value(section, key).value_or("<missing>"));
+/// What a text has at a key, "k" of section "s" unless others are given.
+struct Lookup {
+  std::string text;
+  std::string value;
+  std::string section = "s";
+  std::string key = "k";
+};
+
+constexpr const char* kMissing = "<missing>";
+
+void expectValues(const std::vector<Lookup>& rows) {
+  for (const Lookup& row : rows) {
+    const IniDocument document(row.text);
+    EXPECT_EQ(document.value(row.section, row.key).value_or(kMissing), row.value)
+        << row.text << " [" << row.section << "] " << row.key;
+  }
 }
 
 TEST(IniDocument, ValueStandsInItsSection) {
   const std::string text = "[prod01]\r\nconf=a.ini\r\n[prod02]\r\nconf=b.ini\r\n";
-  EXPECT_EQ(valueIn(text, "prod01", "conf"), "a.ini");
-  EXPECT_EQ(valueIn(text, "prod02", "conf"), "b.ini");
-  EXPECT_EQ(valueIn(text, "prod03", "conf"), "<missing>");
-  EXPECT_EQ(valueIn(text, "prod01", "id"), "<missing>");
-}
-
-TEST(IniDocument, SameKeyOfTwoSectionsIsNotMixedUp) {
-  EXPECT_EQ(valueIn("[a]\nk=1\n[s]\nx=2\n"), "<missing>");
+  expectValues({{text, "a.ini", "prod01", "conf"},
+                {text, "b.ini", "prod02", "conf"},
+                {text, kMissing, "prod03", "conf"},
+                {text, kMissing, "prod01", "id"},
+                {"[a]\nk=1\n[s]\nx=2\n", kMissing},
+                {"", kMissing},
+                {"", kMissing, "", ""}});
 }
 
 TEST(IniDocument, NamesMatchWithoutRegardToCaseOfAsciiLetters) {
-  EXPECT_EQ(valueIn("[SetUp01]\nServer01=x\n", "SETUP01", "server01"), "x");
-  EXPECT_EQ(valueIn("[S@]\nk[=x\n", "s`", "k["), "<missing>");
+  expectValues({{"[SetUp01]\nServer01=x\n", "x", "SETUP01", "server01"},
+                {"[S@]\nk[=x\n", kMissing, "s`", "k["}});
 }
 
-TEST(IniDocument, BlanksRoundNamesAndValuesAreDropped) {
-  EXPECT_EQ(valueIn(" \t[ s\t] \r\n \tk \t= \tv w\t \r\n"), "v w");
-}
-
-TEST(IniDocument, BlanksRoundTheAskedNamesAreDropped) {
-  EXPECT_EQ(valueIn("[s]\nk=v\n", " s\t", "\r\nk "), "v");
-}
-
-TEST(IniDocument, AnUnbreakableBlankStays) {
-  EXPECT_EQ(valueIn("[s]\nk=\xA0v\xA0\n"), "\xA0v\xA0");
-}
-
-TEST(IniDocument, BytesOfTheValueStayAsTheyAre) {
-  EXPECT_EQ(valueIn("[s]\nk=perch\xE9 \x80 \x81\n"), "perch\xE9 \x80 \x81");
+TEST(IniDocument, BlanksRoundNamesAndValuesAreDroppedAndOtherBytesStay) {
+  expectValues({{" \t[ s\t] \r\n \tk \t= \tv w\t \r\n", "v w"},
+                {"[s]\nk=v\n", "v", " s\t", "\r\nk "},
+                {"[s]\nk=\xA0v\xA0\n", "\xA0v\xA0"},
+                {"[s]\nk=perch\xE9 \x80 \x81\n", "perch\xE9 \x80 \x81"}});
 }
 
 TEST(IniDocument, OnePairOfEqualOuterQuotesIsRemoved) {
-  EXPECT_EQ(valueIn("[s]\nk=\" v \"\n"), " v ");
-  EXPECT_EQ(valueIn("[s]\nk=' v ' \n"), " v ");
-  EXPECT_EQ(valueIn("[s]\nk=\"\"v\"\"\n"), "\"v\"");
-  EXPECT_EQ(valueIn("[s]\nk=\"'v'\"\n"), "'v'");
-  EXPECT_EQ(valueIn("[s]\nk=\"\"\n"), "");
+  expectValues({{"[s]\nk=\" v \"\n", " v "},
+                {"[s]\nk=' v ' \n", " v "},
+                {"[s]\nk=\"\"v\"\"\n", "\"v\""},
+                {"[s]\nk=\"'v'\"\n", "'v'"},
+                {"[s]\nk=\"\"\n", ""},
+                // Of a command that begins and ends with one, too.
+                {"[s]\nk=\"C:\\A B\\x.exe\" /s \"y z\"\n", "C:\\A B\\x.exe\" /s \"y z"},
+                {"[s]\nk=\"C:\\A B\\x.exe\" /s\n", "\"C:\\A B\\x.exe\" /s"},
+                // Unequal ones and single ones stay.
+                {"[s]\nk=\"v'\n", "\"v'"},
+                {"[s]\nk=\"v\n", "\"v"},
+                {"[s]\nk=\"\n", "\""}});
 }
 
-TEST(IniDocument, ACommandThatBeginsAndEndsWithAQuoteLosesBoth) {
-  EXPECT_EQ(valueIn("[s]\nk=\"C:\\A B\\x.exe\" /s \"y z\"\n"), "C:\\A B\\x.exe\" /s \"y z");
-  EXPECT_EQ(valueIn("[s]\nk=\"C:\\A B\\x.exe\" /s\n"), "\"C:\\A B\\x.exe\" /s");
+TEST(IniDocument, AKeyEndsAtItsFirstEqualSignAndMayHaveNoName) {
+  expectValues({{"[s]\nk= \n", ""}, {"[s]\nk=b=c\n", "b=c"}, {"[s]\n=v\n", "v", "s", ""}});
 }
 
-TEST(IniDocument, UnequalOrSingleQuotesStay) {
-  EXPECT_EQ(valueIn("[s]\nk=\"v'\n"), "\"v'");
-  EXPECT_EQ(valueIn("[s]\nk=\"v\n"), "\"v");
-  EXPECT_EQ(valueIn("[s]\nk=\"\n"), "\"");
+TEST(IniDocument, CommentsAndLinesWithoutEqualSignHaveNoValue) {
+  expectValues({{"[s]\n;k=1\n ; k=2\nk=3 ; rest\n", "3 ; rest"},
+                {"[s]\n#k=1\n", kMissing},
+                {"[s]\nk\n", kMissing},
+                // It hides later ones.
+                {"[s]\nk\nk=v\n", kMissing}});
 }
 
-TEST(IniDocument, AnEmptyValueIsNotMissing) { EXPECT_EQ(valueIn("[s]\nk= \n"), ""); }
-
-TEST(IniDocument, AKeyEndsAtItsFirstEqualSign) { EXPECT_EQ(valueIn("[s]\nk=b=c\n"), "b=c"); }
-
-TEST(IniDocument, CommentsAreNoKeys) {
-  EXPECT_EQ(valueIn("[s]\n;k=1\n ; k=2\nk=3 ; rest\n"), "3 ; rest");
-  EXPECT_EQ(valueIn("[s]\n#k=1\n"), "<missing>");
-}
-
-TEST(IniDocument, ALineWithoutEqualSignHasNoValueAndHidesLaterOnes) {
-  EXPECT_EQ(valueIn("[s]\nk\n"), "<missing>");
-  EXPECT_EQ(valueIn("[s]\nk\nk=v\n"), "<missing>");
-}
-
-TEST(IniDocument, OfEqualKeysTheFirstWins) {
-  EXPECT_EQ(valueIn("[s]\nk=1\nK=2\n"), "1");
-  EXPECT_EQ(valueIn("[s]\nk=\nk=2\n"), "");
-}
-
-TEST(IniDocument, OfEqualSectionsOnlyTheFirstExists) {
-  EXPECT_EQ(valueIn("[s]\nx=1\n[S]\nk=2\n"), "<missing>");
-  EXPECT_EQ(valueIn("[s]\nk=1\n[t]\nk=2\n[ s ]\nk=3\n[t]\nz=4\n", "t", "z"), "<missing>");
+TEST(IniDocument, OfEqualKeysAndSectionsTheFirstWins) {
+  expectValues({{"[s]\nk=1\nK=2\n", "1"},
+                {"[s]\nk=\nk=2\n", ""},
+                {"[s]\nx=1\n[S]\nk=2\n", kMissing},
+                {"[s]\nk=1\n[t]\nk=2\n[ s ]\nk=3\n[t]\nz=4\n", kMissing, "t", "z"}});
 }
 
 TEST(IniDocument, LinesBeforeTheFirstSectionHaveTheEmptyOne) {
-  EXPECT_EQ(valueIn("k=v\n[s]\n", "", "k"), "v");
-  EXPECT_EQ(valueIn("k=v\n[s]\n", " ", "k"), "v");
-  EXPECT_EQ(valueIn("[]\nk=v\n", "", "k"), "<missing>");
+  expectValues({{"k=v\n[s]\n", "v", ""}, {"k=v\n[s]\n", "v", " "}, {"[]\nk=v\n", kMissing, ""}});
 }
 
 TEST(IniDocument, ASectionEndsAtTheLastBracketOfItsLine) {
-  EXPECT_EQ(valueIn("[s] junk\nk=v\n"), "v");
-  EXPECT_EQ(valueIn("[s] junk]\nk=v\n"), "<missing>");
-  EXPECT_EQ(valueIn("[s] junk]\nk=v\n", "s] junk"), "v");
+  expectValues({{"[s] junk\nk=v\n", "v"},
+                {"[s] junk]\nk=v\n", kMissing},
+                {"[s] junk]\nk=v\n", "v", "s] junk"},
+                // Without one it is an ordinary line.
+                {"[s]\n[t\nk=v\n", "v"},
+                {"[s]\n[t=1\n", "1", "s", "[t"}});
 }
-
-TEST(IniDocument, AnUnclosedSectionIsAnOrdinaryLine) {
-  EXPECT_EQ(valueIn("[s]\n[t\nk=v\n"), "v");
-  EXPECT_EQ(valueIn("[s]\n[t=1\n", "s", "[t"), "1");
-}
-
-TEST(IniDocument, AKeyMayHaveNoName) { EXPECT_EQ(valueIn("[s]\n=v\n", "s", ""), "v"); }
 
 TEST(IniDocument, LinesEndWithCrLfOrLfAndTheLastNeedsNone) {
-  EXPECT_EQ(valueIn("[s]\nx=1\nk=v"), "v");
-  EXPECT_EQ(valueIn("[s]\r\nx=1\r\nk=v"), "v");
-  EXPECT_EQ(valueIn("\r\n\n[s]\r\n\nk=v\r\n"), "v");
-}
-
-TEST(IniDocument, AnEmptyTextHasNothing) {
-  EXPECT_EQ(valueIn(""), "<missing>");
-  EXPECT_EQ(valueIn("", "", ""), "<missing>");
+  expectValues(
+      {{"[s]\nx=1\nk=v", "v"}, {"[s]\r\nx=1\r\nk=v", "v"}, {"\r\n\n[s]\r\n\nk=v\r\n", "v"}});
 }
 
 TEST(IniDocument, ValuesAreViewsThatOutliveAMoveOfTheDocument) {
@@ -134,57 +116,47 @@ TEST(IniDocument, ValuesAreViewsThatOutliveAMoveOfTheDocument) {
 }
 
 TEST(IniDocument, EveryOfManySectionsAndKeysIsFound) {
+  constexpr int kSections = 300;
+  constexpr int kKeys = 20;
+  const auto numbered = [](const char* word, int n) { return word + std::to_string(n); };
   std::string text;
-  for (int section = 0; section < 300; ++section) {
-    text += "[Update" + std::to_string(section) + "]\r\n";
-    for (int key = 0; key < 20; ++key) {
-      text += "Server" + std::to_string(key) + "=" + std::to_string(section * 100 + key) + "\r\n";
-    }
+  for (int n = 0; n < kSections * kKeys; ++n) {
+    text += n % kKeys == 0 ? numbered("[Update", n / kKeys) + "]\r\n" : "";
+    text += numbered("Server", n % kKeys) + numbered("=", n) + "\r\n";
   }
   const IniDocument document(text);
-  for (int section = 0; section < 300; ++section) {
-    for (int key = 0; key < 20; ++key) {
-      EXPECT_EQ(document.value("UPDATE" + std::to_string(section), "server" + std::to_string(key)),
-                std::to_string(section * 100 + key));
-    }
+  for (int n = 0; n < kSections * kKeys; ++n) {
+    EXPECT_EQ(document.value(numbered("UPDATE", n / kKeys), numbered("server", n % kKeys)),
+              std::to_string(n));
   }
   EXPECT_EQ(document.value("Update300", "Server0"), std::nullopt);
   EXPECT_EQ(document.value("Update0", "Server20"), std::nullopt);
 }
 
+// --- What it can be asked
+
 TEST(IniDocument, UnderstandsPlainAnsiText) {
-  EXPECT_TRUE(IniDocument::understands(""));
-  EXPECT_TRUE(IniDocument::understands("[s]\r\nk = v\r\n"));
-  EXPECT_TRUE(IniDocument::understands("[s]\nk=perch\xE9\tx\x80\xFF\x7F\n"));
-  EXPECT_TRUE(IniDocument::understands("\xFF"));
-  EXPECT_TRUE(IniDocument::understands("x\xEF\xBB\xBF"));
+  for (const char* const text :
+       {"", "[s]\r\nk = v\r\n", "[s]\nk=perch\xE9\tx\x80\xFF\x7F\n", "\xFF", "x\xEF\xBB\xBF"}) {
+    EXPECT_TRUE(IniDocument::understands(text)) << text;
+  }
 }
 
-TEST(IniDocument, LeavesByteOrderMarksToThePlatform) {
-  EXPECT_FALSE(IniDocument::understands("\xEF\xBB\xBF[s]\r\nk=v\r\n"));
-  EXPECT_FALSE(IniDocument::understands("\xFF\xFE[s]\r\nk=v\r\n"));
-  EXPECT_FALSE(IniDocument::understands("\xFE\xFF[s]\r\nk=v\r\n"));
-  EXPECT_FALSE(IniDocument::understands("\xFF\xFE"));
-}
-
-TEST(IniDocument, LeavesNulBytesToThePlatform) {
-  EXPECT_FALSE(IniDocument::understands("[s]\r\nk=a\0b\r\n"s));
-  EXPECT_FALSE(IniDocument::understands("[\0s\0]\0"s));
-  EXPECT_FALSE(IniDocument::understands("\0"s));
-}
-
-TEST(IniDocument, LeavesOtherControlCharactersToThePlatform) {
+TEST(IniDocument, LeavesOtherTextToThePlatform) {
+  for (const std::string& text : {// Marks of an encoding.
+                                  "\xEF\xBB\xBF[s]\r\nk=v\r\n"s, "\xFF\xFE[s]\r\nk=v\r\n"s,
+                                  "\xFE\xFF[s]\r\nk=v\r\n"s, "\xFF\xFE"s,
+                                  // NULs.
+                                  "[s]\r\nk=a\0b\r\n"s, "[\0s\0]\0"s, "\0"s,
+                                  // A CR on its own.
+                                  "[s]\rk=v\r"s, "[s]\r\nk=v\r"s, "[s]\r\r\nk=v"s}) {
+    EXPECT_FALSE(IniDocument::understands(text)) << text;
+  }
   for (char code = 1; code < ' '; ++code) {
     const bool plain = code == '\t' || code == '\n';
     EXPECT_EQ(IniDocument::understands("[s]\r\nk=a"s + code + "b\r\n"), plain)
         << static_cast<int>(code);
   }
-}
-
-TEST(IniDocument, LeavesACrOnItsOwnToThePlatform) {
-  EXPECT_FALSE(IniDocument::understands("[s]\rk=v\r"));
-  EXPECT_FALSE(IniDocument::understands("[s]\r\nk=v\r"));
-  EXPECT_FALSE(IniDocument::understands("[s]\r\r\nk=v"));
 }
 
 TEST(IniDocument, LeavesNamesBeyondAsciiToThePlatform) {

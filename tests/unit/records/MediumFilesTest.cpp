@@ -1,18 +1,24 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <string>
 #include <vector>
 
 #include "records/MediumFiles.h"
+#include "support/Texts.h"
 
 namespace trelv::mediumFiles {
 namespace {
 
 using namespace std::string_literals;
+using testing::_;
+using testing::AllOf;
+using testing::Each;
 using testing::ElementsAre;
+using testing::Field;
 using testing::IsEmpty;
-using testing::SizeIs;
+using tests::joined;
 using Lines = std::vector<std::string>;
 
 /// Set-up file whose third and further lines are these.
@@ -20,6 +26,25 @@ SetupFile setupOf(const Lines& lines) {
   Lines whole{"Intestazione", "2026-11-21"};
   whole.insert(whole.end(), lines.begin(), lines.end());
   return readSetup(whole);
+}
+
+/// What each entry of a page says, on one line: caption, folder, identifier, commands.
+Lines told(const MenuPage& page) {
+  Lines texts;
+  for (const OfferedProduct& entry : page.entries) {
+    Lines values{entry.caption, entry.packFolder, entry.identifier};
+    values.insert(values.end(), entry.commands.begin(), entry.commands.end());
+    texts.push_back(joined(values, "|"));
+  }
+  return texts;
+}
+
+Lines told(const std::vector<ListedProduct>& products) {
+  Lines texts;
+  for (const ListedProduct& product : products) {
+    texts.push_back(product.identifier + "|" + product.description);
+  }
+  return texts;
 }
 
 // --- Set-up file
@@ -39,90 +64,52 @@ TEST(SetupFile, PathIsShownWhereAnyLineFromTheThirdOnSaysSo) {
 TEST(SetupFile, LineWithOneValueNamesItsPageAndTheLastOneCounts) {
   const SetupFile setup = setupOf({"#PRIMA_LISTA#Uno", "#SECONDA_LISTA# Due ", "#TERZA_LISTA#Tre",
                                    "#QUARTA_LISTA#Quattro", "#PRIMA_LISTA#Primo"});
-  EXPECT_EQ(setup.menu[0].caption, "Primo");
-  EXPECT_EQ(setup.menu[1].caption, "Due");
-  EXPECT_EQ(setup.menu[2].caption, "Tre");
-  EXPECT_EQ(setup.menu[3].caption, "Quattro");
-  EXPECT_THAT(setup.menu[0].entries, IsEmpty());
-  EXPECT_EQ(setupOf({}).menu[0].caption, "");
+  const auto page = [](const char* caption) {
+    return AllOf(Field(&MenuPage::caption, caption), Field(&MenuPage::entries, IsEmpty()));
+  };
+  EXPECT_THAT(setup.menu, ElementsAre(page("Primo"), page("Due"), page("Tre"), page("Quattro")));
+  EXPECT_THAT(setupOf({}).menu, Each(page("")));
 }
 
-TEST(SetupFile, EntryIsCaptionFolderIdentifierAndCommands) {
+TEST(SetupFile, EntriesAreCaptionFolderIdentifierAndCommandsInTheOrderOfTheFile) {
   const SetupFile setup =
-      setupOf({R"(#SECONDA_LISTA# Zeltomodelli | prodotti\packs\zm |ZM| a.exe "x y" | b.exe )"});
-  ASSERT_THAT(setup.menu[1].entries, SizeIs(1));
-  const OfferedProduct& entry = setup.menu[1].entries.front();
-  EXPECT_EQ(entry.caption, "Zeltomodelli");
-  EXPECT_EQ(entry.packFolder, "prodotti\\packs\\zm");
-  EXPECT_EQ(entry.identifier, "ZM");
-  EXPECT_THAT(entry.commands, ElementsAre("a.exe \"x y\"", "b.exe"));
-  EXPECT_THAT(entry.chosenPacks, IsEmpty());
+      setupOf({R"(#SECONDA_LISTA# Zeltomodelli | prodotti\packs\zm |ZM| a.exe "x y" | b.exe )",
+               "altro", "#SECONDA_LISTA#A|", "#SECONDA_LISTA#B|b|ZB||  |c.exe|"});
+  EXPECT_THAT(
+      told(setup.menu[1]),
+      ElementsAre(R"(Zeltomodelli|prodotti\packs\zm|ZM|a.exe "x y"|b.exe)", "A||", "B|b|ZB|c.exe"));
+  EXPECT_THAT(setup.menu[1].entries.front().chosenPacks, IsEmpty());
 }
 
-TEST(SetupFile, EntriesStandInTheOrderOfTheFile) {
-  const SetupFile setup = setupOf({"#PRIMA_LISTA#B|b|ZB", "altro", "#PRIMA_LISTA#A|a|NERIO"});
-  ASSERT_THAT(setup.menu[0].entries, SizeIs(2));
-  EXPECT_EQ(setup.menu[0].entries[0].caption, "B");
-  EXPECT_EQ(setup.menu[0].entries[1].caption, "A");
-}
-
-TEST(SetupFile, ValuesThatAreMissingAreEmptyAndEmptyCommandsNone) {
-  const SetupFile setup = setupOf({"#PRIMA_LISTA#A|", "#PRIMA_LISTA#B|b|ZB||  |c.exe|"});
-  ASSERT_THAT(setup.menu[0].entries, SizeIs(2));
-  EXPECT_EQ(setup.menu[0].entries[0].packFolder, "");
-  EXPECT_EQ(setup.menu[0].entries[0].identifier, "");
-  EXPECT_THAT(setup.menu[0].entries[1].commands, ElementsAre("c.exe"));
-}
-
-TEST(SetupFile, MarkerStandsAtTheBeginningInCapitals) {
+TEST(SetupFile, MenuLinesBeginWithTheirMarkerInCapitalsBehindTheFreeLine) {
   const SetupFile setup =
-      setupOf({" #PRIMA_LISTA#A|a|ZB", "#prima_lista#B|b|ZB", "PRIMA_LISTA#C|c"});
-  EXPECT_THAT(setup.menu[0].entries, IsEmpty());
+      readSetup({"#PRIMA_LISTA#A|a|ZB", "#PRIMA_LISTA#B|b|ZB", " #PRIMA_LISTA#C",
+                 "#prima_lista#D|d|ZB", "PRIMA_LISTA#E|e", "#PRIMA_LISTA#F|f|ZB"});
   EXPECT_EQ(setup.menu[0].caption, "");
-}
-
-TEST(SetupFile, MenuBeginsBehindTheFreeLine) {
-  const SetupFile setup =
-      readSetup({"#PRIMA_LISTA#A|a|ZB", "#PRIMA_LISTA#B|b|ZB", "#PRIMA_LISTA#C|c|ZB"});
-  ASSERT_THAT(setup.menu[0].entries, SizeIs(1));
-  EXPECT_EQ(setup.menu[0].entries[0].caption, "C");
+  EXPECT_THAT(told(setup.menu[0]), ElementsAre("F|f|ZB"));
 }
 
 // --- Products
 
-TEST(ProductsFile, EachLineIsAProductAsItStands) {
+TEST(ProductsFile, EachLineIsAProductAsItStandsAndBlankOnesAreNone) {
   const std::vector<ListedProduct> products =
-      readProducts({"NERIO|Nerio", "Q2 | Tarsena2|altro", "LUDA", "|senza codice"});
-  ASSERT_THAT(products, SizeIs(4));
-  EXPECT_EQ(products[0].identifier, "NERIO");
-  EXPECT_EQ(products[0].description, "Nerio");
-  EXPECT_EQ(products[0].presence, 0);
-  EXPECT_EQ(products[1].identifier, "Q2 ");
-  EXPECT_EQ(products[1].description, " Tarsena2");
-  EXPECT_EQ(products[2].description, "");
-  EXPECT_EQ(products[3].identifier, "");
-}
-
-TEST(ProductsFile, BlankLinesAreNoProducts) {
-  EXPECT_THAT(readProducts({"", "  ", "ZB|Bilancio", ""}), SizeIs(1));
+      readProducts({"NERIO|Nerio", "", "Q2 | Tarsena2|altro", "  ", "LUDA", "|senza codice", ""});
+  EXPECT_THAT(told(products),
+              ElementsAre("NERIO|Nerio", "Q2 | Tarsena2", "LUDA|", "|senza codice"));
+  EXPECT_EQ(products.at(0).presence, 0);
   EXPECT_THAT(readProducts({}), IsEmpty());
 }
 
 // --- Odd files
 
-TEST(MediumText, IsPlainWithTabsAndLettersOfTheCodePage) {
-  EXPECT_TRUE(isPlainLine(""));
-  EXPECT_TRUE(isPlainLine("Contabilit\xE0\t\x80 %V%"));
-}
-
-TEST(MediumText, IsNotPlainWithControlCharactersOrAMarkOfAnotherEncoding) {
-  EXPECT_FALSE(isPlainLine("a\0b"s));
-  EXPECT_FALSE(isPlainLine("a\rb"));
-  EXPECT_FALSE(isPlainLine("\x1A"));
-  EXPECT_FALSE(isPlainLine("\xEF\xBB\xBFProdotti"));
-  EXPECT_FALSE(isPlainLine("\xFF\xFEP"));
-  EXPECT_FALSE(isPlainLine("\xFE\xFF"));
-  EXPECT_TRUE(isPlainLine("x\xFF\xFE")) << "letters of the code page elsewhere";
+TEST(MediumText, IsPlainWithoutControlCharactersAndMarksOfAnotherEncoding) {
+  for (const char* const line : {"", "Contabilit\xE0\t\x80 %V%", "x\xFF\xFE"}) {
+    EXPECT_TRUE(isPlainLine(line)) << line;
+  }
+  for (const std::string& line :
+       {"a\0b"s, "a\rb"s, "\x1A"s, "\xEF\xBB\xBFProdotti"s, "\xFF\xFEP"s, "\xFE\xFF"s}) {
+    EXPECT_FALSE(isPlainLine(line)) << line;
+  }
 }
 
 // --- Folders
@@ -140,6 +127,54 @@ TEST(PackFolder, LeadsElsewhereByDriveShareRootOrPoints) {
         "a\\..\\..\\b", "a/../../b", ".. \\b", "...\\b", "a\\.\\..\\..", "packs:x"}) {
     EXPECT_FALSE(liesOnMedium(folder)) << folder;
   }
+}
+
+// --- The examples of docs/medium.md, read as the program reads the files of a medium
+
+/// Lines of the example that the document shows as this file.
+Lines example(const std::string& file) {
+  std::ifstream document(TRELV_PROJECT_FOLDER "/docs/medium.md");
+  Lines lines;
+  bool inside = false;
+  for (std::string line; std::getline(document, line);) {
+    if (inside && line == "```") {
+      return lines;
+    }
+    if (inside) {
+      EXPECT_TRUE(isPlainLine(line)) << file << ": " << line;
+      lines.push_back(line);
+    }
+    inside = inside || line == "```text file=" + file;
+  }
+  ADD_FAILURE() << "docs/medium.md has no example of " << file;
+  return {};
+}
+
+TEST(MediumDocument, SetUpFileSaysWhatTheTextSaysOfIt) {
+  const SetupFile setup = readSetup(example("Setup.cmf"));
+  EXPECT_EQ(setup.headerTemplate, "Prodotti complementari - versione %V%");
+  EXPECT_TRUE(setup.showIntegrationPath);
+  EXPECT_EQ(setup.menu[0].caption, "Contabilità");
+  EXPECT_THAT(told(setup.menu[0]), ElementsAre(R"(Nerio|prodotti\packs\nerio|NERIO)",
+                                               R"(Bilancio|prodotti\packs\bilancio|ZB)"));
+  EXPECT_EQ(setup.menu[1].caption, "Modelli");
+  EXPECT_THAT(
+      told(setup.menu[1]),
+      ElementsAre(
+          R"(Zeltomodelli|prodotti\packs\modelli|ZM|notepad.exe "%MEDIUM%\prodotti\docs\leggimi.txt")",
+          "Torna all'elenco||Exit"));
+  EXPECT_THAT(told(setup.menu[2]), IsEmpty());
+  EXPECT_THAT(told(setup.menu[3]), IsEmpty());
+  for (const MenuPage& page : setup.menu) {
+    for (const OfferedProduct& entry : page.entries) {
+      EXPECT_TRUE(liesOnMedium(entry.packFolder)) << entry.caption;
+    }
+  }
+}
+
+TEST(MediumDocument, OtherFilesSayWhatTheTextSaysOfThem) {
+  EXPECT_THAT(example("Versione.ver"), testing::Not(IsEmpty()));
+  EXPECT_THAT(told(readProducts(example("Products.cmf"))), ElementsAre(_, "ZB|Bilancio", _));
 }
 
 }  // namespace
