@@ -17,6 +17,11 @@ else()
   add_library(pugixml STATIC "${TRELV_PUGIXML_SOURCE}/src/pugixml.cpp")
   target_include_directories(pugixml SYSTEM PUBLIC "${TRELV_PUGIXML_SOURCE}/src")
   # Without its stream functions the program needs no stream library: half of its size.
-  target_compile_definitions(pugixml PUBLIC PUGIXML_NO_XPATH PUGIXML_NO_STL)
+  target_compile_definitions(pugixml PUBLIC PUGIXML_NO_XPATH PUGIXML_NO_STL PUGIXML_NO_EXCEPTIONS)
+  # It raises nothing then. Without unwind tables, which hold on to every function of a file, the
+  # linker drops those that nobody calls.
+  target_compile_options(
+    pugixml PRIVATE -fno-exceptions -fno-asynchronous-unwind-tables -include
+                    "${PROJECT_SOURCE_DIR}/cmake/pugixml/NoFloatingNumbers.h")
   add_library(pugixml::pugixml ALIAS pugixml)
 endif()

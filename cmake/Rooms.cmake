@@ -35,18 +35,30 @@ function(trelv_room name)
 endfunction()
 
 # trelv_resources(<name> <folder>): the resource scripts of a folder, as objects to link with.
+# What carries the project's version is made in the build folder: ProgramVersion.h, the manifests.
 function(trelv_resources name folder)
   file(GLOB scripts CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${folder}/*.rc")
+  set(generated "${PROJECT_BINARY_DIR}/resources/${folder}")
   add_library(${name} INTERFACE)
   if(scripts)
     add_library(${name}_objects OBJECT ${scripts})
+    string(REPLACE "." "," TRELV_VERSION_NUMBERS "${PROJECT_VERSION}")
+    file(CONFIGURE OUTPUT "${generated}/ProgramVersion.h"
+         CONTENT "#define TRELV_VERSION_NUMBERS @TRELV_VERSION_NUMBERS@
+#define TRELV_VERSION_TEXT \"@PROJECT_VERSION@\"
+" @ONLY)
+    file(GLOB manifests CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${folder}/*.manifest.in")
+    foreach(manifest IN LISTS manifests)
+      get_filename_component(file "${manifest}" NAME_WLE)
+      configure_file("${manifest}" "${generated}/${file}" @ONLY)
+    endforeach()
     target_include_directories(
-      ${name}_objects PRIVATE "${PROJECT_SOURCE_DIR}/src" "${PROJECT_SOURCE_DIR}"
+      ${name}_objects PRIVATE "${generated}" "${PROJECT_SOURCE_DIR}/src" "${PROJECT_SOURCE_DIR}"
                               "${PROJECT_SOURCE_DIR}/${folder}")
     # A resource script includes headers, icons and the manifest: all of them renew it.
     file(GLOB parts CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${folder}/*.h"
          "${PROJECT_SOURCE_DIR}/${folder}/*.ico" "${PROJECT_SOURCE_DIR}/${folder}/*.bmp"
-         "${PROJECT_SOURCE_DIR}/${folder}/*.manifest")
+         "${generated}/*.h" "${generated}/*.manifest")
     set_source_files_properties(${scripts} PROPERTIES OBJECT_DEPENDS "${parts}")
     target_link_libraries(${name} INTERFACE ${name}_objects $<TARGET_OBJECTS:${name}_objects>)
   endif()
@@ -65,15 +77,19 @@ function(trelv_entry_point target)
   endforeach()
 endfunction()
 
-# trelv_symbols(<target>): strips the program; its symbols stay in build folder/symbols.
+# trelv_symbols(<target>): strips the program, whose symbols stay in build folder/symbols, and marks it
+# for a share or medium that goes away while it runs.
 function(trelv_symbols target)
   set(symbols "${PROJECT_BINARY_DIR}/symbols/$<TARGET_FILE_NAME:${target}>.debug")
+  set(mark "${PROJECT_SOURCE_DIR}/tools/mark-program")
   add_custom_command(
     TARGET ${target} POST_BUILD
     COMMAND "${CMAKE_COMMAND}" -E make_directory "${PROJECT_BINARY_DIR}/symbols"
     COMMAND "${CMAKE_OBJCOPY}" --only-keep-debug "$<TARGET_FILE:${target}>" "${symbols}"
+    COMMAND "${mark}" "${symbols}"
     COMMAND "${CMAKE_OBJCOPY}" --strip-all "--add-gnu-debuglink=${symbols}"
             "$<TARGET_FILE:${target}>"
+    COMMAND "${mark}" "$<TARGET_FILE:${target}>"
     VERBATIM)
 endfunction()
 

@@ -29,6 +29,12 @@ def build():
 
 
 @pytest.fixture(scope="session")
+def project_version():
+    text = (windows.PROJECT / "CMakeLists.txt").read_text(encoding="utf-8")
+    return re.search(r"project\(TrelvManager VERSION (\d+\.\d+\.\d+\.\d+)", text).group(1)
+
+
+@pytest.fixture(scope="session")
 def seven_zip(build):
     """Without 7-Zip no pack can be opened."""
     if not build.seven_zip:

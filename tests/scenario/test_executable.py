@@ -74,8 +74,22 @@ def test_it_needs_nothing_but_the_system(executable):
     assert set(executable.libraries()) <= SYSTEM_LIBRARIES
 
 
-def test_it_is_smaller_than_two_megabytes(build):
-    assert build.manager.stat().st_size < 2 * 1024 * 1024
+def test_it_is_small_enough_to_be_loaded_over_the_share_by_every_start(build):
+    assert build.manager.stat().st_size <= 760_000
+
+
+def test_it_is_read_whole_before_it_starts_so_that_share_or_medium_may_go_away(executable):
+    marks = struct.unpack_from("<H", executable.data, executable.header + 22)[0]
+    assert marks & 0x0C00 == 0x0C00
+
+
+def test_it_does_not_tell_when_or_where_it_was_built(build, executable):
+    assert struct.unpack_from("<I", executable.data, executable.header + 8)[0] == 0
+    assert str(build.folder).encode() not in executable.data
+
+
+def test_it_shows_the_version_of_the_project(executable, project_version):
+    assert project_version.encode("utf-16-le") in executable.data
 
 
 def test_its_manifest_asks_for_no_elevation(executable):
