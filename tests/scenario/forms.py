@@ -111,9 +111,22 @@ class Hand(windows.Prefix):
         self.keys(key)
         return shown.text(windows.MESSAGE_TEXT), shown.buttons()
 
+    def titles(self):
+        """The titles of all dialogs that show."""
+        return [each["title"] for each in self.ask("boxes") if "title" in each]
+
     def no_box(self):
         """True when no message box shows."""
-        return "TrelvManager" not in [each.get("title") for each in self.ask("boxes")]
+        return "TrelvManager" not in self.titles()
+
+    def other_title(self, known, seconds=20):
+        """The title of a dialog beside those that are known, waited for."""
+        deadline = time.monotonic() + seconds
+        while time.monotonic() < deadline:
+            if others := [title for title in self.titles() if title not in known]:
+                return others[0]
+            time.sleep(0.2)
+        raise AssertionError(f"nothing but {known}")
 
     def press(self, title, control):
         """Clicks the middle of a control with the mouse of the screen."""
@@ -144,7 +157,7 @@ class Hand(windows.Prefix):
 
     def end(self):
         """Ends the programs of all dialogs by force."""
-        for title in [each["title"] for each in self.ask("boxes") if "title" in each]:
+        for title in self.titles():
             with contextlib.suppress(RuntimeError):
                 self.ask_once("end", title)
 

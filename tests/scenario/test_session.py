@@ -182,30 +182,58 @@ def wait_until(hand, title, holds, seconds=200):
     raise AssertionError(f"{title}: it does not come")
 
 
+def press_keys(hand, title, *keys):
+    hand.point_at(hand.dialog(title))
+    hand.keys(*keys)
+
+
+def keyed(hand, title, *keys):
+    """The dialog after these keys."""
+    press_keys(hand, title, *keys)
+    return hand.dialog(title)
+
+
+def ask_for_help(hand, title):
+    press_keys(hand, title, "alt+u")
+    assert hand.answer_by_keys("Return")[0] == "Help non visualizzabile! Installare Acrobat Reader"
+
+
+def confirm_by_keys(hand, title, question, *keys):
+    press_keys(hand, title, *keys)
+    assert hand.answer_by_keys("alt+s")[0] == QUESTION + question
+
+
 def test_the_keyboard_alone_goes_through_a_standard_installation(standalone):
     station = standalone.station
     with standalone.session() as hand:
         assert hand.dialog(SELECTION).focus == "ListAmb"
-        hand.point_at(hand.dialog(SELECTION))
-        hand.keys("Home", "space", "alt+a")
-        assert hand.answer_by_keys("alt+s")[0] == QUESTION + STANDARD
-        hand.point_at(hand.dialog(STANDARD))
-        hand.keys("ctrl+Tab", "alt+p", "Home", "space")
-        form = hand.dialog(STANDARD)
+        ask_for_help(hand, SELECTION)
+        assert keyed(hand, SELECTION, "alt+m").focus == "txtProgress"
+        assert keyed(hand, SELECTION, "Tab").focus == "cmdExec"
+        hand.keys("F10")
+        press_keys(hand, INFORMATION, "Escape")
+        confirm_by_keys(hand, SELECTION, STANDARD, "alt+t", "Home", "space", "alt+a")
+        ask_for_help(hand, STANDARD)
+        press_keys(hand, STANDARD, "alt+i")
+        assert hand.dialog(SELECTION).selected("ListAmb") == STANDARD
+        confirm_by_keys(hand, SELECTION, STANDARD, "Return")
+        assert keyed(hand, STANDARD, "alt+p", "shift+Tab").focus == "labTab"
+        assert keyed(hand, STANDARD, "Right", "Right").items("ListProd") == ["Zeltomodelli"]
+        form = keyed(hand, STANDARD, "ctrl+shift+Tab", "alt+p", "Home", "space")
         assert form.items("ListProd") == ["Bilancio", "Tarsena2"]
         assert form.chosen("ListProd") == ["Bilancio"]
-        hand.keys("Return")
         if station.prefix.kind == "win64":
+            hand.keys("Return")
             assert "64 Bit" in hand.answer_by_keys("Return")[0]
         else:
-            assert hand.answer_by_keys("alt+s")[0] == QUESTION + "Bilancio"
-            hand.point_at(hand.dialog(VERSIONS))
-            hand.keys("Home", "Down", "space")
-            assert hand.dialog(VERSIONS).chosen("ListProd") == ["bilancio-09.94.00.00.zip"]
+            confirm_by_keys(hand, STANDARD, "Bilancio", "Return")
+            press_keys(hand, VERSIONS, "alt+e")
+            confirm_by_keys(hand, STANDARD, "Bilancio", "alt+a")
+            form = keyed(hand, VERSIONS, "Home", "Down", "space")
+            assert form.chosen("ListProd") == ["bilancio-09.94.00.00.zip"]
             hand.keys("Return")
             wait_until(hand, STANDARD, lambda form: not form.enabled("cmdback"))
-        hand.point_at(hand.dialog(STANDARD))
-        hand.keys("Escape")
+        press_keys(hand, STANDARD, "alt+e")
     if station.prefix.kind == "win32":
         assert standard_version(station) == NEW_VERSION
 
@@ -259,22 +287,31 @@ def test_an_integrated_installation_is_clicked_through_and_pictured(hosted):
 
 def test_the_keyboard_alone_goes_through_an_integrated_installation(hosted):
     with hosted.session() as hand:
-        hand.point_at(hand.dialog(SELECTION))
-        hand.keys("Home", "Down", "Return")
-        assert hand.answer_by_keys("alt+s")[0] == QUESTION + INTEGRATION
-        form = hand.dialog(PATH_PROMPT)
-        assert form.focus == "txtInput"
-        hand.point_at(form)
+        confirm_by_keys(hand, SELECTION, INTEGRATION, "Home", "Down", "Return")
+        assert hand.dialog(PATH_PROMPT).focus == "txtInput"
+        press_keys(hand, PATH_PROMPT, "alt+s")
+        press_keys(hand, hand.other_title([SELECTION, PATH_PROMPT]), "Escape")
+        press_keys(hand, PATH_PROMPT, "Escape")
+        assert "senza indicazione del path" in hand.answer_by_keys("Return")[0]
+        confirm_by_keys(hand, SELECTION, INTEGRATION, "Return")
+        hand.point_at(hand.dialog(PATH_PROMPT))
         hand.type("S:\\nulla")
         hand.keys("Return")
         assert hand.answer_by_keys("Return")[0] == "Path inesistente o errato"
         hand.point_at(hand.dialog(PATH_PROMPT))
         hand.type("S:\\Lumo")
         hand.keys("Return")
-        form = hand.dialog(INTEGRATION)
-        assert form.focus == "ListProd"
-        hand.point_at(form)
-        hand.keys("Home", "Down", "Down", "space", "alt+a")
+        assert hand.dialog(INTEGRATION).focus == "ListProd"
+        ask_for_help(hand, INTEGRATION)
+        press_keys(hand, INTEGRATION, "alt+i")
+        assert hand.dialog(SELECTION).selected("ListAmb") == INTEGRATION
+        confirm_by_keys(hand, SELECTION, INTEGRATION, "Return")
+        hand.point_at(hand.dialog(PATH_PROMPT))
+        hand.type("S:\\Lumo")
+        hand.keys("Return")
+        form = keyed(hand, INTEGRATION, "Home", "Down", "Down", "space")
+        assert form.chosen("ListProd") == ["Nerio", "Bilancio"]
+        hand.keys("alt+a")
         deadline = time.monotonic() + 200
         while hand.no_box() and time.monotonic() < deadline:
             time.sleep(1)
