@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 
@@ -22,10 +23,15 @@ class ProcessesContract : public Contract {
 
   /// Starts, waits, and gives the exit code.
   std::uint32_t run(const std::string& commandLine, bool visible = false) {
-    std::uint32_t code = 99999;
     EXPECT_EQ(start(commandLine, visible), system_code::kSuccess) << commandLine;
-    if (process_ == nullptr) return code;
+    if (process_ == nullptr) return 99999;
     EXPECT_EQ(process_->wait(), system_code::kSuccess);
+    return exitCode();
+  }
+
+  machine::RunningProcess& process() { return *process_; }
+  std::uint32_t exitCode() {
+    std::uint32_t code = 99999;
     EXPECT_EQ(process_->exitCode(code), system_code::kSuccess);
     return code;
   }
@@ -56,16 +62,12 @@ TEST_F(ProcessesContract, AQuotedPathMayHoldBlanks) {
   EXPECT_EQ(run("\"" + file + "\" 5"), 5U);
 }
 
-TEST_F(ProcessesContract, TheProgramSeesItsCommandLine) {
-  const std::string line = "\"" + program() + "\" 0 \"" + report() + "\"";
-  ASSERT_EQ(run(line), 0U);
-  EXPECT_EQ(world().fileBytes(report()), line);
-}
-
-TEST_F(ProcessesContract, ATrailingBlankReachesTheProgram) {
-  const std::string line = program() + " 0 " + report() + " ";
-  ASSERT_EQ(run(line), 0U);
-  EXPECT_EQ(world().fileBytes(report()), line);
+TEST_F(ProcessesContract, TheProgramSeesItsCommandLineATrailingBlankIncluded) {
+  const std::string quoted = "\"" + program() + "\" 0 \"" + report() + "\"";
+  for (const std::string& line : {quoted, program() + " 0 " + report() + " "}) {
+    ASSERT_EQ(run(line), 0U);
+    EXPECT_EQ(world().fileBytes(report()), line);
+  }
 }
 
 TEST_F(ProcessesContract, APathWithATrailingBlankStarts) { EXPECT_EQ(run(program() + " "), 0U); }
@@ -86,21 +88,16 @@ TEST_F(ProcessesContract, AProgramNamedLikeTheFirstWordOfAPathIsStartedInstead) 
   EXPECT_TRUE(world().exists(report()));
 }
 
-TEST_F(ProcessesContract, AMissingExtensionIsCompleted) {
+TEST_F(ProcessesContract, AMissingExtensionIsCompletedAndAnyOtherDoesNotMatter) {
   program("q.exe");
   EXPECT_EQ(run(path("q") + " 6"), 6U);
-}
-
-TEST_F(ProcessesContract, TheExtensionDoesNotMatter) {
   EXPECT_EQ(run(program("q.dat") + " 6"), 6U);
   EXPECT_EQ(run(program("noext") + " 6"), 6U);
 }
 
 TEST_F(ProcessesContract, ForwardSlashesWork) {
   std::string file = program();
-  for (char& character : file) {
-    if (character == '\\') character = '/';
-  }
+  std::replace(file.begin(), file.end(), '\\', '/');
   EXPECT_EQ(run(file + " 6"), 6U);
 }
 
@@ -108,25 +105,15 @@ TEST_F(ProcessesContract, AccentedPathsWork) {
   EXPECT_EQ(run(program("perch\u00E9.exe") + " 6"), 6U);
 }
 
-TEST_F(ProcessesContract, WhatIsMissingAnswers2) {
-  EXPECT_EQ(start(path("none.exe")), 2U);
-  EXPECT_EQ(start("\"" + path("none.exe") + "\" x"), 2U);
-  EXPECT_EQ(start("trelvnone.exe x"), 2U);
-  EXPECT_EQ(start(path("none\\a.exe")), 2U);
-  EXPECT_EQ(start("Q:\\a.exe"), 2U);
-  EXPECT_EQ(start("regsrv32 /u /s x.ocx"), 2U);
-  EXPECT_FALSE(started());
-}
-
-TEST_F(ProcessesContract, AFolderIsNoProgram) {
+TEST_F(ProcessesContract, WhatIsMissingOrAFolderOrHasNoNameAnswers2) {
   world().putFolder(path("sub"));
-  EXPECT_EQ(start(path("sub")), 2U);
-}
-
-TEST_F(ProcessesContract, WithoutProgramNameItAnswers2) {
-  EXPECT_EQ(start(""), 2U);
-  EXPECT_EQ(start("  "), 2U);
-  EXPECT_EQ(start(" " + program()), 2U);
+  for (const std::string& line :
+       {path("none.exe"), "\"" + path("none.exe") + "\" x", std::string("trelvnone.exe x"),
+        path("none\\a.exe"), std::string("Q:\\a.exe"), std::string("regsrv32 /u /s x.ocx"),
+        path("sub"), std::string(), std::string("  "), " " + program()}) {
+    EXPECT_EQ(start(line), 2U) << line;
+    EXPECT_FALSE(started()) << line;
+  }
 }
 
 TEST_F(ProcessesContract, EmptyQuotesAnswer87) { EXPECT_EQ(start("\"\""), 87U); }
@@ -160,23 +147,17 @@ TEST_F(ProcessesContract, AProgramGoesOnWhenItsHandleIsDropped) {
 }
 
 TEST_F(ProcessesContract, WaitingUntilReadyEndsWithTheProgramAtTheLatest) {
-  std::unique_ptr<machine::RunningProcess> process;
-  ASSERT_EQ(machine().processes.start(program() + " 6", false, process), system_code::kSuccess);
-  process->waitUntilReady(60000);
-  EXPECT_EQ(process->wait(), system_code::kSuccess);
-  std::uint32_t code = 0;
-  EXPECT_EQ(process->exitCode(code), system_code::kSuccess);
-  EXPECT_EQ(code, 6U);
+  ASSERT_EQ(start(program() + " 6"), system_code::kSuccess);
+  process().waitUntilReady(60000);
+  EXPECT_EQ(process().wait(), system_code::kSuccess);
+  EXPECT_EQ(exitCode(), 6U);
 }
 
 TEST_F(ProcessesContract, WaitingTwiceAnswersAtOnce) {
-  std::unique_ptr<machine::RunningProcess> process;
-  ASSERT_EQ(machine().processes.start(program() + " 8", false, process), system_code::kSuccess);
-  EXPECT_EQ(process->wait(), system_code::kSuccess);
-  EXPECT_EQ(process->wait(), system_code::kSuccess);
-  std::uint32_t code = 0;
-  EXPECT_EQ(process->exitCode(code), system_code::kSuccess);
-  EXPECT_EQ(code, 8U);
+  ASSERT_EQ(start(program() + " 8"), system_code::kSuccess);
+  EXPECT_EQ(process().wait(), system_code::kSuccess);
+  EXPECT_EQ(process().wait(), system_code::kSuccess);
+  EXPECT_EQ(exitCode(), 8U);
 }
 
 }  // namespace

@@ -6,13 +6,16 @@
 #include <vector>
 
 #include "contract/Contract.h"
+#include "support/Rows.h"
 
 namespace trelv::contract {
 namespace {
 
 using machine::Hive;
 using machine::RegistryKey;
+using testing::ElementsAre;
 using testing::UnorderedElementsAre;
+using tests::NameOfRow;
 namespace key_access = machine::key_access;
 namespace value_type = machine::value_type;
 
@@ -42,15 +45,17 @@ struct Seen {
 
 class RegistryContract : public Contract {
  protected:
-  machine::Registry& registry() { return machine().registry; }
+  using Key = std::unique_ptr<RegistryKey>;
 
-  SystemCode open(const std::string& path, std::uint32_t access,
-                  std::unique_ptr<RegistryKey>& key) {
-    return registry().openKey(Hive::CurrentUser, path, access, key);
+  SystemCode open(const std::string& path, std::uint32_t access, Key& key) {
+    return machine().registry.openKey(Hive::CurrentUser, path, access, key);
+  }
+  SystemCode create(const std::string& path, Key& key) {
+    return machine().registry.createKey(Hive::CurrentUser, path, key_access::kAll, key);
   }
 
-  std::unique_ptr<RegistryKey> opened(std::uint32_t access) {
-    std::unique_ptr<RegistryKey> key;
+  Key opened(std::uint32_t access) {
+    Key key;
     EXPECT_EQ(open(world().registryKey(), access, key), system_code::kSuccess);
     return key;
   }
@@ -65,25 +70,32 @@ class RegistryContract : public Contract {
     return result;
   }
 
-  Seen stored(std::uint32_t type, std::string_view data) {
+  /// Puts a value "v" below this test's key.
+  void store(std::uint32_t type, std::string_view data) {
     world().storeValue(world().registryKey(), "v", type, data);
-    return seen("v");
+  }
+  void storeText(std::string_view text) { store(value_type::kText, inUtf16(text)); }
+
+  void write(const std::string& name, std::uint32_t type, const std::string& data) {
+    EXPECT_EQ(opened(key_access::kSetValue)->writeValue(name, type, data), system_code::kSuccess);
   }
 
-  std::vector<std::string> subKeys(RegistryKey& key, std::uint32_t size, SystemCode& last) {
+  /// Names of the sub-keys, asked for with a buffer of 255, up to the one that answers `last`.
+  std::vector<std::string> subKeys(SystemCode last) {
+    const auto key = opened(key_access::kEnumerate);
     std::vector<std::string> names;
-    for (std::string name; (last = key.subKeyName(static_cast<std::uint32_t>(names.size()), size,
-                                                  name)) == system_code::kSuccess;) {
+    SystemCode code = system_code::kSuccess;
+    for (std::string name; (code = key->subKeyName(static_cast<std::uint32_t>(names.size()), 255,
+                                                   name)) == system_code::kSuccess;) {
       names.push_back(name);
     }
+    EXPECT_EQ(code, last);
     return names;
   }
 
   void makeSubKey(const std::string& name) {
-    std::unique_ptr<RegistryKey> key;
-    EXPECT_EQ(registry().createKey(Hive::CurrentUser, world().registryKey() + "\\" + name,
-                                   key_access::kAll, key),
-              system_code::kSuccess);
+    Key key;
+    EXPECT_EQ(create(world().registryKey() + "\\" + name, key), system_code::kSuccess);
   }
 
   /// For names that the ANSI interface cannot make.
@@ -96,61 +108,46 @@ using namespace std::string_literals;
 
 // --- Sizes and data
 
-TEST_F(RegistryContract, ATextCountsItsNul) {
-  EXPECT_EQ(stored(value_type::kText, inUtf16("abc\0"s)), (Seen{0, 1, 4, "abc\0"s}));
+/// A value as it is stored, and what its reader gets.
+struct Stored : tests::Row {
+  std::uint32_t type;
+  std::string stored;
+  std::uint32_t size;
+  std::string data;
+};
+
+const std::vector<Stored> kStored = {
+    {"ATextCountsItsNul", value_type::kText, inUtf16("abc\0"s), 4, "abc\0"s},
+    {"AnEmptyTextIsOneNul", value_type::kText, inUtf16("\0"s), 1, "\0"s},
+    {"ATextOfNoBytesHasSize0", value_type::kText, "", 0, ""},
+    {"ATextOfOddLengthHasNoNul", value_type::kText, "a\0b\0c"s, 2, "ab"},
+    {"ATextKeepsItsInnerNuls", value_type::kText, inUtf16("ab\0cd\0"s), 6, "ab\0cd\0"s},
+    {"SeveralTextsKeepTheirNuls", value_type::kMultiText, inUtf16("one\0two\0\0"s), 9,
+     "one\0two\0\0"s},
+    {"AnExpandableTextIsNotExpanded", value_type::kExpandText, inUtf16("%windir%\\x\0"s), 11,
+     "%windir%\\x\0"s},
+    {"ANumberComesAsItIs", value_type::kNumber, "\x01\x02\x03\x04", 4, "\x01\x02\x03\x04"},
+    {"AShortNumberComesAsItIs", value_type::kNumber, "\x01\x02", 2, "\x01\x02"},
+    {"BytesComeAsTheyAre", value_type::kBinary, "\xFF\0\x01"s, 3, "\xFF\0\x01"s},
+    {"TextsComeInTheCodePage", value_type::kText, "\xE8\0\xAC\x20\0\0"s, 3, "\xE8\x80\0"s},
+    {"WhatTheCodePageLacksReadsAsAQuestionMark", value_type::kText, "\x2D\x4E\x61\0\0\0"s, 3,
+     "?a\0"s}};
+
+class StoredValue : public RegistryContract, public testing::WithParamInterface<Stored> {};
+
+TEST_P(StoredValue, IsReadSo) {
+  store(GetParam().type, GetParam().stored);
+  EXPECT_EQ(seen("v"), (Seen{0, GetParam().type, GetParam().size, GetParam().data}));
 }
 
-TEST_F(RegistryContract, AnEmptyTextIsOneNul) {
-  EXPECT_EQ(stored(value_type::kText, inUtf16("\0"s)), (Seen{0, 1, 1, "\0"s}));
-}
+INSTANTIATE_TEST_SUITE_P(Of, StoredValue, testing::ValuesIn(kStored), NameOfRow());
 
-TEST_F(RegistryContract, ATextOfNoBytesHasSize0) {
-  EXPECT_EQ(stored(value_type::kText, ""), (Seen{0, 1, 0, ""}));
-}
-
-TEST_F(RegistryContract, ATextOfOddLengthHasNoNul) {
-  EXPECT_EQ(stored(value_type::kText, "a\0b\0c"s), (Seen{0, 1, 2, "ab"}));
-}
-
-TEST_F(RegistryContract, ATextKeepsItsInnerNuls) {
-  EXPECT_EQ(stored(value_type::kText, inUtf16("ab\0cd\0"s)), (Seen{0, 1, 6, "ab\0cd\0"s}));
-}
-
-TEST_F(RegistryContract, SeveralTextsKeepTheirNuls) {
-  EXPECT_EQ(stored(value_type::kMultiText, inUtf16("one\0two\0\0"s)),
-            (Seen{0, 7, 9, "one\0two\0\0"s}));
-}
-
-TEST_F(RegistryContract, AnExpandableTextIsNotExpanded) {
-  EXPECT_EQ(stored(value_type::kExpandText, inUtf16("%windir%\\x\0"s)),
-            (Seen{0, 2, 11, "%windir%\\x\0"s}));
-}
-
-TEST_F(RegistryContract, NumbersAndBytesComeAsTheyAre) {
-  EXPECT_EQ(stored(value_type::kNumber, "\x01\x02\x03\x04"), (Seen{0, 4, 4, "\x01\x02\x03\x04"}));
-  EXPECT_EQ(stored(value_type::kNumber, "\x01\x02"), (Seen{0, 4, 2, "\x01\x02"}));
-  EXPECT_EQ(stored(value_type::kBinary, "\xFF\0\x01"s), (Seen{0, 3, 3, "\xFF\0\x01"s}));
-}
-
-TEST_F(RegistryContract, TextsComeInTheCodePage) {
-  EXPECT_EQ(stored(value_type::kText, "\xE8\0\xAC\x20\0\0"s), (Seen{0, 1, 3, "\xE8\x80\0"s}));
-}
-
-TEST_F(RegistryContract, WhatTheCodePageLacksReadsAsAQuestionMark) {
-  EXPECT_EQ(stored(value_type::kText, "\x2D\x4E\x61\0\0\0"s), (Seen{0, 1, 3, "?a\0"s}));
-}
-
-TEST_F(RegistryContract, TooSmallABufferAnswers234) {
-  world().storeValue(world().registryKey(), "v", value_type::kText, inUtf16("abc\0"s));
+TEST_F(RegistryContract, TooSmallABufferAnswers234AndALargerOneIsCutToWhatWasRead) {
+  storeText("abc\0"s);
   const auto key = opened(key_access::kQueryValue);
   std::string data(3, '#');
   EXPECT_EQ(key->readValue("v", data), 234U);
-}
-
-TEST_F(RegistryContract, ALargerBufferIsCutToWhatWasRead) {
-  world().storeValue(world().registryKey(), "v", value_type::kText, inUtf16("abc\0"s));
-  const auto key = opened(key_access::kQueryValue);
-  std::string data(300, '#');
+  data.assign(300, '#');
   EXPECT_EQ(key->readValue("v", data), system_code::kSuccess);
   EXPECT_EQ(data, "abc\0"s);
 }
@@ -168,8 +165,7 @@ TEST_F(RegistryContract, AMissingValueAnswers2) {
 
 TEST_F(RegistryContract, TheDefaultValueIsMissingUntilWritten) {
   EXPECT_EQ(seen("").code, 2U);
-  const auto key = opened(key_access::kSetValue);
-  ASSERT_EQ(key->writeValue("", value_type::kText, "d\0"s), system_code::kSuccess);
+  write("", value_type::kText, "d\0"s);
   EXPECT_EQ(seen(""), (Seen{0, 1, 2, "d\0"s}));
 }
 
@@ -180,29 +176,23 @@ TEST_F(RegistryContract, ValueNamesMatchWithoutRegardToCase) {
 
 // --- Writing
 
-TEST_F(RegistryContract, AWrittenTextIsReadBack) {
-  const auto key = opened(key_access::kSetValue);
-  ASSERT_EQ(key->writeValue("v", value_type::kText, "perch\xE9 \x80\0"s), system_code::kSuccess);
+TEST_F(RegistryContract, WrittenTextsAreReadBackAsGiven) {
+  write("v", value_type::kText, "perch\xE9 \x80\0"s);
   EXPECT_EQ(seen("v"), (Seen{0, 1, 9, "perch\xE9 \x80\0"s}));
+  write("several", value_type::kMultiText, "one\0two\0\0"s);
+  EXPECT_EQ(seen("several"), (Seen{0, 7, 9, "one\0two\0\0"s}));
 }
 
 TEST_F(RegistryContract, AWrittenValueReplacesTheOldOneAndItsType) {
-  const auto key = opened(key_access::kSetValue);
-  ASSERT_EQ(key->writeValue("v", value_type::kText, "a longer text\0"s), system_code::kSuccess);
-  ASSERT_EQ(key->writeValue("V", value_type::kNumber, "\x05\0\0\0"s), system_code::kSuccess);
+  write("v", value_type::kText, "a longer text\0"s);
+  write("V", value_type::kNumber, "\x05\0\0\0"s);
   EXPECT_EQ(seen("v"), (Seen{0, 4, 4, "\x05\0\0\0"s}));
-}
-
-TEST_F(RegistryContract, SeveralTextsAreWrittenAsGiven) {
-  const auto key = opened(key_access::kSetValue);
-  ASSERT_EQ(key->writeValue("v", value_type::kMultiText, "one\0two\0\0"s), system_code::kSuccess);
-  EXPECT_EQ(seen("v"), (Seen{0, 7, 9, "one\0two\0\0"s}));
 }
 
 // --- Keys and rights
 
 TEST_F(RegistryContract, AMissingKeyAnswers2) {
-  std::unique_ptr<RegistryKey> key;
+  Key key;
   EXPECT_EQ(open(world().registryKey() + "\\none", key_access::kQueryValue, key), 2U);
   EXPECT_EQ(key, nullptr);
 }
@@ -210,40 +200,34 @@ TEST_F(RegistryContract, AMissingKeyAnswers2) {
 TEST_F(RegistryContract, KeyPathsMatchWithoutRegardToCaseAndMayEndInABackslash) {
   std::string loud = world().registryKey();
   for (char& character : loud) character = static_cast<char>(std::toupper(character));
-  std::unique_ptr<RegistryKey> key;
+  Key key;
   EXPECT_EQ(open(loud, key_access::kQueryValue, key), system_code::kSuccess);
   EXPECT_EQ(open(loud + "\\", key_access::kQueryValue, key), system_code::kSuccess);
 }
 
 TEST_F(RegistryContract, ALeadingBackslashAnswers161) {
-  std::unique_ptr<RegistryKey> key;
+  Key key;
   EXPECT_EQ(open("\\" + world().registryKey(), key_access::kQueryValue, key), 161U);
-  EXPECT_EQ(registry().createKey(Hive::CurrentUser, "\\" + world().registryKey() + "\\x",
-                                 key_access::kAll, key),
-            161U);
+  EXPECT_EQ(create("\\" + world().registryKey() + "\\x", key), 161U);
 }
 
 TEST_F(RegistryContract, CreateKeyMakesItsParentsToo) {
   makeSubKey("one\\two\\three");
-  std::unique_ptr<RegistryKey> key;
+  Key key;
   EXPECT_EQ(open(world().registryKey() + "\\ONE\\two", key_access::kQueryValue, key),
             system_code::kSuccess);
 }
 
 TEST_F(RegistryContract, CreateKeyOfAnExistingOneKeepsItsValues) {
-  world().storeValue(world().registryKey(), "v", value_type::kText, inUtf16("x\0"s));
-  std::unique_ptr<RegistryKey> key;
-  ASSERT_EQ(registry().createKey(Hive::CurrentUser, world().registryKey(), key_access::kAll, key),
-            system_code::kSuccess);
-  std::string data(2, '#');
-  EXPECT_EQ(key->readValue("v", data), system_code::kSuccess);
-  EXPECT_EQ(data, "x\0"s);
+  storeText("x\0"s);
+  Key key;
+  ASSERT_EQ(create(world().registryKey(), key), system_code::kSuccess);
+  EXPECT_EQ(seen("v"), (Seen{0, 1, 2, "x\0"s}));
 }
 
 TEST_F(RegistryContract, ACreatedKeyCanBeReadWrittenAndEnumerated) {
-  std::unique_ptr<RegistryKey> key;
-  ASSERT_EQ(registry().createKey(Hive::CurrentUser, world().registryKey(), key_access::kAll, key),
-            system_code::kSuccess);
+  Key key;
+  ASSERT_EQ(create(world().registryKey(), key), system_code::kSuccess);
   EXPECT_EQ(key->writeValue("v", value_type::kText, "x\0"s), system_code::kSuccess);
   std::string data(2, '#');
   EXPECT_EQ(key->readValue("v", data), system_code::kSuccess);
@@ -252,7 +236,7 @@ TEST_F(RegistryContract, ACreatedKeyCanBeReadWrittenAndEnumerated) {
 }
 
 TEST_F(RegistryContract, WithoutTheRightEachOperationAnswers5) {
-  world().storeValue(world().registryKey(), "v", value_type::kText, inUtf16("x\0"s));
+  storeText("x\0"s);
   makeSubKey("sub");
   const auto setter = opened(key_access::kSetValue);
   std::uint32_t type = 0;
@@ -271,44 +255,35 @@ TEST_F(RegistryContract, WithoutTheRightEachOperationAnswers5) {
 }
 
 TEST_F(RegistryContract, LocalMachineHasItsOwnKeys) {
-  std::unique_ptr<RegistryKey> key;
-  EXPECT_EQ(
-      registry().openKey(Hive::LocalMachine, world().registryKey(), key_access::kQueryValue, key),
-      2U);
+  Key key;
+  EXPECT_EQ(machine().registry.openKey(Hive::LocalMachine, world().registryKey(),
+                                       key_access::kQueryValue, key),
+            2U);
 }
 
 // --- Enumeration
 
 TEST_F(RegistryContract, EnumerationGivesEverySubKeyAndEndsWith259) {
   for (const char* name : {"b", "A", "c10", "C9"}) makeSubKey(name);
-  SystemCode last = 0;
-  EXPECT_THAT(subKeys(*opened(key_access::kEnumerate), 255, last),
-              UnorderedElementsAre("A", "b", "c10", "C9"));
-  EXPECT_EQ(last, 259U);
+  EXPECT_THAT(subKeys(259), UnorderedElementsAre("A", "b", "c10", "C9"));
 }
 
 TEST_F(RegistryContract, EnumerationIsAlphabeticalWithoutRegardToCase) {
   for (const char* name : {"b", "A", "c", "B2", "a-b", "a b"}) makeSubKey(name);
-  SystemCode last = 0;
-  const std::vector<std::string> names = subKeys(*opened(key_access::kEnumerate), 255, last);
-  EXPECT_THAT(names, testing::ElementsAre("A", "a b", "a-b", "b", "B2", "c"));
+  EXPECT_THAT(subKeys(259), ElementsAre("A", "a b", "a-b", "b", "B2", "c"));
 }
 
 TEST_F(RegistryContract, ANameOf254CharactersFitsIntoABufferOf255) {
   const std::string name(254, 'n');
   storeSubKey(name);
-  SystemCode last = 0;
-  EXPECT_THAT(subKeys(*opened(key_access::kEnumerate), 255, last), testing::ElementsAre(name));
-  EXPECT_EQ(last, 259U);
+  EXPECT_THAT(subKeys(259), ElementsAre(name));
 }
 
 TEST_F(RegistryContract, ANameOf255CharactersAnswers234) {
   for (const std::string& name : {std::string("a"), std::string(255, 'n'), std::string("z")}) {
     storeSubKey(name);
   }
-  SystemCode last = 0;
-  EXPECT_THAT(subKeys(*opened(key_access::kEnumerate), 255, last), testing::ElementsAre("a"));
-  EXPECT_EQ(last, 234U);
+  EXPECT_THAT(subKeys(234), ElementsAre("a"));
   std::string name = "old";
   EXPECT_EQ(opened(key_access::kEnumerate)->subKeyName(2, 255, name), system_code::kSuccess);
   EXPECT_EQ(name, "z");

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "base/Text.h"
 #include "contract/Contract.h"
@@ -19,23 +20,51 @@ class SystemContract : public Contract {
     machine::FileFacts facts;
     return machine().files.look(folder, facts) == system_code::kSuccess && facts.folder;
   }
+
+  void set(const std::string& name, const std::string& value) {
+    EXPECT_TRUE(machine().environment.set(name, value));
+  }
+  std::string get(const std::string& name) {
+    std::string value;
+    EXPECT_TRUE(machine().environment.get(name, value)) << name;
+    return value;
+  }
+
+  /// This system's version block in the form of this size.
+  VersionRecord version(std::uint32_t size) {
+    VersionRecord record;
+    record.size = size;
+    EXPECT_TRUE(system().queryVersion(record));
+    return record;
+  }
+
+  std::string userName() {
+    std::string name;
+    EXPECT_EQ(system().userName(257, name), system_code::kSuccess);
+    return name;
+  }
+  std::string temporaryFolder() {
+    std::string folder;
+    EXPECT_EQ(system().temporaryFolder(folder), system_code::kSuccess);
+    return folder;
+  }
+
+  std::string localDrive() { return world().folder().substr(0, 2); }
+  std::string deviceNames(const std::string& drive) {
+    std::string names;
+    EXPECT_EQ(system().deviceNames(drive, 256, names), system_code::kSuccess);
+    return names;
+  }
 };
 
 // --- Environment
 
-TEST_F(SystemContract, AVariableThatWasSetIsRead) {
-  ASSERT_TRUE(machine().environment.set("TRELV_CONTRACT_A", "one two"));
-  std::string value;
-  ASSERT_TRUE(machine().environment.get("trelv_contract_a", value));
-  EXPECT_EQ(value, "one two");
-}
-
-TEST_F(SystemContract, AVariableIsReplaced) {
-  ASSERT_TRUE(machine().environment.set("TRELV_CONTRACT_B", "a longer value"));
-  ASSERT_TRUE(machine().environment.set("TRELV_CONTRACT_B", "x"));
-  std::string value;
-  ASSERT_TRUE(machine().environment.get("TRELV_CONTRACT_B", value));
-  EXPECT_EQ(value, "x");
+TEST_F(SystemContract, AVariableThatWasSetIsReadAndReplaced) {
+  const std::string accented = std::string(2000, 'x') + "\u00E8\u20AC";
+  for (const std::string& text : {std::string("one two"), accented, std::string("x")}) {
+    set("TRELV-CONTRACT_A", text);
+    EXPECT_EQ(get("trelv-contract_a"), text);
+  }
 }
 
 TEST_F(SystemContract, AMissingVariableLeavesTheValue) {
@@ -49,30 +78,15 @@ TEST_F(SystemContract, NamesThatAreNoneAreRefused) {
   EXPECT_FALSE(machine().environment.set("A=B", "x"));
 }
 
-TEST_F(SystemContract, ALongAccentedValueComesBack) {
-  std::string text(2000, 'x');
-  text += "\u00E8\u20AC";
-  ASSERT_TRUE(machine().environment.set("TRELV-CONTRACT-C", text));
-  std::string value;
-  ASSERT_TRUE(machine().environment.get("TRELV-CONTRACT-C", value));
-  EXPECT_EQ(value, text);
-}
-
 TEST_F(SystemContract, TheUsersProfileIsSet) {
-  std::string value;
-  ASSERT_TRUE(machine().environment.get("USERPROFILE", value));
-  EXPECT_TRUE(isFolder(value)) << value;
+  EXPECT_TRUE(isFolder(get("USERPROFILE"))) << get("USERPROFILE");
 }
 
 // --- System facts
 
 TEST_F(SystemContract, BothFormsOfTheVersionBlockAgree) {
-  VersionRecord brief;
-  brief.size = kShortVersionRecord;
-  ASSERT_TRUE(system().queryVersion(brief));
-  VersionRecord extended;
-  extended.size = kExtendedVersionRecord;
-  ASSERT_TRUE(system().queryVersion(extended));
+  const VersionRecord brief = version(kShortVersionRecord);
+  const VersionRecord extended = version(kExtendedVersionRecord);
   EXPECT_GT(brief.major, 3U);
   EXPECT_EQ(brief.major, extended.major);
   EXPECT_EQ(brief.minor, extended.minor);
@@ -96,9 +110,7 @@ TEST_F(SystemContract, AnyOtherSizeOfTheVersionBlockFails) {
 }
 
 TEST_F(SystemContract, TheSuiteTestAgreesWithTheVersionBlock) {
-  VersionRecord record;
-  record.size = kExtendedVersionRecord;
-  ASSERT_TRUE(system().queryVersion(record));
+  const VersionRecord record = version(kExtendedVersionRecord);
   EXPECT_TRUE(system().suiteIncludes(record.suiteMask));
   EXPECT_TRUE(system().suiteIncludes(0));
   for (std::uint16_t bit = 1; bit != 0; bit = static_cast<std::uint16_t>(bit << 1U)) {
@@ -111,16 +123,10 @@ TEST_F(SystemContract, TheAdministratorQueryAnswers) {
   EXPECT_EQ(system().isAdministrator(member), system_code::kSuccess);
 }
 
-TEST_F(SystemContract, TheUserHasAName) {
-  std::string name;
-  ASSERT_EQ(system().userName(257, name), system_code::kSuccess);
+TEST_F(SystemContract, TheUserHasANameWhichNeedsRoomForItsNul) {
+  const std::string name = userName();
   EXPECT_FALSE(name.empty());
   EXPECT_EQ(name.find('\0'), std::string::npos);
-}
-
-TEST_F(SystemContract, TheUserNameNeedsRoomForItsNul) {
-  std::string name;
-  ASSERT_EQ(system().userName(257, name), system_code::kSuccess);
   const auto length = static_cast<std::uint32_t>(locale().toAnsi(name).size());
   std::string again;
   EXPECT_EQ(system().userName(length + 1, again), system_code::kSuccess);
@@ -140,26 +146,20 @@ TEST_F(SystemContract, TheSystemsFoldersExistAndDoNotEndInABackslash) {
 }
 
 TEST_F(SystemContract, TheTemporaryFolderEndsInABackslash) {
-  std::string folder;
-  ASSERT_EQ(system().temporaryFolder(folder), system_code::kSuccess);
+  const std::string folder = temporaryFolder();
   EXPECT_EQ(folder.back(), '\\');
   EXPECT_TRUE(isFolder(folder.substr(0, folder.size() - 1))) << folder;
 }
 
 TEST_F(SystemContract, TheTemporaryFolderIsTheVariables) {
-  std::string old;
-  const bool hadOne = machine().environment.get("TMP", old);
-  ASSERT_TRUE(hadOne);
-  const auto folderFor = [&](const std::string& value) {
-    EXPECT_TRUE(machine().environment.set("TMP", value));
-    std::string folder;
-    EXPECT_EQ(system().temporaryFolder(folder), system_code::kSuccess);
-    return folder;
-  };
-  EXPECT_EQ(folderFor("C:\\trelv none"), "C:\\trelv none\\");
-  EXPECT_EQ(folderFor("C:\\trelv none\\"), "C:\\trelv none\\");
-  EXPECT_EQ(folderFor("C:/trelv/none"), "C:\\trelv\\none\\");
-  EXPECT_TRUE(machine().environment.set("TMP", old));
+  const std::string old = get("TMP");
+  for (const auto& [variable, folder] : {std::pair{"C:\\trelv none", "C:\\trelv none\\"},
+                                         {"C:\\trelv none\\", "C:\\trelv none\\"},
+                                         {"C:/trelv/none", "C:\\trelv\\none\\"}}) {
+    set("TMP", variable);
+    EXPECT_EQ(temporaryFolder(), folder);
+  }
+  set("TMP", old);
 }
 
 TEST_F(SystemContract, TheRunningProgramIsAFileOnTheCommandLine) {
@@ -174,7 +174,7 @@ TEST_F(SystemContract, TheRunningProgramIsAFileOnTheCommandLine) {
 // --- Drives and the computer's name
 
 TEST_F(SystemContract, TheDriveOfAFolderIsALocalOne) {
-  const std::string drive = world().folder().substr(0, 2);
+  const std::string drive = localDrive();
   EXPECT_EQ(system().driveType(drive + "\\"), machine::drive_type::kFixed);
   EXPECT_EQ(system().driveType(lowerCase(drive) + "\\"), machine::drive_type::kFixed);
   std::string name = "old";
@@ -211,44 +211,32 @@ TEST_F(SystemContract, TheBufferForAShareHoldsItsNul) {
   EXPECT_EQ(name.size(), length);
 }
 
-TEST_F(SystemContract, AConnectedDriveStandsForADevice) {
-  const std::string drive = world().connectedDrive();
-  std::string names;
-  ASSERT_EQ(system().deviceNames(drive, 256, names), system_code::kSuccess);
-  EXPECT_EQ(names.substr(0, 8), "\\Device\\");
-  EXPECT_EQ(names.substr(names.size() - 2), std::string(2, '\0'));
-  EXPECT_EQ(system().deviceNames(lowerCase(drive), 1, names), 122U);
-}
-
-TEST_F(SystemContract, TheDevicesOfADriveEndInTwoNuls) {
-  const std::string drive = world().folder().substr(0, 2);
-  std::string names;
-  ASSERT_EQ(system().deviceNames(drive, 256, names), system_code::kSuccess);
-  ASSERT_GT(names.size(), 2U);
-  EXPECT_EQ(names.substr(names.size() - 2), std::string(2, '\0'));
-  EXPECT_EQ(names.substr(0, 8), "\\Device\\");
-  EXPECT_NE(names[names.size() - 3], '\0');
+TEST_F(SystemContract, DrivesStandForDevicesWhoseNamesEndInTwoNuls) {
+  for (const std::string& drive : {world().connectedDrive(), localDrive()}) {
+    const std::string names = deviceNames(drive);
+    ASSERT_GT(names.size(), 10U);
+    EXPECT_EQ(names.substr(0, 8), "\\Device\\");
+    EXPECT_EQ(names.substr(names.size() - 2), std::string(2, '\0'));
+    EXPECT_NE(names[names.size() - 3], '\0');
+  }
 }
 
 TEST_F(SystemContract, TheBufferForDevicesHoldsBothNuls) {
-  const std::string drive = world().folder().substr(0, 2);
-  std::string names;
-  ASSERT_EQ(system().deviceNames(drive, 256, names), system_code::kSuccess);
+  const std::string names = deviceNames(localDrive());
   const auto length = static_cast<std::uint32_t>(names.size());
   std::string again;
-  EXPECT_EQ(system().deviceNames(drive, length, again), system_code::kSuccess);
+  EXPECT_EQ(system().deviceNames(localDrive(), length, again), system_code::kSuccess);
   EXPECT_EQ(again, names);
   std::string kept = "old";
-  EXPECT_EQ(system().deviceNames(drive, length - 1, kept), 122U);
+  EXPECT_EQ(system().deviceNames(localDrive(), length - 1, kept), 122U);
+  EXPECT_EQ(system().deviceNames(lowerCase(world().connectedDrive()), 1, kept), 122U);
   EXPECT_EQ(kept, "old");
 }
 
 TEST_F(SystemContract, TheComputersNameIsThatOfItsVariable) {
   std::string name;
   ASSERT_EQ(system().computerName(name), system_code::kSuccess);
-  std::string variable;
-  ASSERT_TRUE(machine().environment.get("COMPUTERNAME", variable));
-  EXPECT_EQ(upperCase(name), upperCase(variable));
+  EXPECT_EQ(upperCase(name), upperCase(get("COMPUTERNAME")));
   EXPECT_EQ(name.find('\\'), std::string::npos);
 }
 
@@ -315,12 +303,9 @@ TEST_F(SystemContract, EveryByteOfTheCodePageComesBack) {
   }
 }
 
-TEST_F(SystemContract, WhatTheCodePageLacksBecomesAQuestionMark) {
+TEST_F(SystemContract, WhatTheCodePageLacksBecomesAQuestionMarkAndNoSimilarCharacter) {
   EXPECT_EQ(locale().toAnsi("a\u4E2Db"), "a?b");
   EXPECT_EQ(locale().toAnsi("\u0416"), "?");
-}
-
-TEST_F(SystemContract, ASimilarCharacterIsNoSubstitute) {
   EXPECT_EQ(locale().toAnsi("\u0101\u03B1\u2260"), "???");
 }
 
