@@ -60,8 +60,9 @@ class SystemContract : public Contract {
 // --- Environment
 
 TEST_F(SystemContract, AVariableThatWasSetIsReadAndReplaced) {
-  const std::string accented = std::string(2000, 'x') + "\u00E8\u20AC";
-  for (const std::string& text : {std::string("one two"), accented, std::string("x")}) {
+  std::string accented(2000, 'x');
+  accented += "\u00E8\u20AC";
+  for (const std::string text : {"one two", accented.c_str(), "x"}) {
     set("TRELV-CONTRACT_A", text);
     EXPECT_EQ(get("trelv-contract_a"), text);
   }

@@ -88,10 +88,7 @@ long roleOf(HWND control) {
 /// The label that stands before a control, which names it where its class has no text of its own.
 std::string labelBefore(HWND control) {
   HWND const before = GetWindow(control, GW_HWNDPREV);
-  std::wstring text(200, L'\0');
-  text.resize(isOfClass(before, L"Static")
-                  ? static_cast<std::size_t>(GetWindowTextW(before, text.data(), 200))
-                  : 0);
+  std::wstring text = isOfClass(before, L"Static") ? textOf(before) : std::wstring();
   std::erase(text, L'&');
   return utf8(text);
 }
@@ -112,24 +109,13 @@ void expectTold(HWND control, const std::string& where) {
   EXPECT_NE(0, roleOf(control)) << where << " is of no class that a screen reader knows";
 }
 
-BOOL CALLBACK noteDialog(HMODULE, LPCWSTR, LPWSTR name, LONG_PTR names) {
-  if (!IS_INTRESOURCE(name)) {
-    reinterpret_cast<std::vector<std::string>*>(names)->push_back(utf8(name));
-  }
-  return TRUE;
-}
-
 TEST(Accessibility, EachControlOfEachFormHasANameAndARole) {
-  std::vector<std::string> dialogs;
-  EnumResourceNamesW(nullptr, RT_DIALOG, noteDialog, reinterpret_cast<LONG_PTR>(&dialogs));
-  ASSERT_LE(9U, dialogs.size());
+  ASSERT_LE(9U, dialogs().size());
   const Components components;
   Win32Desktop desktop;
-  for (const std::string& dialog : dialogs) {
-    TestForm form(dialog);
-    form.onLoaded = [&dialog](machine::FormWindow& window) {
-      for (HWND child = GetWindow(handleOf(window), GW_CHILD); child != nullptr;
-           child = GetWindow(child, GW_HWNDNEXT)) {
+  for (const std::string& dialog : dialogs()) {
+    lookAt(desktop, dialog, [&dialog](machine::FormWindow& window) {
+      for (HWND const child : childrenOf(handleOf(window))) {
         const std::string name = controlName(GetDlgCtrlID(child));
         // The program fills these.
         if (isOfClass(child, L"Static") && window.hasControl(name) && window.text(name).empty()) {
@@ -139,9 +125,7 @@ TEST(Accessibility, EachControlOfEachFormHasANameAndARole) {
           expectTold(child, dialog + " " + name);
         }
       }
-      window.close();
-    };
-    EXPECT_TRUE(desktop.showModal(form)) << dialog;
+    });
   }
 }
 
@@ -158,14 +142,11 @@ TEST(Accessibility, ListsAndBoxesAreCalledAsTheirLabels) {
   const Components components;
   Win32Desktop desktop;
   for (const auto& [dialog, names] : expected) {
-    TestForm form(dialog);
-    form.onLoaded = [&controls = names](machine::FormWindow& window) {
+    lookAt(desktop, dialog, [&controls = names](machine::FormWindow& window) {
       for (const auto& [control, name] : controls) {
         EXPECT_EQ(name, told(controlOf(window, control)).name) << control;
       }
-      window.close();
-    };
-    EXPECT_TRUE(desktop.showModal(form)) << dialog;
+    });
   }
 }
 

@@ -16,6 +16,7 @@
 #include "contract/win32/TestForm.h"
 #include "startup/frmwait.h"
 #include "win32/ControlNames.h"
+#include "win32/TextSize.h"
 #include "win32/Win32Desktop.h"
 #include "win32/Win32Text.h"
 
@@ -25,6 +26,11 @@ namespace {
 
 class FormHost : public testing::Test {
  protected:
+  void clickOnceShown(const std::string& button) {
+    form_.onLoaded = [button](machine::FormWindow& window) { clickLater(window, button); };
+  }
+  void show() { EXPECT_TRUE(desktop_.showModal(form_)); }
+
   Win32Desktop desktop_;
   TestForm form_{"frmError"};
 };
@@ -34,32 +40,20 @@ using Names = std::vector<std::string>;
 /// Names of the controls that a form's resource addresses, from above.
 Names controlNames(Win32Desktop& desktop, const std::string& resource) {
   Names found;
-  TestForm form(resource);
-  form.onLoaded = [&found](machine::FormWindow& window) {
-    for (HWND child = GetWindow(handleOf(window), GW_CHILD); child != nullptr;
-         child = GetWindow(child, GW_HWNDNEXT)) {
+  lookAt(desktop, resource, [&found](machine::FormWindow& window) {
+    for (HWND const child : childrenOf(handleOf(window))) {
       const int id = GetDlgCtrlID(child);
       if (id != -1 && id != 0xFFFF) {
         found.push_back(controlName(id));
       }
     }
-    window.close();
-  };
-  EXPECT_TRUE(desktop.showModal(form));
+  });
   return found;
 }
 
-BOOL CALLBACK noteDialog(HMODULE /*module*/, LPCWSTR /*type*/, LPWSTR name, LONG_PTR names) {
-  auto& found = *reinterpret_cast<Names*>(names);
-  found.push_back(IS_INTRESOURCE(name) ? "#" + std::to_string(LOWORD(name)) : utf8(name));
-  return TRUE;
-}
-
 TEST_F(FormHost, EveryDialogCanBeShownAndEachControlOfItHasANameOfItsOwn) {
-  Names dialogs;
-  EnumResourceNamesW(nullptr, RT_DIALOG, noteDialog, reinterpret_cast<LONG_PTR>(&dialogs));
-  EXPECT_LE(3U, dialogs.size());
-  for (const std::string& dialog : dialogs) {
+  EXPECT_LE(9U, dialogs().size());
+  for (const std::string& dialog : dialogs()) {
     const Names found = controlNames(desktop_, dialog);
     EXPECT_EQ(0, std::count(found.begin(), found.end(), "")) << dialog;
     EXPECT_EQ(found.size(), std::set<std::string>(found.begin(), found.end()).size()) << dialog;
@@ -91,20 +85,18 @@ TEST_F(FormHost, ControlNamesAndIdentifiersBelongTogether) {
 }
 
 TEST_F(FormHost, TextsKeepTheirAccentsAndLineEnds) {
-  form_.onLoaded = [](machine::FormWindow& window) {
+  lookAt(desktop_, "frmError", [](machine::FormWindow& window) {
     EXPECT_EQ("Segnalazione di errore", window.title());
     window.setTitle("Più titoli");
     EXPECT_EQ("Più titoli", window.title());
     window.setText("txtErrDescrizione", "Modalità\r\n€ e così via");
     EXPECT_EQ("Modalità\r\n€ e così via", window.text("txtErrDescrizione"));
     EXPECT_EQ("OK", window.text("btnOk"));
-    window.close();
-  };
-  EXPECT_TRUE(desktop_.showModal(form_));
+  });
 }
 
 TEST_F(FormHost, AControlThatTheFormDoesNotHaveIsAnsweredWithNothing) {
-  form_.onLoaded = [](machine::FormWindow& window) {
+  lookAt(desktop_, "frmError", [](machine::FormWindow& window) {
     machine::ProgressNumbers numbers;
     for (const char* const name : {"btnNiente", "prgProgress"}) {
       EXPECT_FALSE(window.hasControl(name));
@@ -116,16 +108,12 @@ TEST_F(FormHost, AControlThatTheFormDoesNotHaveIsAnsweredWithNothing) {
       EXPECT_FALSE(window.setProgress(name, numbers));
     }
     EXPECT_FALSE(window.progress("txtErrTrace", numbers)) << "a text box is no progress bar";
-    window.close();
-  };
-  EXPECT_TRUE(desktop_.showModal(form_));
+  });
 }
 
 TEST_F(FormHost, AClickReachesTheFormByTheControlsName) {
-  form_.onLoaded = [](machine::FormWindow& window) {
-    PostMessageW(controlOf(window, "cmdDettagli"), BM_CLICK, 0, 0);
-  };
-  EXPECT_TRUE(desktop_.showModal(form_));
+  clickOnceShown("cmdDettagli");
+  show();
   EXPECT_EQ((Names{"clicked cmdDettagli"}), form_.events);
 }
 
@@ -133,7 +121,7 @@ TEST_F(FormHost, EnterPressesTheDefaultButtonFromAnyBox) {
   form_.onLoaded = [](machine::FormWindow& window) {
     PostMessageW(controlOf(window, "txtModulo"), WM_KEYDOWN, VK_RETURN, 0);
   };
-  EXPECT_TRUE(desktop_.showModal(form_));
+  show();
   EXPECT_EQ((Names{"clicked btnOk"}), form_.events);
 }
 
@@ -141,11 +129,11 @@ TEST_F(FormHost, EscAndTheCloseBoxAskTheForm) {
   form_.onLoaded = [](machine::FormWindow& window) {
     PostMessageW(controlOf(window, "txtModulo"), WM_KEYDOWN, VK_ESCAPE, 0);
   };
-  EXPECT_TRUE(desktop_.showModal(form_));
+  show();
   form_.onLoaded = [](machine::FormWindow& window) {
     PostMessageW(handleOf(window), WM_SYSCOMMAND, SC_CLOSE, 0);
   };
-  EXPECT_TRUE(desktop_.showModal(form_));
+  show();
   EXPECT_EQ((Names{"close requested", "close requested"}), form_.events);
 }
 
@@ -161,34 +149,32 @@ TEST_F(FormHost, TheKeyboardStartsAtTheFirstButtonUnlessTheFormSaysOtherwise) {
     window.close();
   };
   form_.onLoaded = askLater;
-  EXPECT_TRUE(desktop_.showModal(form_));
+  show();
   EXPECT_EQ("btnOk", focused);
 
   form_.onLoaded = [&askLater](machine::FormWindow& window) {
     window.setFocus("txtErrCodice");
     askLater(window);
   };
-  EXPECT_TRUE(desktop_.showModal(form_));
+  show();
   EXPECT_EQ("txtErrCodice", focused);
 }
 
 TEST_F(FormHost, AClosedFormHearsNothingMore) {
-  form_.onLoaded = [](machine::FormWindow& window) {
-    PostMessageW(controlOf(window, "btnOk"), BM_CLICK, 0, 0);
-  };
+  clickOnceShown("btnOk");
   form_.onClicked = [this](machine::FormWindow& window, const std::string&) {
     window.close();
     EXPECT_EQ(nullptr, desktop_.activeForm());
     SendMessageW(controlOf(window, "cmdDettagli"), BM_CLICK, 0, 0);
     SendMessageW(handleOf(window), WM_CLOSE, 0, 0);
   };
-  EXPECT_TRUE(desktop_.showModal(form_));
+  show();
   EXPECT_EQ((Names{"clicked btnOk"}), form_.events);
 }
 
 TEST_F(FormHost, AFormThatClosesItselfWhileLoadingIsNeverShown) {
   form_.onLoaded = [](machine::FormWindow& window) { window.close(); };
-  EXPECT_TRUE(desktop_.showModal(form_));
+  show();
   EXPECT_TRUE(form_.events.empty());
 }
 
@@ -197,24 +183,23 @@ TEST_F(FormHost, AFormWithoutResourceIsNotShownAndNotCalled) {
   bool loaded = false;
   unknown.onLoaded = [&loaded](machine::FormWindow&) { loaded = true; };
   EXPECT_FALSE(desktop_.showModal(unknown));
+  EXPECT_EQ(nullptr, desktop_.showModeless(unknown));
   EXPECT_FALSE(loaded);
   EXPECT_EQ(nullptr, desktop_.activeForm());
 }
 
 TEST_F(FormHost, ProcessingEventsLetsClicksRunDuringAHandler) {
-  form_.onLoaded = [](machine::FormWindow& window) {
-    PostMessageW(controlOf(window, "cmdDettagli"), BM_CLICK, 0, 0);
-  };
+  clickOnceShown("cmdDettagli");
   form_.onClicked = [this](machine::FormWindow& window, const std::string& control) {
     if (control == "cmdDettagli") {
-      PostMessageW(controlOf(window, "btnOk"), BM_CLICK, 0, 0);
+      clickLater(window, "btnOk");
       desktop_.processEvents();
       form_.events.push_back("details done");
     } else {
       window.close();
     }
   };
-  EXPECT_TRUE(desktop_.showModal(form_));
+  show();
   EXPECT_EQ((Names{"clicked cmdDettagli", "clicked btnOk", "details done"}), form_.events);
 }
 
@@ -223,7 +208,7 @@ TEST_F(FormHost, TheFormOnTopIsTheActiveOneAndTheLowerOneIsDisabled) {
   machine::FormWindow* lowerWindow = nullptr;
   upper.onLoaded = [&](machine::FormWindow& window) {
     EXPECT_EQ(&window, desktop_.activeForm());
-    PostMessageW(controlOf(window, "btnOk"), BM_CLICK, 0, 0);
+    clickLater(window, "btnOk");
   };
   upper.onClicked = [&](machine::FormWindow& window, const std::string&) {
     EXPECT_FALSE(IsWindowEnabled(handleOf(*lowerWindow)));
@@ -231,23 +216,19 @@ TEST_F(FormHost, TheFormOnTopIsTheActiveOneAndTheLowerOneIsDisabled) {
     window.close();
     EXPECT_EQ(lowerWindow, desktop_.activeForm());
   };
-  form_.onLoaded = [](machine::FormWindow& window) {
-    PostMessageW(controlOf(window, "btnOk"), BM_CLICK, 0, 0);
-  };
+  clickOnceShown("btnOk");
   form_.onClicked = [&](machine::FormWindow& window, const std::string&) {
     lowerWindow = &window;
     EXPECT_TRUE(desktop_.showModal(upper));
     EXPECT_TRUE(IsWindowEnabled(handleOf(window)));
     window.close();
   };
-  EXPECT_TRUE(desktop_.showModal(form_));
+  show();
   EXPECT_EQ((Names{"clicked btnOk"}), upper.events);
 }
 
 TEST_F(FormHost, AFailureInAHandlerClosesTheFormAndReachesTheCaller) {
-  form_.onLoaded = [](machine::FormWindow& window) {
-    PostMessageW(controlOf(window, "btnOk"), BM_CLICK, 0, 0);
-  };
+  clickOnceShown("btnOk");
   form_.onClicked = [](machine::FormWindow&, const std::string&) {
     throw std::runtime_error("failed in the handler");
   };
@@ -257,9 +238,7 @@ TEST_F(FormHost, AFailureInAHandlerClosesTheFormAndReachesTheCaller) {
 
 TEST_F(FormHost, DisablingTheFocusedControlHandsTheKeyboardOn) {
   std::string focused;
-  form_.onLoaded = [](machine::FormWindow& window) {
-    PostMessageW(controlOf(window, "btnOk"), BM_CLICK, 0, 0);
-  };
+  clickOnceShown("btnOk");
   form_.onClicked = [&focused](machine::FormWindow& window, const std::string&) {
     window.setFocus("btnOk");
     window.setEnabled("btnOk", false);
@@ -267,12 +246,12 @@ TEST_F(FormHost, DisablingTheFocusedControlHandsTheKeyboardOn) {
     focused = controlName(GetDlgCtrlID(GetFocus()));
     window.close();
   };
-  EXPECT_TRUE(desktop_.showModal(form_));
+  show();
   EXPECT_EQ("cmdDettagli", focused);
 }
 
 TEST_F(FormHost, ProgressNumbersAreKeptAsSetWhereTheVisibleBarCutsThem) {
-  form_.onLoaded = [](machine::FormWindow& window) {
+  lookAt(desktop_, "frmError", [](machine::FormWindow& window) {
     HWND const bar = CreateWindowExW(
         0, PROGRESS_CLASSW, L"", WS_CHILD, 0, 0, 10, 10, handleOf(window),
         reinterpret_cast<HMENU>(static_cast<INT_PTR>(controlId("prgProgress"))), nullptr, nullptr);
@@ -290,75 +269,45 @@ TEST_F(FormHost, ProgressNumbersAreKeptAsSetWhereTheVisibleBarCutsThem) {
     EXPECT_TRUE(window.setProgress("prgProgress", {1, 100000, 70000}));
     EXPECT_EQ(70000, SendMessageW(bar, PBM_GETPOS, 0, 0));
     EXPECT_EQ(100000, SendMessageW(bar, PBM_GETRANGE, FALSE, 0));
-    window.close();
-  };
-  EXPECT_TRUE(desktop_.showModal(form_));
+  });
 }
 
 // --- The wait form
 
-HWND staticText(HWND dialog) {
-  for (HWND child = GetWindow(dialog, GW_CHILD); child != nullptr;
-       child = GetWindow(child, GW_HWNDNEXT)) {
-    if (GetWindowTextLengthW(child) > 2) {
-      return child;
-    }
+class WaitForm : public FormHost {
+ protected:
+  HWND dialog() { return handleOf(*desktop_.activeForm()); }
+  HWND label() {
+    const std::vector<HWND> controls = childrenOf(dialog());
+    return *std::find_if(controls.begin(), controls.end(),
+                         [](HWND control) { return textOf(control).size() > 2; });
   }
-  return nullptr;
-}
 
-TEST_F(FormHost, TheWaitFormTellsWhatItWaitsForAndCannotBeClosed) {
-  frmwait wait;
-  const auto shown = desktop_.showModeless(wait);
-  ASSERT_NE(nullptr, shown);
-  HWND const dialog = handleOf(*desktop_.activeForm());
-  EXPECT_NE(FALSE, IsWindowVisible(dialog));
-  EXPECT_EQ(0, GetWindowLongW(dialog, GWL_STYLE) & WS_SYSMENU) << "no close box";
-  std::wstring text(100, L'\0');
-  text.resize(static_cast<std::size_t>(GetWindowTextW(staticText(dialog), text.data(), 100)));
-  EXPECT_EQ("Attendere prego: copia dei file in corso...", utf8(text));
+  frmwait wait_;
+  std::unique_ptr<machine::ShownForm> shown_ = desktop_.showModeless(wait_);
+};
 
-  PostMessageW(dialog, WM_KEYDOWN, VK_ESCAPE, 0);
-  PostMessageW(dialog, WM_SYSCOMMAND, SC_CLOSE, 0);
-  PostMessageW(dialog, WM_CLOSE, 0, 0);
+TEST_F(WaitForm, TellsWhatItWaitsForAndCannotBeClosed) {
+  EXPECT_NE(FALSE, IsWindowVisible(dialog()));
+  EXPECT_EQ(0, GetWindowLongW(dialog(), GWL_STYLE) & WS_SYSMENU) << "no close box";
+  EXPECT_EQ("Attendere prego: copia dei file in corso...", utf8(textOf(label())));
+
+  PostMessageW(dialog(), WM_KEYDOWN, VK_ESCAPE, 0);
+  PostMessageW(dialog(), WM_SYSCOMMAND, SC_CLOSE, 0);
+  PostMessageW(dialog(), WM_CLOSE, 0, 0);
   desktop_.processEvents();
-  EXPECT_NE(FALSE, IsWindowVisible(dialog));
+  EXPECT_NE(FALSE, IsWindowVisible(dialog()));
 }
 
-TEST_F(FormHost, TheWaitFormsTextHasRoom) {
-  frmwait wait;
-  const auto shown = desktop_.showModeless(wait);
-  ASSERT_NE(nullptr, shown);
-  HWND const label = staticText(handleOf(*desktop_.activeForm()));
-  std::wstring text(100, L'\0');
-  text.resize(static_cast<std::size_t>(GetWindowTextW(label, text.data(), 100)));
-  HDC const context = GetDC(label);
-  SelectObject(context, reinterpret_cast<HGDIOBJ>(SendMessageW(label, WM_GETFONT, 0, 0)));
-  SIZE needed{};
-  GetTextExtentPoint32W(context, text.data(), static_cast<int>(text.size()), &needed);
-  ReleaseDC(label, context);
-  RECT room{};
-  GetClientRect(label, &room);
-  EXPECT_LE(needed.cx, room.right);
-  EXPECT_LE(needed.cy, room.bottom);
+TEST_F(WaitForm, HasRoomForItsText) {
+  const SIZE needed = textSize(label(), textOf(label()));
+  EXPECT_LE(needed.cx, roomOf(label()).right);
+  EXPECT_LE(needed.cy, roomOf(label()).bottom);
 }
 
-TEST_F(FormHost, AModelessFormIsPaintedWhenItsShowingReturns) {
-  frmwait wait;
-  const auto shown = desktop_.showModeless(wait);
-  ASSERT_NE(nullptr, shown);
-  HWND const dialog = handleOf(*desktop_.activeForm());
-  EXPECT_EQ(FALSE, GetUpdateRect(dialog, nullptr, FALSE));
-  EXPECT_EQ(FALSE, GetUpdateRect(staticText(dialog), nullptr, FALSE));
-}
-
-TEST_F(FormHost, AModelessFormWithoutResourceIsNotShownAndNotCalled) {
-  TestForm unknown("frmNiente");
-  bool loaded = false;
-  unknown.onLoaded = [&loaded](machine::FormWindow&) { loaded = true; };
-  EXPECT_EQ(nullptr, desktop_.showModeless(unknown));
-  EXPECT_FALSE(loaded);
-  EXPECT_EQ(nullptr, desktop_.activeForm());
+TEST_F(WaitForm, IsPaintedWhenItsShowingReturns) {
+  EXPECT_EQ(FALSE, GetUpdateRect(dialog(), nullptr, FALSE));
+  EXPECT_EQ(FALSE, GetUpdateRect(label(), nullptr, FALSE));
 }
 
 TEST_F(FormHost, AFailureInTheLoadingOfAModelessFormReachesTheCaller) {
@@ -373,7 +322,7 @@ TEST_F(FormHost, AFailureInAHandlerOfAModelessFormReachesWhoLetsMessagesRun) {
   };
   const auto shown = desktop_.showModeless(form_);
   ASSERT_NE(nullptr, shown);
-  PostMessageW(controlOf(*desktop_.activeForm(), "btnOk"), BM_CLICK, 0, 0);
+  clickLater(*desktop_.activeForm(), "btnOk");
   EXPECT_THROW(desktop_.processEvents(), std::runtime_error);
   EXPECT_EQ(nullptr, desktop_.activeForm());
   desktop_.processEvents();
@@ -382,11 +331,7 @@ TEST_F(FormHost, AFailureInAHandlerOfAModelessFormReachesWhoLetsMessagesRun) {
 TEST_F(FormHost, AModelessFormWhoseOwnerEndsFirstIsGoneWithIt) {
   std::unique_ptr<machine::ShownForm> shown;
   frmwait wait;
-  form_.onLoaded = [&](machine::FormWindow& window) {
-    shown = desktop_.showModeless(wait);
-    window.close();
-  };
-  EXPECT_TRUE(desktop_.showModal(form_));
+  lookAt(desktop_, "frmError", [&](machine::FormWindow&) { shown = desktop_.showModeless(wait); });
   EXPECT_EQ(nullptr, desktop_.activeForm());
   EXPECT_NE(nullptr, shown);
   shown.reset();
@@ -395,7 +340,7 @@ TEST_F(FormHost, AModelessFormWhoseOwnerEndsFirstIsGoneWithIt) {
 // --- The hourglass
 
 TEST_F(FormHost, TheHourglassStandsOverTextBoxesToo) {
-  form_.onLoaded = [this](machine::FormWindow& window) {
+  lookAt(desktop_, "frmError", [this](machine::FormWindow& window) {
     HWND const box = controlOf(window, "txtErrCodice");
     const auto pointerOverBox = [box] {
       SendMessageW(box, WM_SETCURSOR, reinterpret_cast<WPARAM>(box),
@@ -411,9 +356,7 @@ TEST_F(FormHost, TheHourglassStandsOverTextBoxesToo) {
     desktop_.setHourglass(false);
     EXPECT_NE(hourglass, GetCursor());
     EXPECT_EQ(usual, pointerOverBox());
-    window.close();
-  };
-  EXPECT_TRUE(desktop_.showModal(form_));
+  });
 }
 
 // --- Pictures
@@ -431,7 +374,7 @@ TEST_F(FormHost, APictureFillsItsControlAsFarAsItsProportionsAllow) {
   const auto side = contract::makeContractMachine();
   const std::string file = side->folder() + "\\stripes.bmp";
   side->putFile(file, contract::kStripedBitmap);
-  form_.onLoaded = [&](machine::FormWindow& window) {
+  lookAt(desktop_, contract::stage::kForm, [&](machine::FormWindow& window) {
     side->makeControls(window);
     ASSERT_TRUE(window.setPicture(contract::stage::kPicture, file));
     HWND const control = controlOf(window, contract::stage::kPicture);
@@ -451,18 +394,12 @@ TEST_F(FormHost, APictureFillsItsControlAsFarAsItsProportionsAllow) {
     for (const int x : {0, 18, 61, 79}) {
       EXPECT_EQ(GetSysColor(COLOR_BTNFACE), pixelOf(shown, x, 20)) << x;
     }
-    RECT area{};
-    GetClientRect(control, &area);
-    EXPECT_EQ(80, area.right) << "the control keeps its size";
+    EXPECT_EQ(80, roomOf(control).right) << "the control keeps its size";
     EXPECT_FALSE(window.setPicture(contract::stage::kPicture, file + "x"));
     EXPECT_EQ(reinterpret_cast<LRESULT>(shown),
               SendMessageW(control, STM_GETIMAGE, IMAGE_BITMAP, 0));
     EXPECT_FALSE(window.setPicture(contract::stage::kList, file));
-    window.close();
-  };
-  TestForm stage(contract::stage::kForm);
-  stage.onLoaded = form_.onLoaded;
-  EXPECT_TRUE(desktop_.showModal(stage));
+  });
 }
 
 TEST(FittedRectangle, TouchesTheSidesThatComeFirstAndStandsInTheMiddle) {
@@ -480,8 +417,7 @@ TEST(FittedRectangle, TouchesTheSidesThatComeFirstAndStandsInTheMiddle) {
 
 TEST_F(FormHost, CheckingAnOptionTakesTheCheckFromItsGroupWhereTheSystemDoesNot) {
   const auto side = contract::makeContractMachine();
-  TestForm stage(contract::stage::kForm);
-  stage.onLoaded = [&](machine::FormWindow& window) {
+  lookAt(desktop_, contract::stage::kForm, [&](machine::FormWindow& window) {
     side->makeControls(window);
     const char* const first = contract::stage::kFirstOption;
     const char* const second = contract::stage::kSecondOption;
@@ -496,96 +432,64 @@ TEST_F(FormHost, CheckingAnOptionTakesTheCheckFromItsGroupWhereTheSystemDoesNot)
     EXPECT_TRUE(window.checked(contract::stage::kCheckBox));
     window.setChecked(second, false);
     EXPECT_FALSE(window.checked(first));
-    window.close();
-  };
-  EXPECT_TRUE(desktop_.showModal(stage));
+  });
 }
 
 // --- The keyboard in a drop-down list
 
 class ComboKeys : public FormHost {
  protected:
-  ComboKeys() {
-    stage_.onLoaded = [this](machine::FormWindow& window) {
+  struct State {
+    int selected;
+    bool open;
+    friend bool operator==(const State&, const State&) = default;
+  };
+
+  /// Presses keys in a list of three items whose form then hears of a click; gives what it is like.
+  State after(UINT message, const std::vector<WPARAM>& keys) {
+    State state{-2, false};
+    stage_.onLoaded = [&](machine::FormWindow& window) {
       side_->makeControls(window);
       for (const char* const item : {"Agenda", "Bilanci", "Paghe"}) {
         window.addItem(kCombo, item);
       }
       window.setFocus(kCombo);
-      combo_ = controlOf(window, kCombo);
-      onReady(window);
-      PostMessageW(controlOf(window, contract::stage::kButton), BM_CLICK, 0, 0);
+      for (const WPARAM key : keys) PostMessageW(controlOf(window, kCombo), message, key, 0);
+      clickLater(window, contract::stage::kButton);
     };
-    stage_.onClicked = [this](machine::FormWindow& window, const std::string&) {
-      onEnd(window);
+    stage_.onClicked = [&](machine::FormWindow& window, const std::string&) {
+      HWND const combo = controlOf(window, kCombo);
+      state = {window.selected(kCombo), SendMessageW(combo, CB_GETDROPPEDSTATE, 0, 0) != FALSE};
       window.close();
     };
+    EXPECT_TRUE(desktop_.showModal(stage_));
+    return state;
   }
-
-  void press(WPARAM key) { PostMessageW(combo_, WM_KEYDOWN, key, 0); }
-  bool dropped() const { return SendMessageW(combo_, CB_GETDROPPEDSTATE, 0, 0) != FALSE; }
 
   static constexpr const char* kCombo = contract::stage::kCombo;
   std::unique_ptr<contract::ContractMachine> side_ = contract::makeContractMachine();
   TestForm stage_{contract::stage::kForm};
-  HWND combo_ = nullptr;
-  std::function<void(machine::FormWindow&)> onReady;
-  std::function<void(machine::FormWindow&)> onEnd = [](machine::FormWindow&) {};
+  const std::string changed_ = std::string("changed ") + kCombo;
+  const std::string clicked_ = std::string("clicked ") + contract::stage::kButton;
 };
 
 TEST_F(ComboKeys, TheArrowsGoFromItemToItemAndTheFormHearsOfEach) {
-  int selected = -1;
-  onReady = [this](machine::FormWindow&) {
-    press(VK_DOWN);
-    press(VK_DOWN);
-    press(VK_UP);
-  };
-  onEnd = [&selected](machine::FormWindow& window) { selected = window.selected(kCombo); };
-  ASSERT_TRUE(desktop_.showModal(stage_));
-  EXPECT_EQ(0, selected);
-  const std::string changed = std::string("changed ") + kCombo;
-  EXPECT_EQ((Names{changed, changed, changed, std::string("clicked ") + contract::stage::kButton}),
-            stage_.events);
+  EXPECT_EQ((State{0, false}), after(WM_KEYDOWN, {VK_DOWN, VK_DOWN, VK_UP}));
+  EXPECT_EQ((Names{changed_, changed_, changed_, clicked_}), stage_.events);
 }
 
 TEST_F(ComboKeys, ALetterGoesToTheNextItemThatBeginsWithIt) {
-  int selected = -1;
-  onReady = [this](machine::FormWindow&) { PostMessageW(combo_, WM_CHAR, 'p', 0); };
-  onEnd = [&selected](machine::FormWindow& window) { selected = window.selected(kCombo); };
-  ASSERT_TRUE(desktop_.showModal(stage_));
-  EXPECT_EQ(2, selected);
+  EXPECT_EQ((State{2, false}), after(WM_CHAR, {'p'}));
 }
 
 TEST_F(ComboKeys, EscClosesTheOpenListAndNotTheForm) {
-  bool open = true;
-  onReady = [this](machine::FormWindow&) {
-    press(VK_F4);
-    press(VK_ESCAPE);
-  };
-  onEnd = [&](machine::FormWindow&) { open = dropped(); };
-  ASSERT_TRUE(desktop_.showModal(stage_));
-  EXPECT_FALSE(open);
-  EXPECT_EQ(Names{std::string("clicked ") + contract::stage::kButton}, stage_.events);
+  EXPECT_EQ((State{-1, false}), after(WM_KEYDOWN, {VK_F4, VK_ESCAPE}));
+  EXPECT_EQ(Names{clicked_}, stage_.events);
 }
 
 TEST_F(ComboKeys, EnterTakesTheItemOfTheOpenListAndPressesNoButton) {
-  int selected = -1;
-  bool open = true;
-  onReady = [this](machine::FormWindow&) {
-    press(VK_F4);
-    press(VK_DOWN);
-    press(VK_RETURN);
-  };
-  onEnd = [&](machine::FormWindow& window) {
-    selected = window.selected(kCombo);
-    open = dropped();
-  };
-  ASSERT_TRUE(desktop_.showModal(stage_));
-  EXPECT_FALSE(open);
-  EXPECT_EQ(0, selected);
-  EXPECT_EQ(
-      (Names{std::string("changed ") + kCombo, std::string("clicked ") + contract::stage::kButton}),
-      stage_.events);
+  EXPECT_EQ((State{0, false}), after(WM_KEYDOWN, {VK_F4, VK_DOWN, VK_RETURN}));
+  EXPECT_EQ((Names{changed_, clicked_}), stage_.events);
 }
 
 // --- Boxes
@@ -605,16 +509,10 @@ class BoxPlayer {
   static const Names& texts() { return texts_; }
 
  private:
-  static std::string textOf(HWND window) {
-    std::wstring buffer(512, L'\0');
-    buffer.resize(static_cast<std::size_t>(GetWindowTextW(window, buffer.data(), 512)));
-    return utf8(buffer);
-  }
-
   static void CALLBACK look(HWND, UINT, UINT_PTR, DWORD) {
     HWND const box = FindWindowW(L"#32770", nullptr);
     if (box != nullptr && texts_.empty() && GetDlgItem(box, button_) != nullptr) {
-      texts_ = {textOf(box), textOf(GetDlgItem(box, 0xFFFF))};
+      texts_ = {utf8(textOf(box)), utf8(textOf(GetDlgItem(box, 0xFFFF)))};
       PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(button_), 0);
     }
   }

@@ -6,6 +6,7 @@
 #include "base/Text.h"
 #include "contract/win32/TestForm.h"
 #include "win32/Win32Desktop.h"
+#include "win32/Win32Text.h"
 
 namespace trelv::win32 {
 namespace {
@@ -52,7 +53,20 @@ void fillLists(machine::FormWindow& window, const std::string& form) {
   window.setItemSelected("ListProd", 1, true);
 }
 
+BOOL CALLBACK noteDialog(HMODULE, LPCWSTR, LPWSTR name, LONG_PTR names) {
+  if (!IS_INTRESOURCE(name)) {
+    reinterpret_cast<Texts*>(names)->push_back(utf8(name));
+  }
+  return TRUE;
+}
+
 }  // namespace
+
+Texts dialogs() {
+  Texts names;
+  EnumResourceNamesW(nullptr, RT_DIALOG, noteDialog, reinterpret_cast<LONG_PTR>(&names));
+  return names;
+}
 
 void fillGallery(machine::FormWindow& window, const std::string& form, const std::string& picture) {
   fillLists(window, form);

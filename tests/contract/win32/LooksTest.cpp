@@ -26,30 +26,9 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-std::vector<HWND> childrenOf(HWND dialog) {
-  std::vector<HWND> found;
-  for (HWND child = GetWindow(dialog, GW_CHILD); child != nullptr;
-       child = GetWindow(child, GW_HWNDNEXT)) {
-    found.push_back(child);
-  }
-  return found;
-}
-
-std::wstring textOf(HWND window) {
-  std::wstring text(2000, L'\0');
-  text.resize(static_cast<std::size_t>(GetWindowTextW(window, text.data(), 2000)));
-  return text;
-}
-
 std::wstring withoutMarks(std::wstring text) {
   std::erase(text, L'&');
   return text;
-}
-
-SIZE roomOf(HWND window) {
-  RECT room{};
-  GetClientRect(window, &room);
-  return {room.right, room.bottom};
 }
 
 RECT placeOf(HWND control) {
@@ -71,7 +50,7 @@ bool isLabel(HWND control) {
 SIZE neededBy(HWND label) {
   const std::wstring text = withoutMarks(textOf(label));
   const WindowContext context(label);
-  RECT needed{0, 0, roomOf(label).cx, 0};
+  RECT needed{0, 0, roomOf(label).right, 0};
   DrawTextW(context.get(), text.c_str(), static_cast<int>(text.size()), &needed,
             DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
   return {needed.right, needed.bottom};
@@ -104,8 +83,8 @@ Names cutIn(HWND dialog) {
       continue;
     }
     const SIZE needed = kind == ButtonKind::None ? neededBy(child) : neededBy(child, kind);
-    const SIZE room = roomOf(child);
-    if (needed.cx > room.cx || needed.cy > room.cy) {
+    const RECT room = roomOf(child);
+    if (needed.cx > room.right || needed.cy > room.bottom) {
       cut.push_back(nameOf(child));
     }
   }
@@ -120,7 +99,7 @@ bool holdsOthers(HWND control) {
 /// Controls that lie over another one, or reach over the dialog's edge.
 Names crowdedIn(HWND dialog) {
   Names crowded;
-  const RECT whole{0, 0, roomOf(dialog).cx, roomOf(dialog).cy};
+  const RECT whole = roomOf(dialog);
   const std::vector<HWND> all = childrenOf(dialog);
   for (auto one = all.begin(); one != all.end(); ++one) {
     const RECT place = placeOf(*one);
@@ -166,27 +145,15 @@ Names keyboardOrder(HWND dialog) {
   return order;
 }
 
-BOOL CALLBACK noteDialog(HMODULE, LPCWSTR, LPWSTR name, LONG_PTR names) {
-  if (!IS_INTRESOURCE(name)) {
-    reinterpret_cast<Names*>(names)->push_back(utf8(name));
-  }
-  return TRUE;
-}
-
 /// Looks at every dialog (its name in capitals), filled as in daily use.
 void lookAtAll(const std::function<void(HWND dialog, const std::string& name)>& look) {
-  Names dialogs;
-  EnumResourceNamesW(nullptr, RT_DIALOG, noteDialog, reinterpret_cast<LONG_PTR>(&dialogs));
-  ASSERT_LE(9U, dialogs.size());
+  ASSERT_LE(9U, dialogs().size());
   Win32Desktop desktop;
-  for (const std::string& dialog : dialogs) {
-    TestForm form(dialog);
-    form.onLoaded = [&](machine::FormWindow& window) {
+  for (const std::string& dialog : dialogs()) {
+    lookAt(desktop, dialog, [&](machine::FormWindow& window) {
       fillGallery(window, dialog, "");
       look(handleOf(window), dialog);
-      window.close();
-    };
-    EXPECT_TRUE(desktop.showModal(form)) << dialog;
+    });
   }
 }
 

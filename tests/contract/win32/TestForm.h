@@ -1,5 +1,6 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <functional>
@@ -9,6 +10,7 @@
 
 #include "machine/Form.h"
 #include "win32/ControlNames.h"
+#include "win32/Win32Desktop.h"
 #include "win32/Win32FormWindow.h"
 
 /// What tests of the form host on Win32 have in common.
@@ -20,6 +22,37 @@ inline HWND handleOf(machine::FormWindow& window) {
 
 inline HWND controlOf(machine::FormWindow& window, const std::string& name) {
   return GetDlgItem(handleOf(window), controlId(name));
+}
+
+inline RECT roomOf(HWND window) {
+  RECT room{};
+  GetClientRect(window, &room);
+  return room;
+}
+
+/// The text of any window or control, as far as it has 2,000 characters.
+inline std::wstring textOf(HWND window) {
+  std::wstring text(2000, L'\0');
+  text.resize(static_cast<std::size_t>(GetWindowTextW(window, text.data(), 2000)));
+  return text;
+}
+
+/// Controls of a dialog, from above.
+inline std::vector<HWND> childrenOf(HWND dialog) {
+  std::vector<HWND> found;
+  for (HWND child = GetWindow(dialog, GW_CHILD); child != nullptr;
+       child = GetWindow(child, GW_HWNDNEXT)) {
+    found.push_back(child);
+  }
+  return found;
+}
+
+/// Names of this program's dialogs, in capitals.
+std::vector<std::string> dialogs();
+
+/// The click of a button, as it waits for the form to be shown.
+inline void clickLater(machine::FormWindow& window, const std::string& button) {
+  PostMessageW(controlOf(window, button), BM_CLICK, 0, 0);
 }
 
 /// A form of the given resource that does what the test says and notes what happens to it. What a
@@ -59,5 +92,16 @@ class TestForm : public machine::Form {
  private:
   std::string resource_;
 };
+
+/// Shows the form of a resource, lets the test look at it while it is loaded, and closes it.
+inline void lookAt(Win32Desktop& desktop, const std::string& resource,
+                   const std::function<void(machine::FormWindow&)>& look) {
+  TestForm form(resource);
+  form.onLoaded = [&look](machine::FormWindow& window) {
+    look(window);
+    window.close();
+  };
+  EXPECT_TRUE(desktop.showModal(form)) << resource;
+}
 
 }  // namespace trelv::win32
