@@ -16,6 +16,23 @@ import windows  # noqa: E402
 
 MANAGER_FOLDER = "C:\\Lumo\\Manager"
 INTEGRATED = f"INTEGRATEDRUN {installation.HOST_FOLDER} {installation.HOST_FOLDER}"
+UPDATED_ALL = "Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari"
+NO_RIGHTS = ("Errore", "Per il corretto funzionamento il sistema richiede l'aggiornamento di alcuni "
+             "componenti.\r\nL'utente corrente non dispone dei privilegi necessari per effettuare tale "
+             "operazione, impossibile proseguire.", ["OK"])
+
+
+def box(text):
+    """A message box of the manager's with a button to confirm it, as `shown` gives it."""
+    return ("TrelvManager", text, ["OK"])
+
+
+def shown(run):
+    """What a run showed: message boxes as (title, text, buttons), error reports as (procedure, module,
+    the caller's message)."""
+    return [(each.texts["txtProcedura"], each.texts["txtModulo"],
+             each.texts["txtErrDescrizioneInterna"]) if "txtProcedura" in each.texts
+            else (each.title, each.text, each.buttons) for each in run.boxes]
 
 
 @pytest.fixture(scope="session")
@@ -107,6 +124,18 @@ class Workstation(installation.Installation):
         for key, name, value in self.registry_values():
             self.prefix.set_value("HKLM", key, name, value)
 
+    def write_catalogue(self, *products):
+        installation.write_text(self.setups / "agdvcomp.ini",
+                                installation.ini_text(installation.catalogue(products)))
+
+    def offer(self, product, *versions):
+        """Offers updates of a product."""
+        self.write_configuration(product, installation.configuration(product, versions))
+
+    def put_test_program(self, name, path):
+        """Copies one of the programs of tests/scenario/programs."""
+        shutil.copy(self.prefix.build.test_programs / f"{name}.exe", path)
+
     def rename_host(self, name):
         """Gives the server path another name on the share."""
         self.server = self.server.rename(self.share / name)
@@ -133,6 +162,12 @@ class Workstation(installation.Installation):
         self.wait_for_started()
         return run
 
+    def start(self, code="MVBIL", **named):
+        """A start by the host that has nothing to tell the user."""
+        run = self.run(f"{INTEGRATED} {code}", **named)
+        assert shown(run) == []
+        return run
+
     def wait_for_started(self):
         last = (self.texts() or [""])[-1]
         start = "Gestione ProdTrelv - Esecuzione di: S:\\"
@@ -144,6 +179,15 @@ class Workstation(installation.Installation):
         """Texts of the log lines, without date and time."""
         return [re.sub(r"^\d\d/\d\d/\d{4} \d\d:\d\d:\d\d -- ", "", line)
                 for line in windows.log_lines(self.log)]
+
+    def texts_after(self, text):
+        """The texts behind the first one that is this."""
+        texts = self.texts()
+        return texts[texts.index(text) + 1:]
+
+    def set_ups_run(self):
+        """The set-ups that ran to their end, as "PRODUCT VERSION SIDE"."""
+        return [" ".join(command.split('"')[2].split()[:3]) for command in self.commands_run()]
 
     def started(self, file):
         """What a product's program was started with by the last run, line by line."""
@@ -163,6 +207,13 @@ def workstation(prefix, tmp_path_factory):
     if not os.path.lexists(prefix.folder / "dosdevices/s:"):
         prefix.map_drive("s", share)
     return station
+
+
+@pytest.fixture
+def with_bilancio(workstation):
+    """One product in the catalogue, nothing installed."""
+    workstation.lay_out(products=[installation.ZB])
+    return workstation
 
 
 @pytest.fixture

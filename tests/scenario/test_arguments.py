@@ -2,10 +2,12 @@
 
 import pytest
 
-from conftest import INTEGRATED
+from conftest import INTEGRATED, UPDATED_ALL, box, shown
 import installation
 
 ZB = installation.ZB
+# Makes a command line of about 32,000 characters.
+LONG = "x" * 31900
 PROGRAM = "S:\\Lumo\\mv\\bilancio\\bilancio.exe"
 
 
@@ -13,11 +15,21 @@ def command_line(station):
     return station.started("bilancio.exe")[0].removeprefix("Linea di comando: ")
 
 
-def test_further_arguments_follow_the_program(installed):
-    installed.run(f'{INTEGRATED} MVBIL /ditta "12 A" ultimo')
-    assert command_line(installed) == f"{PROGRAM} /ditta 12 A ultimo"
-    assert (f"Gestione ProdTrelv - Esecuzione di: {PROGRAM} /ditta 12 A ultimo"
-            in installed.texts())
+@pytest.mark.parametrize("line, arguments", [
+    pytest.param(f'{INTEGRATED} MVBIL /ditta "12 A" ultimo', "/ditta 12 A ultimo",
+                 id="further_arguments_follow_the_program"),
+    pytest.param("integratedRun\tS:\\Lumo \t S:\\Lumo MVBIL", "",
+                 id="the_mode_is_taken_in_any_case_and_tabs_separate"),
+    pytest.param(f'{INTEGRATED} MVBIL "tutto il resto', "tutto il resto",
+                 id="a_lone_quote_takes_all_that_follows"),
+    pytest.param(f'{INTEGRATED} MVBIL ab"cd', "ab cd", id="a_quote_inside_a_word_splits_it"),
+    pytest.param('INTEGRATEDRUN "" S:\\Lumo S:\\Lumo MVBIL', "", id="empty_quotes_give_no_argument"),
+    pytest.param(f"{INTEGRATED} MVBIL {LONG}", LONG,
+                 id="a_long_command_line_is_taken_whole")])
+def test_what_reaches_the_program_and_the_log(installed, line, arguments):
+    assert shown(installed.run(line)) == []
+    assert command_line(installed) == f"{PROGRAM} {arguments}"
+    assert f"Gestione ProdTrelv - Esecuzione di: {PROGRAM} {arguments}" in installed.texts()
 
 
 def test_at_most_twenty_arguments_count(installed):
@@ -27,41 +39,17 @@ def test_at_most_twenty_arguments_count(installed):
     assert any(text.endswith("\t Numero parametri = 20") for text in installed.texts())
 
 
-def test_the_mode_is_taken_in_any_case_and_tabs_separate(installed):
-    run = installed.run("integratedRun\tS:\\Lumo \t S:\\Lumo MVBIL")
-    assert run.boxes == []
-    assert command_line(installed) == f"{PROGRAM} "
-
-
-def test_a_lone_quote_takes_all_that_follows(installed):
-    run = installed.run(f'{INTEGRATED} MVBIL "tutto il resto')
-    assert run.boxes == []
-    assert command_line(installed) == f"{PROGRAM} tutto il resto"
-
-
-def test_a_quote_inside_a_word_splits_it(installed):
-    installed.run(f'{INTEGRATED} MVBIL ab"cd')
-    assert command_line(installed) == f"{PROGRAM} ab cd"
-
-
-def test_empty_quotes_give_no_argument(installed):
-    run = installed.run('INTEGRATEDRUN "" S:\\Lumo S:\\Lumo MVBIL')
-    assert run.boxes == []
-    assert command_line(installed) == f"{PROGRAM} "
-
-
 def test_accents_in_arguments_reach_the_product_and_the_log(installed):
     installed.run(f"{INTEGRATED} MVBIL Società perché €")
     assert command_line(installed) == f"{PROGRAM} Società perché €"
     assert b"bilancio.exe Societ\xe0 perch\xe9 \x80\r\n" in installed.log.read_bytes()
 
 
-def test_a_host_folder_with_blanks_stands_in_quotes(workstation):
-    workstation.lay_out(products=[ZB])
+def test_a_host_folder_with_blanks_stands_in_quotes(with_bilancio):
+    workstation = with_bilancio
     workstation.rename_host("Programmi Lumo")
     folder = '"S:\\Programmi Lumo"'
-    run = workstation.run(f"INTEGRATEDRUN {folder} {folder} MVBIL a")
-    assert run.boxes == []
+    assert shown(workstation.run(f"INTEGRATEDRUN {folder} {folder} MVBIL a")) == []
     assert workstation.commands_run()[0] == (
         '"S:\\Programmi Lumo\\prg\\com\\setup\\aggdovra\\bilancio\\setup.exe" ZB 09.93.00.00 Server '
         '"S:\\Programmi Lumo\\mv\\bilancio" bilancio.exe consolidato.exe icad.exe personalizza.exe')
@@ -74,13 +62,9 @@ def test_a_host_folder_with_blanks_stands_in_quotes(workstation):
             in texts)
 
 
-def test_a_command_line_of_32000_characters_is_taken_whole(installed):
-    start = f"{INTEGRATED} MVBIL "
-    arguments = "x" * (32000 - len(start))
-    run = installed.run(start + arguments)
-    assert run.boxes == []
-    assert command_line(installed) == f"{PROGRAM} {arguments}"
-    assert f"Gestione ProdTrelv - Esecuzione di: {PROGRAM} {arguments}" in installed.texts()
+BILANCIO = ["MVBil_BIL-COOSOC=Yes", "MVBil_BIL-ENTFIN=Yes", "MVBil_BIL-IASCON=Yes",
+            "MVBil_BIL-IASIFR=Yes", "MVBil_Bilancio=Yes", "MVBil_Consolidato=Yes",
+            "MVBil_HostedByLumo=Yes", "MVBil_ICAD=Yes"]
 
 
 @pytest.mark.parametrize("code, file, variables", [
@@ -90,20 +74,15 @@ def test_a_command_line_of_32000_characters_is_taken_whole(installed):
     ("NERIO", "nerio.exe", []),
     ("VIRADO", "virado.exe", []),
     ("ZM", "zeltomodelli.exe", []),
-    ("MVPERS", "personalizza.exe", [
-        "MVBil_BIL-COOSOC=Yes", "MVBil_BIL-ENTFIN=Yes", "MVBil_BIL-IASCON=Yes",
-        "MVBil_BIL-IASIFR=Yes", "MVBil_Bilancio=Yes", "MVBil_Consolidato=Yes",
-        "MVBil_HostedByLumo=Yes", "MVBil_ICAD=Yes"]),
+    ("MVPERS", "personalizza.exe", BILANCIO),
+    ("MVBIL", "bilancio.exe", BILANCIO),
 ])
 def test_each_program_gets_the_variables_of_its_product(installed, code, file, variables):
-    run = installed.run(f"{INTEGRATED} {code}")
-    assert run.boxes == []
+    installed.start(code)
     assert installed.started(file)[2:] == variables
 
 
 def test_undefined_is_a_code_without_program(installed):
-    run = installed.run(f"{INTEGRATED} UNDEFINED")
-    assert [box.text for box in run.boxes] == [
-        "Il prodotto selezionato  non risulta installato\r\n\r\nPremere Ok per interrompere"]
-    assert ("Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari"
-            in installed.texts())
+    assert shown(installed.run(f"{INTEGRATED} UNDEFINED")) == [box(
+        "Il prodotto selezionato  non risulta installato\r\n\r\nPremere Ok per interrompere")]
+    assert UPDATED_ALL in installed.texts()

@@ -30,8 +30,7 @@ def store(station, codes=None, values=None, code="0"):
 def test_the_hosts_store_takes_the_integration_record(laid_out):
     store(laid_out)
     before = laid_out.store.read_bytes()
-    run = laid_out.run(f"{INTEGRATED} MVBIL")
-    assert run.boxes == []
+    laid_out.start()
     noted = calls(laid_out, "mviconf")
     assert f"GetParameter {INTEGRATION} _DEFAULT_VALUE_ 1000 -> -3003" in noted
     assert [call for call in noted if call.startswith("SetParameter")] == [
@@ -45,13 +44,13 @@ def test_the_hosts_store_takes_the_integration_record(laid_out):
 def test_without_pointers_in_the_registry_the_hosts_store_is_enough(laid_out):
     laid_out.prefix.delete_key("HKLM", installation.STORE_KEY)
     store(laid_out, values={INTEGRATION: "S:\\Lumo"})
-    assert laid_out.run(f"{INTEGRATED} MVBIL").boxes == []
+    laid_out.start()
     assert laid_out.versions()["ZB"] == ("09.93.00.00", "09.93.00.00")
 
 
 def test_a_document_that_is_empty_twice_is_read_the_third_time(installed):
     store(installed, values={INTEGRATION: "S:\\Lumo"}, codes={INTEGRATION: "-1000 -1000 0"})
-    assert installed.run(f"{INTEGRATED} MVBIL").boxes == []
+    installed.start()
     noted = [call for call in calls(installed, "mviconf") if INTEGRATION in call]
     assert [call.split(" -> ")[1] for call in noted[:3]] == ["-1000", "-1000", "0"]
 
@@ -81,7 +80,7 @@ def test_a_failure_code_is_told_by_its_text(installed, code, text):
 
 def test_a_workstation_without_client_configuration_stays_silent(laid_out):
     store(laid_out, codes={INTEGRATION: "-4013"})
-    assert laid_out.run(f"{INTEGRATED} MVBIL").boxes == []
+    laid_out.start()
 
 
 def travolin(station, address):
@@ -102,45 +101,43 @@ def test_the_travolin_suite_keeps_the_products_from_being_updated(laid_out, addr
     (laid_out.setups / "aside.ini").rename(laid_out.setups / "agdvcomp.ini")
     laid_out.log.unlink()
     travolin(laid_out, address)
-    run = laid_out.run(f"{INTEGRATED} MVBIL")
-    assert run.boxes == []
+    laid_out.start()
     assert laid_out.commands_run() == []
-    texts = laid_out.texts()
-    found = texts.index("Suite travolin trovata cartella : C:\\Travolin")
-    assert texts[found + 1] == ("Gestione ProdTrelv - SuiteTravolin rilevata, nessun prodotto "
-                                "complementare viene installato/aggiornato")
+    assert laid_out.texts_after("Suite travolin trovata cartella : C:\\Travolin")[0] == (
+        "Gestione ProdTrelv - SuiteTravolin rilevata, nessun prodotto complementare viene "
+        "installato/aggiornato")
     laid_out.started("bilancio.exe")
 
 
-def test_the_hosts_support_library_tells_who_is_administrator(workstation):
-    workstation.lay_out(products=[installation.ZB])
-    put(workstation, "tovrautil", {"tovrautil": {"administrator": "0"}})
-    run = workstation.run(f"{INTEGRATED} MVBIL")
+def test_the_hosts_support_library_tells_who_is_administrator(with_bilancio):
+    put(with_bilancio, "tovrautil", {"tovrautil": {"administrator": "0"}})
+    run = with_bilancio.run(f"{INTEGRATED} MVBIL")
     assert [box.title for box in run.boxes] == ["Errore", "Errore", "TrelvManager"]
-    assert calls(workstation, "tovrautil").count("IsAdministrator") == 1
-    assert workstation.commands_run() == []
-    put(workstation, "tovrautil", {"tovrautil": {"administrator": "1"}})
+    assert calls(with_bilancio, "tovrautil").count("IsAdministrator") == 1
+    assert with_bilancio.commands_run() == []
+    put(with_bilancio, "tovrautil", {"tovrautil": {"administrator": "1"}})
     # Its answer counts, whatever the user's token says.
-    assert workstation.run(f"{INTEGRATED} MVBIL", restricted=True).boxes == []
-    assert len(workstation.commands_run()) == 2
+    with_bilancio.start(restricted=True)
+    assert len(with_bilancio.commands_run()) == 2
 
 
 FORCED = "Errore in esecuzione verifica di diritti di amministratore, forzato IsAdmin=TRUE"
 
 
-def test_a_support_library_without_the_entry_counts_as_administrator(workstation):
-    workstation.lay_out(products=[installation.ZB])
-    put(workstation, "broken", {}, name="tovrautil")
-    assert workstation.run(f"{INTEGRATED} MVBIL", restricted=True).boxes == []
-    assert workstation.texts().count(FORCED) == 1
-    assert len(workstation.commands_run()) == 2
+def put_library_without_entry(station):
+    put(station, "broken", {}, name="tovrautil")
 
 
-def test_a_support_library_that_cannot_be_loaded_counts_as_administrator(workstation):
-    workstation.lay_out(products=[installation.ZB])
-    (workstation.manager_folder / "tovrautil.dll").write_bytes(b"no library")
-    assert workstation.run(f"{INTEGRATED} MVBIL", restricted=True).boxes == []
-    assert workstation.texts().count(FORCED) == 1
+def put_no_library(station):
+    (station.manager_folder / "tovrautil.dll").write_bytes(b"no library")
+
+
+@pytest.mark.parametrize("put_library", [put_library_without_entry, put_no_library])
+def test_with_a_support_library_that_cannot_be_used_everyone_is_administrator(with_bilancio, put_library):
+    put_library(with_bilancio)
+    with_bilancio.start(restricted=True)
+    assert with_bilancio.texts().count(FORCED) == 1
+    assert len(with_bilancio.commands_run()) == 2
 
 
 def test_a_store_library_that_cannot_be_used_is_reported_and_the_program_starts(installed):
@@ -150,14 +147,12 @@ def test_a_store_library_that_cannot_be_used_is_reported_and_the_program_starts(
     installed.started("bilancio.exe")
 
 
-def test_libraries_of_the_current_folder_are_not_used(workstation):
-    workstation.lay_out(products=[installation.ZB])
-    put(workstation, "mviconf", {})
-    put(workstation, "tovrautil", {"tovrautil": {"administrator": "0"}})
+def test_libraries_of_the_current_folder_are_not_used(with_bilancio):
+    put(with_bilancio, "mviconf", {})
+    put(with_bilancio, "tovrautil", {"tovrautil": {"administrator": "0"}})
     for name in ("mviconf.dll", "mviconf.ini", "tovrautil.dll", "tovrautil.ini"):
-        (workstation.manager_folder / name).rename(workstation.client / name)
-    run = workstation.run(f"{INTEGRATED} MVBIL", folder=installation.CLIENT_FOLDER)
-    assert run.boxes == []
-    assert not (workstation.client / "mviconf.txt").exists()
-    assert not (workstation.client / "tovrautil.txt").exists()
-    assert len(workstation.commands_run()) == 2
+        (with_bilancio.manager_folder / name).rename(with_bilancio.client / name)
+    with_bilancio.start(folder=installation.CLIENT_FOLDER)
+    assert not (with_bilancio.client / "mviconf.txt").exists()
+    assert not (with_bilancio.client / "tovrautil.txt").exists()
+    assert len(with_bilancio.commands_run()) == 2

@@ -8,7 +8,7 @@ import subprocess
 
 import pytest
 
-from conftest import INTEGRATED, KINDS
+from conftest import INTEGRATED, KINDS, shown
 from golden_log import golden
 import installation
 import windows
@@ -27,8 +27,7 @@ def ini(path, **sections):
 @pytest.fixture
 def station(laid_out):
     """A workstation with the report program and nothing of what a test registers."""
-    laid_out.report = laid_out.manager_folder / "report.exe"
-    shutil.copy(laid_out.prefix.build.test_programs / "report.exe", laid_out.report)
+    laid_out.put_test_program("report", laid_out.manager_folder / "report.exe")
     yield laid_out
     for key in (COMPONENT, MODELS):
         laid_out.prefix.delete_key("HKLM", key)
@@ -43,11 +42,6 @@ def report(station, codes=ALL):
     lines = text.split("\r\n")[:-1]
     assert all(DATED.match(line) for line in lines), lines
     return run.exit_code, [DATED.sub("", line) for line in lines]
-
-
-def put_program(station, name, path):
-    """A small program: "versioned" of version 7.10.2.1, "waiter" without version resource."""
-    shutil.copy(station.prefix.build.test_programs / f"{name}.exe", path)
 
 
 def install_on_its_own(station):
@@ -65,7 +59,7 @@ def install_on_its_own(station):
     ini(station.windows_folder / "luda.ini", PathNames={"HomeDir": "C:\\Lumo\\Luda"})
     (station.disk / "Lumo/Luda").mkdir()
     # The ini file has no version, the program has.
-    put_program(station, "versioned", station.disk / "Lumo/Luda/luda2003.exe")
+    station.put_test_program("versioned", station.disk / "Lumo/Luda/luda2003.exe")
     station.prefix.set_value("HKLM", MODELS, "Path", "C:\\Lumo\\ZM")
     ini(station.windows_folder / "zeltomodelli.ini", Parametri={"PathModelli": "C:\\Lumo\\ZM"})
     installation.write_text(station.disk / "Lumo/ZM/vers.ini", "06.50.30.00\n")
@@ -73,22 +67,16 @@ def install_on_its_own(station):
 
 def test_the_report_tells_each_step(station):
     install_on_its_own(station)
-    found, lines = report(station)
-    assert lines == golden("product-report.txt")
-    assert found == 4
+    assert report(station) == (4, golden("product-report.txt"))
 
 
-def test_the_report_of_a_machine_without_products(station):
-    found, lines = report(station)
-    assert lines == golden("product-report-of-nothing.txt")
-    assert found == 0
+def test_the_report_of_a_machine_without_products_is_begun_anew_each_time(station):
+    nothing = golden("product-report-of-nothing.txt")
+    assert report(station) == (0, nothing)
+    assert report(station, "20")[1] == nothing[17:20]
 
 
-def test_the_report_is_begun_anew(station):
-    report(station)
-    assert report(station, "20")[1] == golden("product-report-of-nothing.txt")[17:20]
-
-
+# The program "versioned" has version 7.10.2.1, "waiter" has no version resource.
 @pytest.mark.parametrize("program, recorded, found", [
     ("versioned", "", True), ("versioned", "01.00", True), ("waiter", "01.00", True),
     ("waiter", "", False), (None, "01.00", True), (None, "", False)])
@@ -97,7 +85,7 @@ def test_luda_is_known_by_its_program_else_by_its_ini_file(station, program, rec
         LUDA={"Versione": recorded} if recorded else {})
     (station.disk / "Lumo/Luda").mkdir()
     if program:
-        put_program(station, program, station.disk / "Lumo/Luda/LUDA2003.EXE")
+        station.put_test_program(program, station.disk / "Lumo/Luda/LUDA2003.EXE")
     assert report(station, "20")[1][1] == f"File ini locale {'PRESENTE' if found else 'ASSENTE'}"
 
 
@@ -114,37 +102,33 @@ def orange(red, green, blue):
     return red > 180 and 80 < green < 200 and blue < 100
 
 
-def icon_signs(station, path):
-    """A box handler that notes for each box, by its title, how many orange points the screen
-    shows."""
+def start_seen(station, path):
+    """A start whose boxes are looked at; and {title of a box: orange points of the screen}."""
     noted = {}
 
     def note(box):
         station.prefix.screen.picture(path)
         noted[box.title] = coloured(path, orange)
-    return noted, note
+    return station.run(f"{INTEGRATED} MVBIL", on_box=note), noted
 
 
 def test_a_refusal_that_ends_the_work_has_another_icon(station, tmp_path):
     station.install()
     station.integrate("S:\\Altro")
-    signs, note = icon_signs(station, tmp_path / "box.png")
-    run = station.run(f"{INTEGRATED} MVBIL", on_box=note)
+    run, signs = start_seen(station, tmp_path / "box.png")
     assert [box.title for box in run.boxes] == ["TrelvManager"]
     assert signs["TrelvManager"] < 150
 
 
 def test_products_on_their_own_refuse_the_integration(station, tmp_path):
     install_on_its_own(station)
-    signs, note = icon_signs(station, tmp_path / "box.png")
     station.put_programs()
     # Without the store nobody knows of an integration.
     station.prefix.delete_key("HKLM", installation.STORE_KEY)
-    run = station.run(f"{INTEGRATED} MVBIL", on_box=note)
+    run, signs = start_seen(station, tmp_path / "box.png")
     assert signs["Gestione prodotti complementari"] > 300
-    refusals = [box for box in run.boxes if box.title == "Gestione prodotti complementari"]
-    assert [(box.text, box.buttons) for box in refusals] == [(
-        "Sulla macchina corrente è stata rilevata la presenza dei seguenti prodotti "
+    assert [each for each in shown(run) if each[0] == "Gestione prodotti complementari"] == [(
+        "Gestione prodotti complementari", "Sulla macchina corrente è stata rilevata la presenza dei seguenti prodotti "
         "complementari:\r\n\r\nNerio Standalone\r\nTarsena2 Standalone\r\nLuda Standalone\r\n"
         "Zeltomodelli Standalone\r\n\r\nL'installazione/aggiornamento non avverra' finche' questi "
         "ultimi non verrano rimossi manualmente dal sistema\r\n\r\nPremere Ok per proseguire",
@@ -161,8 +145,7 @@ def test_products_on_their_own_refuse_the_integration(station, tmp_path):
 def test_an_integrated_machine_is_not_asked_for_products(station):
     install_on_its_own(station)
     station.install()
-    run = station.run(f"{INTEGRATED} MVBIL")
-    assert run.boxes == []
+    station.start()
     assert ("Gestione ProdTrelv - Rilevata integrazione, nessun prodotto complementare standalone "
             "rilevato") in station.texts()
 
@@ -170,7 +153,7 @@ def test_an_integrated_machine_is_not_asked_for_products(station):
 def test_a_start_puts_the_ini_files_of_the_user_in_place(station):
     station.install()
     installation.write_text(station.server / "mv/LUDA2003/Luda.ini", "[LUDA]\nVersione=01.00\n")
-    put_program(station, "versioned", station.server / "mv/LUDA2003/LUDA2003.exe")
+    station.put_test_program("versioned", station.server / "mv/LUDA2003/LUDA2003.exe")
     station.run(f"{INTEGRATED} MVBIL")
     nerio = (station.windows_folder / "nerio.ini").read_bytes()
     assert nerio == (station.server / "mv/nerio/nerio.ini").read_bytes()
@@ -184,16 +167,13 @@ def test_a_start_puts_the_ini_files_of_the_user_in_place(station):
         "Drive": {"Floppy": "A:"}, "ConfigViste": {"Vista": "0"}}
     assert installation.read_ini(station.server / "mv/LUDA2003/Luda.ini") == {
         "LUDA": {"Versione": version}}
-    texts = station.texts()
-    begun = texts.index("Gestione ProdTrelv - Inizio Gestione anomalia Luda")
-    assert texts[begun + 1:begun + 3] == [
+    assert station.texts_after("Gestione ProdTrelv - Inizio Gestione anomalia Luda")[:2] == [
         "Gestione ProdTrelv - creazione file ini mancante : c:\\windows\\luda.ini",
         "Gestione ProdTrelv - Ambiente Terminal non rilevato. Nessun intervento Anomalia Luda"]
     assert not (station.windows_folder / "zeltomodelli.ini").exists()
-    before = {file.name: file.read_bytes() for file in station.windows_folder.glob("*.ini")}
-    station.run(f"{INTEGRATED} MVBIL")
-    assert {file.name: file.read_bytes()
-            for file in station.windows_folder.glob("*.ini")} == before
+    before = files_of(station.windows_folder)
+    station.start()
+    assert files_of(station.windows_folder) == before
 
 
 @pytest.fixture
@@ -213,16 +193,21 @@ def terminal_server(station):
     prefix.set_value(*version, "")
 
 
+def repairs(station):
+    """What the log tells behind the begin of the repairs of a session's ini files."""
+    return [text.removeprefix("Gestione ProdTrelv - ") for text in station.texts_after(
+        "Gestione ProdTrelv - Inizio gestione anomalia Corvel")]
+
+
 def test_a_session_on_a_terminal_server_gets_its_ini_files(station, terminal_server):
     station.install()
-    put_program(station, "versioned", station.server / "mv/LUDA2003/LUDA2003.exe")
+    station.put_test_program("versioned", station.server / "mv/LUDA2003/LUDA2003.exe")
     installation.write_text(station.server / "mv/ZM/Dovra2010.ini", "[x]\n")
     ini(station.windows_folder / "lumow.ini", Archivi={"Path": "S:\\Lumo"})
-    assert station.run(f"{INTEGRATED} MVBIL").boxes == []
+    station.start()
     user = station.profile + "\\windows"
     profile = user + "\\..\\..\\" + station.profile.split("\\")[-1] + "\\windows"
     lines = [
-        "Inizio gestione anomalia Corvel",
         f"Inizio copia da: c:\\windows\\lumow.ini a: {profile}\\lumow.ini",
         "Inizio Gestione Anomalia Nerio",
         f"copia file ini mancante da: S:\\Lumo\\mv\\nerio\\nerio.ini a: {user}\\nerio.ini",
@@ -238,10 +223,7 @@ def test_a_session_on_a_terminal_server_gets_its_ini_files(station, terminal_ser
         f"creazione file ini mancante : {user}\\luda.ini",
         "Ricerca mancanza file: c:\\windows\\luda.ini",
         f"copia file ini mancante da: {profile}\\luda.ini a: c:\\windows\\luda.ini"]
-    texts = station.texts()
-    begun = texts.index("Gestione ProdTrelv - Inizio gestione anomalia Corvel")
-    assert [text.removeprefix("Gestione ProdTrelv - ")
-            for text in texts[begun:begun + len(lines)]] == lines
+    assert repairs(station)[:len(lines)] == lines
     made = files_of(terminal_server)
     assert sorted(made) == ["luda.ini", "lumow.ini", "nerio.ini", "zeltomodelli.ini"]
     everyones = files_of(station.windows_folder)
@@ -253,11 +235,9 @@ def test_a_session_on_a_terminal_server_gets_its_ini_files(station, terminal_ser
         "Versione": "7.10.2.1", "Aggiornamento": "7.10.2.1"}
     # The next start finds nothing to do.
     station.log.unlink()
-    station.run(f"{INTEGRATED} MVBIL")
-    texts = station.texts()
-    begun = texts.index("Gestione ProdTrelv - Inizio gestione anomalia Corvel")
-    assert [text.removeprefix("Gestione ProdTrelv - ") for text in texts[begun:begun + 5]] == [
-        "Inizio gestione anomalia Corvel", "Inizio Gestione Anomalia Nerio",
+    station.start()
+    assert repairs(station)[:4] == [
+        "Inizio Gestione Anomalia Nerio",
         "Inizio Gestione anomalia ZeltoModelli",
         "Ricerca esistenza file: S:\\Lumo\\mv\\ZM\\zeltomodelli.ini",
         "Inizio Gestione anomalia Luda"]

@@ -15,6 +15,8 @@ MAINTAIN = f"INTEGRATEDMAINTAIN {installation.HOST_FOLDER} {installation.HOST_FO
 REMOVER = "S:\\Lumo\\mv\\togli\\togli.exe"
 NOTHING_REMOVED = "Nessun comando di rimozione eseguito"
 NOTHING_REPAIRED = "Nessun comando di ripristino eseguito"
+REMOVED = "Procedura di rimozione terminata correttamente"
+CONTROLS = ("btnRemove", "btnRepair", "btnExit", "cmbProduct")
 
 
 class Maintenance:
@@ -24,21 +26,14 @@ class Maintenance:
         self.station = station
         self.began = station.share / "running"
         self.go_on = station.share / "go-on"
-        self.put_remover()
+        self.remover = station.server / "mv/togli/togli.exe"
+        self.remover.parent.mkdir(parents=True)
+        station.put_test_program("waiter", self.remover)
         sections = installation.configuration(ZB, ["09.94.00.00"])
         sections["Remove"] = {"Server01": REMOVER + " S:\\running S:\\go-on",
                               "Client01": REMOVER + " S:\\running S:\\go-on"}
         station.write_configuration(ZB, sections)
         self.configuration = station.setups / "zb.ini"
-
-    def put_remover(self):
-        folder = self.station.server / "mv/togli"
-        folder.mkdir(parents=True, exist_ok=True)
-        source = self.station.prefix.build.test_programs / "waiter.exe"
-        (folder / "togli.exe").write_bytes(source.read_bytes())
-
-    def let_go_on(self):
-        self.go_on.touch()
 
     @contextlib.contextmanager
     def form(self):
@@ -46,6 +41,13 @@ class Maintenance:
         with forms.running(self.station, MAINTAIN, TITLE) as hand:
             yield hand
             hand.click(TITLE, "btnExit")
+
+    @contextlib.contextmanager
+    def keyboard(self):
+        """Opens the form and points the keyboard at it."""
+        with forms.running(self.station, MAINTAIN, TITLE) as hand:
+            hand.point_at(hand.dialog(TITLE))
+            yield hand
 
 
 @pytest.fixture
@@ -56,6 +58,14 @@ def maintenance(installed):
 def choose_zb(hand, side):
     hand.choose(TITLE, "cmbProduct", 2)
     hand.click(TITLE, f"opt{side}")
+
+
+def press(hand, button, *texts, answer="OK"):
+    """Presses a button and answers what it asks; the boxes have these texts, in turn."""
+    hand.click(TITLE, button)
+    for text in texts:
+        asks = text.startswith("Procedere con ")
+        assert hand.box(answer if asks else "OK") == (text, ["OK", "ANNULLA"] if asks else ["OK"])
 
 
 def test_the_form_shows_products_versions_and_recorded_versions(maintenance):
@@ -82,23 +92,17 @@ def test_the_form_shows_products_versions_and_recorded_versions(maintenance):
 
 def test_a_button_that_is_pressed_too_early_says_what_is_missing(maintenance):
     with maintenance.form() as hand:
-        hand.click(TITLE, "btnRemove")
-        assert hand.box() == ("Selezionare un prodotto", ["OK"])
-        hand.click(TITLE, "btnRepair")
-        assert hand.box() == ("Selezionare una versione", ["OK"])
+        press(hand, "btnRemove", "Selezionare un prodotto")
+        press(hand, "btnRepair", "Selezionare una versione")
         choose_zb(hand, "Server")
-        hand.click(TITLE, "btnRepair")
-        assert hand.box() == ("Selezionare una versione", ["OK"])
+        press(hand, "btnRepair", "Selezionare una versione")
 
 
 def test_a_cancelled_removal_changes_nothing(maintenance):
     with maintenance.form() as hand:
         choose_zb(hand, "Server")
-        hand.click(TITLE, "btnRemove")
-        text, buttons = hand.box("Annulla")
-        assert text == "Procedere con la rimozione di: ZB - Server?"
-        assert buttons == ["OK", "ANNULLA"]
-        assert hand.box() == (NOTHING_REMOVED, ["OK"])
+        press(hand, "btnRemove", "Procedere con la rimozione di: ZB - Server?", NOTHING_REMOVED,
+              answer="Annulla")
     assert not maintenance.began.exists()
     assert maintenance.station.versions()["ZB"] == (ZB.version, ZB.version)
     assert maintenance.configuration.exists()
@@ -107,10 +111,8 @@ def test_a_cancelled_removal_changes_nothing(maintenance):
 def test_a_removal_on_the_server_takes_everything_away(maintenance):
     with maintenance.form() as hand:
         choose_zb(hand, "Server")
-        maintenance.let_go_on()
-        hand.click(TITLE, "btnRemove")
-        hand.box()
-        assert hand.box() == ("Procedura di rimozione terminata correttamente", ["OK"])
+        maintenance.go_on.touch()
+        press(hand, "btnRemove", "Procedere con la rimozione di: ZB - Server?", REMOVED)
         form = hand.dialog(TITLE)
         assert form.text("lblServerVersion") == "nessuna versione registrata"
         assert form.text("lblClientVersion") == "versione registrata: 09.93.00.00"
@@ -123,7 +125,7 @@ def test_a_removal_on_the_server_takes_everything_away(maintenance):
     station = maintenance.station
     assert station.versions()["ZB"] == ("", ZB.version)
     assert not maintenance.configuration.exists()
-    assert not (station.server / "mv/togli").exists()
+    assert not maintenance.remover.parent.exists()
     assert [line for line in station.texts() if "imozione" in line] == [
         f"Gestione ProdTrelv - Esecuzione comando di rimozione prodotto: {REMOVER} S:\\running S:\\go-on",
         "Gestione ProdTrelv - Rimozione cartella server di setup: S:\\Lumo\\mv\\togli",
@@ -134,21 +136,17 @@ def test_a_removal_on_the_server_takes_everything_away(maintenance):
 def test_a_removal_on_the_client_leaves_the_server_alone(maintenance):
     with maintenance.form() as hand:
         choose_zb(hand, "Client")
-        maintenance.let_go_on()
-        hand.click(TITLE, "btnRemove")
-        assert hand.box()[0] == "Procedere con la rimozione di: ZB - Client?"
-        assert hand.box()[0] == "Procedura di rimozione terminata correttamente"
+        maintenance.go_on.touch()
+        press(hand, "btnRemove", "Procedere con la rimozione di: ZB - Client?", REMOVED)
     assert maintenance.station.versions()["ZB"] == (ZB.version, "")
     assert maintenance.configuration.exists()
-    assert (maintenance.station.server / "mv/togli/togli.exe").exists()
+    assert maintenance.remover.exists()
 
 
 def test_a_product_without_removal_commands_is_told_and_its_version_cleared(maintenance):
     with maintenance.form() as hand:
         hand.choose(TITLE, "cmbProduct", 0)
-        hand.click(TITLE, "btnRemove")
-        assert hand.box()[0] == "Procedere con la rimozione di: NERIO - Client?"
-        assert hand.box()[0] == NOTHING_REMOVED
+        press(hand, "btnRemove", "Procedere con la rimozione di: NERIO - Client?", NOTHING_REMOVED)
         assert hand.dialog(TITLE).text("lblClientVersion") == "nessuna versione registrata"
     assert maintenance.station.versions()["NERIO"] == ("03.20.30.00", "")
 
@@ -158,15 +156,13 @@ def test_a_repair_runs_the_commands_of_the_selected_version_again(maintenance):
         choose_zb(hand, "Server")
         hand.click(TITLE, "optUpdate")
         hand.choose(TITLE, "lstVersion", 0)
-        hand.click(TITLE, "btnRepair")
-        assert hand.box()[0] == "Procedere con il ripristino di: ZB - 09.93.00.00 - Server?"
+        press(hand, "btnRepair", "Procedere con il ripristino di: ZB - 09.93.00.00 - Server?")
         windows.wait_for_file(maintenance.station.setups / "installazioni.txt")
         form = hand.dialog(TITLE)
         assert form.text("lblOutcome") == "Ripristino di ZB - 09.93.00.00 - Server terminato."
         assert form.selected("lstVersion") == "09.93.00.00   (Update01)"
         assert hand.no_box()
-    assert len(maintenance.station.commands_run()) == 1
-    assert " ZB 09.93.00.00 Server " in maintenance.station.commands_run()[0]
+    assert maintenance.station.set_ups_run() == ["ZB 09.93.00.00 Server"]
     assert maintenance.station.versions()["ZB"] == (ZB.version, ZB.version)
 
 
@@ -177,50 +173,42 @@ def test_a_repair_that_is_cancelled_or_finds_no_command_says_so(maintenance):
     with maintenance.form() as hand:
         choose_zb(hand, "Client")
         hand.choose(TITLE, "lstVersion", 0)
-        hand.click(TITLE, "btnRepair")
-        assert hand.box("Annulla")[0] == "Procedere con il ripristino di: ZB - 09.93.00.00 - Client?"
-        assert hand.box() == (NOTHING_REPAIRED, ["OK"])
-        hand.click(TITLE, "btnRepair")
-        hand.box()
-        assert hand.box() == (NOTHING_REPAIRED, ["OK"])
+        for answer in ("Annulla", "OK"):
+            press(hand, "btnRepair", "Procedere con il ripristino di: ZB - 09.93.00.00 - Client?",
+                  NOTHING_REPAIRED, answer=answer)
     assert maintenance.station.commands_run() == []
 
 
 def test_clicks_and_the_close_box_during_a_removal_do_nothing(maintenance):
     with maintenance.form() as hand:
         choose_zb(hand, "Server")
-        hand.click(TITLE, "btnRemove")
-        hand.box()
+        press(hand, "btnRemove", "Procedere con la rimozione di: ZB - Server?")
         assert windows.wait_for_file(maintenance.began)
         form = hand.dialog(TITLE)
         assert form.text("lblOutcome") == "Rimozione di ZB - Server in corso..."
-        assert not any(form.enabled(each) for each in ("btnRemove", "btnRepair", "btnExit", "cmbProduct"))
+        assert not any(form.enabled(each) for each in CONTROLS)
         # These messages stay until the next log line, and reach the form although its buttons are
         # disabled.
         for button in ("btnRemove", "btnRemove", "btnRepair", "btnExit"):
             hand.click(TITLE, button)
         hand.dismiss(TITLE)
-        maintenance.let_go_on()
-        assert hand.box() == ("Procedura di rimozione terminata correttamente", ["OK"])
+        maintenance.go_on.touch()
+        assert hand.box() == (REMOVED, ["OK"])
         form = hand.dialog(TITLE)
-        assert all(form.enabled(each) for each in ("btnRemove", "btnRepair", "btnExit", "cmbProduct"))
+        assert all(form.enabled(each) for each in CONTROLS)
         assert hand.no_box()
-    commands = [line for line in maintenance.station.texts()
-                if "Esecuzione comando di rimozione prodotto" in line]
-    assert len(commands) == 1
+    assert "\n".join(maintenance.station.texts()).count("Esecuzione comando di rimozione prodotto") == 1
 
 
 def test_esc_and_the_close_box_leave_the_form(maintenance):
     with forms.running(maintenance.station, MAINTAIN, TITLE) as hand:
         hand.dismiss(TITLE)
-    with forms.running(maintenance.station, MAINTAIN, TITLE) as hand:
-        hand.point_at(hand.dialog(TITLE))
+    with maintenance.keyboard() as hand:
         hand.keys("Escape")
 
 
 def test_the_keyboard_alone_repairs_and_removes(maintenance):
-    with forms.running(maintenance.station, MAINTAIN, TITLE) as hand:
-        hand.point_at(hand.dialog(TITLE))
+    with maintenance.keyboard() as hand:
         # Product ZB, server side, the second update, repair.
         hand.keys("alt+p", "Home", "Down", "Down", "alt+s")
         assert hand.dialog(TITLE).selected("cmbProduct") == "ZB - Bilancio"
@@ -240,19 +228,18 @@ def test_the_keyboard_alone_repairs_and_removes(maintenance):
         hand.keys("alt+r")
         hand.answer_by_keys("Escape")
         assert hand.answer_by_keys("Return")[0] == NOTHING_REMOVED
-        maintenance.let_go_on()
+        maintenance.go_on.touch()
         hand.point_at(hand.dialog(TITLE))
         hand.keys("alt+r")
         hand.answer_by_keys("Return")
-        assert hand.answer_by_keys("Return")[0] == "Procedura di rimozione terminata correttamente"
+        assert hand.answer_by_keys("Return")[0] == REMOVED
         hand.point_at(hand.dialog(TITLE))
         hand.keys("alt+e")
     assert maintenance.station.versions()["ZB"] == ("", ZB.version)
 
 
 def test_the_tab_key_goes_through_the_form_from_above(maintenance):
-    with forms.running(maintenance.station, MAINTAIN, TITLE) as hand:
-        hand.point_at(hand.dialog(TITLE))
+    with maintenance.keyboard() as hand:
         order = []
         for _ in range(9):
             order.append(hand.dialog(TITLE).focus)
@@ -267,6 +254,5 @@ def test_without_integration_the_form_is_empty(laid_out):
         form = hand.dialog(TITLE)
         assert form.items("cmbProduct") == []
         assert form.text("lblOutcome") == "Nessuna integrazione con Dovra registrata su questa stazione."
-        hand.click(TITLE, "btnRemove")
-        assert hand.box() == ("Selezionare un prodotto", ["OK"])
+        press(hand, "btnRemove", "Selezionare un prodotto")
         hand.click(TITLE, "btnExit")

@@ -37,19 +37,11 @@ def unprepared(laid_out):
     clean()
 
 
-def test_the_suite_is_pointed_at_the_server(unprepared):
-    unprepared.run(f"{INTEGRATED} MVBIL")
+def test_the_suite_is_pointed_at_the_server_and_a_dovra_host_gets_no_further_ini_files(unprepared):
+    unprepared.start()
     assert ini(unprepared.windows_folder, "Lumow.ini")["Archivi"]["Path"] == "S:\\Lumo"
-
-
-def test_the_local_path_is_registered(unprepared):
-    unprepared.run(f"{INTEGRATED} MVBIL")
     assert (unprepared.prefix.value("HKLM", "SOFTWARE\\LUMO\\Programmi", "PathLocale")
             == "C:\\Lumo\\Client\\dovra\\bilancio")
-
-
-def test_a_dovra_host_gets_no_further_ini_files(unprepared):
-    unprepared.run(f"{INTEGRATED} MVBIL")
     assert [name for name in PREPARED if ini(unprepared.windows_folder, name)] == []
 
 
@@ -93,9 +85,8 @@ def test_controls_of_an_earlier_nerio_are_deregistered(with_old_component):
     told = (station.manager_folder / "regsrv32.avvio.txt").read_text(encoding="utf-8").splitlines()
     assert told[0] == ('Linea di comando: regsrv32 /u /s '
                        '"c:\\vecchio\\setup\\KorvatGestionePratiche.ocx"')
-    lines = station.texts()
-    first = lines.index("Gestione ProdTrelv - Preparazione installazione server/client Nerio")
-    assert lines[first + 1:first + 4] == [
+    assert station.texts_after(
+        "Gestione ProdTrelv - Preparazione installazione server/client Nerio")[:3] == [
         "Gestione ProdTrelv - Preparazione installazione Nerio. Verifica se esistono componenti "
         "registrate preesistenti",
         "Gestione ProdTrelv - Preparazione installazione Nerio.Deregistrazione componenti esistenti "

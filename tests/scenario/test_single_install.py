@@ -5,7 +5,7 @@ import os
 
 import pytest
 
-from conftest import INTEGRATED
+from conftest import INTEGRATED, NO_RIGHTS, box, shown
 from golden_log import assert_log
 import installation
 import packs
@@ -19,15 +19,7 @@ pytestmark = pytest.mark.usefixtures("seven_zip")
 
 
 def done_box(product="ZB", folder="S:\\LUMO"):
-    return ("TrelvManager",
-            f"Installazione completata correttamente del prodotto {product} in: {folder}", ["OK"])
-
-
-def shown(run):
-    """Message boxes as they are, reports as (procedure, module, the caller's message)."""
-    return [(box.texts["txtProcedura"], box.texts["txtModulo"],
-             box.texts["txtErrDescrizioneInterna"]) if "txtProcedura" in box.texts
-            else (box.title, box.text, box.buttons) for box in run.boxes]
+    return box(f"Installazione completata correttamente del prodotto {product} in: {folder}")
 
 
 def deliver(station, zip_packs, name="bilancio.gz"):
@@ -37,6 +29,11 @@ def deliver(station, zip_packs, name="bilancio.gz"):
 
 def deliver_bilancio(station):
     deliver(station, {"bilancio.zip": packs.zip_bytes(station.pack_files(ZB, VERSION))})
+
+
+def install(station, product="ZB", **named):
+    """Installs the delivery; what was shown."""
+    return shown(station.run(f"SINGLEINSTALL {product} bilancio.gz", **named))
 
 
 def note(name, text=b"1"):
@@ -55,16 +52,10 @@ def integrated(laid_out):
     return laid_out
 
 
-def test_the_whole_log_on_an_integrated_machine_is_the_expected_one(integrated):
-    deliver_bilancio(integrated)
-    run = integrated.run("SINGLEINSTALL ZB bilancio.gz")
-    assert shown(run) == [done_box()]
-    assert_log(integrated, "single-install-integrated.log")
-
-
 def test_on_an_integrated_machine_the_pack_comes_to_the_server_and_nothing_is_set_up(integrated):
     deliver_bilancio(integrated)
-    integrated.run("SINGLEINSTALL ZB bilancio.gz")
+    assert install(integrated) == [done_box()]
+    assert_log(integrated, "single-install-integrated.log")
     for name, content in integrated.pack_files(ZB, VERSION).items():
         assert (integrated.server / name).read_bytes() == content, name
     assert not (integrated.setups / "bilancio.zip").exists()
@@ -78,9 +69,9 @@ def test_on_an_integrated_machine_the_pack_comes_to_the_server_and_nothing_is_se
 def test_the_next_start_of_the_host_sets_the_product_up_with_the_new_client_copy(integrated):
     integrated.prefix.build.put_release(integrated.client_copy)
     deliver_bilancio(integrated)
-    integrated.run("SINGLEINSTALL ZB bilancio.gz")
+    install(integrated)
     integrated.manager = installation.CLIENT_COPY + "\\TrelvManager.exe"
-    assert integrated.run(f"{INTEGRATED} MVBIL").boxes == []
+    integrated.start()
     assert integrated.versions()["ZB"] == (VERSION, VERSION)
     integrated.started("bilancio.exe")
 
@@ -98,7 +89,7 @@ def test_the_name_is_shown_as_it_was_typed_and_the_folder_in_capitals(integrated
 
 def test_a_delivery_of_two_packs(integrated):
     deliver(integrated, {"a.zip": note("comune.txt", b"a"), "b.zip": note("comune.txt", b"b")})
-    assert shown(integrated.run("SINGLEINSTALL ZB bilancio.gz")) == [done_box()]
+    assert install(integrated) == [done_box()]
     assert (integrated.setups / "comune.txt").read_bytes() == b"b"
     assert not (integrated.setups / "a.zip").exists()
     # The second pack was copied along with what the first one held: the next start opens it again.
@@ -115,8 +106,8 @@ def test_a_damaged_pack_of_a_delivery_is_told_and_the_others_are_opened(integrat
     work = integrated.work_folder_name
     failed = (f'"C:\\Lumo\\Manager\\7z.exe" x -y -o"{work}" '
               f'"{work}\\prg\\com\\setup\\aggdovra\\a.zip"')
-    assert shown(integrated.run("SINGLEINSTALL ZB bilancio.gz")) == [
-        ("TrelvManager", f"Errore in esecuzione comando: {failed}", ["OK"]), done_box()]
+    assert install(integrated) == [
+        box(f"Errore in esecuzione comando: {failed}"), done_box()]
     assert (integrated.setups / "buono.txt").read_bytes() == b"1"
     assert not (integrated.setups / "uno.txt").exists()
     assert not (integrated.setups / "due.txt").exists()
@@ -136,8 +127,7 @@ def test_a_delivery_that_cannot_be_decoded_is_reported(integrated, content):
     else:
         file.write_bytes(file.read_bytes()[:2000] if content == "cut" else content)
     before = sorted(integrated.setups.rglob("*"))
-    run = integrated.run("SINGLEINSTALL ZB bilancio.gz")
-    assert shown(run) == [OPENING_FAILED, done_box()]
+    assert install(integrated) == [OPENING_FAILED, done_box()]
     assert sorted(integrated.setups.rglob("*")) == before
     # What follows is done all the same.
     assert "Gestione ProdTrelv - Copia Trelvmanager.Exe eseguita" in integrated.texts()
@@ -148,7 +138,7 @@ def test_without_the_decoder_beside_the_manager_its_command_is_reported(integrat
     (integrated.manager_folder / "qalbunex.exe").unlink()
     line = (f'"C:\\Lumo\\Manager\\qalbunex.exe" "C:\\Lumo\\Manager\\bilancio.gz" '
             f'"{integrated.work_folder_name}"')
-    assert shown(integrated.run("SINGLEINSTALL ZB bilancio.gz")) == [
+    assert install(integrated) == [
         ("Execute", "modLibrary", f"Errore in esecuzione programma: {line}"), OPENING_FAILED,
         done_box()]
 
@@ -158,7 +148,7 @@ def test_without_the_decoder_beside_the_manager_its_command_is_reported(integrat
 def test_a_delivery_that_leads_out_of_the_work_folder_is_refused_whole(integrated, name):
     content = packs.tar_gz_bytes({f"{SETUP}/buono.zip": note("buono.txt"), name: note("male.txt")})
     (integrated.manager_folder / "bilancio.gz").write_bytes(content)
-    integrated.run("SINGLEINSTALL ZB bilancio.gz")
+    install(integrated)
     assert list(integrated.disk.rglob("uscito.zip")) == []
     assert list(integrated.share.rglob("uscito.zip")) == []
     assert not (integrated.setups / "male.txt").exists()
@@ -183,15 +173,10 @@ def noted_version(station, product=ZB):
     return station.prefix.value("HKLM", f"SOFTWARE\\LUMO\\Prodotti\\{product.id}", "Standalone")
 
 
-def test_the_whole_log_without_integration_is_the_expected_one(standalone):
-    deliver_bilancio(standalone)
-    assert standalone.run("SINGLEINSTALL ZB bilancio.gz").boxes == []
-    assert_log(standalone, "single-install-standalone.log")
-
-
 def test_without_integration_the_product_is_set_up_on_the_machine(standalone):
     deliver_bilancio(standalone)
-    standalone.run("SINGLEINSTALL ZB bilancio.gz")
+    assert install(standalone) == []
+    assert_log(standalone, "single-install-standalone.log")
     assert programs(standalone) == sorted(ZB.files)
     assert noted_version(standalone) == VERSION
     assert not (standalone.work_folder / "prg").exists()
@@ -204,7 +189,7 @@ def test_without_integration_the_product_is_set_up_on_the_machine(standalone):
 
 def test_the_product_is_found_in_any_case(standalone):
     deliver_bilancio(standalone)
-    assert standalone.run("SINGLEINSTALL zb bilancio.gz").boxes == []
+    assert install(standalone, "zb") == []
     assert programs(standalone) == sorted(ZB.files)
     # Named as the catalogue has it where it is run, as it was typed before.
     texts = standalone.texts()
@@ -215,7 +200,7 @@ def test_the_product_is_found_in_any_case(standalone):
 
 def test_a_product_that_the_catalogue_does_not_have_ends_quietly(standalone):
     deliver_bilancio(standalone)
-    assert standalone.run("SINGLEINSTALL XX bilancio.gz").boxes == []
+    assert install(standalone, "XX") == []
     assert programs(standalone) == []
     assert standalone.texts()[-1] == (
         "Gestione ProdTrelv - Avvio lancio setup per prodotti complementari in modalità standalone")
@@ -225,7 +210,7 @@ def test_a_product_that_the_catalogue_does_not_have_ends_quietly(standalone):
 def test_only_the_named_product_of_a_delivery_of_several_is_set_up(standalone):
     deliver(standalone, {"a.zip": packs.zip_bytes(standalone.pack_files(ZB, VERSION)),
                          "b.zip": packs.zip_bytes(standalone.pack_files(Q2, "02.93.00.00"))})
-    assert standalone.run("SINGLEINSTALL Q2 bilancio.gz").boxes == []
+    assert install(standalone, "Q2") == []
     assert programs(standalone, Q2) == Q2.files
     assert programs(standalone, ZB) == []
     assert noted_version(standalone, Q2) == "02.93.00.00"
@@ -237,25 +222,20 @@ def test_an_entry_without_configuration_file_is_passed_over(standalone):
     files = {**standalone.pack_files(ZB, VERSION), f"{SETUP}/agdvcomp.ini":
              installation.text_bytes(installation.ini_text(sections))}
     deliver(standalone, {"bilancio.zip": packs.zip_bytes(files)})
-    assert standalone.run("SINGLEINSTALL ZB bilancio.gz").boxes == []
+    assert install(standalone) == []
     assert programs(standalone) == sorted(ZB.files)
 
 
 def test_a_delivery_that_cannot_be_decoded_sets_nothing_up(standalone):
     (standalone.manager_folder / "bilancio.gz").write_bytes(b"Non e' un pacco")
-    assert shown(standalone.run("SINGLEINSTALL ZB bilancio.gz")) == [OPENING_FAILED]
+    assert install(standalone) == [OPENING_FAILED]
     assert programs(standalone) == []
 
 
 def test_a_user_who_is_no_administrator_is_told_and_nothing_is_set_up(standalone):
     deliver_bilancio(standalone)
-    run = standalone.run("SINGLEINSTALL ZB bilancio.gz", restricted=True)
-    assert {(box.title, box.text) for box in run.boxes} == {(
-        "Errore", "Per il corretto funzionamento il sistema richiede l'aggiornamento di alcuni "
-        "componenti.\r\nL'utente corrente non dispone dei privilegi necessari per effettuare tale "
-        "operazione, impossibile proseguire.")}
     # Server side and client side.
-    assert len(run.boxes) == 2
+    assert install(standalone, restricted=True) == [NO_RIGHTS, NO_RIGHTS]
     assert programs(standalone) == []
 
 
@@ -263,6 +243,6 @@ def test_a_machine_without_the_host_suite(standalone):
     """The store has no place: the product is set up all the same."""
     standalone.prefix.delete_key("HKLM", installation.STORE_KEY)
     deliver_bilancio(standalone)
-    standalone.run("SINGLEINSTALL ZB bilancio.gz")
+    install(standalone)
     assert programs(standalone) == sorted(ZB.files)
     assert "Suite Lumo non trovata in registro: Errore riscontrato -4001" in standalone.texts()

@@ -2,7 +2,7 @@
 
 import pytest
 
-from conftest import INTEGRATED
+from conftest import INTEGRATED, shown
 import installation
 
 READ_FAILED = ("Errore in lettura chiave da file di configurazione: {}\r\nSezione: "
@@ -15,6 +15,7 @@ PROGRAM_HEADLINE = ("Si è verificato un errore non previsto durante l'esecuzion
 OTHER_SERVER = ("Sull'installazione corrente è stata rilevata l'integrazione con i prodotti "
                 'complementari su "" diverso dal percorso richiesto "S:\\Lumo"\r\n\r\nLa procedura '
                 "pertanto non può essere completata\r\n\r\nPremere Ok per interrompere")
+FOUND = "Gestione ProdTrelv - Integrazione Dovra SP rilevata con: S:\\Lumo"
 CLIENT_FOLDER_FAILED = "Verificare i seguenti parametri: \r\nsPathProgrammi: "
 
 
@@ -29,82 +30,75 @@ def messages(run):
     return [box.text for box in run.boxes if "txtErrDescrizioneInterna" not in box.texts]
 
 
-def run_without_place(station, code, text):
-    """A store that has no place: the integration cannot be recorded, everything else is done with
-    an empty programs path."""
-    run = station.run(f"{INTEGRATED} MVBIL")
+def point_at_the_schema_alone(station):
+    station.prefix.delete_key("HKLM", installation.STORE_KEY)
+    key, name, value = station.registry_values()[0]
+    station.prefix.set_value("HKLM", key, name, value)
+
+
+@pytest.mark.parametrize("take_away, code, text", [
+    pytest.param(lambda station: station.prefix.delete_key("HKLM", installation.STORE_KEY),
+                 -4001, "Registry Key Schema Not Found", id="the_pointer_to_the_schema"),
+    pytest.param(point_at_the_schema_alone, -4002, "Registry Key Config Not Found",
+                 id="the_pointer_to_the_file"),
+    pytest.param(lambda station: (station.client / "lumoconf.xsd").unlink(),
+                 -4011, "Schema File Not Found", id="the_schema"),
+    pytest.param(lambda station: station.store.unlink(), -4012, "Config File Not Found", id="the_file")])
+def test_without_its_place_nothing_is_recorded_and_all_else_is_done(laid_out, take_away, code, text):
+    """The programs path is empty then."""
+    take_away(laid_out)
+    run = laid_out.run(f"{INTEGRATED} MVBIL")
     assert messages(run) == []
     found = reports(run)
     assert found.count(("SetParameterXML", PROGRAM_HEADLINE, WRITE_FAILED.format(text))) == 1
-    others = [each for each in found if each[0] != "SetParameterXML"]
-    assert {message for _, _, message in others} <= {CLIENT_FOLDER_FAILED}
-    texts = station.texts()
+    assert {message for procedure, _, message in found if procedure != "SetParameterXML"} <= {
+        CLIENT_FOLDER_FAILED}
+    texts = laid_out.texts()
     # Asked before the writing, by the writing, and for Travolin.
     assert texts.count(f"Suite Lumo non trovata in registro: Errore riscontrato {code}") >= 3
     assert "Gestione ProdTrelv - scrittura integrazione su macchina: S:\\Lumo" in texts
-    assert [version for version, _ in station.versions().values()] == [
+    assert [version for version, _ in laid_out.versions().values()] == [
         product.version for product in installation.PRODUCTS]
-    station.started("bilancio.exe")
+    laid_out.started("bilancio.exe")
 
 
-def test_without_the_pointer_to_the_schema(laid_out):
-    laid_out.prefix.delete_key("HKLM", installation.STORE_KEY)
-    run_without_place(laid_out, -4001, "Registry Key Schema Not Found")
+def cut(length):
+    return lambda content: content[:length]
 
 
-def test_without_the_pointer_to_the_file(laid_out):
-    laid_out.prefix.delete_key("HKLM", installation.STORE_KEY)
-    key, name, value = laid_out.registry_values()[0]
-    laid_out.prefix.set_value("HKLM", key, name, value)
-    run_without_place(laid_out, -4002, "Registry Key Config Not Found")
+def put(text):
+    return lambda content: text.encode()
 
 
-def test_without_the_schema(laid_out):
-    (laid_out.client / "lumoconf.xsd").unlink()
-    run_without_place(laid_out, -4011, "Schema File Not Found")
-
-
-def test_without_the_file(laid_out):
-    laid_out.store.unlink()
-    run_without_place(laid_out, -4012, "Config File Not Found")
-
-
-def run_unreadable(station, text, limit=30):
-    """A store whose file cannot be read: an empty path counts as recorded, for another server."""
-    before = station.store.read_bytes()
-    run = station.run(f"{INTEGRATED} MVBIL", limit=limit)
+@pytest.mark.parametrize("damage, text", [
+    pytest.param(put(""), "Document Empty", id="empty"),
+    *[pytest.param(cut(length), "Navigate Generic Error", id=f"cut_at_{length}")
+      for length in (1, 40, 200, -3)],
+    *[pytest.param(put(content), "Navigate Generic Error", id=f"not_well_formed_{number}")
+      for number, content in enumerate([
+          "nessun XML", "<configuration>", "<configuration></altro>", "<a><b></a></b>",
+          "<configuration><product name=SYSTEM/></configuration>", "\0\0\0\0\0\0\0\0"])]])
+def test_where_its_file_cannot_be_read_another_server_counts_as_recorded(installed, damage, text):
+    """The one of an empty path."""
+    before = damage(installed.store.read_bytes())
+    installed.store.write_bytes(before)
+    run = installed.run(f"{INTEGRATED} MVBIL")
     assert reports(run) == [("GetParameterXML", FILE_HEADLINE, READ_FAILED.format(text))]
     assert messages(run) == [OTHER_SERVER]
-    assert station.commands_run() == []
-    assert station.store.read_bytes() == before
-    station.started("bilancio.exe")
+    assert installed.commands_run() == []
+    assert installed.store.read_bytes() == before
+    installed.started("bilancio.exe")
 
 
-def test_an_empty_file(installed):
-    installed.store.write_bytes(b"")
-    run_unreadable(installed, "Document Empty")
-
-
-@pytest.mark.parametrize("length", [1, 40, 200, -3])
-def test_a_truncated_file(installed, length):
-    installed.store.write_bytes(installed.store.read_bytes()[:length])
-    run_unreadable(installed, "Navigate Generic Error")
-
-
-@pytest.mark.parametrize("text", [
-    "nessun XML", "<configuration>", "<configuration></altro>", "<a><b></a></b>",
-    "<configuration><product name=SYSTEM/></configuration>", "\0\0\0\0\0\0\0\0"])
-def test_a_file_that_is_not_well_formed(installed, text):
-    installed.store.write_bytes(text.encode())
-    run_unreadable(installed, "Navigate Generic Error")
+def put_entities(station, value, entities):
+    """A store whose recorded path is `value`, below declarations of these entities."""
+    head, body = installation.store_xml([installation.integration_setting(value)]).split("\r\n", 1)
+    station.store.write_bytes(f"{head}<!DOCTYPE configuration [{entities}]>{body}".encode())
 
 
 def test_entities_that_multiply_are_not_followed(installed):
-    entities = "".join(f'<!ENTITY e{level} "{f"&e{level - 1};" * 10}">' for level in range(1, 12))
-    text = installation.store_xml([installation.integration_setting("&e11;")])
-    head, body = text.split("\r\n", 1)
-    installed.store.write_bytes(
-        f'{head}<!DOCTYPE configuration [<!ENTITY e0 "bomba">{entities}]>{body}'.encode())
+    put_entities(installed, "&e11;", '<!ENTITY e0 "bomba">' + "".join(
+        f'<!ENTITY e{level} "{f"&e{level - 1};" * 10}">' for level in range(1, 12)))
     run = installed.run(f"{INTEGRATED} MVBIL", limit=15)
     # Refused, or another server: in neither case the value that the entities stand for.
     assert not any("bomba" in box.text for box in run.boxes)
@@ -115,14 +109,9 @@ def test_entities_that_multiply_are_not_followed(installed):
 
 def test_an_external_entity_is_not_read(installed):
     (installed.client / "segreto.txt").write_text("S:\\Lumo")
-    text = installation.store_xml([installation.integration_setting("&file;")])
-    head, body = text.split("\r\n", 1)
-    installed.store.write_bytes(
-        (f'{head}<!DOCTYPE configuration [<!ENTITY file SYSTEM "file:///C:/Lumo/Client/segreto.txt">]>'
-         f"{body}").encode())
+    put_entities(installed, "&file;", '<!ENTITY file SYSTEM "file:///C:/Lumo/Client/segreto.txt">')
     installed.run(f"{INTEGRATED} MVBIL")
-    assert ("Gestione ProdTrelv - Integrazione Dovra SP rilevata con: S:\\Lumo"
-            not in installed.texts())
+    assert FOUND not in installed.texts()
 
 
 def test_names_are_found_in_any_case(installed):
@@ -130,13 +119,13 @@ def test_names_are_found_in_any_case(installed):
     installed.store.write_text(
         text.replace("SYSTEM", "System").replace("Complementary_Products", "COMPLEMENTARY_PRODUCTS")
         .replace("Integration", "integration"), encoding="utf-8")
-    assert installed.run(f"{INTEGRATED} MVBIL").boxes == []
-    assert ("Gestione ProdTrelv - Integrazione Dovra SP rilevata con: S:\\Lumo" in installed.texts())
+    installed.start()
+    assert FOUND in installed.texts()
 
 
 def test_the_marker_stored_literally_counts_as_no_record(installed):
     installed.integrate("_DEFAULT_VALUE_")
-    assert installed.run(f"{INTEGRATED} MVBIL").boxes == []
+    installed.start()
     assert ("Gestione ProdTrelv - scrittura integrazione su macchina: S:\\Lumo" in installed.texts())
 
 
@@ -147,13 +136,13 @@ def test_an_empty_value_counts_as_recorded(installed):
     assert reports(run) == []
 
 
-def test_an_accented_path_is_recorded_and_found_again(workstation):
-    workstation.lay_out(products=[installation.ZB])
-    workstation.rename_host("Contabilità")
+def test_an_accented_path_is_recorded_and_found_again(with_bilancio):
+    station = with_bilancio
+    station.rename_host("Contabilità")
     folder = "S:\\Contabilità"
-    assert workstation.run(f"INTEGRATEDRUN {folder} {folder} MVBIL").boxes == []
-    assert "S:\\Contabilità" in workstation.store.read_text(encoding="utf-8")
-    workstation.log.unlink()
-    assert workstation.run(f"INTEGRATEDRUN {folder} {folder} MVBIL").boxes == []
-    assert (f"Gestione ProdTrelv - Integrazione Dovra SP rilevata con: {folder}"
-            in workstation.texts())
+    for line in (f"Gestione ProdTrelv - scrittura integrazione su macchina: {folder}",
+                 f"Gestione ProdTrelv - Integrazione Dovra SP rilevata con: {folder}"):
+        station.log.unlink(missing_ok=True)
+        assert shown(station.run(f"INTEGRATEDRUN {folder} {folder} MVBIL")) == []
+        assert line in station.texts()
+        assert folder in station.store.read_text(encoding="utf-8")

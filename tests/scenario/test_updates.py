@@ -4,26 +4,25 @@ import re
 import threading
 import time
 
-from conftest import INTEGRATED
+from conftest import INTEGRATED, UPDATED_ALL, box, shown
 from golden_log import assert_log
 import installation
 import windows
 
 ZB = installation.ZB
-LOCK_BOX = ("Il sistema ha rilevato la necessità di effettuare un aggiornamento del seguente prodotto "
-            "complementare installato lato: \r\n\r\n{}\r\n\r\noperazione che però non può essere "
-            "avviata per la presenza di una o più precedenti sessioni in corso. L'operazione di "
-            "aggiornamento verrà ritentata alla prossima esecuzione del prodotto\r\n\r\n"
-            "Premere Ok per proseguire")
+NEW = "09.94.00.00"
 
 
-def offer_update(station, version="09.94.00.00"):
-    station.write_configuration(ZB, installation.configuration(ZB, [version]))
+def lock_box(side):
+    return box("Il sistema ha rilevato la necessità di effettuare un aggiornamento del seguente prodotto "
+               f"complementare installato lato: \r\n\r\n{side}\r\n\r\noperazione che però non può essere "
+               "avviata per la presenza di una o più precedenti sessioni in corso. L'operazione di "
+               "aggiornamento verrà ritentata alla prossima esecuzione del prodotto\r\n\r\n"
+               "Premere Ok per proseguire")
 
 
 def test_a_start_with_nothing_to_do_runs_no_command(installed):
-    run = installed.run(f"{INTEGRATED} MVBIL")
-    assert run.boxes == []
+    installed.start()
     assert installed.commands_run() == []
     installed.started("bilancio.exe")
     texts = installed.texts()
@@ -32,24 +31,22 @@ def test_a_start_with_nothing_to_do_runs_no_command(installed):
             assert (f"Gestione ProdTrelv - Lato {side} la versione: {product.version} è minore o "
                     f"uguale a quella corrente: {product.version}") in texts
     assert texts[-2:] == [
-        "Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari",
+        UPDATED_ALL,
         "Gestione ProdTrelv - Esecuzione di: S:\\Lumo\\mv\\bilancio\\bilancio.exe "]
 
 
 def test_only_the_product_with_a_newer_version_is_updated(installed):
-    offer_update(installed)
-    run = installed.run(f"{INTEGRATED} MVCON")
-    assert run.boxes == []
-    assert [command.split('"')[2].split()[:3] for command in installed.commands_run()] == [
-        ["ZB", "09.94.00.00", "Server"], ["ZB", "09.94.00.00", "Client"]]
+    installed.offer(ZB, NEW)
+    installed.start("MVCON")
+    assert installed.set_ups_run() == [f"ZB {NEW} Server", f"ZB {NEW} Client"]
     expected = {product.id: (product.version, product.version) for product in installation.PRODUCTS}
-    expected["ZB"] = ("09.94.00.00", "09.94.00.00")
+    expected["ZB"] = (NEW, NEW)
     assert installed.versions() == expected
     installed.started("consolidato.exe")
 
 
 def test_the_whole_log_of_an_update_is_the_expected_one(installed):
-    offer_update(installed)
+    installed.offer(ZB, NEW)
     # What an earlier start has put there.
     for name in ("nerio.ini", "luda.ini"):
         installation.write_text(installed.windows_folder / name, "[Parametri]\nTipo=Client\n")
@@ -58,29 +55,31 @@ def test_the_whole_log_of_an_update_is_the_expected_one(installed):
 
 
 def test_a_side_that_is_behind_is_updated_alone(installed):
-    offer_update(installed)
-    server = installation.ini_text({"ZB": {"version": "09.94.00.00"}})
-    installation.write_text(installed.server_record, server)
-    installation.write_text(installed.setups / "agdvcomp.ini",
-                            installation.ini_text(installation.catalogue([ZB])))
-    installed.run(f"{INTEGRATED} MVBIL")
-    assert [command.split('"')[2].split()[2] for command in installed.commands_run()] == ["Client"]
+    installed.offer(ZB, NEW)
+    installation.write_text(installed.server_record, installation.ini_text({"ZB": {"version": NEW}}))
+    installed.write_catalogue(ZB)
+    installed.start()
+    assert installed.set_ups_run() == [f"ZB {NEW} Client"]
 
 
 def test_every_update_section_above_the_recorded_version_runs_in_order(installed):
-    installed.write_configuration(ZB, installation.configuration(
-        ZB, ["09.94.00.00", "09.95.10.00", "10.00.00.00"]))
-    installed.run(f"{INTEGRATED} MVBIL")
-    assert [command.split('"')[2].split()[1:3] for command in installed.commands_run()] == [
-        [version, side] for side in ("Server", "Client")
-        for version in ("09.94.00.00", "09.95.10.00", "10.00.00.00")]
-    assert installed.versions()["ZB"] == ("10.00.00.00", "10.00.00.00")
+    offered = (NEW, "09.95.10.00", "10.00.00.00")
+    installed.offer(ZB, *offered)
+    installed.start()
+    assert installed.set_ups_run() == [f"ZB {version} {side}" for side in ("Server", "Client")
+                                       for version in offered]
+    assert installed.versions()["ZB"] == (offered[-1], offered[-1])
+
+
+def update_by(station, command):
+    """Offers an update of Bilancio whose server side is this command."""
+    sections = installation.configuration(ZB, [NEW])
+    sections["Update02"]["Server01"] = command
+    station.write_configuration(ZB, sections)
 
 
 def test_a_command_that_cannot_be_started_is_reported_and_leaves_the_version(installed):
-    sections = installation.configuration(ZB, ["09.94.00.00"])
-    sections["Update02"]["Server01"] = "%PATHSETUP%\\prg\\com\\setup\\aggdovra\\manca.exe ZB"
-    installed.write_configuration(ZB, sections)
+    update_by(installed, "%PATHSETUP%\\prg\\com\\setup\\aggdovra\\manca.exe ZB")
     run = installed.run(f"{INTEGRATED} MVBIL")
     command = "S:\\Lumo\\prg\\com\\setup\\aggdovra\\manca.exe ZB"
     assert [box.texts["txtErrDescrizioneInterna"] for box in run.boxes] == [
@@ -97,14 +96,12 @@ def test_a_command_that_cannot_be_started_is_reported_and_leaves_the_version(ins
         "Si è verificato un errore non previsto durante l'esecuzione del programma. Riportare la "
         "segnalazione al servizio di assistenza.")
     assert f"Gestione ProdTrelv - Esecuzione non effettuata di: {command}" in installed.texts()
-    assert installed.versions()["ZB"] == ("09.93.00.00", "09.94.00.00")
+    assert installed.versions()["ZB"] == ("09.93.00.00", NEW)
     installed.started("bilancio.exe")
 
 
 def test_the_details_of_a_report_open_the_log(installed):
-    sections = installation.configuration(ZB, ["09.94.00.00"])
-    sections["Update02"]["Server01"] = "S:\\manca.exe"
-    installed.write_configuration(ZB, sections)
+    update_by(installed, "S:\\manca.exe")
     run = installed.run(f"{INTEGRATED} MVBIL", answers=["Dettagli...", "OK"])
     assert [box.texts["txtProcedura"] for box in run.boxes] == ["Execute", "Execute"]
     title = installed.prefix.close_window("Notepad")
@@ -112,55 +109,46 @@ def test_the_details_of_a_report_open_the_log(installed):
 
 
 def test_a_lock_of_the_server_is_told_left_alone_and_stops_all_updating(installed):
-    offer_update(installed)
+    installed.offer(ZB, NEW)
     # Behind Bilancio in the catalogue: untouched too.
-    installed.write_configuration(installation.Q2,
-                                  installation.configuration(installation.Q2, ["02.93.00.00"]))
+    installed.offer(installation.Q2, "02.93.00.00")
     # Products before it would free the lock, since they find no work.
-    installation.write_text(installed.setups / "agdvcomp.ini", installation.ini_text(
-        installation.catalogue([ZB, installation.Q2])))
+    installed.write_catalogue(ZB, installation.Q2)
     installation.write_text(installed.server_lock, "20/11/2026 08:00:00\n")
     run = installed.run(f"{INTEGRATED} MVBIL")
-    assert [(box.title, box.text, box.buttons) for box in run.boxes] == [
-        ("TrelvManager", LOCK_BOX.format("Server"), ["OK"])]
+    assert shown(run) == [lock_box("Server")]
     assert installed.server_lock.read_bytes() == b"20/11/2026 08:00:00\r\n"
     assert installed.commands_run() == []
     texts = installed.texts()
     # The command stands there as it is in the configuration file.
     assert ("Gestione ProdTrelv - esecuzione non effettuata per presenza altre sessioni: Tipo=Update "
-            f"- Oggetto=Server - Comando={installation.server_command(ZB, '09.94.00.00')}") in texts
-    assert "Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari" not in texts
+            f"- Oggetto=Server - Comando={installation.server_command(ZB, NEW)}") in texts
+    assert UPDATED_ALL not in texts
     installed.started("bilancio.exe")
 
 
 def test_a_lock_of_the_workstation_stands_beside_the_client_folder(installed):
-    offer_update(installed)
-    installation.write_text(installed.setups / "agdvcomp.ini",
-                            installation.ini_text(installation.catalogue([ZB])))
+    installed.offer(ZB, NEW)
+    installed.write_catalogue(ZB)
     installation.write_text(installed.client_lock, "20/11/2026 08:00:00\n")
     run = installed.run(f"{INTEGRATED} MVBIL")
-    assert [box.text for box in run.boxes] == [LOCK_BOX.format("Client")]
+    assert shown(run) == [lock_box("Client")]
     assert installed.client_lock.exists()
-    assert installed.versions()["ZB"] == ("09.94.00.00", "09.93.00.00")
+    assert installed.versions()["ZB"] == (NEW, "09.93.00.00")
     installed.started("bilancio.exe")
 
 
 def test_a_start_without_work_frees_a_lock_that_it_did_not_take(installed):
     installation.write_text(installed.server_lock, "20/11/2026 08:00:00\n")
-    run = installed.run(f"{INTEGRATED} MVBIL")
-    assert run.boxes == []
+    installed.start()
     assert not installed.server_lock.exists()
 
 
 def slow_update(station):
     """Bilancio's server update waits until the file that is returned exists."""
-    installation.write_text(station.setups / "agdvcomp.ini",
-                            installation.ini_text(installation.catalogue([ZB])))
-    sections = installation.configuration(ZB, ["09.94.00.00"])
-    sections["Update02"]["Server01"] = "S:\\waiter.exe S:\\running S:\\go-on"
-    station.write_configuration(ZB, sections)
-    source = station.prefix.build.test_programs / "waiter.exe"
-    (station.share / "waiter.exe").write_bytes(source.read_bytes())
+    station.write_catalogue(ZB)
+    update_by(station, "S:\\waiter.exe S:\\running S:\\go-on")
+    station.put_test_program("waiter", station.share / "waiter.exe")
     return station.share / "go-on"
 
 
@@ -172,14 +160,14 @@ def test_the_lock_of_a_manager_that_was_ended_blocks_the_next_start(installed):
     go_on.touch()
     installed.log.unlink()
     run = installed.run(f"{INTEGRATED} MVBIL")
-    assert [box.text for box in run.boxes] == [LOCK_BOX.format("Server")]
+    assert shown(run) == [lock_box("Server")]
     assert installed.server_lock.read_bytes() == lock
     assert installed.versions()["ZB"] == ("09.93.00.00", "09.93.00.00")
     installed.started("bilancio.exe")
     # Removed by hand, as docs/messages.md tells: the update is done.
     installed.server_lock.unlink()
-    assert installed.run(f"{INTEGRATED} MVBIL").boxes == []
-    assert installed.versions()["ZB"] == ("09.94.00.00", "09.94.00.00")
+    installed.start()
+    assert installed.versions()["ZB"] == (NEW, NEW)
 
 
 def test_while_a_command_runs_the_lock_holds_the_date_it_was_taken_at(installed):
@@ -209,14 +197,11 @@ def test_the_host_at_release_10_70_gets_its_records_corrected_once(workstation):
     older = {product.id: {"version": "01.00"} for product in installation.PRODUCTS}
     installation.write_text(workstation.server_record, installation.ini_text(older))
     installation.write_text(workstation.client_record, installation.ini_text(older))
-    run = workstation.run(f"{INTEGRATED} MVBIL")
-    assert run.boxes == []
+    workstation.start()
     assert workstation.commands_run() == []
     expected = {product.id: (product.version, product.version) for product in installation.PRODUCTS}
     assert workstation.versions() == expected
-    texts = workstation.texts()
-    first = texts.index("Gestione ProdTrelv - Riconosciuta versione Dovra 05.70.00")
-    assert texts[first - 1] == "Gestione ProdTrelv - Release rilevata: 10.70.00"
-    assert texts[first + 1:first + 3] == [
+    assert workstation.texts_after("Gestione ProdTrelv - Release rilevata: 10.70.00")[:3] == [
+        "Gestione ProdTrelv - Riconosciuta versione Dovra 05.70.00",
         "Gestione ProdTrelv - Inizio correzione file di versione server per Dovra",
         "Gestione ProdTrelv - Inizio correzione file di versione client per Dovra"]

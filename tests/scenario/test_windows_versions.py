@@ -24,8 +24,7 @@ def played(prefix):
     ("win8", "Falso"), ("win81", "Falso"), ("win10", "Falso")])
 def test_the_log_tells_whether_it_is_a_server_of_2008(installed, played, version, answer):
     played(version)
-    run = installed.run(f"{INTEGRATED} MVBIL")
-    assert run.boxes == []
+    installed.start()
     texts = installed.texts()
     start = texts.index(f"IsWin2008Server = {answer}")
     # No application-server mode here: never a terminal server.
@@ -33,19 +32,17 @@ def test_the_log_tells_whether_it_is_a_server_of_2008(installed, played, version
     installed.started("bilancio.exe")
 
 
-def test_on_windows_98_everyone_is_administrator(workstation, played):
-    workstation.lay_out(products=[installation.ZB])
+def test_on_windows_98_everyone_is_administrator(with_bilancio, played):
     played("win98")
-    assert workstation.run(f"{INTEGRATED} MVBIL", restricted=True).boxes == []
-    assert len(workstation.commands_run()) == 2
+    with_bilancio.start(restricted=True)
+    assert len(with_bilancio.commands_run()) == 2
 
 
-def test_on_windows_xp_rights_are_asked_for(workstation, played):
-    workstation.lay_out(products=[installation.ZB])
+def test_on_windows_xp_rights_are_asked_for(with_bilancio, played):
     played("winxp")
-    run = workstation.run(f"{INTEGRATED} MVBIL", restricted=True)
+    run = with_bilancio.run(f"{INTEGRATED} MVBIL", restricted=True)
     assert [box.title for box in run.boxes] == ["Errore", "Errore", "TrelvManager"]
-    assert workstation.commands_run() == []
+    assert with_bilancio.commands_run() == []
 
 
 def test_the_two_windows_are_a_32_bit_and_a_64_bit_one(prefix):
