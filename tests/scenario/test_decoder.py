@@ -15,6 +15,7 @@ import pytest
 import windows
 
 USAGE = "Uso: qalbunex PACCO CARTELLA"
+FORMS = [tarfile.USTAR_FORMAT, tarfile.GNU_FORMAT, tarfile.PAX_FORMAT]
 
 
 class Decoder:
@@ -117,41 +118,31 @@ def source(tmp_path_factory):
     return folder
 
 
-@pytest.mark.parametrize("form", ["ustar", "gnu", "pax", "v7", "oldgnu"])
-def test_packs_of_gnu_tar(decoder, source, form, tmp_path):
-    members = ["prg"]
-    if form == "v7":
-        # Long names and letters with accents are more than this form can keep.
-        members = ["prg/com/setup/aggdovra/nerio.zip", "prg/com/setup/aggdovra/vuoto.zip"]
-    made = tmp_path / "a.gz"
-    subprocess.run(["tar", "czf", made, f"--format={form}", "-C", source, *members], check=True)
-    decoder.opened(made.read_bytes())
-    expected = tree(source)
-    if form == "v7":
-        expected = {name: content for name, content in expected.items()
-                    if any(member == name or member.startswith(name + "/") for member in members)}
+V7 = "prg/com/setup/aggdovra/"  # long names and letters with accents are more than that form keeps
+
+
+@pytest.mark.parametrize("program, options, members", [
+    *[pytest.param("tar", [f"--format={form}"], ["prg"], id=f"gnu_tar_{form}")
+      for form in ("ustar", "gnu", "pax", "oldgnu")],
+    pytest.param("tar", ["--format=v7"], [V7 + "nerio.zip", V7 + "vuoto.zip"], id="gnu_tar_v7"),
+    pytest.param("tar", [], ["."], id="gnu_tar_of_the_folder_itself"),
+    *[pytest.param("bsdtar", [f"--format={form}"], ["prg"], id=f"bsdtar_{form}",
+                   marks=pytest.mark.skipif(not shutil.which("bsdtar"),
+                                            reason="bsdtar is missing (libarchive-tools)"))
+      for form in ("pax", "gnutar", "ustar")]])
+def test_packs_of_tar_programs(decoder, source, program, options, members, tmp_path):
+    subprocess.run([program, "-czf", tmp_path / "a.gz", *options, "-C", source, *members],
+                   check=True, env={**os.environ, "LC_ALL": "C.UTF-8"})
+    decoder.opened((tmp_path / "a.gz").read_bytes())
+    expected = {name: content for name, content in tree(source).items() if members in (["prg"], ["."])
+                or any(member == name or member.startswith(name + "/") for member in members)}
     assert tree(decoder.output) == expected
 
 
-def test_a_pack_of_the_folder_itself(decoder, source, tmp_path):
-    subprocess.run(["tar", "czf", tmp_path / "a.gz", "-C", source, "."], check=True)
-    decoder.opened((tmp_path / "a.gz").read_bytes())
-    assert tree(decoder.output) == tree(source)
-
-
-@pytest.mark.parametrize("form", [tarfile.USTAR_FORMAT, tarfile.GNU_FORMAT, tarfile.PAX_FORMAT])
+@pytest.mark.parametrize("form", FORMS)
 def test_packs_of_python(decoder, source, form, tmp_path):
     with tarfile.open(tmp_path / "a.gz", "w:gz", format=form) as tar:
         tar.add(source / "prg", "prg")
-    decoder.opened((tmp_path / "a.gz").read_bytes())
-    assert tree(decoder.output) == tree(source)
-
-
-@pytest.mark.skipif(not shutil.which("bsdtar"), reason="bsdtar is missing (libarchive-tools)")
-@pytest.mark.parametrize("form", ["pax", "gnutar", "ustar"])
-def test_packs_of_bsdtar(decoder, source, form, tmp_path):
-    subprocess.run(["bsdtar", "-czf", tmp_path / "a.gz", f"--format={form}", "-C", source, "prg"],
-                   check=True, env={**os.environ, "LC_ALL": "C.UTF-8"})
     decoder.opened((tmp_path / "a.gz").read_bytes())
     assert tree(decoder.output) == tree(source)
 
@@ -178,7 +169,7 @@ def test_a_pack_with_any_name(decoder):
     assert decoder.call("C:\\P\\più Ω 😀.gz", "C:\\T") == (0, [])
 
 
-@pytest.mark.parametrize("form", [tarfile.USTAR_FORMAT, tarfile.GNU_FORMAT, tarfile.PAX_FORMAT])
+@pytest.mark.parametrize("form", FORMS)
 def test_entries_with_any_letters(decoder, form):
     """The last one takes two units of Windows."""
     decoder.opened(pack(entry("più Ω 😀.zip", content=b"x"), form=form))
@@ -246,12 +237,12 @@ def test_names_of_an_old_code_page_are_refused(decoder):
         "archivio tar non valido")
 
 
-@pytest.mark.parametrize("kind", [tarfile.SYMTYPE, tarfile.LNKTYPE])
-def test_links_are_refused(decoder, kind):
-    line = decoder.refused(pack(entry("a.zip", content=b"1"), entry("l", kind, link="a.zip")))
-    assert line == 'collegamento: "l"'
-    line = decoder.refused(pack(entry("l", tarfile.SYMTYPE, link="C:\\"), entry("l/e", content=b"1")))
-    assert line == 'collegamento: "l"'
+@pytest.mark.parametrize("entries", [
+    [entry("a.zip", content=b"1"), entry("l", tarfile.SYMTYPE, link="a.zip")],
+    [entry("a.zip", content=b"1"), entry("l", tarfile.LNKTYPE, link="a.zip")],
+    [entry("l", tarfile.SYMTYPE, link="C:\\"), entry("l/e", content=b"1")]])
+def test_links_are_refused(decoder, entries):
+    assert decoder.refused(pack(*entries)) == 'collegamento: "l"'
 
 
 @pytest.mark.parametrize("kind", [tarfile.CHRTYPE, tarfile.BLKTYPE, tarfile.FIFOTYPE])

@@ -258,6 +258,16 @@ def check_integrated(drive):
     station.started("bilancio.exe")
 
 
+def start_integrated(hand):
+    """Starts the installation of Nerio and Bilancio beside the host's folder."""
+    choose_mode(hand, INTEGRATION)
+    hand.press(PATH_PROMPT, "txtInput")
+    hand.type("S:\\Lumo")
+    hand.press(PATH_PROMPT, "btnOk")
+    hand.press_row(INTEGRATION, "ListProd", 2)
+    hand.press(INTEGRATION, "cmdExec")
+
+
 def completed(text):
     return text.startswith("Installazione completata")
 
@@ -385,12 +395,7 @@ def test_a_pack_that_is_no_zip_is_told_and_the_others_are_opened(hosted):
     station = hosted.station
     hosted.pack("bilancio", NEW_VERSION).write_bytes(b"no zip at all")
     with hosted.session() as hand:
-        choose_mode(hand, INTEGRATION)
-        hand.press(PATH_PROMPT, "txtInput")
-        hand.type("S:\\Lumo")
-        hand.press(PATH_PROMPT, "btnOk")
-        hand.press_row(INTEGRATION, "ListProd", 2)
-        hand.press(INTEGRATION, "cmdExec")
+        start_integrated(hand)
         text, _ = hand.box_of(200)
         assert text.startswith("Errore in esecuzione comando: \"D:\\prodotti\\manager\\7z.exe\"")
         text, _ = hand.box_of(200)
@@ -408,12 +413,7 @@ def test_a_read_only_medium_serves_as_well(hosted):
     try:
         before = hosted.state()
         with hosted.session() as hand:
-            choose_mode(hand, INTEGRATION)
-            hand.press(PATH_PROMPT, "txtInput")
-            hand.type("S:\\Lumo")
-            hand.press(PATH_PROMPT, "btnOk")
-            hand.press_row(INTEGRATION, "ListProd", 2)
-            hand.press(INTEGRATION, "cmdExec")
+            start_integrated(hand)
             assert completed(hand.box_of(200)[0])
         assert hosted.state() == before
     finally:

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "contract/ContractMachine.h"
+#include "contract/win32/TestForm.h"
 #include "contract/win32/TestProgram.h"
 #include "win32/ControlNames.h"
 #include "win32/Owned.h"
@@ -24,6 +25,8 @@
 namespace trelv::contract {
 namespace {
 
+using win32::controlOf;
+using win32::handleOf;
 using win32::utf8;
 using win32::wide;
 
@@ -166,14 +169,18 @@ void removeKeys(HKEY parent, const std::wstring& path) {
   RegDeleteKeyW(parent, path.c_str());
 }
 
+/// Opens a key for writing; makes it when it is missing.
+win32::OwnedKey makeKey(HKEY hive, const std::wstring& path) {
+  HKEY made = nullptr;
+  require(RegCreateKeyExW(hive, path.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &made, nullptr),
+          "making " + utf8(path));
+  return win32::OwnedKey(made);
+}
+
 /// Makes a key of the machine with this text as its default value.
 void setText(const std::wstring& path, const std::wstring& text) {
-  HKEY made = nullptr;
-  require(RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr,
-                          &made, nullptr),
-          "making " + utf8(path));
-  const win32::OwnedKey key(made);
-  require(RegSetValueExW(key.get(), nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
+  require(RegSetValueExW(makeKey(HKEY_LOCAL_MACHINE, path).get(), nullptr, 0, REG_SZ,
+                         reinterpret_cast<const BYTE*>(text.c_str()),
                          static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))),
           "setting " + utf8(path));
 }
@@ -207,14 +214,6 @@ Win32RunningProgram::Win32RunningProgram(const std::string& path) {
   SetEnvironmentVariableW(kWaitForEvent, eventName_.c_str());
   process_ = start(wide(path));
   SetEnvironmentVariableW(kWaitForEvent, nullptr);
-}
-
-HWND handleOf(machine::FormWindow& window) {
-  return static_cast<win32::Win32FormWindow&>(window).handle();
-}
-
-HWND controlOf(machine::FormWindow& window, const std::string& name) {
-  return GetDlgItem(handleOf(window), win32::controlId(name));
 }
 
 struct ControlPlan {
@@ -261,23 +260,16 @@ class UserTimer {
   static inline Play play_;
 };
 
-/// The middle of a row of a list box, or (-1) a place in the room below its rows.
-LPARAM rowOf(HWND list, int index) {
+/// The middle of a list's row or a page's tab (asked for by this message), or (-1) a place in the
+/// room below the rows.
+LPARAM placeOf(HWND list, int index, UINT question) {
   RECT place{};
   if (index < 0) {
     GetClientRect(list, &place);
     place.top = place.bottom - 4;
   } else {
-    SendMessageW(list, LB_GETITEMRECT, static_cast<WPARAM>(index),
-                 reinterpret_cast<LPARAM>(&place));
+    SendMessageW(list, question, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&place));
   }
-  return MAKELPARAM((place.left + place.right) / 2, (place.top + place.bottom) / 2);
-}
-
-/// The middle of a page's tab.
-LPARAM tabOf(HWND tabs, int index) {
-  RECT place{};
-  SendMessageW(tabs, TCM_GETITEMRECT, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&place));
   return MAKELPARAM((place.left + place.right) / 2, (place.top + place.bottom) / 2);
 }
 
@@ -361,12 +353,12 @@ class Win32ContractMachine : public ContractMachine {
   }
   void toggle(machine::FormWindow& window, const std::string& control, int index) override {
     HWND const list = controlOf(window, control);
-    clickAt(list, rowOf(list, index));
+    clickAt(list, placeOf(list, index, LB_GETITEMRECT));
   }
   void doubleClick(machine::FormWindow& window, const std::string& control, int index) override {
     HWND const list = controlOf(window, control);
-    clickAt(list, rowOf(list, index));
-    clickAt(list, rowOf(list, index), WM_LBUTTONDBLCLK);
+    clickAt(list, placeOf(list, index, LB_GETITEMRECT));
+    clickAt(list, placeOf(list, index, LB_GETITEMRECT), WM_LBUTTONDBLCLK);
   }
   void pressF10(machine::FormWindow& window, const std::string& control) override;
   void clickLater(machine::FormWindow& window, const std::string& control) override {
@@ -484,22 +476,14 @@ std::unique_ptr<HeldFile> Win32ContractMachine::hold(const std::string& path, Sh
 std::string Win32ContractMachine::registryKey() {
   if (key_.empty()) {
     key_ = "Software\\" + uniqueName();
-    HKEY made = nullptr;
-    require(RegCreateKeyExW(HKEY_CURRENT_USER, wide(key_).c_str(), 0, nullptr, 0, KEY_READ, nullptr,
-                            &made, nullptr),
-            "making " + key_);
-    RegCloseKey(made);
+    makeKey(HKEY_CURRENT_USER, wide(key_));
   }
   return key_;
 }
 
 void Win32ContractMachine::storeValue(const std::string& path, const std::string& name,
                                       std::uint32_t type, std::string_view data) {
-  HKEY opened = nullptr;
-  require(RegCreateKeyExW(HKEY_CURRENT_USER, wide(path).c_str(), 0, nullptr, 0, KEY_WRITE, nullptr,
-                          &opened, nullptr),
-          "making " + path);
-  const win32::OwnedKey key(opened);
+  const win32::OwnedKey key = makeKey(HKEY_CURRENT_USER, wide(path));
   require(
       RegSetValueExW(key.get(), wide(name).c_str(), 0, type,
                      reinterpret_cast<const BYTE*>(data.data()), static_cast<DWORD>(data.size())),
@@ -568,7 +552,7 @@ void Win32ContractMachine::choose(machine::FormWindow& window, const std::string
                                   int index) {
   HWND const list = controlOf(window, control);
   if (control == stage::kTabs) {
-    clickAt(list, tabOf(list, index));
+    clickAt(list, placeOf(list, index, TCM_GETITEMRECT));
     return;
   }
   const bool combo = control == stage::kCombo;
