@@ -13,6 +13,7 @@
 
 #include "contract/ContractMachine.h"
 #include "contract/TestPictures.h"
+#include "contract/win32/BoxPlayer.h"
 #include "contract/win32/TestForm.h"
 #include "startup/frmwait.h"
 #include "win32/ControlNames.h"
@@ -493,34 +494,6 @@ TEST_F(ComboKeys, EnterTakesTheItemOfTheOpenListAndPressesNoButton) {
 }
 
 // --- Boxes
-
-/// Answers the message box that comes next with one of its buttons.
-class BoxPlayer {
- public:
-  explicit BoxPlayer(int button) : timer_(SetTimer(nullptr, 0, 50, &BoxPlayer::look)) {
-    button_ = button;
-    texts_.clear();
-  }
-  ~BoxPlayer() { KillTimer(nullptr, timer_); }
-  BoxPlayer(const BoxPlayer&) = delete;
-  BoxPlayer& operator=(const BoxPlayer&) = delete;
-
-  /// Title and text of the box.
-  static const Names& texts() { return texts_; }
-
- private:
-  static void CALLBACK look(HWND, UINT, UINT_PTR, DWORD) {
-    HWND const box = FindWindowW(L"#32770", nullptr);
-    if (box != nullptr && texts_.empty() && GetDlgItem(box, button_) != nullptr) {
-      texts_ = {utf8(textOf(box)), utf8(textOf(GetDlgItem(box, 0xFFFF)))};
-      PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(button_), 0);
-    }
-  }
-
-  static inline int button_ = 0;
-  static inline Names texts_;
-  UINT_PTR timer_;
-};
 
 TEST_F(FormHost, MessageBoxShowsItsTextsAndAnswersWithTheButton) {
   using machine::BoxAnswer;

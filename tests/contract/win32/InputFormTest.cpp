@@ -6,6 +6,7 @@
 #include <string>
 
 #include "contract/ContractMachine.h"
+#include "contract/win32/BoxPlayer.h"
 #include "contract/win32/TestForm.h"
 #include "win32/FolderChooser.h"
 #include "win32/InputForm.h"
@@ -72,41 +73,13 @@ TEST_F(InputBox, EnterIsOkAndEscIsCancel) {
 
 // --- The system's dialog for folders
 
-/// Presses a button of that dialog once it stands.
-class Presser {
- public:
-  explicit Presser(int button) : timer_(SetTimer(nullptr, 0, 50, &Presser::look)) {
-    button_ = button;
-    pressed_ = false;
-  }
-  ~Presser() { KillTimer(nullptr, timer_); }
-  Presser(const Presser&) = delete;
-  Presser& operator=(const Presser&) = delete;
-
-  static bool pressed() { return pressed_; }
-
- private:
-  static void CALLBACK look(HWND, UINT, UINT_PTR, DWORD) {
-    HWND const dialog = FindWindowW(L"#32770", nullptr);
-    if (dialog != nullptr && !pressed_ && IsWindowVisible(dialog) != FALSE &&
-        GetDlgItem(dialog, button_) != nullptr) {
-      pressed_ = true;
-      PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(button_), 0);
-    }
-  }
-
-  static inline int button_ = 0;
-  static inline bool pressed_ = false;
-  UINT_PTR timer_;
-};
-
 TEST(FolderChooser, OpensAtTheGivenFolderAndGivesWhatIsChosen) {
   const auto side = contract::makeContractMachine();
   const std::string folder = side->folder() + "\\Contabilit\u00E0";
   side->putFolder(folder);
-  const Presser ok(IDOK);
+  const BoxPlayer ok(IDOK);
   const Folder chosen = chooseFolder(nullptr, "Indicare il path", folder);
-  ASSERT_TRUE(Presser::pressed());
+  ASSERT_FALSE(BoxPlayer::texts().empty());
   ASSERT_TRUE(chosen.has_value());
   wchar_t real[MAX_PATH] = {};
   GetLongPathNameW(wide(folder).c_str(), real, MAX_PATH);
@@ -114,9 +87,9 @@ TEST(FolderChooser, OpensAtTheGivenFolderAndGivesWhatIsChosen) {
 }
 
 TEST(FolderChooser, CancelChoosesNothing) {
-  const Presser cancel(IDCANCEL);
+  const BoxPlayer cancel(IDCANCEL);
   EXPECT_EQ(std::nullopt, chooseFolder(nullptr, "Indicare il path", ""));
-  EXPECT_TRUE(Presser::pressed());
+  EXPECT_FALSE(BoxPlayer::texts().empty());
 }
 
 }  // namespace
