@@ -201,8 +201,9 @@ TEST_F(PageKeys, ADisabledTabControlOrOneWhosePagesAreAllDisabledTurnsNone) {
 
 TEST_F(PageKeys, WithoutATabControlTheKeysDoNothing) {
   const HeldDown control;
-  lookAt(desktop_, "frmError",
-         [this](machine::FormWindow& window) { press(window, "btnOk", VK_TAB); });
+  EXPECT_EQ(Names{}, lookAt(desktop_, "frmError", [this](machine::FormWindow& window) {
+              press(window, "btnOk", VK_TAB);
+            }));
 }
 
 /// How many points of a page's tab have this colour, after it was painted.

@@ -93,15 +93,17 @@ class TestForm : public machine::Form {
   std::string resource_;
 };
 
-/// Shows the form of a resource, lets the test look at it while it is loaded, and closes it.
-inline void lookAt(Win32Desktop& desktop, const std::string& resource,
-                   const std::function<void(machine::FormWindow&)>& look) {
+/// Shows the form of a resource, lets the test look at it while it is loaded, and closes it. Gives
+/// what the form was told meanwhile.
+inline std::vector<std::string> lookAt(Win32Desktop& desktop, const std::string& resource,
+                                       const std::function<void(machine::FormWindow&)>& look) {
   TestForm form(resource);
   form.onLoaded = [&look](machine::FormWindow& window) {
     look(window);
     window.close();
   };
   EXPECT_TRUE(desktop.showModal(form)) << resource;
+  return form.events;
 }
 
 }  // namespace trelv::win32
