@@ -9,56 +9,51 @@ using namespace system_code;
 
 constexpr SystemCode kNoNetwork = 1222;
 
-TEST(FailingMachine, FailsExactlyTheCallOfItsNumber) {
-  SimMachine machine;
-  machine.files().write("C:\\before.txt", "");
+class FailingMachineTest : public testing::Test {
+ protected:
+  SystemCode write(const std::string& path) { return machine_.files().write(path, "new"); }
+
+  SimMachine machine_;
+};
+
+TEST_F(FailingMachineTest, FailsExactlyTheCallOfItsNumber) {
+  write("C:\\before.txt");
   {
-    const FailingMachine failing(machine, 2);
-    EXPECT_EQ(machine.files().write("C:\\1.txt", ""), kSuccess);
+    const FailingMachine failing(machine_, 2);
+    EXPECT_EQ(write("C:\\1.txt"), kSuccess);
     EXPECT_FALSE(failing.reached());
-    EXPECT_EQ(machine.files().write("C:\\2.txt", ""), kAccessDenied);
-    EXPECT_EQ(machine.files().write("C:\\3.txt", ""), kSuccess);
+    EXPECT_EQ(failing.failedCall(), "");
+    EXPECT_EQ(write("C:\\2.txt"), kAccessDenied);
+    EXPECT_EQ(write("C:\\3.txt"), kSuccess);
     EXPECT_TRUE(failing.reached());
     EXPECT_EQ(failing.failedCall(), "files.write C:\\2.txt");
     EXPECT_EQ(failing.calls(), 3U);
   }
-  EXPECT_FALSE(machine.fileExists("C:\\2.txt"));
-  EXPECT_EQ(machine.files().write("C:\\2.txt", ""), kSuccess);
+  EXPECT_FALSE(machine_.fileExists("C:\\2.txt"));
+  EXPECT_EQ(write("C:\\2.txt"), kSuccess);
 }
 
-TEST(FailingMachine, FailsEveryCallFromItsNumberOn) {
-  SimMachine machine;
-  const FailingMachine failing(machine, 2, FailureSpan::FromThenOn);
-
-  EXPECT_EQ(machine.files().write("C:\\1.txt", ""), kSuccess);
-  EXPECT_EQ(machine.files().write("C:\\2.txt", ""), kAccessDenied);
-  EXPECT_EQ(machine.files().write("C:\\3.txt", ""), kAccessDenied);
+TEST_F(FailingMachineTest, FailsEveryCallFromItsNumberOn) {
+  const FailingMachine failing(machine_, 2, FailureSpan::FromThenOn);
+  EXPECT_EQ(write("C:\\1.txt"), kSuccess);
+  EXPECT_EQ(write("C:\\2.txt"), kAccessDenied);
+  EXPECT_EQ(write("C:\\3.txt"), kAccessDenied);
   EXPECT_EQ(failing.failedCall(), "files.write C:\\2.txt");
 }
 
-TEST(FailingMachine, ARunThatNeverGetsThereSaysSo) {
-  SimMachine machine;
-  const FailingMachine failing(machine, 5);
-  machine.files().write("C:\\1.txt", "");
-
-  EXPECT_FALSE(failing.reached());
-  EXPECT_EQ(failing.failedCall(), "");
-}
-
-TEST(FailingMachine, EachKindOfCallFailsInItsOwnWay) {
-  SimMachine machine;
-  machine.putFile("C:\\a.ini", "[S]\r\nk=v\r\n");
-  machine.programs().define("C:\\a.exe");
-  machine.registry().makeKey(machine::Hive::LocalMachine, "SOFTWARE\\LUMO");
-  machine.environment().put("X", "1");
-  const FailingMachine failing(machine, 1, FailureSpan::FromThenOn);
+TEST_F(FailingMachineTest, EachKindOfCallFailsInItsOwnWay) {
+  machine_.putFile("C:\\a.ini", "[S]\r\nk=v\r\n");
+  machine_.programs().define("C:\\a.exe");
+  machine_.registry().makeKey(machine::Hive::LocalMachine, "SOFTWARE\\LUMO");
+  machine_.environment().put("X", "1");
+  const FailingMachine failing(machine_, 1, FailureSpan::FromThenOn);
 
   std::string text = "before";
   std::unique_ptr<machine::RunningProcess> process;
   std::unique_ptr<machine::RegistryKey> key;
   VersionRecord record;
   record.size = kShortVersionRecord;
-  machine::Machine& parts = machine.machine();
+  machine::Machine& parts = machine_.machine();
   EXPECT_EQ(parts.files.read("C:\\a.ini", 10, text), kSharingViolation);
   EXPECT_EQ(parts.profiles.readValue("S", "k", "default", 100, "C:\\a.ini"), "default");
   EXPECT_EQ(parts.profiles.writeValue("S", "k", "w", "C:\\a.ini"), 0U);
@@ -79,31 +74,29 @@ TEST(FailingMachine, EachKindOfCallFailsInItsOwnWay) {
   EXPECT_EQ(parts.automation.startWord(word).code, machine::automation_code::kNotRegistered);
   EXPECT_EQ(word, nullptr);
   EXPECT_EQ(text, "before");
-  EXPECT_EQ(machine.fileText("C:\\a.ini"), "[S]\r\nk=v\r\n");
-  EXPECT_TRUE(machine.started().empty());
-  EXPECT_TRUE(machine.boxes().empty());
+  EXPECT_EQ(machine_.fileText("C:\\a.ini"), "[S]\r\nk=v\r\n");
+  EXPECT_TRUE(machine_.started().empty());
+  EXPECT_TRUE(machine_.boxes().empty());
 }
 
-TEST(FailingMachine, AVariantFailsWithAnotherCode) {
-  SimMachine machine;
-  machine.putFile("C:\\a.txt", "old");
-  machine.programs().define("C:\\a.exe");
+TEST_F(FailingMachineTest, AVariantFailsWithAnotherCode) {
+  machine_.putFile("C:\\a.txt", "old");
+  machine_.programs().define("C:\\a.exe");
   std::unique_ptr<machine::RunningProcess> process;
-  const FailingMachine failing(machine, 1, FailureSpan::FromThenOn, 2);
+  const FailingMachine failing(machine_, 1, FailureSpan::FromThenOn, 2);
 
-  EXPECT_EQ(machine.programs().start("C:\\a.exe", true, process), kElevationRequired);
-  EXPECT_EQ(machine.files().write("C:\\a.txt", "new"), kDiskFull);
-  EXPECT_EQ(machine.fileText("C:\\a.txt"), "");
+  EXPECT_EQ(machine_.programs().start("C:\\a.exe", true, process), kElevationRequired);
+  EXPECT_EQ(write("C:\\a.txt"), kDiskFull);
+  EXPECT_EQ(machine_.fileText("C:\\a.txt"), "");
 }
 
-TEST(FailingMachine, ClockAndLocaleAreNotCounted) {
-  SimMachine machine;
-  const FailingMachine failing(machine, 1, FailureSpan::FromThenOn);
+TEST_F(FailingMachineTest, ClockAndLocaleAreNotCounted) {
+  const FailingMachine failing(machine_, 1, FailureSpan::FromThenOn);
 
-  EXPECT_EQ(machine.machine().clock.now().year, 2026);
-  EXPECT_EQ(machine.machine().locale.truthText(true), "Vero");
-  EXPECT_EQ(machine.machine().desktop.activeForm(), nullptr);
-  machine.machine().desktop.processEvents();
+  EXPECT_EQ(machine_.machine().clock.now().year, 2026);
+  EXPECT_EQ(machine_.machine().locale.truthText(true), "Vero");
+  EXPECT_EQ(machine_.machine().desktop.activeForm(), nullptr);
+  machine_.machine().desktop.processEvents();
   EXPECT_EQ(failing.calls(), 0U);
 }
 

@@ -164,38 +164,43 @@ TEST_F(KilledMachineTest, AProgramThatItStartedLivesOn) {
 
 // --- What a call leaves that was begun
 
-TEST_F(KilledMachineTest, AFileBeingWrittenIsLeftUntouchedEmptyOrHalf) {
-  for (const auto& [left, text] :
-       std::vector<std::pair<Unfinished, std::string>>{{Unfinished::NotBegun, "old text"},
-                                                       {Unfinished::Empty, ""},
-                                                       {Unfinished::Half, "123"}}) {
-    machine_.putFile("C:\\a.txt", "old text");
-    EXPECT_TRUE(dies(
-        1, [&] { write("C:\\a.txt", "123456"); }, left));
-    EXPECT_EQ(machine_.fileText("C:\\a.txt"), text);
+TEST_F(KilledMachineTest, AFileIsLeftAsFarAsItsCallWas) {
+  const std::string source = "C:\\a.txt";
+  const std::string target = "C:\\b.txt";
+  machine::Files& files = machine_.machine().files;
+  const auto write = [&] { files.write(target, "123456"); };
+  const auto append = [&] { files.append(target, "123456"); };
+  const auto copy = [&] { files.copyFile(source, target); };
+  const auto replace = [&] { files.replaceFile(source, target); };
+  struct {
+    std::function<void()> call;
+    Unfinished left;
+    const char* text;
+  } const rows[]{
+      {write, Unfinished::NotBegun, "old "},
+      {write, Unfinished::Empty, ""},
+      {write, Unfinished::Half, "123"},
+      {append, Unfinished::NotBegun, "old "},
+      {append, Unfinished::Empty, "old "},
+      {append, Unfinished::Half, "old 123"},
+      {copy, Unfinished::Half, "123"},
+      // As a whole or not at all.
+      {replace, Unfinished::Half, "old "},
+  };
+  for (const auto& row : rows) {
+    machine_.putFile(source, "123456");
+    machine_.putFile(target, "old ");
+    EXPECT_TRUE(dies(1, row.call, row.left));
+    EXPECT_EQ(machine_.fileText(target), row.text);
+    EXPECT_EQ(machine_.fileText(source), "123456");
   }
 }
 
-TEST_F(KilledMachineTest, AFileThatGrowsKeepsWhatItHeld) {
-  for (const auto& [left, text] :
-       std::vector<std::pair<Unfinished, std::string>>{{Unfinished::NotBegun, "old "},
-                                                       {Unfinished::Empty, "old "},
-                                                       {Unfinished::Half, "old 123"}}) {
-    machine_.putFile("C:\\a.log", "old ");
-    EXPECT_TRUE(dies(
-        1, [&] { machine_.files().append("C:\\a.log", "123456"); }, left));
-    EXPECT_EQ(machine_.fileText("C:\\a.log"), text);
-  }
-}
-
-TEST_F(KilledMachineTest, ACopyIsLeftHalfDoneWithTheTimeOfItsWriting) {
+TEST_F(KilledMachineTest, ACopyThatIsLeftHalfDoneHasTheTimeOfItsWriting) {
   machine_.putFile("C:\\a.txt", "123456");
   machine_.diskOf("C:\\").setModified("C:\\a.txt", {2001, 4, 3, 2, 1, 0});
-  machine_.putFile("C:\\b.txt", "an older and longer text");
   EXPECT_TRUE(dies(
       1, [&] { machine_.files().copyFile("C:\\a.txt", "C:\\b.txt"); }, Unfinished::Half));
-  EXPECT_EQ(machine_.fileText("C:\\a.txt"), "123456");
-  EXPECT_EQ(machine_.fileText("C:\\b.txt"), "123");
   EXPECT_EQ(machine_.diskOf("C:\\").modifiedTicks("C:\\b.txt"), ticksOf(machine_.clock().now()));
 }
 
@@ -207,15 +212,6 @@ TEST_F(KilledMachineTest, AFileThatRefusesIsNotTouchedEither) {
   EXPECT_TRUE(dies(
       1, [&] { machine_.files().copyFile("C:\\a.txt", "C:\\b.exe"); }, Unfinished::Half));
   EXPECT_EQ(machine_.fileText("C:\\b.exe"), program);
-}
-
-TEST_F(KilledMachineTest, AReplacementHappensAsAWholeOrNotAtAll) {
-  machine_.putFile("C:\\a.txt", "new");
-  machine_.putFile("C:\\b.txt", "old");
-  EXPECT_TRUE(dies(
-      1, [&] { machine_.files().replaceFile("C:\\a.txt", "C:\\b.txt"); }, Unfinished::Half));
-  EXPECT_EQ(machine_.fileText("C:\\a.txt"), "new");
-  EXPECT_EQ(machine_.fileText("C:\\b.txt"), "old");
 }
 
 }  // namespace
