@@ -63,36 +63,35 @@ TEST_F(DecoderTest, TellsItsUsageForOtherArguments) {
   EXPECT_TRUE(machine_.asked.empty());
 }
 
-TEST_F(DecoderTest, ABackslashBeforeTheClosingQuoteDoesNoHarm) {
+TEST_F(DecoderTest, AnOutputFolderMayEndInAQuoteForABackslashOrBeADriveAlone) {
   run({"a.gz", "C:\\T\""});
   EXPECT_EQ(machine_.asked.back(), "C:\\T\\");
-}
-
-TEST_F(DecoderTest, ADriveAloneIsItsRoot) {
   run({"a.gz", "C:"});
   EXPECT_EQ(machine_.asked.back(), "C:\\");
 }
 
-TEST_F(DecoderTest, AMissingPackIsToldAndNoFolderMade) {
-  machine_.packCode = system_code::kFileNotFound;
-  const DecoderResult result = run({"C:\\P\\a.gz", "C:\\T"});
-  EXPECT_EQ(result.exitCode, 2);
-  EXPECT_EQ(result.line, "qalbunex: C:\\P\\a.gz: Impossibile trovare il file: C:\\P\\a.gz");
-  EXPECT_EQ(machine_.asked.size(), 1U);
-}
-
-TEST_F(DecoderTest, AnOutputFolderThatCannotBeMadeIsTold) {
-  machine_.outputCode = system_code::kDirectoryName;
-  const DecoderResult result = run({"C:\\P\\a.gz", "C:\\T"});
-  EXPECT_EQ(result.exitCode, 2);
-  EXPECT_EQ(result.line, "qalbunex: C:\\P\\a.gz: Il percorso non è una cartella: C:\\T");
-}
-
-TEST_F(DecoderTest, ARefusedPackIsToldInOneLine) {
-  machine_.packBytes = pack(TarBytes().file("../e", "x"));
-  const DecoderResult result = run({"C:\\P\\a.gz", "C:\\T"});
-  EXPECT_EQ(result.exitCode, 2);
-  EXPECT_EQ(result.line, "qalbunex: C:\\P\\a.gz: percorso che risale: \"../e\"");
+TEST_F(DecoderTest, AFailureIsToldInOneLine) {
+  const std::string hostile = pack(TarBytes().file("../e", "x"));
+  struct {
+    SystemCode packCode;
+    SystemCode outputCode;
+    const char* line;
+    std::size_t asked;
+  } const rows[]{
+      {system_code::kFileNotFound, 0, "Impossibile trovare il file: C:\\P\\a.gz", 1},
+      {0, system_code::kDirectoryName, "Il percorso non è una cartella: C:\\T", 2},
+      {0, 0, "percorso che risale: \"../e\"", 2},
+  };
+  for (const auto& row : rows) {
+    machine_.packBytes = hostile;
+    machine_.packCode = row.packCode;
+    machine_.outputCode = row.outputCode;
+    machine_.asked.clear();
+    const DecoderResult result = run({"C:\\P\\a.gz", "C:\\T"});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.line, std::string("qalbunex: C:\\P\\a.gz: ") + row.line);
+    EXPECT_EQ(machine_.asked.size(), row.asked);
+  }
 }
 
 }  // namespace

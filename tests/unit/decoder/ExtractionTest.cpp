@@ -5,6 +5,7 @@
 
 #include "decoder/Extraction.h"
 #include "support/decoder/DecoderPacks.h"
+#include "unit/decoder/Lay.h"
 
 namespace trelv::decoder {
 namespace {
@@ -71,39 +72,28 @@ TEST(Extraction, FilesKeepTheirTimes) {
   EXPECT_EQ(tree.at("far").modified, 0U);
 }
 
-TEST(Extraction, FoldersThatThePackDoesNotNameAreMade) {
-  MemoryTree tree;
-  EXPECT_EQ(extracted(pack(TarBytes().file("a/b/c.zip", "1").file("a/d/e.zip", "2")), tree), "");
-  EXPECT_THAT(tree.names(), ElementsAre("a/", "a/b/", "a/b/c.zip", "a/d/", "a/d/e.zip"));
-}
-
-TEST(Extraction, APackOfTheWorkFolderItselfIsTheSame) {
-  MemoryTree tree;
-  EXPECT_EQ(extracted(pack(TarBytes().folder("./").folder("./prg/").file("./prg/a", "1")), tree),
-            "");
-  EXPECT_THAT(tree.names(), ElementsAre("prg/", "prg/a"));
-}
-
-TEST(Extraction, AFolderMayBeNamedTwiceAndInAnotherCase) {
-  MemoryTree tree;
-  EXPECT_EQ(extracted(pack(TarBytes().folder("prg").folder("prg/").file("PRG/a", "1")), tree), "");
-  EXPECT_THAT(tree.names(), ElementsAre("prg/", "prg/a"));
-}
-
-TEST(Extraction, AnEmptyArchiveWritesNothing) {
-  MemoryTree tree;
-  EXPECT_EQ(extracted(pack(TarBytes()), tree), "");
-  EXPECT_THAT(tree.names(), IsEmpty());
+TEST(Extraction, FoldersAreMadeOnceHoweverThePackNamesThem) {
+  const std::pair<TarBytes, std::vector<std::string>> rows[]{
+      {TarBytes(), {}},
+      {TarBytes().file("a/b/c.zip", "1").file("a/d/e.zip", "2"),
+       {"a/", "a/b/", "a/b/c.zip", "a/d/", "a/d/e.zip"}},
+      // A pack of the work folder itself.
+      {TarBytes().folder("./").folder("./prg/").file("./prg/a", "1"), {"prg/", "prg/a"}},
+      {TarBytes().folder("prg").folder("prg/").file("PRG/a", "1"), {"prg/", "prg/a"}}};
+  for (const auto& [archive, names] : rows) {
+    MemoryTree tree;
+    EXPECT_EQ(extracted(pack(archive), tree), "");
+    EXPECT_EQ(tree.names(), names);
+  }
 }
 
 TEST(Extraction, WhatStandsIsOverwrittenAndTheRestKept) {
   MemoryTree tree;
-  tree.putFolder("prg");
+  lay(tree, {"prg/", "prg/mine"});
   tree.put("prg/a.zip", "old", true);
-  tree.put("prg/mine", "mine");
   EXPECT_EQ(extracted(pack(TarBytes().file("prg/a.zip", "new")), tree), "");
   EXPECT_EQ(tree.at("prg/a.zip").content, "new");
-  EXPECT_EQ(tree.at("prg/mine").content, "mine");
+  EXPECT_EQ(tree.at("prg/mine").content, "old");
 }
 
 TEST(Extraction, LongNamesOfGnuAndPaxAreRead) {
@@ -138,50 +128,45 @@ TEST(Extraction, NamesAreUtf8InEveryKindOfHeader) {
 
 TEST(Extraction, HostileNamesAreRefusedInEveryKindOfHeader) {
   for (const std::string name : {"../e", "/e", "C:\\e", "a/NUL", "a:b", "a\\b", "a ", "PROGRA~1"}) {
-    EXPECT_THAT(refusalOf(between('0', name)), HasSubstr("\"" + name + "\""));
-    EXPECT_THAT(refusalOf(between('5', name)), HasSubstr("\"" + name + "\""));
-    EXPECT_THAT(refusalOf(TarBytes().file("first", "").gnuName(name).file("x", "")),
-                HasSubstr("\"" + name + "\""));
-    EXPECT_THAT(refusalOf(TarBytes().file("first", "").pax({{"path", name}}).file("x", "")),
-                HasSubstr("\"" + name + "\""));
-  }
-  EXPECT_EQ(refusalOf(between('0', "../e")), "percorso che risale: \"../e\"");
-}
-
-TEST(Extraction, LinksAreRefused) {
-  EXPECT_EQ(refusalOf(between('2', "l", "/etc")), "collegamento: \"l\"");
-  EXPECT_EQ(refusalOf(between('2', "l", "first.zip")), "collegamento: \"l\"");
-  EXPECT_EQ(refusalOf(between('2', "l", "")), "collegamento: \"l\"");
-  EXPECT_EQ(refusalOf(between('1', "l", "first.zip")), "collegamento: \"l\"");
-  EXPECT_EQ(refusalOf(TarBytes().file("first", "").entry("l", '1', "content", "first")),
-            "collegamento: \"l\"");
-  EXPECT_EQ(refusalOf(TarBytes().pax({{"linkpath", "x"}}).entry("l", '2')), "collegamento: \"l\"");
-}
-
-TEST(Extraction, DevicesAndPipesAreRefused) {
-  for (const char type : {'3', '4', '6'}) {
-    EXPECT_EQ(refusalOf(between(type, "d")), "voce che non è né un file né una cartella: \"d\"");
+    for (const TarBytes& archive : {between('0', name), between('5', name),
+                                    TarBytes().file("a", "").gnuName(name).file("x", ""),
+                                    TarBytes().file("a", "").pax({{"path", name}}).file("x", "")}) {
+      EXPECT_THAT(refusalOf(archive), HasSubstr("\"" + name + "\""));
+    }
   }
 }
 
-TEST(Extraction, AFileWithoutANameIsRefused) {
-  EXPECT_EQ(refusalOf(between('0', ".")), "file senza nome: \".\"");
-}
-
-TEST(Extraction, TwoFilesOfOneNameAreRefusedInAnyCase) {
-  EXPECT_EQ(refusalOf(TarBytes().file("a.zip", "1").file("A.ZIP", "2")),
-            "nome presente due volte nel pacco: \"A.ZIP\"");
-  EXPECT_EQ(refusalOf(TarBytes().file("a.zip", "1").file("a.zip", "1")),
-            "nome presente due volte nel pacco: \"a.zip\"");
-}
-
-TEST(Extraction, AFileAndAFolderOfOneNameAreRefusedInAnyOrder) {
-  EXPECT_EQ(refusalOf(TarBytes().file("a", "1").folder("A/")),
-            "nome presente due volte nel pacco: \"A\"");
-  EXPECT_EQ(refusalOf(TarBytes().folder("a").file("A", "1")),
-            "nome presente due volte nel pacco: \"A\"");
-  EXPECT_EQ(refusalOf(TarBytes().file("a", "1").file("A/b", "2")),
-            "nome presente due volte nel pacco: \"A\"");
+TEST(Extraction, WhatIsNoFileOrFolderOfItsOwnNameIsRefused) {
+  const std::string link = "collegamento: \"l\"";
+  const std::string twice = "nome presente due volte nel pacco: ";
+  const std::string noFile = "voce che non è né un file né una cartella: \"d\"";
+  const std::pair<TarBytes, std::string> rows[]{
+      {between('0', "../e"), "percorso che risale: \"../e\""},
+      {between('2', "l", "/etc"), link},
+      {between('2', "l", "first.zip"), link},
+      {between('2', "l", ""), link},
+      {between('1', "l", "first.zip"), link},
+      {TarBytes().file("first", "").entry("l", '1', "content", "first"), link},
+      {TarBytes().pax({{"linkpath", "x"}}).entry("l", '2'), link},
+      {between('3', "d"), noFile},
+      {between('4', "d"), noFile},
+      {between('6', "d"), noFile},
+      {between('0', "."), "file senza nome: \".\""},
+      {TarBytes().file("a.zip", "1").file("A.ZIP", "2"), twice + "\"A.ZIP\""},
+      {TarBytes().file("a.zip", "1").file("a.zip", "1"), twice + "\"a.zip\""},
+      // A file and a folder of one name, in any order.
+      {TarBytes().file("a", "1").folder("A/"), twice + "\"A\""},
+      {TarBytes().folder("a").file("A", "1"), twice + "\"A\""},
+      {TarBytes().file("a", "1").file("A/b", "2"), twice + "\"A\""},
+      // The name is shown as one short line.
+      {TarBytes().pax({{"path", "a\n\x1B[2J"}}).file("x", ""),
+       "carattere che Windows non ammette: \"a??[2J\""},
+      {between('0', "../\x7F"), "percorso che risale: \"../?\""},
+      {TarBytes().pax({{"path", std::string(5000, 'x')}}).file("x", ""),
+       "nome troppo lungo: \"" + std::string(200, 'x') + "...\""}};
+  for (const auto& [archive, refusal] : rows) {
+    EXPECT_EQ(refusalOf(archive), refusal);
+  }
 }
 
 TEST(Extraction, APathThatIsTooLongForOtherProgramsIsRefused) {
@@ -190,15 +175,6 @@ TEST(Extraction, APathThatIsTooLongForOtherProgramsIsRefused) {
   EXPECT_EQ(extracted(pack(TarBytes().file("abcd/efghi", "")), tree), "");
   EXPECT_EQ(extracted(pack(TarBytes().file("abcd/efghij", "")), tree),
             "percorso troppo lungo: \"abcd/efghij\"");
-}
-
-TEST(Extraction, AStoredNameIsShownAsOneShortLine) {
-  EXPECT_EQ(refusalOf(TarBytes().pax({{"path", "a\n\x1B[2J"}}).file("x", "")),
-            "carattere che Windows non ammette: \"a??[2J\"");
-  EXPECT_EQ(refusalOf(between('0', "../\x7F")), "percorso che risale: \"../?\"");
-  const std::string refusal =
-      refusalOf(TarBytes().pax({{"path", std::string(5000, 'x')}}).file("x", ""));
-  EXPECT_EQ(refusal, "nome troppo lungo: \"" + std::string(200, 'x') + "...\"");
 }
 
 TEST(Extraction, AnArchiveCutOffAnywhereIsRefused) {
@@ -211,13 +187,13 @@ TEST(Extraction, AnArchiveCutOffAnywhereIsRefused) {
   EXPECT_EQ(refusalOf(gzip(archive.substr(0, 512 + 1024))), "archivio tar senza la sua fine");
 }
 
-TEST(Extraction, WhatFollowsTheEndOfTheArchiveIsRefused) {
-  const std::string hidden = TarBytes().file("hidden", "x").whole();
-  EXPECT_EQ(refusalOf(gzip(TarBytes().file("a", "").whole() + hidden)),
-            "dati estranei dopo la fine dell'archivio tar");
-  EXPECT_EQ(refusalOf(gzip(TarBytes().file("a", "").whole() + std::string(400000, '\0') + "x")),
-            "dati estranei dopo la fine dell'archivio tar");
-  EXPECT_EQ(refusalOf(gzip(TarBytes().file("a", "").whole() + std::string(400000, '\0'))), "");
+TEST(Extraction, WhatFollowsTheEndOfTheArchiveIsRefusedUnlessItIsZeros) {
+  const std::string archive = TarBytes().file("a", "").whole();
+  const std::string zeros(400000, '\0');
+  EXPECT_EQ(refusalOf(gzip(archive + zeros)), "");
+  for (const std::string& more : {TarBytes().file("hidden", "x").whole(), zeros + "x"}) {
+    EXPECT_EQ(refusalOf(gzip(archive + more)), "dati estranei dopo la fine dell'archivio tar");
+  }
 }
 
 TEST(Extraction, DamageBehindTheLastFileIsStillNoticed) {
@@ -226,20 +202,19 @@ TEST(Extraction, DamageBehindTheLastFileIsStillNoticed) {
   EXPECT_EQ(refusalOf(bytes), "pacco danneggiato (incorrect data check)");
 }
 
-TEST(Extraction, OtherThingsThanTarAreRefused) {
-  EXPECT_THAT(refusalOf(gzip("")), StartsWith("archivio tar non valido"));
-  EXPECT_THAT(refusalOf(gzip("not tar")), StartsWith("archivio tar non valido"));
-  EXPECT_THAT(refusalOf(gzip(std::string(5000, 'x'))), StartsWith("archivio tar non valido"));
-  EXPECT_THAT(refusalOf(gzip(gzip("x"))), StartsWith("archivio tar non valido"));
-}
-
-TEST(Extraction, ADamagedHeaderIsRefused) {
-  std::string archive = TarBytes().file("a", "1").file("b", "2").whole();
-  archive[1024 + 5] = 'x';
-  EXPECT_THAT(refusalOf(gzip(archive)), StartsWith("archivio tar non valido"));
+TEST(Extraction, OtherThingsThanTarAndDamagedHeadersAreRefused) {
+  std::string damaged = TarBytes().file("a", "1").file("b", "2").whole();
+  damaged[1024 + 5] = 'x';
+  for (const std::string& content :
+       {std::string(), std::string("not tar"), std::string(5000, 'x'), gzip("x"), damaged}) {
+    EXPECT_THAT(refusalOf(gzip(content)), StartsWith("archivio tar non valido"));
+  }
 }
 
 TEST(Extraction, SparseFilesWithHolesAreRefused) {
+  const auto sparse = [](const char* size, const char* map, const char* content) {
+    return TarBytes().pax({{"GNU.sparse.size", size}, {"GNU.sparse.map", map}}).file("s", content);
+  };
   EXPECT_NE(refusalOf(TarBytes()
                           .pax({{"GNU.sparse.size", "1000000000000"},
                                 {"GNU.sparse.numblocks", "1"},
@@ -248,14 +223,8 @@ TEST(Extraction, SparseFilesWithHolesAreRefused) {
                           .file("s", "x")),
             "");
   // A hole at the end only, and parts that stand in another order.
-  EXPECT_EQ(
-      refusalOf(
-          TarBytes().pax({{"GNU.sparse.size", "1000"}, {"GNU.sparse.map", "0,1"}}).file("s", "x")),
-      "file con parti mancanti");
-  EXPECT_EQ(refusalOf(TarBytes()
-                          .pax({{"GNU.sparse.size", "2"}, {"GNU.sparse.map", "1,1,0,1"}})
-                          .file("s", "xy")),
-            "file con parti mancanti");
+  EXPECT_EQ(refusalOf(sparse("1000", "0,1", "x")), "file con parti mancanti");
+  EXPECT_EQ(refusalOf(sparse("2", "1,1,0,1", "xy")), "file con parti mancanti");
 }
 
 TEST(Extraction, MoreContentThanTheLimitIsRefused) {

@@ -6,7 +6,7 @@
 
 #include "base/RuntimeError.h"
 #include "decoder/Placement.h"
-#include "support/decoder/MemoryTree.h"
+#include "unit/decoder/Lay.h"
 
 namespace trelv::decoder {
 namespace {
@@ -26,8 +26,7 @@ std::string failureOf(const std::function<void()>& work) {
 
 TEST(TemporaryFolder, TakesANameThatIsFree) {
   MemoryTree tree;
-  tree.putFolder("~QALBUNEX1.TMP");
-  tree.put("~qalbunex2.tmp", "of somebody");
+  lay(tree, {"~QALBUNEX1.TMP/", "~qalbunex2.tmp"});
   {
     const TemporaryFolder folder(tree);
     EXPECT_EQ(folder.name(), "~qalbunex3.tmp");
@@ -41,10 +40,7 @@ TEST(TemporaryFolder, IsRemovedWithAllThatIsInIt) {
   MemoryTree tree;
   {
     const TemporaryFolder folder(tree);
-    tree.putFolder(folder.name("a"));
-    tree.putFolder(folder.name("a/b"));
-    tree.put(folder.name("a/b/c"), "x");
-    tree.put(folder.name("d"), "x");
+    lay(tree, {folder.name("a/"), folder.name("a/b/"), folder.name("a/b/c"), folder.name("d")});
   }
   EXPECT_THAT(tree.names(), IsEmpty());
 }
@@ -66,107 +62,81 @@ TEST(TemporaryFolder, WhichCannotBeMadeIsAFailure) {
             "Autorizzazione negata: C:\\T\\~qalbunex1.tmp");
 }
 
-class PlacementTest : public testing::Test {
- protected:
-  /// Unpacks "prg/new.zip" and "prg/com/old.zip" and gives them their names.
-  std::string place() {
-    TemporaryFolder folder(tree_);
-    tree_.putFolder(folder.name("prg"));
-    tree_.put(folder.name("prg/new.zip"), "new");
-    tree_.putFolder(folder.name("prg/com"));
-    tree_.put(folder.name("prg/com/old.zip"), "newer");
-    return failureOf([&] { folder.place(); });
+/// Unpacks "prg/new.zip" and "prg/com/old.zip" and gives them their names.
+std::string placeIn(MemoryTree& tree) {
+  TemporaryFolder folder(tree);
+  lay(tree, {folder.name("prg/"), folder.name("prg/com/")});
+  tree.put(folder.name("prg/new.zip"), "new");
+  tree.put(folder.name("prg/com/old.zip"), "newer");
+  return failureOf([&] { folder.place(); });
+}
+
+TEST(Placement, NewFoldersAreMovedAsAWholeOrFilledFileByFile) {
+  for (const bool movable : {true, false}) {
+    MemoryTree tree;
+    if (!movable) {
+      tree.failAlways("moveFolder", system_code::kAccessDenied);
+    }
+    EXPECT_EQ(placeIn(tree), "");
+    EXPECT_THAT(tree.names(), ElementsAre("prg/", "prg/com/", "prg/com/old.zip", "prg/new.zip"));
+    EXPECT_TRUE(!movable || tree.calls() < 10);
   }
-
-  MemoryTree tree_;
-};
-
-TEST_F(PlacementTest, NewFoldersAreMovedAsAWhole) {
-  EXPECT_EQ(place(), "");
-  EXPECT_THAT(tree_.names(), ElementsAre("prg/", "prg/com/", "prg/com/old.zip", "prg/new.zip"));
-  EXPECT_LT(tree_.calls(), 10);
 }
 
-TEST_F(PlacementTest, AFolderThatStandsKeepsWhatIsInIt) {
-  tree_.putFolder("PRG");
-  tree_.putFolder("PRG/com");
-  tree_.put("PRG/com/old.zip", "old");
-  tree_.put("PRG/com/mine.txt", "mine");
-  EXPECT_EQ(place(), "");
-  EXPECT_EQ(tree_.at("prg/com/old.zip").content, "newer");
-  EXPECT_EQ(tree_.at("prg/com/mine.txt").content, "mine");
-  EXPECT_EQ(tree_.at("prg/new.zip").content, "new");
-  EXPECT_EQ(tree_.names().size(), 5U);
+TEST(Placement, AFolderThatStandsKeepsWhatIsInIt) {
+  MemoryTree tree;
+  lay(tree, {"PRG/", "PRG/com/", "PRG/com/old.zip", "PRG/com/mine.txt"});
+  EXPECT_EQ(placeIn(tree), "");
+  EXPECT_EQ(tree.at("prg/com/old.zip").content, "newer");
+  EXPECT_EQ(tree.at("prg/com/mine.txt").content, "old");
+  EXPECT_EQ(tree.at("prg/new.zip").content, "new");
+  EXPECT_EQ(tree.names().size(), 5U);
 }
 
-TEST_F(PlacementTest, AFolderThatCannotBeMovedIsFilledFileByFile) {
-  tree_.failAlways("moveFolder", system_code::kAccessDenied);
-  EXPECT_EQ(place(), "");
-  EXPECT_THAT(tree_.names(), ElementsAre("prg/", "prg/com/", "prg/com/old.zip", "prg/new.zip"));
+TEST(Placement, WhatIsInTheWayStopsAllBeforeAnythingIsMoved) {
+  const std::pair<const char*, const char*> rows[]{
+      {"prg/COM@", "un collegamento al posto di una voce del pacco: \"C:\\T\\prg\\com\""},
+      {"prg/new.zip@", "un collegamento al posto di una voce del pacco: \"C:\\T\\prg\\new.zip\""},
+      {"prg/com", "un file al posto di una cartella del pacco: \"C:\\T\\prg\\com\""},
+      {"prg/new.zip/", "una cartella al posto di un file del pacco: \"C:\\T\\prg\\new.zip\""}};
+  for (const auto& [stands, failure] : rows) {
+    MemoryTree tree;
+    lay(tree, {"prg/", stands});
+    EXPECT_EQ(placeIn(tree), std::string("nella cartella di destinazione c'è ") + failure);
+    EXPECT_THAT(tree.names(), ElementsAre("prg/", stands));
+  }
 }
 
-TEST_F(PlacementTest, ALinkInTheWayOfAFolderStopsAllBeforeAnythingIsMoved) {
-  tree_.putFolder("prg");
-  tree_.putLink("prg/COM");
-  EXPECT_EQ(place(),
-            "nella cartella di destinazione c'è un collegamento al posto di una voce del pacco: "
-            "\"C:\\T\\prg\\com\"");
-  EXPECT_THAT(tree_.names(), ElementsAre("prg/", "prg/COM@"));
-}
-
-TEST_F(PlacementTest, ALinkInTheWayOfAFileStopsAllBeforeAnythingIsMoved) {
-  tree_.putFolder("prg");
-  tree_.putLink("prg/new.zip");
-  EXPECT_NE(place(), "");
-  EXPECT_THAT(tree_.names(), ElementsAre("prg/", "prg/new.zip@"));
-}
-
-TEST_F(PlacementTest, ALinkThatCameWhileFoldersWereMovedStopsItToo) {
-  tree_.putFolder("prg");
-  tree_.before("moveFolder", [this] { tree_.putLink("prg/new.zip"); });
-  EXPECT_EQ(place(),
+TEST(Placement, ALinkThatCameWhileFoldersWereMovedStopsItToo) {
+  MemoryTree tree;
+  lay(tree, {"prg/"});
+  tree.before("moveFolder", [&] { tree.putLink("prg/new.zip"); });
+  EXPECT_EQ(placeIn(tree),
             "nella cartella di destinazione c'è un collegamento al posto di una voce del pacco: "
             "\"C:\\T\\prg\\new.zip\"");
-  EXPECT_THAT(tree_.names(), ElementsAre("prg/", "prg/com/", "prg/com/old.zip", "prg/new.zip@"));
+  EXPECT_THAT(tree.names(), ElementsAre("prg/", "prg/com/", "prg/com/old.zip", "prg/new.zip@"));
 }
 
-TEST_F(PlacementTest, AFolderThatCanNeitherBeMovedNorMadeIsNamed) {
-  tree_.before("moveFolder",
-               [this] { tree_.failAlways("makeFolder", system_code::kSharingViolation); });
-  tree_.failAlways("moveFolder", system_code::kAccessDenied);
-  EXPECT_EQ(place(), "File in uso da un altro programma: C:\\T\\prg");
-  EXPECT_THAT(tree_.names(), IsEmpty());
+TEST(Placement, AFolderThatCanNeitherBeMovedNorMadeIsNamed) {
+  MemoryTree tree;
+  tree.before("moveFolder", [&] { tree.failAlways("makeFolder", system_code::kSharingViolation); });
+  tree.failAlways("moveFolder", system_code::kAccessDenied);
+  EXPECT_EQ(placeIn(tree), "File in uso da un altro programma: C:\\T\\prg");
+  EXPECT_THAT(tree.names(), IsEmpty());
 }
 
-TEST_F(PlacementTest, AFileInTheWayOfAFolderStopsAllBeforeAnythingIsMoved) {
-  tree_.putFolder("prg");
-  tree_.put("prg/com", "a file");
-  EXPECT_EQ(place(),
-            "nella cartella di destinazione c'è un file al posto di una cartella del pacco: "
-            "\"C:\\T\\prg\\com\"");
-  EXPECT_THAT(tree_.names(), ElementsAre("prg/", "prg/com"));
-}
-
-TEST_F(PlacementTest, AFolderInTheWayOfAFileStopsAllBeforeAnythingIsMoved) {
-  tree_.putFolder("prg");
-  tree_.putFolder("prg/new.zip");
-  EXPECT_EQ(place(),
-            "nella cartella di destinazione c'è una cartella al posto di un file del pacco: "
-            "\"C:\\T\\prg\\new.zip\"");
-  EXPECT_THAT(tree_.names(), ElementsAre("prg/", "prg/new.zip/"));
-}
-
-TEST_F(PlacementTest, AFolderWithMoreEntriesThanAreRememberedIsPlacedWhole) {
+TEST(Placement, AFolderWithMoreEntriesThanAreRememberedIsPlacedWhole) {
+  MemoryTree tree;
   constexpr int kMany = 20000;
   {
-    TemporaryFolder folder(tree_);
+    TemporaryFolder folder(tree);
     for (int number = 0; number < kMany; ++number) {
-      tree_.put(folder.name("f" + std::to_string(number)), "");
+      tree.put(folder.name("f" + std::to_string(number)), "");
     }
     EXPECT_EQ(failureOf([&] { folder.place(); }), "");
   }
-  EXPECT_EQ(tree_.names().size(), static_cast<std::size_t>(kMany));
-  EXPECT_TRUE(tree_.stands("f19999"));
+  EXPECT_EQ(tree.names().size(), static_cast<std::size_t>(kMany));
+  EXPECT_TRUE(tree.stands("f19999"));
 }
 
 }  // namespace
