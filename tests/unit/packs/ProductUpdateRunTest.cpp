@@ -388,7 +388,7 @@ TEST_F(UpdateRun, WithoutWorkFreesTheLockOfAnotherSession) {
 /// Why the lock cannot be taken, and the line that tells it last but for its end.
 struct Obstacle : Row {
   void (*arrange)(UpdateRun&);
-  /// What stands in the lock's place afterwards.
+  /// What stands in the lock's place afterwards: "none", "folder", or what the file holds.
   const char* lock;
   std::string line;
 };
@@ -398,7 +398,7 @@ const std::string kRefused = "Gestione ProdTrelv - Comando non eseguito: S:\\Lum
 const std::vector<Obstacle> kObstacles{
     {"FolderInItsPlace", [](UpdateRun& t) { t.share().makeFolders(kLock); }, "folder",
      kRefused + "Autorizzazione negata: " + kLock + ")"},
-    {"NoRoom", [](UpdateRun& t) { t.share().setCapacity(t.share().usedBytes()); }, "",
+    {"NoRoom", [](UpdateRun& t) { t.share().setCapacity(t.share().usedBytes()); }, "none",
      kRefused + "Disco pieno: " + kLock + ")"},
     {"AnotherSessionWasFaster",
      [](UpdateRun& t) {
@@ -412,7 +412,7 @@ const std::vector<Obstacle> kObstacles{
        t.share().removeTree("S:\\Lumo\\prg\\tempterm");
        t.share().denyWriting("S:\\Lumo\\prg\\tempterm");
      },
-     "", kRefused}};
+     "none", kRefused}};
 
 class LockObstacle : public UpdateRun, public testing::WithParamInterface<Obstacle> {};
 
@@ -424,7 +424,7 @@ TEST_P(LockObstacle, EndsTheRunBeforeAnyCommand) {
   EXPECT_THAT(told(), Contains(StartsWith(GetParam().line)).Times(1));
   EXPECT_EQ(share().folderExists(kLock)        ? "folder"
             : installation_.serverLockExists() ? share().text(kLock)
-                                               : "",
+                                               : "none",
             GetParam().lock);
 }
 
