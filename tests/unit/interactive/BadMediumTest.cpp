@@ -3,26 +3,15 @@
 
 #include <functional>
 
-#include "support/Matchers.h"
-#include "support/MediumStation.h"
 #include "support/Rows.h"
 #include "support/Texts.h"
+#include "unit/interactive/MediumTest.h"
 
 namespace trelv::tests {
 namespace {
 
 using namespace std::string_literals;
-using machine::BoxIcon;
-using sim::SimFormWindow;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 
-constexpr const char* kSelect = "frmSelectInstall";
-constexpr const char* kStandalone = "frmProdTrelvStandalone";
-constexpr const char* kIntegratedForm = "frmProdTrelvIntegrated";
 constexpr const char* kDvd =
     "Il supporto DVD che si sta utilizzando non contiene alcuni file di sistema necessari per il "
     "proseguimento delle operazioni\r\n\r\nPremere Ok per interrompere l'esecuzione";
@@ -41,16 +30,8 @@ std::string utf16(const std::string& text) {
   return bytes;
 }
 
-class BadMedium : public testing::Test {
+class BadMedium : public MediumTest {
  protected:
-  std::vector<std::string> forms() { return station_.desktop().shownForms(); }
-  std::vector<std::string> boxTexts() { return station_.desktop().boxTexts(); }
-  std::vector<std::string> lines() { return station_.program().logLines(); }
-  sim::SimMachine& machine() { return station_.machine(); }
-  void run() {
-    station_.run();
-    EXPECT_EQ(station_.desktop().forcedCloses(), 0U);
-  }
   /// Installs these entries of the standard form.
   void installStandard(const std::vector<std::string>& captions) {
     station_.select(MediumStation::kStandard);
@@ -73,8 +54,6 @@ class BadMedium : public testing::Test {
     EXPECT_THAT(station_.desktop().boxes(),
                 Contains(isBox(BoxIcon::Exclamation, kNotComplete + packs + next)));
   }
-
-  MediumStation station_;
 };
 
 // --- The files in the root

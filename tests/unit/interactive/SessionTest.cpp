@@ -2,53 +2,25 @@
 #include <gtest/gtest.h>
 
 #include "support/Golden.h"
-#include "support/Matchers.h"
-#include "support/MediumStation.h"
 #include "support/Texts.h"
+#include "unit/interactive/MediumTest.h"
 
 namespace trelv::tests {
 namespace {
 
 using machine::BoxAnswer;
-using machine::BoxIcon;
-using sim::SimFormWindow;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 
-constexpr const char* kSelect = "frmSelectInstall";
-constexpr const char* kStandalone = "frmProdTrelvStandalone";
-constexpr const char* kIntegratedForm = "frmProdTrelvIntegrated";
 constexpr const char* kVersions = "frmProdTrelvSinglePack";
 constexpr const char* kComplete =
     "Installazione completata.\r\n\r\nI prodotti verranno installati al prossimo avvio di uno di "
     "essi.";
 constexpr const char* kConfirm = "Confermi l'avvio della procedura \r";
 
-class Session : public testing::Test {
+class Session : public MediumTest {
  protected:
-  std::vector<std::string> forms() { return station_.desktop().shownForms(); }
-  std::vector<std::string> boxTexts() { return station_.desktop().boxTexts(); }
-  std::string logText() {
-    std::string text;
-    for (const std::string& line : station_.program().logLines()) {
-      text += line + "\n";
-    }
-    return text;
-  }
-  std::vector<std::string> lines() { return station_.program().logLines(); }
-  sim::SimMachine& machine() { return station_.machine(); }
-  void run() {
-    station_.run();
-    EXPECT_EQ(station_.desktop().forcedCloses(), 0U);
-    EXPECT_EQ(station_.desktop().activeForm(), nullptr);
-  }
+  std::string logText() { return joined(lines(), "\n") + "\n"; }
   /// The user gives S:\Lumo where he is asked for the server path.
   void givePath() { station_.desktop().answerInput({"S:\\Lumo"}); }
-
-  MediumStation station_;
 };
 
 // --- Whole sessions
