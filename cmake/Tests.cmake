@@ -65,7 +65,7 @@ if(WIN32)
   # tools/bench: what the manager is compared with. The naive peer is the manager itself, except for
   # the unit that keeps ini files: the linker takes its own instead of the one in the library.
   set(benches "${PROJECT_BINARY_DIR}/tests/bench")
-  foreach(bench IN ITEMS empty starter log_only runner)
+  foreach(bench IN ITEMS empty starter log_only form runner)
     set(source "${PROJECT_SOURCE_DIR}/tests/bench/${bench}.cpp")
     add_executable(bench_${bench} "${source}")
     trelv_entry_point(bench_${bench} "${source}")
@@ -74,6 +74,7 @@ if(WIN32)
     set_target_properties(bench_${bench} PROPERTIES OUTPUT_NAME "${bench}"
                                                     RUNTIME_OUTPUT_DIRECTORY "${benches}")
   endforeach()
+  target_link_libraries(bench_form PRIVATE win32_resources comctl32)
   file(GLOB app_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/app/*.cpp")
   add_executable(bench_naive WIN32 tests/bench/naive.cpp ${app_sources})
   trelv_entry_point(bench_naive ${app_sources})

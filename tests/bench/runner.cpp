@@ -1,7 +1,7 @@
 // Times programs from inside Windows, so that the cost of starting a Windows program from outside
 // is in no figure.
 //
-//   runner ROUNDS PAUSE
+//   runner ROUNDS PAUSE [form]
 //
 // Standard input: one program a line, UTF-8, words separated by tabs: name, command line, and
 // optionally two paths, the first of which is copied over the second before each start. Each round
@@ -9,7 +9,8 @@
 // what it started itself has ended too. One round more, the first, is not told. Answer: one line
 // per start: name, milliseconds with three decimals, exit code, the largest working set seen in
 // KiB. With 0 rounds each program is started once and looked at every millisecond for its working
-// set; else that is not asked, because asking costs time, and is told as 0.
+// set; else that is not asked, because asking costs time, and is told as 0. With "form" the time
+// ends when the program's first dialog shows and answers; it is left then.
 #include <windows.h>
 // Needs the types of windows.h.
 #include <psapi.h>
@@ -95,8 +96,40 @@ SIZE_T watch(HANDLE process) {
   return peak;
 }
 
+struct Search {
+  DWORD process = 0;
+  HWND dialog = nullptr;
+};
+
+BOOL CALLBACK findDialog(HWND window, LPARAM parameter) {
+  auto& search = *reinterpret_cast<Search*>(parameter);
+  wchar_t kind[16] = {};
+  DWORD process = 0;
+  GetWindowThreadProcessId(window, &process);
+  GetClassNameW(window, kind, 16);
+  if (process != search.process || IsWindowVisible(window) == FALSE ||
+      std::wstring(kind) != L"#32770") {
+    return TRUE;
+  }
+  search.dialog = window;
+  return FALSE;
+}
+
+/// The first dialog that the process shows, once it answers; null when it ends without one.
+HWND dialogOf(const PROCESS_INFORMATION& process) {
+  Search search{process.dwProcessId};
+  while (search.dialog == nullptr && WaitForSingleObject(process.hProcess, 1) == WAIT_TIMEOUT) {
+    EnumWindows(&findDialog, reinterpret_cast<LPARAM>(&search));
+  }
+  SendMessageW(search.dialog, WM_NULL, 0, 0);
+  return search.dialog;
+}
+
+/// What is done with a program that runs.
+enum class Way { ToItsEnd, Watched, ToItsForm };
+
 /// False when the program could not be started.
-bool run(const Plan& plan, bool watched, Result& result) {
+bool run(const Plan& plan, Way way, Result& result) {
   if (!plan.from.empty()) {
     CopyFileW(plan.from.c_str(), plan.to.c_str(), FALSE);
   }
@@ -109,21 +142,24 @@ bool run(const Plan& plan, bool watched, Result& result) {
                      &startup, &process) == FALSE) {
     return false;
   }
-  if (watched) {
+  if (way == Way::Watched) {
     result.peak = watch(process.hProcess);
   }
+  HWND const dialog = way == Way::ToItsForm ? dialogOf(process) : nullptr;
+  const double atItsForm = now();
+  PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
   WaitForSingleObject(process.hProcess, INFINITE);
-  result.milliseconds = now() - before;
+  result.milliseconds = (dialog != nullptr ? atItsForm : now()) - before;
   GetExitCodeProcess(process.hProcess, &result.exitCode);
   CloseHandle(process.hThread);
   CloseHandle(process.hProcess);
   return true;
 }
 
-bool runAll(const std::vector<Plan>& plans, bool watched, bool told, DWORD pause) {
+bool runAll(const std::vector<Plan>& plans, Way way, bool told, DWORD pause) {
   for (const Plan& plan : plans) {
     Result result;
-    if (!run(plan, watched, result)) {
+    if (!run(plan, way, result)) {
       std::printf("%s\tfailed\t%lu\t0\n", plan.name.c_str(), GetLastError());
       return false;
     }
@@ -140,7 +176,8 @@ bool runAll(const std::vector<Plan>& plans, bool watched, bool told, DWORD pause
 }  // namespace
 
 int main(int count, char** arguments) {
-  if (count != 3) {
+  const bool toForm = count == 4 && std::string(arguments[3]) == "form";
+  if (count != 3 && !toForm) {
     return 2;
   }
   const int rounds = std::atoi(arguments[1]);
@@ -149,10 +186,10 @@ int main(int count, char** arguments) {
   // Holds the desktop: without any window it would come and go with the programs.
   CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
   if (rounds == 0) {
-    return runAll(plans, true, true, pause) ? 0 : 1;
+    return runAll(plans, Way::Watched, true, pause) ? 0 : 1;
   }
   for (int round = 0; round <= rounds; ++round) {
-    if (!runAll(plans, false, round > 0, pause)) {
+    if (!runAll(plans, toForm ? Way::ToItsForm : Way::ToItsEnd, round > 0, pause)) {
       return 1;
     }
   }
