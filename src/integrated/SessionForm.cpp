@@ -66,7 +66,7 @@ void SessionForm::load(FormWindow& window) {
 void SessionForm::clicked(FormWindow& window, const std::string& control) {
   handle(window, control + "_Click", [&]() -> void {
     if (control == "cmdExec") {
-      confirm(window, "");
+      confirm(window);
     } else if (control == "cmdback") {
       leave(window, UserAction::Back);
     } else if (control == "cmdExit") {
@@ -86,7 +86,7 @@ void SessionForm::selectionChanged(FormWindow& window, const std::string& contro
 }
 
 void SessionForm::doubleClicked(FormWindow& window, const std::string& control) {
-  handle(window, control + "_DblClick", [&]() -> void { confirm(window, control); });
+  handle(window, control + "_DblClick", [&]() -> void { confirmByDoubleClick(window); });
 }
 
 void SessionForm::closeRequested(FormWindow& window) {

@@ -58,8 +58,10 @@ class SessionForm : public machine::Form {
 
   /// Fills a window that is being loaded and sets its focus.
   virtual void fill(machine::FormWindow& window) = 0;
-  /// The user wants to go on: the button was pressed, or `list` (else empty) double-clicked.
-  virtual void confirm(machine::FormWindow& window, const std::string& list) = 0;
+  /// The user wants to go on: the button was pressed.
+  virtual void confirm(machine::FormWindow& window) = 0;
+  /// The user double-clicked in the list, which means nothing where a form does not say otherwise.
+  virtual void confirmByDoubleClick(machine::FormWindow& /*window*/) {}
   /// The user changed what is selected, or the page. Called once for several changes that came
   /// while something else ran.
   virtual void follow(machine::FormWindow& /*window*/) {}

@@ -64,11 +64,7 @@ void frmProdTrelvIntegrated::selectNerio(FormWindow& window) {
   }
 }
 
-void frmProdTrelvIntegrated::confirm(FormWindow& window, const std::string& list) {
-  if (!list.empty()) {
-    // Nothing is asked behind this form: two quick clicks must not begin the installation.
-    return;
-  }
+void frmProdTrelvIntegrated::confirm(FormWindow& window) {
   std::vector<OfferedProduct>& selection = program().state.selectedProducts;
   selection.clear();
   for (int i = 0; i < window.itemCount(kList); ++i) {

@@ -17,7 +17,7 @@ class frmProdTrelvIntegrated : public SessionForm {
 
  private:
   void fill(machine::FormWindow& window) override;
-  void confirm(machine::FormWindow& window, const std::string& list) override;
+  void confirm(machine::FormWindow& window) override;
   void follow(machine::FormWindow& window) override;
 
   const OfferedProduct& productOf(const machine::FormWindow& window, int item);

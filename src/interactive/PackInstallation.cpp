@@ -98,7 +98,7 @@ class Installation {
   Program& program_;
   const bool standard_;
   /// Without trailing backslash; empty where there is no temporary folder.
-  const std::string unpackFolder_;
+  std::string unpackFolder_;
   /// What could not be opened, as the closing message names it.
   std::vector<std::string> failed_;
 };
@@ -112,12 +112,12 @@ std::string unpackFolder(Program& program) {
                                                       : program.state.session.serverPath);
 }
 
-Installation::Installation(Program& program)
-    : program_(program), standard_(isStandard(program)), unpackFolder_(unpackFolder(program)) {}
+Installation::Installation(Program& program) : program_(program), standard_(isStandard(program)) {}
 
 void Installation::run() {
   log("Avvio apertura pacco.");
   log("Gestione ProdTrelv - Tipologia Installazione: " + program_.state.session.installationType);
+  unpackFolder_ = unpackFolder(program_);
   log("Gestione ProdTrelv - Path di scarico pacchi: " + unpackFolder_);
   const std::vector<OfferedProduct> selection = program_.state.selectedProducts;
   if (!selection.empty()) {

@@ -30,14 +30,22 @@ std::string onMedium(const Program& program, const char* file) {
   return program.state.session.mediaRoot + file;
 }
 
+void requireText(const std::string& line, const std::string& path) {
+  if (!mediumFiles::isPlainLine(line)) {
+    throw RuntimeError(runtime_number::kInvalidFormat, "TrelvManager",
+                       "Il file non è un testo nella codifica del sistema: " + path);
+  }
+  if (line.size() > mediumFiles::kLongestLine) {
+    throw RuntimeError(runtime_number::kInvalidFormat, "TrelvManager",
+                       "Il file ha una riga troppo lunga: " + path);
+  }
+}
+
 /// The lines of a text file of the medium. Raises when it cannot be read or is no text.
 std::vector<std::string> readMediumFile(Program& program, const std::string& path) {
   std::vector<std::string> lines = program.fileSystem.readLines(path);
   for (std::string& line : lines) {
-    if (!mediumFiles::isPlainLine(line)) {
-      throw RuntimeError(runtime_number::kInvalidFormat, "TrelvManager",
-                         "Il file non è un testo nella codifica del sistema: " + path);
-    }
+    requireText(line, path);
     line = program.machine.locale.fromAnsi(line);
   }
   return lines;

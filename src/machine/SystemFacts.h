@@ -71,7 +71,7 @@ class SystemFacts {
   /// Name of this computer, without leading backslashes.
   virtual SystemCode computerName(std::string& name) = 0;
 
-  /// Full path of the running executable.
+  /// Full path of the running executable in long names, however it was started.
   virtual std::string executablePath() = 0;
 
   /// The whole command line of the process, program included, as it was passed.

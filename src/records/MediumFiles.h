@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,6 +19,9 @@ struct SetupFile {
   bool showIntegrationPath = false;
   std::array<MenuPage, kMenuPages> menu;
 };
+
+/// No line of a medium's file is longer (bytes): more than a command line can be.
+constexpr std::size_t kLongestLine = 32'767;
 
 /// True for a line of plain text in the system's code page: no control character but the tab, and
 /// no mark of another encoding at its beginning. `bytes` as they stand in the file.

@@ -106,12 +106,19 @@ void frmProdTrelvStandalone::keepSelection(const FormWindow& window) {
 
 // --- Confirmation
 
-void frmProdTrelvStandalone::confirm(FormWindow& window, const std::string& list) {
+void frmProdTrelvStandalone::confirm(FormWindow& window) {
+  goOn(window, "Selezionare almeno una voce");
+}
+
+void frmProdTrelvStandalone::confirmByDoubleClick(FormWindow& window) {
+  goOn(window, "Selezionare preliminarmente una voce");
+}
+
+void frmProdTrelvStandalone::goOn(FormWindow& window, const char* nothingSelected) {
   keepSelection(window);
   std::vector<OfferedProduct> products = chosenProducts();
   if (products.empty()) {
-    show(BoxIcon::Critical,
-         list.empty() ? "Selezionare almeno una voce" : "Selezionare preliminarmente una voce");
+    show(BoxIcon::Critical, nothingSelected);
     window.setFocus(kList);
     return;
   }
@@ -162,7 +169,10 @@ bool frmProdTrelvStandalone::chooseVersions(OfferedProduct& product) {
     return true;
   }
   frmProdTrelvSinglePack form(program(), product.caption, folder);
-  program().machine.desktop.showModal(form);
+  if (!program().machine.desktop.showModal(form)) {
+    program().log.WriteLog("Gestione ProdTrelv - Impossibile visualizzare la finestra " +
+                           form.name());
+  }
   if (form.confirmed()) {
     for (const ChosenVersion& version : session().chosenVersions) {
       product.chosenPacks.push_back(version.pack);

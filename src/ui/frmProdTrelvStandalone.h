@@ -25,13 +25,15 @@ class frmProdTrelvStandalone : public SessionForm {
 
  private:
   void fill(machine::FormWindow& window) override;
-  void confirm(machine::FormWindow& window, const std::string& list) override;
+  void confirm(machine::FormWindow& window) override;
+  void confirmByDoubleClick(machine::FormWindow& window) override;
   void follow(machine::FormWindow& window) override;
 
   const std::vector<OfferedProduct>& entriesOf(int page);
   int firstPageToShow();
   void fillTabs(machine::FormWindow& window);
   void fillList(machine::FormWindow& window);
+  void goOn(machine::FormWindow& window, const char* nothingSelected);
   void keepSelection(const machine::FormWindow& window);
   std::vector<OfferedProduct> chosenProducts();
   bool chooseVersions(OfferedProduct& product);

@@ -99,7 +99,7 @@ bool frmSelectInstall::keyPressed(FormWindow& window, const std::string& control
   return true;
 }
 
-void frmSelectInstall::confirm(FormWindow& window, const std::string& /*list*/) {
+void frmSelectInstall::confirm(FormWindow& window) {
   const int item = window.selected(kList);
   if (item < 0) {
     show(BoxIcon::Information, "Selezionare preliminarmente una voce");

@@ -24,7 +24,8 @@ class frmSelectInstall : public SessionForm {
 
  private:
   void fill(machine::FormWindow& window) override;
-  void confirm(machine::FormWindow& window, const std::string& list) override;
+  void confirm(machine::FormWindow& window) override;
+  void confirmByDoubleClick(machine::FormWindow& window) override { confirm(window); }
 
   /// The path is empty when it is not known.
   HostInstallation installationOf(int item);

@@ -7,6 +7,7 @@
 #include <array>
 
 #include "win32/GrowingText.h"
+#include "win32/ProgramPath.h"
 #include "win32/Win32Text.h"
 
 namespace trelv::win32 {
@@ -155,11 +156,11 @@ SystemCode Win32SystemFacts::computerName(std::string& name) {
 }
 
 std::string Win32SystemFacts::executablePath() {
-  std::string path;
-  fetchFolder(path, [](wchar_t* buffer, DWORD size) {
+  std::wstring reported;
+  growingText(reported, [](wchar_t* buffer, DWORD size) {
     return called(GetModuleFileNameW, nullptr, buffer, size);
   });
-  return path;
+  return utf8(programPath(reported));
 }
 
 std::string Win32SystemFacts::commandLine() { return utf8(GetCommandLineW()); }

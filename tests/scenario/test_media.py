@@ -1,6 +1,8 @@
 """Media that lie in odd places, are reached in odd ways, or hold what they should not."""
 
+import contextlib
 import shutil
+import subprocess
 import time
 
 import pytest
@@ -76,6 +78,12 @@ def test_a_medium_in_an_odd_folder_serves_as_well(hosted, folder):
 # --- How it is reached
 
 
+def short_name(station, path):
+    return subprocess.run([windows.PROJECT / "tools/wine", "winepath.exe", "-s", path], check=True,
+                          capture_output=True, text=True,
+                          env=station.prefix.environment).stdout.strip()
+
+
 def expect_session(drive, program):
     """A whole session but for the installation: its medium is found, and its own file by name."""
     drive.station.manager = program
@@ -92,8 +100,20 @@ def expect_session(drive, program):
     assert [path.name for path in drive.station.log.parent.iterdir()] == ["TrelvManager.log"]
 
 
-def test_a_session_begins_through_a_prefixed_path(standalone):
-    expect_session(standalone, "\\\\?\\D:\\" + MANAGER)
+@pytest.mark.parametrize("root", ["\\\\pc\\dvd", "\\\\?\\D:", "\\\\?\\UNC\\pc\\dvd"],
+                         ids=["share", "prefix", "share-prefix"])
+def test_a_session_begins_wherever_its_program_is_started(standalone, root):
+    server = standalone.station.prefix.folder / "dosdevices/unc/pc"
+    server.mkdir(parents=True, exist_ok=True)
+    with contextlib.suppress(FileExistsError):
+        (server / "dvd").symlink_to(standalone.root)
+    expect_session(standalone, f"{root}\\{MANAGER}")
+
+
+def test_a_session_that_is_started_by_a_short_name_goes_by_the_long_one(standalone):
+    program = short_name(standalone.station, "D:\\" + MANAGER)
+    assert "~" in program
+    expect_session(standalone, program)
 
 
 # --- What it holds

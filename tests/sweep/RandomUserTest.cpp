@@ -3,10 +3,11 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <iostream>
+#include <map>
 #include <optional>
 #include <random>
+#include <set>
 
 #include "support/Cores.h"
 #include "support/MediumStation.h"
@@ -41,13 +42,29 @@ constexpr std::array kBoxes{"Selezionare preliminarmente una voce",
                             "Installazione completata.",
                             "File di help: "};
 
-/// What may be shown behind each form, the forms over it left out; "" is the end of the session.
-const std::map<std::string, Names> kEdges{
-    {"", {kSelect}},
-    {kSelect, {kStandalone, kIntegratedForm, ""}},
-    {kStandalone, {kStandalone, kSelect, ""}},
-    {kIntegratedForm, {kIntegratedForm, kSelect, ""}},
+/// The states of a session, and what may follow each; the forms over one form are left out.
+constexpr const char* kOutside = "outside";
+constexpr const char* kStandaloneAgain = "frmProdTrelvStandalone without back";
+constexpr const char* kInstallingStandalone = "installing from frmProdTrelvStandalone";
+constexpr const char* kInstallingIntegrated = "installing from frmProdTrelvIntegrated";
+using Edges = std::map<std::string, std::set<std::string>>;
+const Edges kEdges{
+    {kOutside, {kSelect}},
+    {kSelect, {kStandalone, kIntegratedForm, kOutside}},
+    {kStandalone, {kInstallingStandalone, kSelect, kOutside}},
+    {kInstallingStandalone, {kStandaloneAgain}},
+    {kStandaloneAgain, {kInstallingStandalone, kOutside}},
+    {kIntegratedForm, {kInstallingIntegrated, kSelect, kOutside}},
+    {kInstallingIntegrated, {kOutside}},
 };
+
+std::string stateOf(const SimFormWindow& form) {
+  const std::string& name = form.formName();
+  if (form.hasControl("cmdExec") && !form.isEnabled("cmdExec")) {
+    return "installing from " + name;
+  }
+  return name == kStandalone && !form.isEnabled("cmdback") ? kStandaloneAgain : name;
+}
 
 /// Does anything that a user can, at any moment.
 class RandomUser {
@@ -63,6 +80,12 @@ class RandomUser {
   }
 
   std::size_t steps() const { return steps_; }
+  /// The states of the session, from its beginning to its end.
+  Names states() const {
+    Names states = states_;
+    states.push_back(kOutside);
+    return states;
+  }
 
  private:
   /// A number from 0 on.
@@ -70,6 +93,9 @@ class RandomUser {
 
   void work(SimFormWindow& form) {
     check(form);
+    if (form.formName() != kVersions && form.formName() != kInformation) {
+      states_.push_back(stateOf(form));
+    }
     const std::size_t most = below(40);
     for (std::size_t i = 0; i < most && form.isOpen(); ++i) {
       prepareAnswers();
@@ -210,20 +236,15 @@ class RandomUser {
   MediumStation& station_;
   std::mt19937& random_;
   std::size_t steps_ = 0;
+  Names states_{kOutside};
 };
 
-void expectEdges(const Names& shown) {
-  std::string at;
-  for (const std::string& form : shown) {
-    if (form == kVersions || form == kInformation || form == "frmwait") {
-      continue;
-    }
-    const Names& next = kEdges.at(at);
-    EXPECT_NE(std::find(next.begin(), next.end(), form), next.end()) << at << " -> " << form;
-    at = form;
+void expectEdges(const Names& states, Edges& walked) {
+  for (std::size_t i = 1; i < states.size(); ++i) {
+    const std::string& from = states[i - 1];
+    EXPECT_TRUE(kEdges.at(from).contains(states[i])) << from << " -> " << states[i];
+    walked[from].insert(states[i]);
   }
-  const Names& last = kEdges.at(at);
-  EXPECT_NE(std::find(last.begin(), last.end(), ""), last.end()) << "ended in " << at;
 }
 
 void expectKnownBoxes(const std::vector<sim::SimBox>& boxes) {
@@ -247,8 +268,15 @@ void expectCleanEnd(MediumStation& station, const std::string& medium) {
   EXPECT_TRUE(recorded.empty() || recorded == "S:\\Lumo") << recorded;
 }
 
-/// One session of a random user on a random machine; how many steps he took.
-std::size_t playSession(std::mt19937& random, std::size_t& installed) {
+/// What users did.
+struct Played {
+  std::size_t steps = 0;
+  std::size_t installed = 0;
+  Edges walked;
+};
+
+/// One session of a random user on a random machine.
+void playSession(std::mt19937& random, Played& played) {
   MediumStation station;
   if (random() % 6 == 0) {
     station.machine().setIniValue("C:\\WINDOWS\\NERIO.INI", "Pathnames", "Homedir", "C:\\Nerio");
@@ -262,30 +290,39 @@ std::size_t playSession(std::mt19937& random, std::size_t& installed) {
   const std::string medium = station.medium().tree();
   RandomUser user(station, random);
   station.run();
-  expectEdges(station.desktop().shownForms());
+  expectEdges(user.states(), played.walked);
   expectKnownBoxes(station.desktop().boxes());
   expectCleanEnd(station, medium);
-  installed += station.setups().size();
-  return user.steps();
+  played.installed += station.setups().size();
+  played.steps += user.steps();
 }
 
-/// Sessions of one user, one after the other; how many programs were started in them.
-std::size_t playUser(std::size_t user) {
+/// Sessions of one user, one after the other.
+Played playUser(std::size_t user) {
   std::mt19937 random(kSeed + static_cast<unsigned>(user));
-  std::size_t installed = 0;
-  std::size_t session = 0;
-  for (std::size_t steps = 0; steps < kStepsOfEach && !testing::Test::HasFailure(); ++session) {
+  Played played;
+  for (std::size_t session = 0; played.steps < kStepsOfEach && !testing::Test::HasFailure();
+       ++session) {
     SCOPED_TRACE("user " + std::to_string(user) + ", session " + std::to_string(session));
-    steps += playSession(random, installed);
+    playSession(random, played);
   }
-  return installed;
+  return played;
 }
 
-TEST(RandomUsers, ReachNoUndefinedStateInAHundredThousandSteps) {
+TEST(RandomUsers, WalkEveryEdgeAndReachNoUndefinedStateInAHundredThousandSteps) {
   std::cout << "seed " << kSeed << "\n";
-  std::atomic<std::size_t> installed{0};
-  onAllCores(kUsers, [&](std::size_t user) { installed += playUser(user); });
+  std::array<Played, kUsers> users;
+  onAllCores(kUsers, [&](std::size_t user) { users.at(user) = playUser(user); });
+  std::size_t installed = 0;
+  Edges walked;
+  for (const Played& played : users) {
+    installed += played.installed;
+    for (const auto& [from, to] : played.walked) {
+      walked[from].insert(to.begin(), to.end());
+    }
+  }
   EXPECT_LT(1000U, installed) << "they did too little";
+  EXPECT_EQ(walked, kEdges);
 }
 
 }  // namespace

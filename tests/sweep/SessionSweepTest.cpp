@@ -13,6 +13,7 @@ namespace {
 using sim::SimFormWindow;
 
 constexpr const char* kStandalone = "frmProdTrelvStandalone";
+constexpr const char* kVersions = "frmProdTrelvSinglePack";
 constexpr const char* kIntegratedForm = "frmProdTrelvIntegrated";
 constexpr const char* kClientCopy = "S:\\Lumo\\prg\\com\\bin\\cpy\\client\\TrelvManager.exe";
 constexpr const char* kAmbver = "S:\\Lumo\\prg\\etc\\ambver";
@@ -31,7 +32,8 @@ const CallTable<Exception> kSilent{
 
 enum class SessionKind { Standard, Integrated };
 
-/// A workstation on which a user installs Nerio, integrated Zeltomodelli with its command too.
+/// A workstation on which a user installs one of two versions of Bilancio, integrated Nerio, and
+/// Zeltomodelli with its command.
 class SweptSession : public SweptWorld {
  public:
   explicit SweptSession(SessionKind kind);
@@ -76,8 +78,10 @@ SweptSession::SweptSession(SessionKind kind) : kind_(kind) {
 
 /// The user chooses what stands in the list, goes on once, and leaves what comes back.
 void SweptSession::work(SimFormWindow& form) {
-  toggleIfThere(form, "Nerio");
-  if (kind_ == SessionKind::Integrated) {
+  if (kind_ == SessionKind::Standard) {
+    toggleIfThere(form, "Bilancio");
+  } else {
+    toggleIfThere(form, "Nerio");
     toggleIfThere(form, "Zeltomodelli");
   }
   form.click("cmdExec");
@@ -90,6 +94,10 @@ void SweptSession::run() {
   station_.desktop().answerInput({"S:\\Lumo"});
   station_.onForm(standard ? kStandalone : kIntegratedForm,
                   [this](SimFormWindow& form) { work(form); });
+  station_.onForm(kVersions, [](SimFormWindow& form) {
+    toggleIfThere(form, "b-09.94.zip");
+    form.click("cmdExec");
+  });
   station_.run();
   told_ = station_.program().logLines();
   for (const std::vector<std::string>& shown :
@@ -117,7 +125,7 @@ bool SweptSession::commandRan(const std::string& command) {
 /// All that a session without failures does is done.
 bool SweptSession::isDone() {
   if (kind_ == SessionKind::Standard) {
-    return commandRan("nerio\\setup.exe");
+    return commandRan("zb\\setup.exe");
   }
   return delivered(setupTree("NERIO", "03.20.30.00")) &&
          delivered(setupTree("ZM", "06.50.30.00")) && commandRan("leggimi.exe") &&

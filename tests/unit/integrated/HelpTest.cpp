@@ -86,6 +86,30 @@ TEST_F(HelpOfTheForms, TheFreeReaderServesWhereTheFullProductIsMissing) {
   EXPECT_THAT(started(), ElementsAre("C:\\Program Files\\Adobe\\AcroRd32.exe \"C:\\a b.pdf\""));
 }
 
+TEST_F(HelpOfTheForms, WhatIsRegisteredStandsInTheCommandAsItIs) {
+  machine_.programs().define("C:\\Program Files\\Adobe\\Acrobat.exe");
+  for (const char* const registered : {"\"C:\\Program Files\\Adobe\\Acrobat.exe\"",
+                                       "\"C:\\Program Files\\Adobe\\Acrobat.exe\" /n \"%1\"",
+                                       "C:\\Program Files\\Adobe\\Acrobat.exe"}) {
+    machine_.registry().setText(machine::Hive::LocalMachine, std::string(kAppPaths) + "Acrobat.exe",
+                                "", registered);
+    ShowPdf(program_, "C:\\a.pdf");
+    ASSERT_THAT(started(), testing::Not(IsEmpty()));
+    EXPECT_EQ(started().back(), std::string(registered) + " \"C:\\a.pdf\"");
+    EXPECT_EQ(machine_.started().back().program, "C:\\Program Files\\Adobe\\Acrobat.exe");
+  }
+  EXPECT_THAT(started(), SizeIs(3));
+  EXPECT_THAT(program_.reports(), IsEmpty());
+}
+
+TEST_F(HelpOfTheForms, AFullProductThatIsRegisteredAsBlanksLeavesTheFreeReader) {
+  registerReader("AcroRd32.exe", "C:\\Adobe\\AcroRd32.exe");
+  machine_.registry().setText(machine::Hive::LocalMachine, std::string(kAppPaths) + "Acrobat.exe",
+                              "", "  ");
+  ShowPdf(program_, "C:\\a.pdf");
+  EXPECT_THAT(started(), ElementsAre("C:\\Adobe\\AcroRd32.exe \"C:\\a.pdf\""));
+}
+
 TEST_F(HelpOfTheForms, WithoutReaderABoxAsksForOne) {
   putPdf();
   help_.ShowHelp("");
@@ -96,12 +120,14 @@ TEST_F(HelpOfTheForms, WithoutReaderABoxAsksForOne) {
   EXPECT_EQ(machine_.boxes()[0].buttons, BoxButtons::Ok);
 }
 
-TEST_F(HelpOfTheForms, AReaderThatCannotBeStartedIsReported) {
+TEST_F(HelpOfTheForms, AReaderThatCannotBeStartedIsReportedAndNoOtherIsTried) {
+  registerReader("AcroRd32.exe", "C:\\Adobe\\AcroRd32.exe");
   machine_.registry().setText(machine::Hive::LocalMachine, std::string(kAppPaths) + "Acrobat.exe",
                               "", "C:\\via.exe");
   ShowPdf(program_, "C:\\a.pdf");
   EXPECT_THAT(program_.reportTexts(),
               ElementsAre("Errore in esecuzione programma: C:\\via.exe \"C:\\a.pdf\""));
+  EXPECT_THAT(started(), IsEmpty());
 }
 
 TEST_F(HelpOfTheForms, APathThatIsNotRegisteredIsEmpty) {
@@ -165,6 +191,33 @@ TEST_F(HelpOfTheForms, AWordThatTheUserClosedDoesNotKeepTheNextFromStarting) {
   ASSERT_THAT(words(), SizeIs(2));
   EXPECT_TRUE(words()[1]->visible);
   EXPECT_THAT(program_.reports(), IsEmpty());
+}
+
+TEST_F(HelpOfTheForms, AWordThatRefusesToQuitDoesNotKeepTheNextFromStarting) {
+  constexpr SystemCode kBusy = 0x80010001U;
+  putDocument();
+  machine_.automation().installWord({"indice"});
+  help_.ShowHelp("");
+  machine_.automation().failNext({kBusy, "", ""});
+  help_.ShowHelp("indice");
+  ASSERT_THAT(words(), SizeIs(2));
+  EXPECT_FALSE(words()[0]->ended);
+  EXPECT_TRUE(words()[0]->released);
+  EXPECT_EQ(words()[1]->bookmark, "indice");
+  EXPECT_THAT(program_.reports(), IsEmpty());
+  EXPECT_THAT(program_.lines(), IsEmpty());
+}
+
+TEST_F(HelpOfTheForms, AWordThatTheUserClosesWhileTheManualOpensIsReportedAndTheNextOneServes) {
+  putDocument();
+  machine_.automation().installWord({"indice"});
+  machine_.onCall("word.goToBookmark", [this] { words()[0]->ended = true; });
+  help_.ShowHelp("indice");
+  EXPECT_THAT(program_.reports(), SizeIs(1));
+  help_.ShowHelp("indice");
+  ASSERT_THAT(words(), SizeIs(2));
+  EXPECT_EQ(words()[1]->bookmark, "indice");
+  EXPECT_THAT(program_.reports(), SizeIs(1));
 }
 
 TEST_F(HelpOfTheForms, WithoutWordTheFailureIsReported) {

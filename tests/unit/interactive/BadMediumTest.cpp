@@ -3,6 +3,7 @@
 
 #include <functional>
 
+#include "support/Refusals.h"
 #include "support/Rows.h"
 #include "support/Texts.h"
 #include "unit/interactive/MediumTest.h"
@@ -106,7 +107,13 @@ const std::vector<OddFile> kOddFiles{
     {"EmptyVersion", "Versione.ver", "", kVersionText, kTitleWithoutVersion},
     {"BinaryVersion", "Versione.ver", "\x01\x02\0\x03"s, kVersionText, kTitleWithoutVersion},
     {"VersionInUtf16", "Versione.ver", utf16("2026.2\r\n"), kVersionText, kTitleWithoutVersion},
+    {"VersionInUtf8WithItsMark", "Versione.ver",
+     "\xEF\xBB\xBF"
+     "2026.2\r\n",
+     kVersionText, kTitleWithoutVersion},
     {"VersionWithoutLineEnd", "Versione.ver", "2026.2", "", kGoodTitle},
+    {"VersionThatIsALongText", "Versione.ver", std::string(10'000'000, 'v'), kVersionText,
+     kTitleWithoutVersion},
     {"VersionWithMoreLines", "Versione.ver", "2026.2\naltro\n", "", kGoodTitle},
     {"EmptySetup", "Setup.cmf", "", kVersionText, ""},
     {"BinarySetup", "Setup.cmf", "MZ\x90\0\x03\0"s, kVersionText, ""},
@@ -117,11 +124,22 @@ const std::vector<OddFile> kOddFiles{
      "Prodotti 2026.2#PRIMA_LISTA#N|n|NERIO"},
     {"SetupWithOldMacLineEnds", "Setup.cmf", "Prodotti\r\r#PRIMA_LISTA#N|n|NERIO\r", kVersionText,
      ""},
+    {"SetupWithALongHeader", "Setup.cmf", std::string(10'000'000, 'h') + "\r\n\r\n", kVersionText,
+     ""},
+    {"SetupWithALongEntry", "Setup.cmf",
+     "Prodotti\r\n\r\n#PRIMA_LISTA#" + std::string(10'000'000, 'e') + "|n|NERIO\r\n", kVersionText,
+     ""},
     {"SetupOfOneLine", "Setup.cmf", "Prodotti\r\n", kVersionText, "Prodotti"},
     {"SetupWithoutMenu", "Setup.cmf", "Prodotti %V%\r\n\r\n", "", "Prodotti 2026.2"},
     {"EmptyProducts", "Products.cmf", "", "", kGoodTitle},
     {"BinaryProducts", "Products.cmf", "\0\0\0"s, kProductsText, kGoodTitle},
     {"ProductsInUtf16", "Products.cmf", utf16("NERIO|Nerio\r\n"), kProductsText, kGoodTitle},
+    {"ProductsInUtf8WithItsMark", "Products.cmf",
+     "\xEF\xBB\xBF"
+     "NERIO|Nerio\r\n",
+     kProductsText, kGoodTitle},
+    {"ProductsWithALongLine", "Products.cmf", "NERIO|" + std::string(10'000'000, 'd'),
+     kProductsText, kGoodTitle},
     {"ProductsWithoutLineEnd", "Products.cmf", "NERIO|Nerio", "", kGoodTitle},
     {"ProductsThatAreNone", "Products.cmf", "nerio|Nerio\r\n", kProductsText, kGoodTitle},
     {"ProductsWithoutSeparator", "Products.cmf", "NERIO\r\n\r\n", "", kGoodTitle},
@@ -158,6 +176,19 @@ TEST_F(BadMedium, AFileThatIsNoTextIsNamedInItsReport) {
   run();
   EXPECT_THAT(station_.reports(), ElementsAre(std::string(kVersionText) + kNoText +
                                               MediumStation::kRoot + "Setup.cmf"));
+}
+
+TEST_F(BadMedium, ALineAsLongAsACommandLineCanBeIsRead) {
+  const std::string entry = "#PRIMA_LISTA#Nerio|n|NERIO|";
+  station_.putMenu({entry + std::string(32'767 - entry.size(), 'c')});
+  run();
+  EXPECT_THAT(station_.reports(), IsEmpty());
+  EXPECT_EQ(station_.session().menu[0].entries.size(), 1U);
+  station_.putMenu({entry + std::string(32'768 - entry.size(), 'c')});
+  run();
+  EXPECT_THAT(station_.reports(),
+              ElementsAre(std::string(kVersionText) + "Il file ha una riga troppo lunga: " +
+                          MediumStation::kRoot + "Setup.cmf"));
 }
 
 TEST_F(BadMedium, AThousandProductsAreAllLookedFor) {
@@ -226,6 +257,16 @@ TEST_F(BadMedium, APackFolderThatLiesElsewhereIsNotOpened) {
   expectWarning("\r\nNerio: packs\r\nLuda: packs");
 }
 
+TEST_F(BadMedium, APackFolderThatIsAFileIsTold) {
+  machine().removeTree("E:\\prodotti\\packs\\nerio");
+  station_.putMediumFile("prodotti\\packs\\nerio", "x");
+  installIntegrated({"Nerio"});
+  EXPECT_THAT(lines(),
+              Contains(HasSubstr("Gestione ProdTrelv - Errore in ordinamento cartella "
+                                 "E:\\prodotti\\manager\\..\\..\\prodotti\\packs\\nerio (")));
+  expectWarning("\r\nNerio: prodotti\\packs\\nerio", kNext);
+}
+
 TEST_F(BadMedium, APackFolderWithoutPacksIsTold) {
   machine().removeTree("E:\\prodotti\\packs\\nerio\\nerio.zip");
   station_.putMediumFile("prodotti\\packs\\nerio\\NERIO.ZIP", "x");
@@ -271,6 +312,28 @@ TEST_F(BadMedium, AZipWithoutGzPackIsTold) {
   station_.putMediumFile("prodotti\\packs\\nerio\\nerio.zip", packBytes({{"leggimi.txt", "x"}}));
   installIntegrated({"Nerio"});
   expectWarning("\r\nNerio: prodotti\\packs\\nerio", kNext);
+}
+
+TEST_F(BadMedium, AGzPackWithoutSetUpTreeIsReportedAndTold) {
+  station_.putMediumFile("prodotti\\packs\\nerio\\nerio.zip",
+                         packBytes({{"nerio.gz", packBytes({{"prg\\altro\\leggimi.txt", "x"}})}}));
+  installIntegrated({"Nerio", "Zeltomodelli"});
+  ASSERT_EQ(station_.reports().size(), 1U);
+  EXPECT_THAT(station_.reports()[0], HasSubstr("Errore in Apertura Pacco  / "));
+  expectWarning("\r\nNerio: nerio.gz", kNext);
+  EXPECT_THAT(station_.namesIn("S:\\Lumo\\prg\\com\\setup\\aggdovra"),
+              ElementsAre("agdvcomp.ini", "zm", "zm.ini"));
+}
+
+TEST_F(BadMedium, AZipPackInAGzPackThatIsNoneIsTold) {
+  station_.putMediumFile(
+      "prodotti\\packs\\nerio\\nerio.zip",
+      packBytes(
+          {{"nerio.gz", packBytes({{"prg\\com\\setup\\aggdovra\\nerio-1.zip", "no pack"}})}}));
+  installIntegrated({"Nerio", "Zeltomodelli"});
+  expectWarning("\r\nNerio: nerio-1.zip", kNext);
+  EXPECT_THAT(station_.namesIn("S:\\Lumo\\prg\\com\\setup\\aggdovra"),
+              ElementsAre("agdvcomp.ini", "zm", "zm.ini"));
 }
 
 TEST_F(BadMedium, OfManyPacksTheFirstTenAreNamed) {
@@ -335,6 +398,34 @@ TEST_F(BadMedium, APathOf200LettersIsNoTrouble) {
   EXPECT_THAT(station.setups(), Contains(std::string(kTree) + "\\nerio\\setup.exe"));
 }
 
+TEST_F(BadMedium, InAFolderOfAnOddNameAllGoesAsInAnyOther) {
+  const std::string root = "E:\\Š Œ Ž & 100% d'è";
+  const std::string manager = root + "\\prodotti\\manager";
+  MediumStation station;
+  PackPrograms programs(station.machine(), manager);
+  station.putMenu(
+      {"#PRIMA_LISTA#Qualità & 50% Š|prodotti\\packs\\Š & 1%|NERIO|"
+       "\"%MEDIUM%\\prodotti\\docs\\leggimi.exe\" %PATHSETUP%"});
+  station.machine().putFile(root + "\\prodotti\\docs\\leggimi.exe", "MZ");
+  station.machine().putFile(root + "\\prodotti\\packs\\Š & 1%\\un pacco Œ.zip",
+                            mediumPack("Ž 1", setupTree("NERIO", "03.20.30.00")));
+  for (const char* const file : {"Setup.cmf", "Versione.ver"}) {
+    station.machine().putFile(root + "\\" + file,
+                              station.machine().fileText(std::string("E:\\") + file));
+  }
+  station.machine().setExecutable(manager + "\\TrelvManager.exe");
+  station.select(MediumStation::kStandard);
+  station.install(kStandalone, {"Qualità & 50% Š"});
+  station.run();
+  EXPECT_THAT(station.desktop().boxTexts(),
+              ElementsAre(HasSubstr("Installazione Standard"),
+                          "Confermi l'avvio della procedura \rQualità & 50% Š"));
+  EXPECT_EQ(station.machine().started().back().program, std::string(kTree) + "\\nerio\\setup.exe");
+  EXPECT_THAT(endsOf(station.program().logLines(), "Esecuzione "),
+              ElementsAre("1: \"" + manager + "\\..\\..\\prodotti\\docs\\leggimi.exe\" " +
+                          MediumStation::kTemp));
+}
+
 TEST_F(BadMedium, WithoutRoomForTheWorkFolderNothingIsOpened) {
   machine().onCall("desktop.showModeless frmProdTrelvStandalone", [this] {
     machine().diskOf("C:\\").denyWriting(MediumStation::kTemp, system_code::kDiskFull);
@@ -369,6 +460,19 @@ TEST_F(BadMedium, WithoutATemporaryFolderNothingIsOpenedOrSetUp) {
   EXPECT_THAT(lines(), Not(Contains("Gestione ProdTrelv - Avvio lancio setup per prodotti "
                                     "complementari in modalità standalone")));
   expectWarning("\r\nNerio: prodotti\\packs\\nerio\\nerio.zip");
+}
+
+TEST_F(BadMedium, ATemporaryFolderThatCannotBeHadIsToldInItsPlace) {
+  machine().onCall("desktop.showModeless frmProdTrelvStandalone", [this] {
+    machine().callLog().setInjector(refuse({sim::CallKind::TemporaryFolderQuery}));
+  });
+  installStandard({"Nerio"});
+  const std::vector<std::string> steps = lines();
+  const auto first = std::find(steps.begin(), steps.end(), "Avvio apertura pacco.");
+  ASSERT_LT(4, steps.end() - first);
+  EXPECT_EQ(first[1], "Gestione ProdTrelv - Tipologia Installazione: Installazione Standard");
+  EXPECT_THAT(first[2], HasSubstr("Gestione ProdTrelv - Errore in lettura cartella temporanea: "));
+  EXPECT_EQ(first[3], "Gestione ProdTrelv - Path di scarico pacchi: ");
 }
 
 TEST_F(BadMedium, AWorkFolderThatIsTakenIsLeftAlone) {

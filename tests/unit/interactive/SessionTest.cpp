@@ -212,6 +212,9 @@ TEST_F(Session, AnEmptyRecordedPathIsAskedForAndStays) {
 }
 
 TEST_F(Session, TheIntegratedFormOffersAllListsWithoutTheEntryExit) {
+  station_.putMenu({"#QUARTA_LISTA#Zeltomodelli|packs\\zm|ZM", "#TERZA_LISTA#Fine||EXIT",
+                    "#TERZA_LISTA#Bilancio|packs\\zb|ZB", "#PRIMA_LISTA#Nerio|packs\\n|NERIO",
+                    "#PRIMA_LISTA#Esci||Exit"});
   station_.select(MediumStation::kIntegrated);
   givePath();
   station_.onForm(kIntegratedForm, [](SimFormWindow& form) {

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "support/RealProgram.h"
+#include "support/Refusals.h"
 #include "support/SessionForms.h"
 #include "ui/frmProdTrelvStandalone.h"
 
@@ -325,6 +326,18 @@ TEST_F(StandaloneForm, LeavingTheVersionFormComesBackAndBackStaysActive) {
       EXPECT_EQ(session().userAction, UserAction::None);
     }
   });
+  EXPECT_THAT(selection(), IsEmpty());
+}
+
+TEST_F(StandaloneForm, AVersionFormThatCannotBeShownIsToldAndCountsAsLeft) {
+  show([this](SimFormWindow& form) {
+    form.toggle(kList, 1);
+    machine_.callLog().setInjector(refuse({sim::CallKind::FormShow}));
+    form.click("cmdExec");
+    EXPECT_TRUE(form.isOpen());
+  });
+  EXPECT_EQ(lines().back(),
+            "Gestione ProdTrelv - Impossibile visualizzare la finestra frmProdTrelvSinglePack");
   EXPECT_THAT(selection(), IsEmpty());
 }
 
