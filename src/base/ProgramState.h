@@ -9,6 +9,7 @@
 
 #include "base/Codes.h"
 #include "base/InstallationPaths.h"
+#include "base/SiteNames.h"
 #include "base/VersionRecord.h"
 
 namespace trelv {
@@ -222,6 +223,8 @@ struct ProgramState {
   /// The products that the direct set-up runs.
   std::vector<OfferedProduct> selectedProducts;
   SessionState session;
+  /// Nothing until somebody asks for one of them.
+  std::optional<SiteNames> siteNames;
 };
 
 }  // namespace trelv

@@ -6,6 +6,7 @@
 
 #include "base/Text.h"
 #include "base/Trap.h"
+#include "platform/SiteFile.h"
 #include "platform/modLibrary.h"
 #include "platform/modRegistry.h"
 
@@ -39,25 +40,11 @@ struct Product {
   const char* name;
 };
 
-/// The suite's products. The names of 1, 11, 14, 17, 18 and 999 are the suite's; the others are
-/// this site's choice.
-constexpr std::array<Product, 19> kProducts{{
+/// The names that the suite itself gives. Those of its other products are the site's.
+constexpr std::array<Product, 6> kSuiteProducts{{
     {1, "PELAN"},
-    {2, "FADRO"},
-    {3, "TULMAR"},
-    {4, "ONVEXA"},
-    {5, "RISPEL"},
-    {6, "QUADRIN"},
-    {7, "ZELVO"},
-    {8, "MIRTAN"},
-    {9, "COLBEX"},
-    {10, "SURVENA"},
     {11, "LUMO770"},
-    {12, "ARDELO"},
-    {13, "PENTRIS"},
     {kProductDovra, "DOVRA"},
-    {15, "VAXOL"},
-    {16, "NUBREL"},
     {17, "TRAVOLIN"},
     {18, "DVSTUDIO"},
     {kProductSystem, "SYSTEM"},
@@ -65,8 +52,6 @@ constexpr std::array<Product, 19> kProducts{{
 
 /// Product whose settings tell where the suite Travolin lies.
 constexpr std::int32_t kProductOfTravolinPaths = 10;
-/// Travolin's ini file, in the Windows folder: this site's choice.
-constexpr const char* kTravolinIniFile = "travolin.ini";
 
 struct Meaning {
   std::int32_t code;
@@ -131,10 +116,10 @@ std::string received(const std::string& buffer) {
   return buffer.substr(0, end);
 }
 
-std::string failureText(const std::string& what, std::int32_t answer,
+std::string failureText(Program& program, const std::string& what, std::int32_t answer,
                         const SettingAddress& address) {
   return what + ErrorText(answer) + kCrLf + "Sezione: " + address.section + kCrLf +
-         "Chiave: " + address.key + kCrLf + "Prodotto: " + ProductName(address.product);
+         "Chiave: " + address.key + kCrLf + "Prodotto: " + ProductName(program, address.product);
 }
 
 /// The configuration path and the library's answer; raises when the library cannot be called.
@@ -161,24 +146,32 @@ std::string travolinFolder(Program& program) {
                     kSize, folder);
   }
   if (folder == kDefaultValue) {
-    folder = modLibrary::ReadSetting(program, {kTravolinIniFile, "Parametri", "PathPelan"});
+    folder = modLibrary::ReadSetting(
+        program, {siteFile::Names(program).travolinIniFile, "Parametri", "PathPelan"});
   }
   return folder;
 }
 
 }  // namespace
 
-std::string ProductName(std::int32_t code) {
-  const auto* const found = std::find_if(kProducts.begin(), kProducts.end(),
+std::string ProductName(Program& program, std::int32_t code) {
+  const auto* const given = std::find_if(kSuiteProducts.begin(), kSuiteProducts.end(),
                                          [code](const Product& p) { return p.code == code; });
-  return found != kProducts.end() ? found->name : "";
+  if (given != kSuiteProducts.end()) return given->name;
+  const auto& names = siteFile::Names(program).storeProducts;
+  const auto found = names.find(code);
+  return found != names.end() ? found->second : "";
 }
 
-std::int32_t ProductCode(const std::string& name) {
+std::int32_t ProductCode(Program& program, const std::string& name) {
   const std::string wanted = upperCase(name);
-  const auto* const found = std::find_if(kProducts.begin(), kProducts.end(),
+  const auto* const given = std::find_if(kSuiteProducts.begin(), kSuiteProducts.end(),
                                          [&wanted](const Product& p) { return wanted == p.name; });
-  return found != kProducts.end() ? found->code : 0;
+  if (given != kSuiteProducts.end()) return given->code;
+  const auto& names = siteFile::Names(program).storeProducts;
+  const auto found = std::find_if(names.begin(), names.end(),
+                                  [&wanted](const auto& entry) { return wanted == entry.second; });
+  return found != names.end() ? found->first : 0;
 }
 
 bool GetParameterXML(Program& program, const SettingAddress& address,
@@ -193,14 +186,15 @@ bool GetParameterXML(Program& program, const SettingAddress& address,
     for (int reads = 0; answer == code::kDocumentEmpty && reads < kMostReads; ++reads) {
       buffer.assign(length, '\0');
       answer = program.machine.configuration.getParameter(
-          ProductName(address.product), address.section, address.key, address.attribute,
+          ProductName(program, address.product), address.section, address.key, address.attribute,
           defaultValue, bufferSize, buffer);
     }
     value = received(buffer);
     if (isSilent(answer)) {
       return true;
     }
-    program.errors.VisualizzaErrore(kModule, "GetParameterXML", failureText(what, answer, address),
+    program.errors.VisualizzaErrore(kModule, "GetParameterXML",
+                                    failureText(program, what, answer, address),
                                     ReportKind::ConfigurationFile, RuntimeError());
     return false;
   });
@@ -211,12 +205,13 @@ bool SetParameterXML(Program& program, const SettingAddress& address, std::int32
   const std::string what = "Errore in scrittura chiave da file di configurazione: ";
   return guarded(program, "SetParameterXML", what, false, [&]() -> bool {
     const std::int32_t answer = program.machine.configuration.setParameter(
-        ProductName(address.product), address.section, address.key, address.attribute,
+        ProductName(program, address.product), address.section, address.key, address.attribute,
         attributeType, value);
     if (isSilent(answer)) {
       return true;
     }
-    program.errors.VisualizzaErrore(kModule, "SetParameterXML", failureText(what, answer, address),
+    program.errors.VisualizzaErrore(kModule, "SetParameterXML",
+                                    failureText(program, what, answer, address),
                                     ReportKind::ProgramError, RuntimeError());
     return false;
   });

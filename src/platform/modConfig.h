@@ -15,10 +15,11 @@ constexpr std::int32_t kProductSystem = 999;
 /// What the store gives for an absent value when asked with this default.
 constexpr const char* kDefaultValue = "_DEFAULT_VALUE_";
 
-/// "DOVRA" for 14; "" for a number that no product has.
-std::string ProductName(std::int32_t code);
+/// "DOVRA" for 14; "" for a number that no product has. Names of the suite's other products are the
+/// site's, see platform/SiteFile.h.
+std::string ProductName(Program& program, std::int32_t code);
 /// The other way round, in any case of letters; 0 for what is no product.
-std::int32_t ProductCode(const std::string& name);
+std::int32_t ProductCode(Program& program, const std::string& name);
 
 /// Where a setting stands in the store.
 struct SettingAddress {

@@ -4,14 +4,8 @@
 #include <string_view>
 
 /// What the auxiliary tools complain of without need: whoever reads a report upper-cases it, and
-/// drops it when one of these names is in it.
+/// drops it when one of these names is in it, or one of SiteNames::harmlessLibraries.
 namespace trelv::harmlessReports {
-
-/// Libraries of the suite that no product misses when their registration fails. A site that has
-/// others changes this table and nothing else. An empty name is no entry.
-constexpr std::array<std::string_view, 6> kHostLibraries{
-    "LUMOCTRL.OCX", "LUMOGRID.OCX", "LUMOEDIT.OCX", "LUMOPRN.DLL", "LUMODATA.DLL", "LUMONET.DLL",
-};
 
 /// Marker that stands for an empty folder of the medium.
 constexpr std::string_view kMarkerFile = "DIRVUOTA.TXT";

@@ -7,6 +7,7 @@
 #include "base/Text.h"
 #include "base/Trap.h"
 #include "platform/GeneralDate.h"
+#include "platform/SiteFile.h"
 #include "platform/modLibrary.h"
 #include "platform/modPlatform.h"
 #include "startup/HarmlessReports.h"
@@ -111,7 +112,7 @@ bool systemBringsItsLibraries(Program& program) {
 
 bool isHarmless(Program& program, const std::string& report) {
   const std::string text = upperCase(report);
-  return containsOneOf(text, harmlessReports::kHostLibraries) ||
+  return containsOneOf(text, siteFile::Names(program).harmlessLibraries) ||
          text.find(harmlessReports::kMarkerFile) != std::string::npos ||
          (containsOneOf(text, harmlessReports::kSystemLibraries) &&
           systemBringsItsLibraries(program));

@@ -60,6 +60,8 @@ const CallTable<Telling> kTellings{
     {"files.read S:\\Lumo\\prg\\etc\\dvrel", "Errore in GestioneProdottiComplementari ("},
     {"files.read S:\\Lumo\\", nullptr, "the platform's functions are asked instead"},
     {"files.read C:\\Lumo\\Client\\", nullptr, "the platform's functions are asked instead"},
+    {"files.read C:\\Lumo\\Programmi\\TrelvManager.ini", nullptr,
+     "the platform's functions are asked instead"},
     {"files.look S:\\Lumo\\prg\\com\\setup\\aggdovra\\",
      "Prodotto non rilevato, file di config non presente "},
     {"profiles.writeValue", "Impossibile registrare la versione "},

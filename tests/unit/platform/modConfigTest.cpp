@@ -23,18 +23,20 @@ constexpr const char* kModule = "modConfig";
 // --- Tables
 
 TEST(ProductTable, HasTheNamesThatTheSuiteGives) {
-  EXPECT_EQ(ProductName(1), "PELAN");
-  EXPECT_EQ(ProductName(11), "LUMO770");
-  EXPECT_EQ(ProductName(14), "DOVRA");
-  EXPECT_EQ(ProductName(17), "TRAVOLIN");
-  EXPECT_EQ(ProductName(18), "DVSTUDIO");
-  EXPECT_EQ(ProductName(999), "SYSTEM");
+  FakeProgram program;
+  EXPECT_EQ(ProductName(program, 1), "PELAN");
+  EXPECT_EQ(ProductName(program, 11), "LUMO770");
+  EXPECT_EQ(ProductName(program, 14), "DOVRA");
+  EXPECT_EQ(ProductName(program, 17), "TRAVOLIN");
+  EXPECT_EQ(ProductName(program, 18), "DVSTUDIO");
+  EXPECT_EQ(ProductName(program, 999), "SYSTEM");
 }
 
 TEST(ProductTable, HasNineteenDifferentShortUpperCaseNamesAndNoneForOtherCodes) {
+  FakeProgram program;
   std::set<std::string> names;
   for (std::int32_t code = -15; code <= 1000; ++code) {
-    const std::string name = ProductName(code);
+    const std::string name = ProductName(program, code);
     if (name.empty()) {
       continue;
     }
@@ -42,17 +44,19 @@ TEST(ProductTable, HasNineteenDifferentShortUpperCaseNamesAndNoneForOtherCodes) 
     EXPECT_GE(name.size(), 2U) << name;
     EXPECT_LE(name.size(), 8U) << name;
     EXPECT_EQ(name.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"), std::string::npos);
-    EXPECT_EQ(ProductCode(name), code);
+    EXPECT_EQ(ProductCode(program, name), code);
     names.insert(name);
   }
   EXPECT_EQ(names.size(), 19U);
 }
 
 TEST(ProductTable, GivesTheCodeOfANameInAnyCase) {
-  EXPECT_EQ(ProductCode("dovra"), 14);
-  EXPECT_EQ(ProductCode("Dovra"), 14);
-  EXPECT_EQ(ProductCode("SYSTEM"), 999);
-  for (const char* const other : {"unknown", "", " dovra"}) EXPECT_EQ(ProductCode(other), 0);
+  FakeProgram program;
+  EXPECT_EQ(ProductCode(program, "dovra"), 14);
+  EXPECT_EQ(ProductCode(program, "Dovra"), 14);
+  EXPECT_EQ(ProductCode(program, "SYSTEM"), 999);
+  for (const char* const other : {"unknown", "", " dovra"})
+    EXPECT_EQ(ProductCode(program, other), 0);
 }
 
 const std::vector<std::pair<std::int32_t, const char*>> kSilent = {
@@ -297,9 +301,9 @@ TEST(EsisteSuiteTravolin, IsTheFirstOfTheThreePathsThatIsRecorded) {
     FakeProgram program;
     sim::SimConfigurationLibrary& library = program.sim.configuration();
     if (row.client != nullptr)
-      library.put(ProductName(10), "Client", "PathPelan", "default", row.client);
+      library.put(ProductName(program, 10), "Client", "PathPelan", "default", row.client);
     if (row.server != nullptr)
-      library.put(ProductName(10), "Server", "Path", "default", row.server);
+      library.put(ProductName(program, 10), "Server", "Path", "default", row.server);
     if (row.ini != nullptr)
       program.sim.setIniValue("travolin.ini", "Parametri", "PathPelan", row.ini);
     EXPECT_EQ(EsisteSuiteTravolin(program), row.found);

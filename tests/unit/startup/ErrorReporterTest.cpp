@@ -116,8 +116,7 @@ TEST_F(ErrorReport, WithAnEmptyFirstLineIsShown) {
 }
 
 TEST_F(ErrorReport, OfAKnownHarmlessLibraryOrTheMarkerFileIsNotShown) {
-  for (const std::string_view library : harmlessReports::kHostLibraries) {
-    const std::string name(library);
+  for (const std::string& name : SiteNames().harmlessLibraries) {
     EXPECT_FALSE(shows(1, kComponents, "Errore in registrazione di c:\\lumo\\" + name)) << name;
     EXPECT_FALSE(shows(2, kUpdate, "x" + lowerCase(name) + "x"))
         << name << ", without regard to case and inside a word";
@@ -179,12 +178,13 @@ TEST_F(ErrorReport, OfAnUnknownKindIsACustomOneWithoutAFile) {
   EXPECT_THAT(program_.logLines().back(), StartsWith("Errore in apertura file di log: "));
 }
 
-TEST(HarmlessReports, TableHoldsSixNamesInUpperCase) {
-  EXPECT_EQ(6U, harmlessReports::kHostLibraries.size());
-  for (const std::string_view name : harmlessReports::kHostLibraries) {
-    EXPECT_FALSE(name.empty());
-    EXPECT_EQ(upperCase(name), name);
-  }
+TEST_F(ErrorReport, OfALibraryThatTheSiteNamesIsNotShownEither) {
+  machine_.setExecutable("C:\\Lumo\\Manager\\TrelvManager.exe");
+  machine_.putFile("C:\\Lumo\\Manager\\TrelvManager.ini",
+                   "[LibrerieInnocue]\r\nLibreria2=sitoctrl.ocx\r\n");
+  EXPECT_FALSE(shows(1, kComponents, "Errore in registrazione di c:\\lumo\\SitoCtrl.ocx"));
+  EXPECT_TRUE(shows(1, kComponents, "Errore in registrazione di c:\\lumo\\lumogrid.ocx"))
+      << "the name that it takes the place of";
 }
 
 }  // namespace
