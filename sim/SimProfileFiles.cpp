@@ -187,9 +187,8 @@ Line* findKey(Section& section, const std::string& key) {
   return nullptr;
 }
 
-std::optional<std::string> valueIn(const std::string& bytes, const std::string& section,
+std::optional<std::string> valueIn(Layout layout, const std::string& section,
                                    const std::string& key) {
-  Layout layout = parsed(bytes);
   Section* found = findSection(layout, section);
   const Line* line = found == nullptr ? nullptr : findKey(*found, key);
   if (line == nullptr || !line->hasValue) {
@@ -266,7 +265,7 @@ std::string SimProfileFiles::quietRead(const std::string& section, const std::st
   std::string bytes;
   std::optional<std::string> value;
   if (files_.quietRead(placeOf(throughAnsi(file)), bytes) == kSuccess) {
-    value = valueIn(bytes, throughAnsi(stripped(section)), throughAnsi(stripped(key)));
+    value = valueIn(parsed(bytes), throughAnsi(stripped(section)), throughAnsi(stripped(key)));
   }
   return answer(value, defaultValue, size);
 }

@@ -318,7 +318,8 @@ void CheckProduct(Program& program, Product productCode) {
     case Product::Rr:
       record = unchecked(productCode);
       break;
-    default:
+    case Product::Veltra:
+    case Product::Undefined:
       break;
   }
 }

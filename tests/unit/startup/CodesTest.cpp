@@ -56,6 +56,38 @@ TEST(Codes, OfProgramsAndProductsConvertBothWays) {
   }
 }
 
+/// Which numbers below 1000 a conversion knows.
+std::vector<std::int16_t> numbersKnownTo(const std::function<void(std::int16_t)>& conversion) {
+  std::vector<std::int16_t> known;
+  for (std::int16_t number = 0; number < 1000; ++number) {
+    if (std::get<0>(failureOf([&] { conversion(number); })) == 0) {
+      known.push_back(number);
+    }
+  }
+  return known;
+}
+
+TEST(Codes, OfNoOtherProgramsAndProductsAreKnown) {
+  const auto numbersOf = [](const std::vector<std::pair<std::string, std::int16_t>>& codes) {
+    std::vector<std::int16_t> numbers;
+    for (const auto& [text, number] : codes) {
+      numbers.push_back(number);
+    }
+    return numbers;
+  };
+  EXPECT_EQ(numbersOf(kProgramCodes),
+            numbersKnownTo([](std::int16_t number) { ConvertNumberToProgram(number); }));
+  EXPECT_EQ(numbersOf(kProductCodes),
+            numbersKnownTo([](std::int16_t number) { ConvertNumberToProduct(Product{number}); }));
+}
+
+TEST(Codes, EachProgramBelongsToAProductThatHasACode) {
+  for (const auto& [text, number] : kProgramCodes) {
+    const Product product = ProgramToProduct(number);
+    EXPECT_NO_THROW(ConvertNumberToProduct(product)) << text;
+  }
+}
+
 TEST(Codes, UnknownNumbersRaiseMinusOneWithTheirTextInTheSource) {
   EXPECT_EQ(Failure(-1, "ClientServer mode  4 non riconosciuto", ""),
             failureOf([] { ConvertClientServerToString(static_cast<Side>(4)); }));
