@@ -4,23 +4,30 @@
 #include <commctrl.h>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
+#include <cwchar>
 #include <functional>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "contract/win32/Gallery.h"
 #include "contract/win32/TestForm.h"
+#include "contract/win32/TestProgram.h"
 #include "win32/ButtonControl.h"
+#include "win32/Owned.h"
 #include "win32/TextSize.h"
 #include "win32/Win32Desktop.h"
 #include "win32/Win32Text.h"
 #include "win32/WindowClass.h"
 #include "win32/WindowContext.h"
 
-// How the forms look, measured at the resolution of the system that this runs on. For another one
-// set LogPixels under HKEY_CURRENT_USER, "Control Panel\Desktop", and start the prefix anew.
+// How the forms look, measured at the resolution and in the colours of the system that this runs
+// on. The last tests repeat it in a process of its own at other resolutions and in high contrast,
+// which a new process takes from the user's settings.
 namespace trelv::win32 {
 namespace {
 
@@ -84,7 +91,9 @@ Names cutIn(HWND dialog) {
     }
     const SIZE needed = kind == ButtonKind::None ? neededBy(child) : neededBy(child, kind);
     const RECT room = roomOf(child);
-    if (needed.cx > room.right || needed.cy > room.bottom) {
+    // What a path lacks is told by the dots in it.
+    const bool shortened = isLabel(child) && (styleOf(child) & SS_ELLIPSISMASK) == SS_PATHELLIPSIS;
+    if (!shortened && (needed.cx > room.right || needed.cy > room.bottom)) {
       cut.push_back(nameOf(child));
     }
   }
@@ -145,21 +154,32 @@ Names keyboardOrder(HWND dialog) {
   return order;
 }
 
+int resolution() {
+  HDC const screen = GetDC(nullptr);
+  const int found = GetDeviceCaps(screen, LOGPIXELSX);
+  ReleaseDC(nullptr, screen);
+  return found;
+}
+
 /// Looks at every dialog (its name in capitals), filled as in daily use.
-void lookAtAll(const std::function<void(HWND dialog, const std::string& name)>& look) {
+void lookAtAll(const std::function<void(HWND dialog, const std::string& name)>& look,
+               Contents contents = Contents::Daily) {
   ASSERT_LE(9U, dialogs().size());
   Win32Desktop desktop;
   for (const std::string& dialog : dialogs()) {
     lookAt(desktop, dialog, [&](machine::FormWindow& window) {
-      fillGallery(window, dialog, "");
+      fillGallery(window, dialog, "", contents);
       look(handleOf(window), dialog);
     });
   }
 }
 
 TEST(Looks, NoTextIsCut) {
-  lookAtAll(
-      [](HWND dialog, const std::string& name) { EXPECT_EQ(Names{}, cutIn(dialog)) << name; });
+  for (const Contents contents : {Contents::Daily, Contents::Long}) {
+    lookAtAll(
+        [](HWND dialog, const std::string& name) { EXPECT_EQ(Names{}, cutIn(dialog)) << name; },
+        contents);
+  }
 }
 
 TEST(Looks, NothingLiesOverAnything) {
@@ -168,15 +188,12 @@ TEST(Looks, NothingLiesOverAnything) {
 }
 
 TEST(Looks, EachDialogFitsOnASmallScreenOfItsResolution) {
-  HDC const screen = GetDC(nullptr);
-  const int resolution = GetDeviceCaps(screen, LOGPIXELSX);
-  ReleaseDC(nullptr, screen);
-  lookAtAll([resolution](HWND dialog, const std::string& name) {
+  lookAtAll([](HWND dialog, const std::string& name) {
     RECT place{};
     GetWindowRect(dialog, &place);
     // 800 by 600 points, less the task bar.
-    EXPECT_GE(MulDiv(800, resolution, 96), place.right - place.left) << name;
-    EXPECT_GE(MulDiv(570, resolution, 96), place.bottom - place.top) << name;
+    EXPECT_GE(MulDiv(800, resolution(), 96), place.right - place.left) << name;
+    EXPECT_GE(MulDiv(570, resolution(), 96), place.bottom - place.top) << name;
   });
 }
 
@@ -216,6 +233,186 @@ TEST(Looks, TheKeyboardGoesFromWhatIsChosenToTheButtons) {
     }
   });
   EXPECT_EQ(expected.size(), seen);
+}
+
+// --- Colours
+
+/// How often each colour stands in a control as it was painted.
+std::map<COLORREF, int> coloursOf(HWND control) {
+  const RECT area = roomOf(control);
+  const SIZE room{area.right, area.bottom};
+  HDC const window = GetDC(control);
+  HDC const memory = CreateCompatibleDC(window);
+  BITMAPINFO format{};
+  format.bmiHeader = {sizeof(BITMAPINFOHEADER), room.cx, -room.cy, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+  void* bits = nullptr;
+  HBITMAP const bitmap = CreateDIBSection(window, &format, DIB_RGB_COLORS, &bits, nullptr, 0);
+  HGDIOBJ const before = SelectObject(memory, bitmap);
+  BitBlt(memory, 0, 0, room.cx, room.cy, window, 0, 0, SRCCOPY);
+  GdiFlush();
+  std::map<COLORREF, int> found;
+  for (LONG i = 0; i < room.cx * room.cy; ++i) {
+    ++found[static_cast<const DWORD*>(bits)[i] & 0xFFFFFFU];
+  }
+  SelectObject(memory, before);
+  DeleteObject(bitmap);
+  DeleteDC(memory);
+  ReleaseDC(control, window);
+  return found;
+}
+
+/// How light a colour is to the eye, 0 to 1.
+double lightness(COLORREF colour) {
+  const auto part = [colour](unsigned shift) -> double {
+    const double value = ((colour >> shift) & 0xFFU) / 255.0;
+    return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+  };
+  return 0.2126 * part(16) + 0.7152 * part(8) + 0.0722 * part(0);
+}
+
+/// Of the colours that differ most from the ground, which is what most of the control has: 1 for
+/// the same, 21 for black on white. A few points do not count.
+double contrastIn(HWND control) {
+  const std::map<COLORREF, int> colours = coloursOf(control);
+  const auto ground = std::max_element(
+      colours.begin(), colours.end(),
+      [](const auto& one, const auto& other) { return one.second < other.second; });
+  double most = 1;
+  for (const auto& [colour, points] : colours) {
+    const double one = lightness(colour) + 0.05;
+    const double other = lightness(ground->first) + 0.05;
+    most = points < 4 ? most : std::max(most, std::max(one, other) / std::min(one, other));
+  }
+  return most;
+}
+
+bool showsText(HWND control) {
+  return !textOf(control).empty() && IsWindowEnabled(control) != FALSE &&
+         (isLabel(control) || buttonKind(control) != ButtonKind::None ||
+          isOfClass(control, L"Edit") || isOfClass(control, L"ListBox") ||
+          isOfClass(control, WC_TABCONTROLW));
+}
+
+TEST(Looks, EachTextStandsOutFromItsGround) {
+  lookAtAll([](HWND dialog, const std::string& name) {
+    ShowWindow(dialog, SW_SHOW);
+    RedrawWindow(dialog, nullptr, nullptr,
+                 RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    for (HWND const child : childrenOf(dialog)) {
+      if (showsText(child)) {
+        EXPECT_LE(4.5, contrastIn(child)) << name << ": " << nameOf(child);
+      }
+    }
+  });
+}
+
+// --- Other settings of the user
+
+/// A value below HKEY_CURRENT_USER, "Control Panel", as long as this lives.
+class UserSetting {
+ public:
+  UserSetting(const std::wstring& key, const wchar_t* name, DWORD type, const void* data,
+              DWORD size)
+      : name_(name) {
+    HKEY opened = nullptr;
+    RegCreateKeyExW(HKEY_CURRENT_USER, (L"Control Panel\\" + key).c_str(), 0, nullptr, 0,
+                    KEY_QUERY_VALUE | KEY_SET_VALUE, nullptr, &opened, nullptr);
+    key_ = OwnedKey(opened);
+    had_ = RegQueryValueExW(key_.get(), name, nullptr, &type_, before_.data(), &length_) ==
+           ERROR_SUCCESS;
+    RegSetValueExW(key_.get(), name, 0, type, static_cast<const BYTE*>(data), size);
+  }
+  ~UserSetting() {
+    if (had_) {
+      RegSetValueExW(key_.get(), name_, 0, type_, before_.data(), length_);
+    } else {
+      RegDeleteValueW(key_.get(), name_);
+    }
+  }
+  UserSetting(const UserSetting&) = delete;
+  UserSetting& operator=(const UserSetting&) = delete;
+
+ private:
+  OwnedKey key_;
+  const wchar_t* name_;
+  bool had_ = false;
+  std::array<BYTE, 256> before_{};
+  DWORD type_ = 0;
+  DWORD length_ = 256;
+};
+
+/// Exit code of these tests in a process of their own, which prints what fails.
+DWORD outcomeOf(const std::wstring& tests) {
+  std::wstring command =
+      L"\"" + contract::testProgramPath() + L"\" --gtest_brief=1 --gtest_filter=" + tests;
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION process{};
+  DWORD code = 99;
+  if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+                     &process) != FALSE) {
+    WaitForSingleObject(process.hProcess, 120000);
+    GetExitCodeProcess(process.hProcess, &code);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+  }
+  return code;
+}
+
+/// These fail unless the process has the settings that it was started for, and are run by the tests
+/// below only.
+constexpr const wchar_t* kExpected = L"TRELV_LOOKS_AT";
+
+std::wstring expected() {
+  wchar_t value[16] = {};
+  GetEnvironmentVariableW(kExpected, value, 16);
+  return value;
+}
+
+TEST(LooksElsewhere, TheProcessHasTheSettingsThatItWasStartedFor) {
+  const std::wstring settings = expected();
+  if (settings == L"contrast") {
+    EXPECT_EQ(RGB(0, 0, 0), GetSysColor(COLOR_WINDOW));
+    EXPECT_EQ(RGB(255, 255, 255), GetSysColor(COLOR_WINDOWTEXT));
+  } else if (!settings.empty()) {
+    EXPECT_EQ(settings, std::to_wstring(resolution()));
+  }
+}
+
+class LooksAtResolution : public testing::TestWithParam<DWORD> {};
+
+TEST_P(LooksAtResolution, NothingIsCutOrCrowded) {
+  const DWORD dots = GetParam();
+  const UserSetting setting(L"Desktop", L"LogPixels", REG_DWORD, &dots, sizeof dots);
+  SetEnvironmentVariableW(kExpected, std::to_wstring(dots).c_str());
+  EXPECT_EQ(0U, outcomeOf(L"LooksElsewhere.*:Looks.NoTextIsCut:Looks.NothingLiesOverAnything:"
+                          L"Looks.EachDialogFits*"));
+  SetEnvironmentVariableW(kExpected, nullptr);
+}
+
+// 100, 125, 150 and 200 %.
+INSTANTIATE_TEST_SUITE_P(Sizes, LooksAtResolution, testing::Values(96, 120, 144, 192));
+
+TEST(LooksInHighContrast, EachTextStandsOut) {
+  const std::map<const wchar_t*, std::vector<const wchar_t*>> colours{
+      {L"0 0 0",
+       {L"Window", L"ButtonFace", L"Menu", L"Scrollbar", L"InfoWindow", L"ButtonAlternateFace"}},
+      {L"255 255 255",
+       {L"WindowText", L"ButtonText", L"MenuText", L"InfoText", L"WindowFrame", L"ButtonHilight",
+        L"ButtonShadow", L"ButtonLight", L"ButtonDkShadow", L"HilightText"}},
+      {L"0 255 0", {L"GrayText"}},
+      {L"0 0 255", {L"Hilight"}}};
+  std::vector<std::unique_ptr<UserSetting>> settings;
+  for (const auto& [value, names] : colours) {
+    for (const wchar_t* const name : names) {
+      settings.push_back(std::make_unique<UserSetting>(
+          L"Colors", name, REG_SZ, value,
+          static_cast<DWORD>((std::wcslen(value) + 1) * sizeof(wchar_t))));
+    }
+  }
+  SetEnvironmentVariableW(kExpected, L"contrast");
+  EXPECT_EQ(0U, outcomeOf(L"LooksElsewhere.*:Looks.*"));
+  SetEnvironmentVariableW(kExpected, nullptr);
 }
 
 }  // namespace

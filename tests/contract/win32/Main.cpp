@@ -79,9 +79,12 @@ int main(int count, char** values) {
   if (!trelv::contract::isTestProgram()) {
     return trelv::contract::play(trelv::contract::arguments());
   }
-  // "--show FORM PICTURE": shows a form and tests nothing.
-  if (count == 4 && std::string(values[1]) == "--show") {
-    return trelv::win32::showGallery(values[2], values[3]) ? 0 : 1;
+  // "--show FORM PICTURE" and "--show-long …": shows a form and tests nothing.
+  const std::string first = count == 4 ? values[1] : "";
+  if (first == "--show" || first == "--show-long") {
+    const auto contents =
+        first == "--show" ? trelv::win32::Contents::Daily : trelv::win32::Contents::Long;
+    return trelv::win32::showGallery(values[2], values[3], contents) ? 0 : 1;
   }
   testing::InitGoogleTest(&count, values);
   return RUN_ALL_TESTS();
