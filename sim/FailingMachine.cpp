@@ -34,6 +34,7 @@ SystemCode codeFor(CallKind kind, std::size_t variant) {
     case CallKind::FolderMake:
     case CallKind::FileCopy:
     case CallKind::FileReplace:
+    case CallKind::MarkTake:
       return kFileCodes.at(variant % kFileCodes.size());
     case CallKind::FileRemove:
     case CallKind::FileSetReadOnly:

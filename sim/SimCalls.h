@@ -63,7 +63,8 @@ enum class CallKind {
   DriveTypeQuery,
   ConnectionNameQuery,
   DeviceNamesQuery,
-  ComputerNameQuery
+  ComputerNameQuery,
+  MarkTake
 };
 
 /// How far a call had come when the program was killed in it.

@@ -264,6 +264,19 @@ SystemCode SimFiles::read(const std::string& path, std::size_t limit, std::strin
   return code;
 }
 
+SystemCode SimFiles::readPart(const std::string& path, std::uint64_t offset, std::size_t size,
+                              std::string& content) {
+  if (const auto injected = calls_.enter(CallKind::FileRead, "files.readPart", path)) {
+    return *injected;
+  }
+  std::string whole;
+  const SystemCode code = quietRead(path, whole);
+  if (code == kSuccess) {
+    content = offset < whole.size() ? whole.substr(static_cast<std::size_t>(offset), size) : "";
+  }
+  return code;
+}
+
 SystemCode SimFiles::quietRead(const std::string& path, std::string& content) {
   const SimVolumes::Place place = volumes_.find(path, true);
   if (place.code != kSuccess) {

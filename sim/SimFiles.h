@@ -60,6 +60,8 @@ class SimFiles : public machine::Files {
 
   SystemCode look(const std::string& path, machine::FileFacts& facts) override;
   SystemCode read(const std::string& path, std::size_t limit, std::string& content) override;
+  SystemCode readPart(const std::string& path, std::uint64_t offset, std::size_t size,
+                      std::string& content) override;
   SystemCode write(const std::string& path, std::string_view bytes) override;
   SystemCode append(const std::string& path, std::string_view bytes) override;
   SystemCode removeFile(const std::string& path) override;

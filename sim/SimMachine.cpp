@@ -48,9 +48,10 @@ SimMachine::SimMachine()
       support_(calls_),
       desktop_(calls_, files_),
       automation_(calls_, files_),
-      machine_{files_,   profiles_, registry_,  processes_, environment_,
-               system_,  clock_,    locale_,    versions_,  configurationSocket_,
-               support_, desktop_,  automation_} {
+      exclusion_(volumes_, files_, calls_, clock_),
+      machine_{files_,   profiles_, registry_,   processes_, environment_,
+               system_,  clock_,    locale_,     versions_,  configurationSocket_,
+               support_, desktop_,  automation_, exclusion_} {
   mount("C:");
   fillDisk();
   fillEnvironment();

@@ -10,6 +10,7 @@
 #include "sim/SimCalls.h"
 #include "sim/SimDesktop.h"
 #include "sim/SimDisk.h"
+#include "sim/SimExclusion.h"
 #include "sim/SimFiles.h"
 #include "sim/SimHostLibraries.h"
 #include "sim/SimProcesses.h"
@@ -59,6 +60,7 @@ class SimMachine {
   SimSupportLibrary& support() { return support_; }
   SimDesktop& desktop() { return desktop_; }
   SimAutomation& automation() { return automation_; }
+  SimExclusion& exclusion() { return exclusion_; }
   SimVolumes& volumes() { return volumes_; }
   SimCalls& callLog() { return calls_; }
 
@@ -131,6 +133,7 @@ class SimMachine {
   SimSupportLibrary support_;
   SimDesktop desktop_;
   SimAutomation automation_;
+  SimExclusion exclusion_;
   /// Lives as long as this program runs from its executable.
   std::shared_ptr<void> runningExecutable_;
   machine::Machine machine_;

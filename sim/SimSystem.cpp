@@ -200,6 +200,8 @@ std::string SimLocale::truthText(bool value) {
   return value ? "Vero" : "Falso";
 }
 
+std::string SimLocale::upperCase(const std::string& text) { return upperCaseOf(text); }
+
 std::string SimLocale::toAnsi(const std::string& text) { return ansiOf(text); }
 
 std::string SimLocale::fromAnsi(const std::string& bytes) { return textOfAnsi(bytes); }

@@ -39,6 +39,7 @@ class SimLocale : public machine::Locale {
   std::string longTime(const machine::LocalTime& time) override;
   std::string monthName(int month) override;
   std::string truthText(bool value) override;
+  std::string upperCase(const std::string& text) override;
   std::string toAnsi(const std::string& text) override;
   std::string fromAnsi(const std::string& bytes) override;
 
@@ -128,6 +129,8 @@ class SimSystem : public machine::SystemFacts {
                             std::string& name) override;
   SystemCode deviceNames(const std::string& drive, std::uint32_t size, std::string& names) override;
   SystemCode computerName(std::string& name) override;
+  std::uint32_t processId() override { return processId_; }
+  std::uint32_t sessionId() override { return sessionId_; }
   std::string executablePath() override { return executablePath_; }
   std::string commandLine() override { return commandLine_; }
 
@@ -166,6 +169,9 @@ class SimSystem : public machine::SystemFacts {
   void setComputerName(const std::string& name) { computerName_ = name; }
   /// The computer's name cannot be read: the query answers this code (0 = it works).
   void failComputerName(SystemCode code) { computerNameCode_ = code; }
+  /// The program's process and session.
+  void setProcessId(std::uint32_t id) { processId_ = id; }
+  void setSessionId(std::uint32_t id) { sessionId_ = id; }
   void setExecutablePath(const std::string& path) { executablePath_ = path; }
   void setCommandLine(const std::string& line) { commandLine_ = line; }
 
@@ -190,6 +196,8 @@ class SimSystem : public machine::SystemFacts {
   SystemCode deviceCode_ = system_code::kSuccess;
   std::string computerName_ = "STAZIONE";
   SystemCode computerNameCode_ = system_code::kSuccess;
+  std::uint32_t processId_ = 4711;
+  std::uint32_t sessionId_ = 1;
   std::string executablePath_;
   std::string commandLine_;
 };

@@ -52,7 +52,45 @@ char32_t unitAt(const std::string& bytes, std::size_t at, bool bigEndian) {
   return bigEndian ? (first << 8U) | second : (second << 8U) | first;
 }
 
+struct CaseRange {
+  char32_t first;
+  char32_t last;
+  char32_t distance;
+};
+
+/// Small letters that stand in one block below which their capitals do.
+constexpr std::array kCaseRanges{CaseRange{'a', 'z', 0x20},     CaseRange{0xE0, 0xF6, 0x20},
+                                 CaseRange{0xF8, 0xFE, 0x20},   CaseRange{0x3B1, 0x3C1, 0x20},
+                                 CaseRange{0x3C3, 0x3C9, 0x20}, CaseRange{0x430, 0x44F, 0x20},
+                                 CaseRange{0x450, 0x45F, 0x50}};
+
+char32_t capitalOf(char32_t letter) {
+  for (const CaseRange& range : kCaseRanges) {
+    if (letter >= range.first && letter <= range.last) {
+      return letter - range.distance;
+    }
+  }
+  if (letter == 0xFF) {
+    return 0x178;
+  }
+  // Pairs of capital and small letter; in these two parts the capitals are odd.
+  const bool oddCapitals =
+      (letter >= 0x139 && letter <= 0x148) || (letter >= 0x179 && letter <= 0x17E);
+  const bool paired = (letter >= 0x100 && letter <= 0x137 && letter != 0x131) ||
+                      (letter >= 0x14A && letter <= 0x177);
+  const bool odd = letter % 2 == 1;
+  return (oddCapitals && !odd) || (paired && odd) ? letter - 1 : letter;
+}
+
 }  // namespace
+
+std::string upperCaseOf(const std::string& text) {
+  std::string upper;
+  for (std::size_t at = 0; at < text.size();) {
+    addCharacter(upper, capitalOf(nextCharacter(text, at)));
+  }
+  return upper;
+}
 
 char32_t nextCharacter(const std::string& text, std::size_t& at) {
   const auto lead = static_cast<unsigned char>(text[at]);

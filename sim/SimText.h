@@ -17,6 +17,9 @@ std::size_t characterCount(const std::string& text);
 std::string ansiOf(const std::string& text);
 std::string textOfAnsi(const std::string& bytes);
 
+/// Upper case of the letters of Latin and its first extension, Greek and Cyrillic.
+std::string upperCaseOf(const std::string& text);
+
 /// UTF-8 to UTF-16 bytes, low byte first unless `bigEndian`, and back; an odd last byte is dropped.
 std::string wideOf(const std::string& text, bool bigEndian = false);
 std::string textOfWide(const std::string& bytes, bool bigEndian = false);

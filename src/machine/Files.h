@@ -43,6 +43,11 @@ class Files {
   /// is read up to the limit.
   virtual SystemCode read(const std::string& path, std::size_t limit, std::string& content) = 0;
 
+  /// Reads a part of a file in one opening: `size` bytes from `offset` on, fewer where the file
+  /// ends before, none behind its end. Answers as reading a whole file does.
+  virtual SystemCode readPart(const std::string& path, std::uint64_t offset, std::size_t size,
+                              std::string& content) = 0;
+
   /// Makes a new file or empties an existing one and writes the bytes: open, write, close.
   virtual SystemCode write(const std::string& path, std::string_view bytes) = 0;
 

@@ -21,6 +21,9 @@ class Locale {
   /// True or False in the system's language ("Vero", "Falso").
   virtual std::string truthText(bool value) = 0;
 
+  /// Upper case of a text by the system's own rule for names of files.
+  virtual std::string upperCase(const std::string& text) = 0;
+
   /// UTF-8 to bytes of the ANSI code page ("?" for what it lacks), and back.
   virtual std::string toAnsi(const std::string& text) = 0;
   virtual std::string fromAnsi(const std::string& bytes) = 0;

@@ -4,6 +4,7 @@
 #include "machine/Clock.h"
 #include "machine/Desktop.h"
 #include "machine/Environment.h"
+#include "machine/Exclusion.h"
 #include "machine/Files.h"
 #include "machine/HostLibraries.h"
 #include "machine/Locale.h"
@@ -30,6 +31,7 @@ struct Machine {
   SupportLibrary& support;
   Desktop& desktop;
   Automation& automation;
+  Exclusion& exclusion;
 };
 
 }  // namespace trelv::machine

@@ -71,6 +71,11 @@ class SystemFacts {
   /// Name of this computer, without leading backslashes.
   virtual SystemCode computerName(std::string& name) = 0;
 
+  /// Numbers of this process and of the session it runs in; they cannot fail (a session that is not
+  /// known is 0).
+  virtual std::uint32_t processId() = 0;
+  virtual std::uint32_t sessionId() = 0;
+
   /// Full path of the running executable in long names, however it was started.
   virtual std::string executablePath() = 0;
 

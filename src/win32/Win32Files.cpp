@@ -120,6 +120,19 @@ SystemCode Win32Files::read(const std::string& path, std::size_t limit, std::str
   return code == system_code::kSuccess ? readAll(file, limit, content) : code;
 }
 
+SystemCode Win32Files::readPart(const std::string& path, std::uint64_t offset, std::size_t size,
+                                std::string& content) {
+  OwnedFile file;
+  SystemCode code = open(file, path, GENERIC_READ,
+                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, OPEN_EXISTING);
+  if (code == system_code::kSuccess) {
+    LARGE_INTEGER begin{};
+    begin.QuadPart = static_cast<LONGLONG>(offset);
+    code = codeOf(SetFilePointerEx, file.get(), begin, nullptr, FILE_BEGIN);
+  }
+  return code == system_code::kSuccess ? readAll(file, size, content) : code;
+}
+
 SystemCode Win32Files::write(const std::string& path, std::string_view bytes) {
   OwnedFile file;
   const SystemCode code = open(file, path, GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS);

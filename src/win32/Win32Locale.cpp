@@ -84,6 +84,15 @@ std::string Win32Locale::truthText(bool value) {
   return truthWord(GetSystemDefaultLangID(), value);
 }
 
+std::string Win32Locale::upperCase(const std::string& text) {
+  std::wstring upper = wide(text);
+  const auto length = static_cast<int>(upper.size());
+  // Without linguistic casing, so that no user's language changes what is the same path.
+  const int mapped = LCMapStringW(LOCALE_SYSTEM_DEFAULT, LCMAP_UPPERCASE, wide(text).c_str(),
+                                  length, upper.data(), length);
+  return mapped == length ? utf8(upper) : text;
+}
+
 std::string Win32Locale::toAnsi(const std::string& text) { return ansi(text); }
 
 std::string Win32Locale::fromAnsi(const std::string& bytes) { return win32::fromAnsi(bytes); }

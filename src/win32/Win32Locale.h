@@ -17,6 +17,7 @@ class Win32Locale : public machine::Locale {
   std::string longTime(const machine::LocalTime& time) override;
   std::string monthName(int month) override;
   std::string truthText(bool value) override;
+  std::string upperCase(const std::string& text) override;
   std::string toAnsi(const std::string& text) override;
   std::string fromAnsi(const std::string& bytes) override;
 };

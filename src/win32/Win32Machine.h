@@ -7,6 +7,7 @@
 #include "win32/Win32ConfigurationLibrary.h"
 #include "win32/Win32Desktop.h"
 #include "win32/Win32Environment.h"
+#include "win32/Win32Exclusion.h"
 #include "win32/Win32Files.h"
 #include "win32/Win32Locale.h"
 #include "win32/Win32Processes.h"
@@ -33,11 +34,12 @@ struct Win32Machine {
   Win32SupportLibrary support{LibraryFolders::ofThisProcess()};
   Win32Desktop desktop;
   Win32Automation automation;
+  Win32Exclusion exclusion;
 
   /// What the program asks this machine through; `configuration` is the store to use.
   machine::Machine machine(machine::ConfigurationLibrary& configuration) {
-    return {files,  profiles, registry,      processes, environment, system,    clock,
-            locale, versions, configuration, support,   desktop,     automation};
+    return {files,  profiles, registry,      processes, environment, system,     clock,
+            locale, versions, configuration, support,   desktop,     automation, exclusion};
   }
 };
 

@@ -155,6 +155,14 @@ SystemCode Win32SystemFacts::computerName(std::string& name) {
   return code;
 }
 
+std::uint32_t Win32SystemFacts::processId() { return GetCurrentProcessId(); }
+
+std::uint32_t Win32SystemFacts::sessionId() {
+  DWORD session = 0;
+  ProcessIdToSessionId(GetCurrentProcessId(), &session);
+  return session;
+}
+
 std::string Win32SystemFacts::executablePath() {
   std::wstring reported;
   growingText(reported, [](wchar_t* buffer, DWORD size) {

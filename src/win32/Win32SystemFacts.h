@@ -21,6 +21,8 @@ class Win32SystemFacts : public machine::SystemFacts {
                             std::string& name) override;
   SystemCode deviceNames(const std::string& drive, std::uint32_t size, std::string& names) override;
   SystemCode computerName(std::string& name) override;
+  std::uint32_t processId() override;
+  std::uint32_t sessionId() override;
   std::string executablePath() override;
   std::string commandLine() override;
 };

@@ -576,5 +576,28 @@ TEST_F(FilesContract, ReplaceFileOnAnotherVolumeAnswers17) {
   EXPECT_EQ(world().fileBytes(target), "old");
 }
 
+// --- Parts
+
+TEST_F(FilesContract, APartOfAFileIsRead) {
+  const std::string file = putFile("a.txt", "0123456789");
+  std::string part;
+  ASSERT_EQ(files().readPart(file, 3, 4, part), system_code::kSuccess);
+  EXPECT_EQ(part, "3456");
+  ASSERT_EQ(files().readPart(file, 8, 40, part), system_code::kSuccess);
+  EXPECT_EQ(part, "89");
+  ASSERT_EQ(files().readPart(file, 10, 4, part), system_code::kSuccess);
+  EXPECT_EQ(part, "");
+  ASSERT_EQ(files().readPart(file, 0x1'0000'0000U, 4, part), system_code::kSuccess);
+  EXPECT_EQ(part, "");
+}
+
+TEST_F(FilesContract, APartOfWhatIsNoFileLeavesTheContent) {
+  std::string part = "old";
+  EXPECT_EQ(files().readPart(path("missing"), 0, 4, part), system_code::kFileNotFound);
+  world().putFolder(path("sub"));
+  EXPECT_EQ(files().readPart(path("sub"), 0, 4, part), system_code::kAccessDenied);
+  EXPECT_EQ(part, "old");
+}
+
 }  // namespace
 }  // namespace trelv::contract

@@ -83,7 +83,22 @@ TEST_F(SystemContract, TheUsersProfileIsSet) {
   EXPECT_TRUE(isFolder(get("USERPROFILE"))) << get("USERPROFILE");
 }
 
+// --- Upper case
+
+TEST_F(SystemContract, PathsComeInCapitalsByTheSystemsRule) {
+  EXPECT_EQ(locale().upperCase("s:\\Lumo\\perché ñ ö\\x-1.ini"), "S:\\LUMO\\PERCHÉ Ñ Ö\\X-1.INI");
+  EXPECT_EQ(locale().upperCase("š œ ž ÿ ą ł Ж ж ω"), "Š Œ Ž Ÿ Ą Ł Ж Ж Ω");
+  EXPECT_EQ(locale().upperCase("ß × ÷ €"), "ß × ÷ €");
+  EXPECT_EQ(locale().upperCase(""), "");
+}
+
 // --- System facts
+
+TEST_F(SystemContract, TheProcessHasANumber) {
+  EXPECT_NE(system().processId(), 0U);
+  EXPECT_EQ(system().processId(), system().processId());
+  EXPECT_EQ(system().sessionId(), system().sessionId());
+}
 
 TEST_F(SystemContract, BothFormsOfTheVersionBlockAgree) {
   const VersionRecord brief = version(kShortVersionRecord);

@@ -98,7 +98,7 @@ TEST_F(TheTempDirectory, IsAskedForWithAHundredBlanks) {
   machine::Machine& m = sim.machine();
   machine::Machine machine{m.files,  m.profiles, m.registry,  m.processes, m.environment,
                            m.system, m.clock,    m.locale,    m.versions,  m.configuration,
-                           support,  m.desktop,  m.automation};
+                           support,  m.desktop,  m.automation, m.exclusion};
   FakeProgram measured(sim, machine);
   GetTempDirectory(measured);
   EXPECT_EQ(support.received, std::string(100, ' '));

@@ -382,7 +382,7 @@ TEST_F(WriteLog, DateIsFormattedOncePerSecondAndEachLineConvertedOnce) {
   machine::Machine counted{real.files,       real.profiles,      real.registry, real.processes,
                            real.environment, real.system,        real.clock,    locale,
                            real.versions,    real.configuration, real.support,  real.desktop,
-                           real.automation};
+                           real.automation,  real.exclusion};
   LogAndReporter log;
   Program& whole = program_;
   Program program{counted, whole.state, log, log, whole.fileSystem, whole.configurationFiles};
