@@ -77,7 +77,7 @@ Procedure checkIntegration(Program& program, const std::string& serverPath) {
     return integrate(program, serverPath);
   }
   // Kept: compared as texts, so a trailing backslash or another name of the same share is refused.
-  if (equalNoCase(recorded, serverPath)) {
+  if (modLibrary::IsSamePath(program, recorded, serverPath)) {
     return Procedure::GoesOn;
   }
   refuseOtherServer(program, recorded, serverPath);
@@ -126,24 +126,25 @@ void correctForDovra(Program& program, const std::string& serverPath) {
   }
 }
 
-/// Does the record, looked at afresh, have a version of the product? One that cannot be read has
+/// Does the record, looked at afresh, have this version of the product? One that cannot be read has
 /// none.
-bool isRecorded(Program& program, const SideOfProduct& product) {
+bool isRecorded(Program& program, const SideOfProduct& product, const std::string& version) {
+  const IniAddress address{product.record, product.id, "version"};
   program.configurationFiles.forget(product.record);
-  return program.configurationFiles.holds({product.record, product.id, "version"}) ||
-         !modLibrary::ReadSetting(program, {product.record, product.id, "version"}).empty();
+  return modLibrary::ReadSetting(program, address) == version &&
+         (!version.empty() || program.configurationFiles.holds(address));
 }
 
 /// Puts the version that a run left behind into its side's record. The platform writes and reads
 /// the file afresh, so that what another workstation recorded meanwhile for other products
 /// survives. A version that the run did not raise is looked at afresh first: writing it over an
-/// equal one would leave the file as it is, and over one that another workstation raised meanwhile
-/// would lower that. Kept: one that it raised is written over whatever stands there, a higher one
-/// that the set-up itself recorded included. The configuration file says what a set-up brings.
+/// equal one would leave the file as it is. Kept: it is written over another one, a higher one that
+/// another workstation or the set-up itself recorded meanwhile included. What a run leaves behind
+/// is what this workstation knows; the configuration file says what a set-up brings.
 void recordVersion(Program& program, const SideOfProduct& product, const std::string& before,
                    const std::string& after) {
   const bool raised = after != before;
-  if (!raised && isRecorded(program, product)) {
+  if (!raised && isRecorded(program, product, after)) {
     return;
   }
   const std::uint32_t written =

@@ -277,6 +277,11 @@ bool FolderExists(Program& program, const std::string& path) {
   return program.fileSystem.folderExists(path);
 }
 
+bool IsSamePath(Program& program, const std::string& left, const std::string& right) {
+  machine::Locale& locale = program.machine.locale;
+  return locale.upperCase(left) == locale.upperCase(right);
+}
+
 std::string ParentPath(const std::string& path) {
   const std::size_t last = path.rfind('\\');
   return last == std::string::npos ? std::string() : path.substr(0, last);

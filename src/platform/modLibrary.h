@@ -53,6 +53,9 @@ bool FileExists(Program& program, const std::string& path);
 /// Does a folder stand there?
 bool FolderExists(Program& program, const std::string& path);
 
+/// Do both texts name the same path, but for upper and lower case by the system's rule?
+bool IsSamePath(Program& program, const std::string& left, const std::string& right);
+
 /// The path without its last backslash and what follows; "" for a bare name.
 std::string ParentPath(const std::string& path);
 /// "zip" for "a.b.zip"; blanks round it are dropped. "" for a name without a point.

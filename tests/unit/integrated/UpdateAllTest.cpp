@@ -198,11 +198,11 @@ const std::vector<Walk> kWalks{
      [](UpdateAll& t) {
        t.whileServerIsSetUp([&t] { t.installation_.putServerRecord("[ZB]\r\nversion=05.00\r\n"); });
      }},
-    {"VersionThatAnotherWorkstationRaisedMeanwhileIsNotLowered", "02.00", "02.00", "", "05.00",
-     "02.00", [](UpdateAll& t) { t.whenRecorded("[ZB]\r\nversion=05.00\r\n"); }},
+    {"AnotherVersionThatStandsThereByNowIsOverwritten", "02.00", "02.00", "", "02.00", "02.00",
+     [](UpdateAll& t) { t.whenRecorded("[ZB]\r\nversion=05.00\r\n"); }},
     {"VersionThatAnotherWorkstationRemovedMeanwhileIsWrittenBack", "02.00", "02.00", "", "02.00",
      "02.00", [](UpdateAll& t) { t.whenRecorded("[Q2]\r\nversion=05.00\r\n"); }},
-    {"EmptyVersionIsNotPutOverOneRecordedMeanwhile", "", "", "", "01.00", "",
+    {"EmptyVersionIsPutOverOneRecordedMeanwhile", "", "", "", "", "",
      [](UpdateAll& t) {
        t.program().state.startup.administrator = false;
        t.whenRecorded("[ZB]\r\nversion=01.00\r\n");
@@ -268,6 +268,9 @@ TEST_F(UpdateAll, UnchangedVersionsLeaveTheRecordsUntouched) {
   updateAll(station_);
   EXPECT_EQ(installation_.serverRecord(), "[ZB]\n  version = 02.00\n");
   EXPECT_EQ(machine().fileText(Station::kClientRecord), "[ZB]\n\nversion=02.00\n");
+  for (const char* const record : {kServerRecord, Station::kClientRecord}) {
+    EXPECT_EQ(machine().callLog().countOf(std::string("profiles.writeValue ") + record), 0U);
+  }
 }
 
 TEST_F(UpdateAll, EmptyVersionIsRecordedAndNotTellingWhereItCannotBe) {
