@@ -49,6 +49,8 @@ struct RunLogState {
   std::string logFile;
   /// What the newest line says, behind its date.
   std::string lastLine;
+  /// The user has seen that the temporary folder cannot be used.
+  bool temporaryFolderReported = false;
   /// For maintenance: each line comes up in a box too. No code of ours ever sets it.
   bool debugSwitch = false;
   /// Answer of ErrorReporter::VisualizzaErrore.
@@ -141,6 +143,15 @@ struct SettledPack {
 /// product and side.
 struct PackState {
   std::vector<SettledPack> settled;
+  /// What this process has written into the work folder's mark, in the system's code page; empty
+  /// while the folder is not its own.
+  std::string workFolderOwner;
+  /// Searches for packs under way: a click while a line is logged may begin one within another.
+  int searches = 0;
+  /// The work folder could not be had. That was told; no later search of this process waits for it.
+  bool workFolderRefused = false;
+  /// The work folder is a folder of the host under another name. That was told.
+  bool otherNameTold = false;
   /// Full paths of the packs that could not be opened; whoever wants to know empties it before.
   std::vector<std::string> unopened;
 };

@@ -32,6 +32,7 @@ class ProductUpdate {
   Procedure ended(const RuntimeError& failure);
 
  private:
+  std::string lockPath(Side side);
   Procedure runSection(const std::string& section);
   Procedure update(const std::string& sectionVersion);
   bool takeLock();
@@ -56,7 +57,7 @@ class ProductUpdate {
 Procedure ProductUpdate::run(Operation operation, Side side) {
   kindName_ = modProdTrelvLibrary::ConvertSetupUpdateToString(operation);
   sideName_ = modProdTrelvLibrary::ConvertClientServerToString(side);
-  lockPath_ = LockPath(program_, side, paths_.server);
+  lockPath_ = lockPath(side);
   OpenZipPacksInFolder(program_, hostPaths::setupFolder(paths_.server), paths_.integration, true);
   if (!modLibrary::FileExists(program_, configuration_)) {
     program_.log.WriteLog(
@@ -71,6 +72,15 @@ Procedure ProductUpdate::run(Operation operation, Side side) {
   }
   releaseLock();
   return Procedure::GoesOn;
+}
+
+/// A direct set-up on a machine without the host suite has no client folder to ask for; asking
+/// would report that, and a bare name would mean the current folder, a medium for example.
+std::string ProductUpdate::lockPath(Side side) {
+  const bool direct = runKind_ == RunKind::ProgramOnly;
+  return direct && side == Side::Client && program_.state.startup.paths.programs.empty()
+             ? hostPaths::directClientLock(paths_.server)
+             : LockPath(program_, side, paths_.server);
 }
 
 Procedure ProductUpdate::runSection(const std::string& section) {

@@ -175,8 +175,8 @@ std::string ProgramFilesFolder(Program& program) {
 }
 
 std::string GetTempDirectory(Program& program) {
-  return guarded(
-      program, "GetTempDirectory", "Errore in lettura cartella temporanea: ", std::string(),
+  const std::string message = "Errore in lettura cartella temporanea: ";
+  return trap(
       [&]() -> std::string {
         std::string buffer(kTempPathLength, ' ');
         if (program.machine.support.temporaryPath(buffer) == machine::SupportAnswer::Yes) {
@@ -185,6 +185,15 @@ std::string GetTempDirectory(Program& program) {
         std::string folder;
         const SystemCode code = program.machine.system.temporaryFolder(folder);
         return CutAtNul(required(code, folder, "Temp"));
+      },
+      [&](const RuntimeError& failure) -> std::string {
+        // Asked again and again in a start, with the same answer.
+        if (!std::exchange(program.state.runLog.temporaryFolderReported, true)) {
+          program.errors.VisualizzaErrore(kModule, "GetTempDirectory", message,
+                                          ReportKind::ProgramError, failure);
+        }
+        program.log.WriteLog("Gestione ProdTrelv - " + message + failure.description());
+        return {};
       });
 }
 

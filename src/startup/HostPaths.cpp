@@ -38,7 +38,7 @@ std::string pluginFolder(const std::string& serverPath) { return serverPath + "\
 std::string productsFolder(const std::string& root) { return root + "\\" + kProducts; }
 
 std::string catalogue(const std::string& serverPath) {
-  return setupFolder(serverPath) + "\\agdvcomp.ini";
+  return setupFolder(serverPath) + "\\" + kCatalogueFile;
 }
 
 std::string productConfiguration(const std::string& serverPath, const std::string& conf) {
@@ -60,6 +60,8 @@ std::string serverLock(const std::string& serverPath) {
 // Kept: no backslash between the programs path and the name, unlike the record above, so C:\Lumo
 // gives C:\Lumoagdv.lck, beside the folder. Every workstation in use looks for the lock there.
 std::string clientLock(Program& program) { return programsPath(program) + "agdv.lck"; }
+
+std::string directClientLock(const std::string& root) { return root + "\\agdv.lck"; }
 
 std::string dovraRelease(const std::string& serverPath) {
   return recordFolder(serverPath) + "\\dvrel";

@@ -36,6 +36,8 @@ std::string pluginFolder(const std::string& serverPath);
 /// The products' programs, below the integration path or any other root of an installation.
 std::string productsFolder(const std::string& root);
 
+/// Name of the product catalogue, which lies in the set-up folder.
+constexpr const char* kCatalogueFile = "agdvcomp.ini";
 /// Product catalogue, full path.
 std::string catalogue(const std::string& serverPath);
 /// Configuration file of a product: `conf` is the catalogue's value, relative to the server path.
@@ -46,6 +48,8 @@ std::string clientVersionRecord(Program& program);
 /// Update lock of the server side and of this workstation, full paths.
 std::string serverLock(const std::string& serverPath);
 std::string clientLock(Program& program);
+/// The workstation's lock of a direct set-up from `root` where no host suite is: full path.
+std::string directClientLock(const std::string& root);
 /// File whose first line tells the release of Dovra, full path.
 std::string dovraRelease(const std::string& serverPath);
 /// Name of the host's environment file, which lies in the record folder.

@@ -195,7 +195,8 @@ void LogAndReporter::makeLogFolder() {
   makingFolder_ = true;
   const auto make = [&] {
     const std::string folder = temporaryFolder(*program_);
-    if (!modLibrary::FolderExists(*program_, folder)) {
+    bool& reported = program_->state.runLog.temporaryFolderReported;
+    if (!modLibrary::FolderExists(*program_, folder) && !std::exchange(reported, true)) {
       program_->errors.VisualizzaErrore(
           "modError", "WriteLog",
           std::string("Verificare percorsi: ") + kCrLf + "vsPathTemp: " + folder,

@@ -96,8 +96,8 @@ class MeasuringSupport : public machine::SupportLibrary {
 TEST_F(TheTempDirectory, IsAskedForWithAHundredBlanks) {
   MeasuringSupport support;
   machine::Machine& m = sim.machine();
-  machine::Machine machine{m.files,  m.profiles, m.registry,  m.processes, m.environment,
-                           m.system, m.clock,    m.locale,    m.versions,  m.configuration,
+  machine::Machine machine{m.files,  m.profiles, m.registry,   m.processes, m.environment,
+                           m.system, m.clock,    m.locale,     m.versions,  m.configuration,
                            support,  m.desktop,  m.automation, m.exclusion};
   FakeProgram measured(sim, machine);
   GetTempDirectory(measured);
@@ -110,6 +110,16 @@ TEST_F(TheTempDirectory, IsTheUsersFolderWithoutTheLibrary) {
     EXPECT_EQ(GetTempDirectory(program), "C:\\Users\\mario\\Temp\\");
   }
   EXPECT_THAT(program.reports(), IsEmpty());
+}
+
+TEST_F(TheTempDirectory, ThatCannotBeToldIsReportedOnce) {
+  sim.callLog().setInjector(refuse({sim::CallKind::TemporaryFolderQuery}));
+  EXPECT_EQ(GetTempDirectory(program), "");
+  EXPECT_EQ(GetTempDirectory(program), "");
+  EXPECT_THAT(program.reports(),
+              ElementsAre(isReport("GetTempDirectory",
+                                   "Errore in lettura cartella temporanea: ", 70, "modLibrary")));
+  EXPECT_EQ(program.lines().size(), 2U);
 }
 
 TEST_F(TheTempDirectory, ForWorkIsTheParentWithABackslashOnATerminalServer) {

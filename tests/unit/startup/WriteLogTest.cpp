@@ -141,6 +141,15 @@ TEST_F(FirstLog, MissingTemporaryFolderIsReportedAndMade) {
       << "the line about the outer folder came before there was a place for it";
 }
 
+TEST_F(FirstLog, TemporaryFolderThatCannotBeMadeIsReportedOnceForAllLines) {
+  machine_.environment().put("TMP", "Z:\\manca");
+  machine_.environment().put("TEMP", "Z:\\manca");
+  for (int i = 0; i < 50; ++i) {
+    write("riga");
+  }
+  EXPECT_THAT(machine_.desktop().shownForms(), ElementsAre("frmError"));
+}
+
 TEST_F(FirstLog, FolderThatCannotBeMadeLosesTheLineAndEnds) {
   machine_.diskOf(kTemp).denyWriting(kTemp);
   write("uno");
