@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "packs/PackExtraction.h"
 #include "packs/PackOrder.h"
 #include "packs/SelfUpdate.h"
+#include "packs/WorkFolder.h"
 #include "platform/modLibrary.h"
 #include "startup/IntegrationRecord.h"
 #include "startup/modProdTrelvLibrary.h"
@@ -81,6 +83,7 @@ class Installation {
   void run();
 
  private:
+  std::unique_ptr<modProdTrelvManager::WorkFolder> takeUnpackFolder();
   void install(const OfferedProduct& entry);
   void openPacks(const OfferedProduct& entry);
   std::vector<std::string> orderedPacks(const OfferedProduct& entry);
@@ -120,6 +123,15 @@ void Installation::run() {
   unpackFolder_ = unpackFolder(program_);
   log("Gestione ProdTrelv - Path di scarico pacchi: " + unpackFolder_);
   const std::vector<OfferedProduct> selection = program_.state.selectedProducts;
+  const std::unique_ptr<modProdTrelvManager::WorkFolder> alone = takeUnpackFolder();
+  if (alone != nullptr && !alone->isOurs()) {
+    for (const OfferedProduct& entry : selection) {
+      failed_.push_back(entry.caption + ": cartella di lavoro non disponibile (" +
+                        alone->refusal() + ")");
+    }
+    tellOutcome();
+    return;
+  }
   if (!selection.empty()) {
     log("Avvio ciclo di copia....o esecuzione diretta applicazione ");
   }
@@ -132,6 +144,14 @@ void Installation::run() {
     modMain::WriteIntegrationConfig(program_, unpackFolder_);
   }
   tellOutcome();
+}
+
+/// The set-ups of a standard installation run from what was unpacked: until they have ended nobody
+/// else may work there. Null where packs go to a server, and where there is no such folder.
+std::unique_ptr<modProdTrelvManager::WorkFolder> Installation::takeUnpackFolder() {
+  return standard_ && !unpackFolder_.empty()
+             ? std::make_unique<modProdTrelvManager::WorkFolder>(program_, unpackFolder_)
+             : nullptr;
 }
 
 void Installation::install(const OfferedProduct& entry) {

@@ -11,6 +11,9 @@
 #include "base/ProductName.h"
 #include "base/Text.h"
 #include "base/Trap.h"
+#include "packs/SetupTreeCopy.h"
+#include "packs/WorkFolder.h"
+#include "packs/ZipProtection.h"
 #include "platform/modLibrary.h"
 #include "startup/HostPaths.h"
 #include "startup/frmwait.h"
@@ -54,12 +57,9 @@ bool isGiven(Program& program, const std::string& folder, const char* missingLin
   return !folder.empty();
 }
 
-/// The temporary folder without trailing backslash; empty, after one log line, when there is none.
+/// Empty, after one log line, when there is none.
 std::string workFolder(Program& program) {
-  std::string folder = modLibrary::GetTempDirectory(program);
-  if (!folder.empty() && folder.back() == '\\') {
-    folder.pop_back();
-  }
+  const std::string folder = WorkFolderPath(program);
   return isGiven(program, folder, kNoTemporaryFolder) ? folder : std::string();
 }
 
@@ -71,12 +71,23 @@ void tellUnopened(Program& program, const std::string& pack) {
   }
 }
 
+/// Would 7-Zip wait for a password, in a console of its own and for ever? One log line tells it.
+bool mayAskForPassword(Program& program, const std::string& zipPath) {
+  if (!NeedsPassword(program.machine.files, zipPath)) {
+    return false;
+  }
+  program.log.WriteLog("Gestione ProdTrelv - Pacco zip protetto o incompleto, non aperto: " +
+                       zipPath);
+  return true;
+}
+
 /// False, after a box, when 7-Zip could not be started or failed.
 bool openWithSevenZip(Program& program, const std::string& zipPath, const std::string& output) {
   const std::string command = zipCommand(program, zipPath, output);
   program.log.WriteLog("Gestione ProdTrelv - Apertura pacco zip con comando: " + command);
   std::uint32_t exitCode = kUnknownExitCode;
-  if (modLibrary::Execute(program, command, true, std::nullopt, &exitCode) &&
+  if (!mayAskForPassword(program, zipPath) &&
+      modLibrary::Execute(program, command, true, std::nullopt, &exitCode) &&
       exitCode < kFirstFailure) {
     return true;
   }
@@ -119,65 +130,135 @@ class CopyInProgress {
   Program& program_;
 };
 
-/// The zip packs of one folder, listed once.
+/// One search for the zip packs of one folder, listed once.
 class ZipScan {
  public:
-  ZipScan(Program& program, std::string folder, std::string target, std::string work,
-          std::vector<machine::FolderEntry> packs)
+  ZipScan(Program& program, std::string folder, std::string target, std::string work)
       : program_(program),
         folder_(std::move(folder)),
         target_(std::move(target)),
         work_(std::move(work)),
-        packs_(std::move(packs)),
-        elsewhere_(!equalNoCase(work_, target_)) {}
+        elsewhere_(!modLibrary::IsSamePath(program, work_, target_)),
+        // The decoder has put the packs below the work folder.
+        decoded_(FileSystemObject::liesAtOrIn(folder_, work_)) {
+    ++program_.state.packs.searches;
+  }
+  ZipScan(const ZipScan&) = delete;
+  ZipScan& operator=(const ZipScan&) = delete;
+  ~ZipScan() { --program_.state.packs.searches; }
 
   void run(bool removePacks);
 
  private:
-  void open(const machine::FolderEntry& pack, bool removePacks);
+  bool isAnythingToDo();
+  bool mayWork(WorkFolder& workFolder);
+  bool isOfHost(WorkFolder& workFolder);
+  bool clearedOfEarlierRuns();
+  bool openAll(bool removePacks);
+  bool open(const machine::FolderEntry& pack, bool removePacks);
   void copySetupTree();
+  bool clearedOfFailedPack();
   void clearLeftovers(const std::string& folder);
   bool isPack(const std::string& path) const;
   SettledPack identityOf(const machine::FolderEntry& pack) const;
   bool isSettled(const machine::FolderEntry& pack) const;
+  /// A click while a line is logged has begun this search within another, whose tree stands there.
+  bool isWithinAnother() const { return program_.state.packs.searches > 1; }
 
   Program& program_;
   const std::string folder_;
   const std::string target_;
   const std::string work_;
-  const std::vector<machine::FolderEntry> packs_;
+  std::vector<machine::FolderEntry> packs_;
   /// The work folder is another one than the target.
-  const bool elsewhere_;
+  bool elsewhere_;
+  const bool decoded_;
 };
 
 void ZipScan::run(bool removePacks) {
-  for (const machine::FolderEntry& pack : packs_) {
-    if (!isSettled(pack)) {
-      open(pack, removePacks);
-    }
+  packs_ = zipPacksOf(program_, folder_);
+  program_.log.WriteLog(
+      "Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: " +
+      quoted(folder_));
+  if (!isGiven(program_, work_, kNoTemporaryFolder) || !isGiven(program_, target_, kNoTarget) ||
+      !isAnythingToDo()) {
+    return;
   }
+  WorkFolder workFolder(program_, work_);
+  if (!workFolder.isOurs() || !mayWork(workFolder)) {
+    return;
+  }
+  // Whoever had the work folder meanwhile has opened what was listed before.
+  packs_ = zipPacksOf(program_, folder_);
   // Kept: what a pack holds beside this folder stays in the temporary folder. Packs of the products
   // hold nothing there.
-  const std::string unpacked = hostPaths::topFolder(work_);
-  if (elsewhere_ && modLibrary::FolderExists(program_, unpacked)) {
-    program_.fileSystem.deleteFolder(unpacked, true);
+  if (clearedOfEarlierRuns() && openAll(removePacks) && elsewhere_ && !isWithinAnother()) {
+    RemoveUnpacked(program_, work_);
   }
+}
+
+bool ZipScan::isAnythingToDo() {
+  return std::any_of(packs_.begin(), packs_.end(),
+                     [this](const machine::FolderEntry& pack) { return !isSettled(pack); }) ||
+         (elsewhere_ && IsUnpacked(program_, work_));
+}
+
+/// The folders of the host and the target may be the work folder under another name: nothing of
+/// them is deleted then, and nothing is copied onto itself.
+bool ZipScan::mayWork(WorkFolder& workFolder) {
+  if (!elsewhere_) {
+    return true;
+  }
+  const bool isTarget = workFolder.isAlso(target_);
+  const bool isHost = !isTarget && isOfHost(workFolder);
+  if ((isTarget || isHost) && !std::exchange(program_.state.packs.otherNameTold, true)) {
+    program_.log.WriteLog("Gestione ProdTrelv - Cartella di lavoro " + work_ +
+                          " uguale alla cartella " + (isTarget ? target_ : "del server") +
+                          ": il suo contenuto non viene rimosso");
+  }
+  elsewhere_ = !isTarget;
+  return !isHost;
+}
+
+bool ZipScan::isOfHost(WorkFolder& workFolder) {
+  const ProgramState& state = program_.state;
+  const auto isAlso = [&](const std::string& folder) -> bool {
+    return !folder.empty() && !modLibrary::IsSamePath(program_, folder, target_) &&
+           workFolder.isAlso(folder);
+  };
+  return isAlso(state.startup.paths.server) || isAlso(state.session.serverPath);
+}
+
+/// What an earlier run left would reach the target with the first pack. What the decoder wrote is
+/// no leftover.
+bool ZipScan::clearedOfEarlierRuns() {
+  if (!elsewhere_ || decoded_ || isWithinAnother()) {
+    return true;
+  }
+  if (IsUnpacked(program_, work_)) {
+    RemoveCopiesUnderWay(program_, hostPaths::setupFolder(work_), hostPaths::setupFolder(target_));
+  }
+  return RemoveUnpacked(program_, work_);
+}
+
+bool ZipScan::openAll(bool removePacks) {
+  return std::all_of(packs_.begin(), packs_.end(), [&](const machine::FolderEntry& pack) {
+    return isSettled(pack) || open(pack, removePacks);
+  });
 }
 
 // Kept: the pack is removed before its content is copied. A copy that fails, or a process that ends
 // between the two, loses it: the next scan removes the unpacked tree. The pack has to be delivered
 // again then; whoever delivers packs relies on an opened one being gone.
-void ZipScan::open(const machine::FolderEntry& pack, bool removePacks) {
+// False when the search cannot go on: what a failed pack left would be copied with the next one.
+bool ZipScan::open(const machine::FolderEntry& pack, bool removePacks) {
   const std::string zipPath = folder_ + "\\" + pack.name;
   if (!openWithSevenZip(program_, zipPath, work_)) {
     program_.state.packs.settled.push_back(identityOf(pack));
-    if (elsewhere_) {
-      clearLeftovers(hostPaths::topFolder(work_));
-    }
-    return;
+    return !elsewhere_ || clearedOfFailedPack();
   }
   if (!removePacks) {
-    return;
+    return true;
   }
   const bool removed = removePack(program_, zipPath);
   if (elsewhere_) {
@@ -186,6 +267,7 @@ void ZipScan::open(const machine::FolderEntry& pack, bool removePacks) {
   if (!removed) {
     program_.state.packs.settled.push_back(identityOf(pack));
   }
+  return true;
 }
 
 // Kept: the whole tree is copied, what earlier packs left there and packs that still wait in it
@@ -198,7 +280,20 @@ void ZipScan::copySetupTree() {
   shown = program_.machine.desktop.showModeless(form);
   const std::string target = hostPaths::setupFolder(target_);
   modLibrary::CreaCartella(program_, target);
-  program_.fileSystem.copyFolder(hostPaths::setupFolder(work_), target, true, true);
+  CopySetupTree(program_, hostPaths::setupFolder(work_), target);
+}
+
+bool ZipScan::clearedOfFailedPack() {
+  const std::string unpacked = hostPaths::topFolder(work_);
+  return trap(
+      [&]() -> bool {
+        clearLeftovers(unpacked);
+        return true;
+      },
+      [&](const RuntimeError& failure) -> bool {
+        TellUnpackedStays(program_, unpacked, failure);
+        return false;
+      });
 }
 
 /// Removes what a failed pack left below `folder`: the next copy would take it along. The packs of
@@ -250,6 +345,11 @@ void openSinglePack(Program& program, const std::string& packPath, const std::st
     tellUnopened(program, packPath);
     return;
   }
+  const WorkFolder workFolder(program, work);
+  if (!workFolder.isOurs()) {
+    tellUnopened(program, packPath);
+    return;
+  }
   // Kept: a decoder that fails is not told, only one that cannot be started. The search then tells
   // a missing folder, or opens what an earlier pack left: what counts is what lies there.
   std::uint32_t exitCode = kUnknownExitCode;
@@ -278,13 +378,7 @@ void openFolderPacks(Program& program, const std::string& folder, const std::str
 
 bool OpenZipPacksInFolder(Program& program, const std::string& folder, const std::string& target,
                           bool removePacks) {
-  std::vector<machine::FolderEntry> packs = zipPacksOf(program, folder);
-  program.log.WriteLog("Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: " +
-                       quoted(folder));
-  const std::string work = workFolder(program);
-  if (!work.empty() && isGiven(program, target, kNoTarget)) {
-    ZipScan(program, folder, target, work, std::move(packs)).run(removePacks);
-  }
+  ZipScan(program, folder, target, WorkFolderPath(program)).run(removePacks);
   return true;
 }
 

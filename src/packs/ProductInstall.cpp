@@ -6,8 +6,8 @@
 #include "packs/DirectSetup.h"
 #include "packs/PackExtraction.h"
 #include "packs/SelfUpdate.h"
+#include "packs/WorkFolder.h"
 #include "platform/modLibrary.h"
-#include "startup/HostPaths.h"
 
 namespace trelv::modProdTrelvManager {
 namespace {
@@ -27,10 +27,39 @@ void requireFolder(const std::string& folder, const char* description) {
   }
 }
 
+/// An installation begins only where nobody else is at work with a pack: its own tree would mix
+/// with the other one.
+void refuse(Program& program, const std::string& workFolderPath, const WorkFolder& workFolder) {
+  program.machine.desktop.messageBox(
+      TRELV_PRODUCT_NAME,
+      "Installazione non eseguita: la cartella di lavoro \"" + workFolderPath +
+          "\" non è disponibile.\r\n\r\n(" + workFolder.refusal() +
+          ")\r\n\r\nChiudere l'altra sessione o attendere che termini, poi ripetere "
+          "l'installazione.\r\n\r\nPremere Ok per interrompere",
+      machine::BoxIcon::Critical, machine::BoxButtons::Ok);
+}
+
 /// Opens a pack of the manager's own folder.
 void openPack(Program& program, const std::string& packName, const std::string& target) {
   const std::string managerFolder = modLibrary::ParentPath(program.machine.system.executablePath());
   OpenSinglePacks(program, managerFolder + "\\" + packName, target);
+}
+
+/// False, after a box, when another session has the work folder. Where there is none the opening
+/// tells it.
+bool openPackAlone(Program& program, const std::string& packName, const std::string& target) {
+  const std::string path = WorkFolderPath(program);
+  if (path.empty()) {
+    openPack(program, packName, target);
+    return true;
+  }
+  const WorkFolder workFolder(program, path);
+  if (workFolder.isOurs()) {
+    openPack(program, packName, target);
+  } else {
+    refuse(program, path, workFolder);
+  }
+  return workFolder.isOurs();
 }
 
 void installIntegrated(Program& program, const std::string& productName, std::string& targetFolder,
@@ -39,39 +68,36 @@ void installIntegrated(Program& program, const std::string& productName, std::st
   program.log.WriteLog("Apertura pacco in: " + targetFolder);
   // An integration record that cannot be read counts as recorded and gives no folder.
   requireFolder(targetFolder, "Cartella del server non disponibile");
-  openPack(program, packName, targetFolder);
+  if (!openPackAlone(program, packName, targetFolder)) {
+    return;
+  }
   UpdateTrelvManager(program, targetFolder);
   // Kept: shown also when the pack could not be opened or the client copy not refreshed, so the box
   // alone is no proof. Those who do that have told their failures before.
   program.machine.desktop.messageBox(TRELV_PRODUCT_NAME,
                                      "Installazione completata correttamente del prodotto " +
-                                         productName + " in: " + upperCase(targetFolder),
+                                         productName +
+                                         " in: " + program.machine.locale.upperCase(targetFolder),
                                      machine::BoxIcon::Information, machine::BoxButtons::Ok);
-}
-
-void removeUnpacked(Program& program, const std::string& folder) {
-  machine::FileFacts facts;
-  const SystemCode code = program.machine.files.look(folder, facts);
-  const bool isFile = code == system_code::kSuccess && !facts.folder;
-  if (isFile || meansMissing(code)) {
-    return;
-  }
-  program.fileSystem.deleteFolder(folder, true);
-  program.configurationFiles.forget();
 }
 
 void installStandAlone(Program& program, const std::string& productId,
                        const std::string& packName) {
-  std::string workFolder = modLibrary::GetTempDirectory(program);
-  dropTrailingBackslash(workFolder);
-  program.log.WriteLog("Apertura pacchi in: " + workFolder);
-  requireFolder(workFolder, "Cartella temporanea non disponibile");
-  openPack(program, packName, workFolder);
+  const std::string path = WorkFolderPath(program);
+  program.log.WriteLog("Apertura pacchi in: " + path);
+  requireFolder(path, "Cartella temporanea non disponibile");
+  const WorkFolder workFolder(program, path);
+  if (!workFolder.isOurs()) {
+    refuse(program, path, workFolder);
+    return;
+  }
+  openPack(program, packName, path);
   program.state.selectedProducts = {{productId}};
   program.log.WriteLog("Gestione ProdTrelv - Esecuzione diretta Setup del prodotto " + productId +
                        ". Sono caso Standard");
-  ExecuteDirectSetup(program, workFolder);
-  removeUnpacked(program, hostPaths::topFolder(workFolder));
+  ExecuteDirectSetup(program, path);
+  program.configurationFiles.forget();
+  DeleteUnpacked(program, path);
 }
 
 }  // namespace

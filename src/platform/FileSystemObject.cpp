@@ -90,65 +90,13 @@ std::string copyPath(const std::string& source, const std::string& target) {
                                    : target;
 }
 
-struct CopyMode {
-  bool overwrite = true;
-  bool force = false;
-};
-
-/// The code of a copy onto a file that may be read-only, which a copy refuses.
-SystemCode copyForced(machine::Files& files, const std::string& source, const std::string& target) {
-  const SystemCode code = files.copyFile(source, target);
-  machine::FileFacts facts;
-  if (code != system_code::kAccessDenied || files.look(target, facts) != system_code::kSuccess ||
-      facts.folder || !facts.readOnly ||
-      files.setReadOnly(target, false) != system_code::kSuccess) {
-    return code;
-  }
-  return files.copyFile(source, target);
-}
-
 void copyOneFile(machine::Files& files, const std::string& source, const std::string& target,
-                 const CopyMode& mode) {
+                 bool overwrite) {
   machine::FileFacts facts;
-  if (!mode.overwrite && files.look(target, facts) == system_code::kSuccess) {
+  if (!overwrite && files.look(target, facts) == system_code::kSuccess) {
     throw failureFromSystemCode(system_code::kFileExists, target);
   }
-  require(mode.force ? copyForced(files, source, target) : files.copyFile(source, target), target);
-}
-
-/// Makes the folder unless it is there.
-void makeSure(machine::Files& files, const std::string& folder) {
-  const SystemCode code = files.makeFolder(folder);
-  if (code != system_code::kAlreadyExists) {
-    require(code, folder);
-    return;
-  }
-  machine::FileFacts facts;
-  require(files.look(folder, facts), folder);
-  if (!facts.folder) {
-    throw failureFromSystemCode(system_code::kFileExists, folder);
-  }
-}
-
-void copyTree(machine::Files& files, const std::string& source, const std::string& target,
-              const CopyMode& mode) {
-  std::vector<machine::FolderEntry> entries;
-  require(files.list(source, "", entries), source);
-  makeSure(files, target);
-  for (const machine::FolderEntry& entry : entries) {
-    const std::string from = child(source, entry.name);
-    const std::string to = child(target, entry.name);
-    // What a link points to was not put into this folder.
-    if (entry.facts.reparsePoint) {
-      throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",
-                         "Collegamento non copiato: " + from);
-    }
-    if (entry.facts.folder) {
-      copyTree(files, from, to, mode);
-    } else {
-      copyOneFile(files, from, to, mode);
-    }
-  }
+  require(files.copyFile(source, target), target);
 }
 
 }  // namespace
@@ -214,20 +162,7 @@ void FileSystemObject::copyFile(const std::string& source, const std::string& ta
   if (!fileExists(source)) {
     throw failureFromSystemCode(system_code::kFileNotFound, source);
   }
-  copyOneFile(files_, source, copyPath(source, target), {overwrite, false});
-}
-
-void FileSystemObject::copyFolder(const std::string& source, const std::string& target,
-                                  bool overwrite, bool force) {
-  const std::string from = bareFolder(source);
-  const std::string to = copyPath(from, target);
-  if (!folderExists(from)) {
-    throw failureFromSystemCode(system_code::kPathNotFound, source);
-  }
-  if (liesAtOrIn(to, from)) {
-    throw failureFromSystemCode(system_code::kAccessDenied, target);
-  }
-  copyTree(files_, from, to, {overwrite, force});
+  copyOneFile(files_, source, copyPath(source, target), overwrite);
 }
 
 std::vector<machine::FolderEntry> FileSystemObject::fileEntries(const std::string& folder,

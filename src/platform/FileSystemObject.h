@@ -46,16 +46,6 @@ class FileSystemObject {
   /// `overwrite`) or is in use.
   void copyFile(const std::string& source, const std::string& target, bool overwrite = true);
 
-  /// Copies a folder with everything in it. `target` names the copy (with a trailing backslash: the
-  /// existing folder that gets it); it is made when missing, its parent must exist (else 76). Into
-  /// a folder that exists the content is merged: what both have is overwritten, or raises 58 when
-  /// not `overwrite`; what only the target has stays. `force` overwrites read-only files too, else
-  /// they raise 70. Raises 76 when the source is missing or a file, 58 where a file stands in the
-  /// place of a folder, 70 for a folder that is to be copied into itself, 75 for a link or junction
-  /// below the source, which is never followed. The first failure ends it, what was copied stays.
-  void copyFolder(const std::string& source, const std::string& target, bool overwrite = true,
-                  bool force = false);
-
   /// What stands in a folder, sub-folders left out, unsorted: as the file system hands it out.
   /// One opening. `ending`: those whose names end so are enough, in any case; others may come too.
   /// Raises 76 when it is missing.

@@ -65,6 +65,15 @@ const CallTable<Outcome> kOutcomes{
     {"configuration.getParameter",
      "Errore in installazione singolo prodotto integrato: ", Work::NotDone},
     // The pack.
+    {"system.userName", nullptr, Work::Done, "the mark of the work folder tells no name"},
+    {"exclusion.take", "nessun pacco viene aperto", Work::NotDone},
+    {"files.read S:\\Lumo\\TrelvManager.lck", "Errore in Apertura Pacco ", Work::NotDone,
+     "the target may be the work folder under another name"},
+    {"files.list S:\\Lumo\\prg\\com\\setup\\aggdovra", nullptr, Work::Done,
+     "what other copies left there stays"},
+    {"files.replaceFile S:\\Lumo\\prg\\com\\setup\\aggdovra\\", "Errore in Apertura Pacco ",
+     Work::NotDone},
+    {"files.readPart", nullptr, Work::Done, "7-Zip opens it without a look at it"},
     {"processes.start \"C:\\Lumo\\Programmi\\qalbunex.exe", kErrorForm, Work::NotDone},
     {"processes.start \"C:\\Lumo\\Programmi\\7z.exe",
      "Errore in esecuzione comando: ", Work::NotDone},
@@ -74,7 +83,8 @@ const CallTable<Outcome> kOutcomes{
     {"processes.exitCode", "Errore in esecuzione comando: ", Work::EitherWay,
      "the pack is kept; what it held is in the temporary folder, where a set-up finds it"},
     {"files.list C:\\Users\\mario\\Temp\\prg\\com\\setup\\aggdovra",
-     "Errore in Apertura Pacco |Comando non eseguito: |Errore in installazione prodotto",
+     "Contenuto di un pacco non rimosso|Errore in Apertura Pacco |Comando non eseguito: |"
+     "Errore in installazione prodotto",
      Work::EitherWay},
     {"files.look C:\\Users\\mario\\Temp\\prg\\com\\setup\\aggdovra\\luda.zip", nullptr, Work::Done,
      "the opened pack is kept"},
@@ -93,8 +103,6 @@ const CallTable<Outcome> kOutcomes{
     {"versions.read", nullptr, Work::Done, "the product counts as absent"},
     {"files.look C:\\Users\\mario\\Temp\\prg\\com\\setup\\aggdovra\\luda.ini",
      "Prodotto non rilevato, file di config non presente ", Work::NotDone},
-    {"files.look C:\\Users\\mario\\Temp\\prg\\com\\setup\\aggdovra", "Errore in Apertura Pacco ",
-     Work::NotDone},
     {"files.look C:\\Users\\mario\\Temp\\prg\\tempterm\\agdv.lck", nullptr, Work::Done,
      "the lock counts as missing"},
     {"files.look C:\\Users\\mario\\Temp\\prg\\tempterm", nullptr, Work::Done, "it is made"},
@@ -108,11 +116,17 @@ const CallTable<Outcome> kOutcomes{
     // The unpacked tree is deleted.
     {"files.look C:\\Users\\mario\\Temp\\prg", nullptr, Work::EitherWay},
     {"files.list C:\\Users\\mario\\Temp\\prg",
-     "Errore in Apertura Pacco |Errore in installazione prodotto", Work::EitherWay},
+     "Contenuto di un pacco non rimosso|Errore in Apertura Pacco |"
+     "Errore in installazione prodotto",
+     Work::EitherWay},
     {"files.removeFile C:\\Users\\mario\\Temp\\prg\\",
-     "Errore in Apertura Pacco |Errore in installazione prodotto", Work::EitherWay},
+     "Contenuto di un pacco non rimosso|Errore in Apertura Pacco |"
+     "Errore in installazione prodotto",
+     Work::EitherWay},
     {"files.removeFolder C:\\Users\\mario\\Temp\\prg",
-     "Errore in Apertura Pacco |Errore in installazione prodotto", Work::EitherWay},
+     "Contenuto di un pacco non rimosso|Errore in Apertura Pacco |"
+     "Errore in installazione prodotto",
+     Work::EitherWay},
     // The self-update.
     {"system.computerName", nullptr, Work::Done, "the temporaries' names lack it"},
     {"files.look S:\\Lumo\\prg\\tempterm\\", nullptr, Work::Done, "leftovers count as missing"},
@@ -294,7 +308,7 @@ void SweptInstall::expectOutcome(const Fault& fault, Findings& findings) {
   const bool done = isDone();
   findings.expect(done || row->work != Work::Done, "not done");
   findings.expect(!done || row->work != Work::NotDone, "done all the same");
-  findings.expect(done || told("rrore|non rilevat|non effettuata|Comando non eseguito|"
+  findings.expect(done || told("rrore|non rilevat|non effettuata|non eseguita|Comando non eseguito|"
                                "non trovata in registro|frmError"),
                   "not done, and nobody told it");
 }

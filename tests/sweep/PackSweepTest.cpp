@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/RuntimeError.h"
@@ -25,8 +26,7 @@ constexpr const char* kTree = "prg\\com\\setup\\aggdovra\\";
 /// Failures that nobody tells although something stays undone.
 const CallTable<Exception> kSilent{
     {"files.look S:\\Lumo\\prg\\com\\setup\\aggdovra\\",
-     "the pack counts as missing, stays and is opened again by the next process"},
-    {"files.look C:\\Users\\mario\\Temp\\prg", "what is unpacked goes with the next search"}};
+     "the pack counts as missing, stays and is opened again by the next process"}};
 
 enum class Delivery {
   /// Two zip packs wait in the set-up folder of the server.
@@ -48,7 +48,7 @@ const std::vector<Delivered>& delivered() {
   return packs;
 }
 
-/// Between these two calls of an undisturbed search the pack is removed and not yet copied.
+/// Between these two calls of an undisturbed search a pack is removed and not yet copied.
 struct Window {
   std::size_t removal = 0;
   std::size_t lastCopy = 0;
@@ -57,11 +57,14 @@ struct Window {
   }
 };
 
+/// One for each of the delivered packs; none where they cannot be lost.
+using Windows = std::vector<Window>;
+
 /// A machine on which one process looks for packs as its callers do.
 class SweptPacks : public SweptWorld {
  public:
-  /// In `window` the last pack may be lost.
-  SweptPacks(Delivery delivery, const Window& window);
+  /// In its window a pack may be lost.
+  SweptPacks(Delivery delivery, Windows windows);
 
   sim::SimMachine& machine() override { return machine_; }
   void run() override;
@@ -76,18 +79,19 @@ class SweptPacks : public SweptWorld {
   bool arrived(const Delivered& pack);
   bool told();
   void expectNothingOnTheScreen(Findings& findings);
+  void expectNothingHalf(Findings& findings);
   void judgeNextSearch(const Fault& fault, Findings& findings);
 
   const bool zips_;
-  const Window window_;
+  const Windows windows_;
   sim::SimMachine machine_;
   PackPrograms programs_{machine_};
   bool raised_ = false;
   std::vector<std::string> log_;
 };
 
-SweptPacks::SweptPacks(Delivery delivery, const Window& window)
-    : zips_(delivery == Delivery::ZipPacks), window_(window) {
+SweptPacks::SweptPacks(Delivery delivery, Windows windows)
+    : zips_(delivery == Delivery::ZipPacks), windows_(std::move(windows)) {
   machine_.mount("S:");
   machine_.putFile(std::string(kSetup) + "old.ini", "old");
   machine_.diskOf("S:\\").setReadOnly(std::string(kSetup) + "old.ini");
@@ -128,7 +132,8 @@ bool SweptPacks::isDone() {
 /// Raised to the caller, shown, or told in the log.
 bool SweptPacks::told() {
   return raised_ || !machine_.boxes().empty() ||
-         tellsOneOf(machine_.desktop().shownForms(), "frmError") || tellsOneOf(log_, "rrore");
+         tellsOneOf(machine_.desktop().shownForms(), "frmError") ||
+         tellsOneOf(log_, "rrore|nessun pacco viene aperto|nessun altro pacco viene aperto");
 }
 
 void SweptPacks::expectNothingOnTheScreen(Findings& findings) {
@@ -136,10 +141,29 @@ void SweptPacks::expectNothingOnTheScreen(Findings& findings) {
   findings.expect(machine_.desktop().activeForm() == nullptr, "a form stays");
 }
 
+/// Each file under its name is the old one or the new one, and what names a version stands there
+/// only behind the set-up that it starts.
+void SweptPacks::expectNothingHalf(Findings& findings) {
+  const std::string old = machine_.fileText(std::string(kSetup) + "old.ini");
+  findings.expect(old == "old" || old == "new", "half of old.ini");
+  for (const Delivered& pack : delivered()) {
+    for (const auto& [path, text] : pack.content) {
+      const std::string file = "S:\\Lumo\\" + path;
+      findings.expect(!machine_.fileExists(file) || machine_.fileText(file) == text ||
+                          path.ends_with("old.ini"),
+                      "half of " + path);
+    }
+    const std::string name = kSetup + pack.name;
+    findings.expect(!machine_.fileExists(name + ".ini") || machine_.fileExists(name + "\\1.exe"),
+                    pack.name + " is named before its set-up is there");
+  }
+}
+
 void SweptPacks::judge(const Fault& fault, Findings& findings) {
   if (fault.trouble != Trouble::Killed) {
     expectNothingOnTheScreen(findings);
   }
+  expectNothingHalf(findings);
   if (fault.trouble == Trouble::None) {
     findings.expect(isDone(), "it did not go well");
   } else if (fault.trouble == Trouble::FailsOnce) {
@@ -158,35 +182,36 @@ void SweptPacks::judge(const Fault& fault, Findings& findings) {
 /// What a search that was disturbed left undone is done by the next one.
 void SweptPacks::judgeNextSearch(const Fault& fault, Findings& findings) {
   const bool killed = fault.trouble == Trouble::Killed;
-  const bool within = fault.left != sim::Unfinished::NotBegun;
   findings.expect(!machine_.folderExists(kUnpacked), "what was unpacked stays");
-  for (const Delivered& pack : delivered()) {
-    // The last copy repeats the files of the first pack, and leaves half of one where it is cut.
-    const bool mayBeLost = window_.holds(fault) && (pack.name == "b" || within);
+  findings.expect(machine_.diskOf("S:\\").tree().find(".tmp") == std::string::npos,
+                  "a temporary stays on the share");
+  for (std::size_t i = 0; i < delivered().size(); ++i) {
+    const Delivered& pack = delivered()[i];
+    const bool mayBeLost = !windows_.empty() && windows_[i].holds(fault);
     findings.expect(arrived(pack) || mayBeLost, pack.name + " is lost");
     if (killed) {
-      findings.expect(!arrived(pack) || !mayBeLost || within, pack.name + " is not lost any more");
+      findings.expect(!arrived(pack) || !mayBeLost, pack.name + " is not lost any more");
       findings.expect(!waits(pack) || !zips_, pack.name + " is not opened");
     }
   }
 }
 
-/// Where the second pack may be lost. Kept: the removal stands before the copy. What is lost there
-/// has to be delivered again; the first pack's content is taken along by the second one's copy.
-Window windowOfTheLastPack() {
+/// Where each pack may be lost. Kept: the removal stands before the copy. What is lost there has to
+/// be delivered again: what it has left goes before the next pack is opened.
+Windows windowsOfThePacks() {
   SweptPacks packs(Delivery::ZipPacks, {});
   packs.run();
   EXPECT_TRUE(packs.isDone());
-  Window window;
+  Windows windows;
   for (const sim::SimCall& call : packs.machine().callLog().all()) {
-    if (call.text == "files.removeFile " + std::string(kSetup) + "b.zip") {
-      window.removal = call.number;
-    } else if (call.kind == sim::CallKind::FileCopy) {
-      window.lastCopy = call.number;
+    if (call.kind == sim::CallKind::FileRemove && call.path.ends_with(".zip")) {
+      windows.push_back({call.number, call.number});
+    } else if (call.kind == sim::CallKind::FileReplace) {
+      windows.back().lastCopy = call.number;
     }
   }
-  EXPECT_LT(window.removal, window.lastCopy);
-  return window;
+  EXPECT_EQ(windows.size(), delivered().size());
+  return windows;
 }
 
 // Both deliveries in one test: the rows of the table are for the two of them together, and parts of
@@ -194,8 +219,8 @@ Window windowOfTheLastPack() {
 TEST(PackSweep, ZipPacksAreLostOnlyBetweenTheirRemovalAndTheirCopyAndGzPacksNever) {
   const std::initializer_list<Trouble> troubles{Trouble::FailsOnce, Trouble::FailsFromThenOn,
                                                 Trouble::Killed};
-  expectSwept<SweptPacks>(troubles, 30, Delivery::ZipPacks, windowOfTheLastPack());
-  expectSwept<SweptPacks>(troubles, 30, Delivery::GzPacks, Window());
+  expectSwept<SweptPacks>(troubles, 30, Delivery::ZipPacks, windowsOfThePacks());
+  expectSwept<SweptPacks>(troubles, 30, Delivery::GzPacks, Windows());
   expectEachRowMatched(kSilent);
 }
 

@@ -432,7 +432,8 @@ TEST_F(BadMedium, WithoutRoomForTheWorkFolderNothingIsOpened) {
   });
   installStandard({"Nerio"});
   EXPECT_THAT(machine().started(), IsEmpty());
-  expectWarning("\r\nNerio: prodotti\\packs\\nerio\\nerio.zip");
+  expectWarning(
+      "\r\nNerio: cartella di lavoro non disponibile (Disco pieno: C:\\Users\\mario\\Temp)");
   EXPECT_EQ(forms().back(), kStandalone);
 }
 
@@ -473,6 +474,18 @@ TEST_F(BadMedium, ATemporaryFolderThatCannotBeHadIsToldInItsPlace) {
   EXPECT_EQ(first[1], "Gestione ProdTrelv - Tipologia Installazione: Installazione Standard");
   EXPECT_THAT(first[2], HasSubstr("Gestione ProdTrelv - Errore in lettura cartella temporanea: "));
   EXPECT_EQ(first[3], "Gestione ProdTrelv - Path di scarico pacchi: ");
+}
+
+TEST_F(BadMedium, WhileAnotherSessionWorksInTheTemporaryFolderNothingIsInstalledThere) {
+  const auto mark = machine().exclusion().takeForAnother("C:\\Users\\mario\\Temp\\TrelvManager.lck",
+                                                         "mario, STAZIONE, sessione 2");
+  machine().putFile("C:\\Users\\mario\\Temp\\prg\\a.txt", "of the other session");
+  installStandard({"Nerio"});
+  EXPECT_THAT(machine().started(), IsEmpty());
+  EXPECT_EQ(machine().fileText("C:\\Users\\mario\\Temp\\prg\\a.txt"), "of the other session");
+  expectWarning(
+      "\r\nNerio: cartella di lavoro non disponibile (in uso da un'altra sessione: "
+      "mario, STAZIONE, sessione 2)");
 }
 
 TEST_F(BadMedium, AWorkFolderThatIsTakenIsLeftAlone) {

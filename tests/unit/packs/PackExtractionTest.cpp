@@ -278,11 +278,11 @@ const std::vector<Scan> kScans{
     {"PacksGoInTheOrderOfTheFileSystemAndTheLastWins",
      [](Packs& t) { t.put("b.zip", zipOf("same.ini", "b")).put("a.zip", zipOf("same.ini", "a")); },
      "b.zip a.zip", "same.ini=a"},
-    {"WhatTheTargetHasIsOverwrittenAndTheRestStays",
+    {"WhatTheTargetHasIsReplacedAndTheRestStays",
      [](Packs& t) {
        t.put("a.zip", zipOf("nerio\\x", "a")).putInTarget("NERIO\\X").putInTarget("nerio\\kept");
      },
-     "a.zip", "NERIO\\X=a NERIO\\kept=old"},
+     "a.zip", "NERIO\\kept=old NERIO\\x=a"},
     // The copy carries the attribute over, and is made again after the second pack.
     {"ReadOnlyFilesDoNotStopTheNextPack",
      [](Packs& t) { t.putPacks("a b").protectUnpackedFiles(); }, "a.zip b.zip", "a.ini=a b.ini=b"},
@@ -335,7 +335,7 @@ const std::vector<Scan> kScans{
              t.machine_.diskOf(kWork).holdOpen(inWork("a.ini"), sim::Sharing::Read);
            });
      },
-     "a.zip", "", "a.zip b.zip", kUnpacked, 1, 70},
+     "a.zip", "", "a.zip b.zip", kUnpacked, 1},
     // Nothing excludes one workstation from another here.
     {"AnotherWorkstationTookThePackMeanwhile",
      [](Packs& t) {
@@ -398,7 +398,139 @@ TEST_F(PackExtraction, WhatACopyThatFailedLeftIsGoneWithTheNextScan) {
   EXPECT_EQ(brought("a.ini"), "old");
 }
 
+// --- What an earlier run left
+
+class Leftovers : public PackExtraction {
+ public:
+  Leftovers() {
+    machine_.putFile(inWork("zb.ini"), "09.94");
+    machine_.putFile(inWork("nerio\\half.exe"), "half");
+  }
+  static constexpr const char* kTop = "C:\\Users\\mario\\Temp\\prg";
+};
+
+TEST_F(Leftovers, DoNotReachTheTargetWithTheNextPack) {
+  putPacks("a");
+  scan();
+  EXPECT_EQ(filesOf(kTargetTree), "a.ini=a");
+  EXPECT_TRUE(nothingUnpacked());
+}
+
+TEST_F(Leftovers, ThatCannotBeRemovedKeepEveryPackClosedAndTheCallerGoesOn) {
+  putPacks("a b");
+  machine_.diskOf("C:\\").holdOpen(inWork("zb.ini"), sim::Sharing::Read);
+  EXPECT_TRUE(scan());
+  EXPECT_THAT(started(), IsEmpty());
+  EXPECT_THAT(waiting(), ElementsAre("a.zip", "b.zip"));
+  EXPECT_EQ(target().tree(), "");
+  EXPECT_EQ(endsOf(lines(),
+                   "Gestione ProdTrelv - Contenuto di un pacco non rimosso, nessun altro "
+                   "pacco viene aperto: ")
+                .size(),
+            1U);
+  EXPECT_THAT(boxes(), IsEmpty());
+  EXPECT_THAT(program_.reports(), IsEmpty());
+  machine_.diskOf("C:\\").release(inWork("zb.ini"));
+  scan();
+  EXPECT_EQ(filesOf(kTargetTree), "a.ini=a b.ini=b");
+}
+
+TEST_F(Leftovers, AFileInTheirPlaceIsRemovedToo) {
+  machine_.removeTree(kTop);
+  machine_.putFile(kTop, "x");
+  machine_.diskOf("C:\\").setReadOnly(kTop);
+  putPacks("a");
+  scan();
+  EXPECT_EQ(brought("a.ini"), "a");
+  machine_.putFile(kTop, "x");
+  scan();
+  EXPECT_FALSE(machine_.fileExists(kTop));
+}
+
+TEST_F(Leftovers, ALinkInTheirPlaceIsNotFollowed) {
+  machine_.removeTree(kTop);
+  machine_.putFile("C:\\keep\\a.txt", "x");
+  machine_.diskOf("C:\\").putLink(kTop, "C:\\keep");
+  putPacks("a");
+  scan();
+  EXPECT_EQ(brought("a.ini"), "a");
+  EXPECT_EQ(machine_.fileText("C:\\keep\\a.txt"), "x");
+}
+
+TEST_F(Leftovers, OfACopyThatWasEndedByForceGoOnTheTargetToo) {
+  const std::string half = inTarget("nerio\\TrelvManager-STAZIONE-1-99.tmp");
+  machine_.putFile(half, "half");
+  scan();
+  EXPECT_FALSE(machine_.fileExists(half));
+  EXPECT_TRUE(nothingUnpacked());
+}
+
+// --- The work folder under another name
+
+class OtherNames : public PackExtraction {
+ public:
+  /// The user's temporary folder is the host's folder: T: and the share are one disk.
+  void useHostFolderAsTemporaryFolder(const std::string& name) {
+    machine_.mount("\\\\server\\lumo", machine_.volumes().diskOf("T:\\"));
+    machine_.makeFolders(kTarget);
+    machine_.putFile("T:\\Dovra\\prg\\applidir", "x");
+    machine_.putFile(inTarget("old.ini"), "old");
+    machine_.support().setTemporaryPath(name);
+  }
+  std::size_t linesThatSaySo() {
+    std::size_t count = 0;
+    for (const std::string& line : lines()) {
+      count += line.find("il suo contenuto non viene rimosso") != std::string::npos ? 1U : 0U;
+    }
+    return count;
+  }
+};
+
+TEST_F(OtherNames, OfTheTargetAreTheTarget) {
+  for (const char* const name : {"\\\\SERVER\\lumo\\Dovra\\", "\\\\Server\\Lumo\\DOVRA\\"}) {
+    useHostFolderAsTemporaryFolder(name);
+    putPacks("a");
+    scan();
+    EXPECT_EQ(filesOf(kTarget),
+              "prg\\applidir=x prg\\com\\setup\\aggdovra\\old.ini=old "
+              "prg\\com\\setup\\aggdovra\\a.ini=a")
+        << name;
+    scan();
+    EXPECT_TRUE(machine_.fileExists("T:\\Dovra\\prg\\applidir")) << name;
+    machine_.removeTree(inTarget("a.ini"));
+  }
+  EXPECT_EQ(linesThatSaySo(), 1U);
+}
+
+TEST_F(OtherNames, OfTheHostsFolderKeepItAndEveryPack) {
+  useHostFolderAsTemporaryFolder("\\\\server\\lumo\\Dovra\\");
+  program_.state.startup.paths.server = kTarget;
+  putPacks("a");
+  scan("D:\\Integrazione");
+  scan("D:\\Integrazione");
+  EXPECT_EQ(filesOf(kTarget), "prg\\applidir=x prg\\com\\setup\\aggdovra\\old.ini=old");
+  EXPECT_THAT(waiting(), ElementsAre("a.zip"));
+  EXPECT_EQ(linesThatSaySo(), 1U);
+}
+
 // --- Packs that cannot be opened
+
+TEST_F(PackExtraction, APackThatAsksForAPasswordIsKeptAndToldWithoutStarting7Zip) {
+  put("a.zip", "7z\xBC\xAF\x27\x1C and so on, which may be encrypted");
+  putPacks("b");
+  EXPECT_TRUE(scan());
+  EXPECT_EQ(started(), commandsFor("b.zip"));
+  EXPECT_EQ(endsOf(boxes(), "Errore in esecuzione comando: "), commandsFor("a.zip"));
+  EXPECT_EQ(endsOf(lines(), "Gestione ProdTrelv - Apertura pacco zip con comando: "),
+            commandsFor("a.zip b.zip"));
+  EXPECT_THAT(lines(),
+              Contains("Gestione ProdTrelv - Pacco zip protetto o incompleto, non aperto: " +
+                       inSetup("a.zip")));
+  EXPECT_THAT(waiting(), ElementsAre("a.zip"));
+  EXPECT_EQ(brought("b.ini"), "b");
+  scan();
+  EXPECT_EQ(boxes().size(), 1U);
+}
 
 TEST_F(PackExtraction, AMissingSevenZipIsReportedAndShownForEachPack) {
   machine_.removeTree(PackPrograms::kSevenZip);
@@ -512,8 +644,10 @@ TEST_F(PackExtraction, KeptIniFilesAreForgottenWhenTheTreeWasCopiedOrItsCopyFail
   for (const bool fails : {false, true}) {
     machine_.putFile(inTarget("1.ini"), "[S]\r\nk=old\r\n");
     put("a.zip", packBytes({{kTree + "1.ini", "[S]\r\nk=new\r\n"}, {kTree + "2.ini", "y"}}));
-    putInTarget("2.ini").target().holdOpen(inTarget("2.ini"),
-                                           fails ? sim::Sharing::Read : sim::Sharing::All);
+    putInTarget("2.ini");
+    if (fails) {
+      target().holdOpen(inTarget("2.ini"), sim::Sharing::Read);
+    }
     // Somebody reads it between 7-Zip's end and the copy.
     machine_.onCall("files.copyFile", [&] { EXPECT_EQ(value(), "old"); });
     EXPECT_EQ(failureOfScan().number(), fails ? 70 : 0);
@@ -631,6 +765,25 @@ TEST_F(GzPacks, AFailingPackDoesNotEndTheScanOfItsFolderAndAMissingFolderIsRepor
   EXPECT_EQ(
       lines().back(),
       "Gestione ProdTrelv - Errore in Apertura PacchiImpossibile trovare il percorso: D:\\no");
+}
+
+// A single installation clears nothing first: see docs/quirks.md.
+TEST_F(GzPacks, WhatStoodThereBeforeCountsAsWhatTheDecoderWrote) {
+  machine_.putFile(inWork("old.ini"), "old");
+  putGz("nerio.gz", {{"a.zip", zipOf("a.ini", "a")}});
+  openNerio();
+  EXPECT_EQ(filesOf(kTargetTree), "old.ini=old a.ini=a");
+  EXPECT_TRUE(nothingUnpacked());
+}
+
+TEST_F(GzPacks, APackIsNotOpenedWhileAnotherSessionHasTheWorkFolder) {
+  putGz("nerio.gz", {{"a.zip", zipOf("a.ini", "a")}});
+  const auto mark =
+      machine_.exclusion().takeForAnother(kWork + std::string("\\TrelvManager.lck"), "anna, ALTRA");
+  openNerio();
+  EXPECT_THAT(started(), IsEmpty());
+  EXPECT_THAT(program_.state.packs.unopened, ElementsAre("D:\\p\\nerio.gz"));
+  EXPECT_EQ(lines().size(), 1U);
 }
 
 TEST_F(GzPacks, AFailingDecoderIsNotTold) {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <memory>
 
 #include "packs/ProductInstall.h"
 #include "support/PackPrograms.h"
@@ -208,11 +209,11 @@ TEST_F(ProductInstall, StandaloneTreeThatCannotBeDeletedIsReported) {
                                               "Errore in installazione prodotto", 70)));
 }
 
-TEST_F(ProductInstall, StandaloneLeavesAFileInTheTreesPlaceAndMayFindNothingToDelete) {
+TEST_F(ProductInstall, StandaloneRemovesAFileInTheTreesPlaceAndMayFindNothingToDelete) {
   machine().removeTree(kPack);
-  machine().putFile(kWork + "prg", "resta");
+  machine().putFile(kWork + "prg", "x");
   installStandAlone();
-  EXPECT_EQ(machine().fileText(kWork + "prg"), "resta");
+  EXPECT_FALSE(machine().fileExists(kWork + "prg"));
   machine().support().setTemporaryPath("C:\\Manca\\Temp\\");
   installStandAlone();
   EXPECT_THAT(program().reportTexts(),
@@ -246,6 +247,47 @@ TEST_F(ProductInstall, SingleInstallWithoutAnIntegrationRunsTheSetup) {
   EXPECT_THAT(setups(), ElementsAre(kSetUp));
   EXPECT_THAT(real.logLines(), Contains("Apertura pacchi in: C:\\Users\\mario\\Temp"));
   EXPECT_FALSE(share().fileExists("S:\\Lumo\\" + kTree + "luda.ini"));
+}
+
+/// A machine that no host suite was ever installed on.
+class WithoutHostSuite : public ProductInstall {
+ protected:
+  WithoutHostSuite() {
+    station_.forgetIntegration();
+    machine().configuration().answerAlways(-4001);
+    const std::string zip =
+        packBytes({{kTree + "agdvcomp.ini",
+                    "[Prod01]\r\nid=ZB\r\nname=Bilancio\r\nconf=" + kTree + "zb.ini\r\n"},
+                   {kTree + "zb.ini",
+                    "[Setup01]\r\nversion=01.00\r\nServer01=C:\\Setup\\server.exe\r\n"
+                    "Client01=C:\\Setup\\client.exe\r\n"}});
+    machine().mount("E:");
+    onMedium_ = std::make_unique<PackPrograms>(machine(), "E:\\prodotti");
+    machine().setExecutable("E:\\prodotti\\TrelvManager.exe");
+    machine().putFile("E:\\prodotti\\zb.gz", packBytes({{kTree + "zb.zip", zip}}));
+    machine().diskOf("E:\\").denyWriting("E:\\");
+    machine().programs().define("C:\\Setup\\server.exe");
+    machine().programs().define("C:\\Setup\\client.exe", [this](sim::SimProcess&) {
+      lockSeen_ = machine().fileExists(kWork + "agdv.lck");
+      return 0U;
+    });
+  }
+  std::unique_ptr<PackPrograms> onMedium_;
+  bool lockSeen_ = false;
+};
+
+TEST_F(WithoutHostSuite, BothSidesAreSetUpFromAReadOnlyMediumWithoutAReport) {
+  RealProgram real(machine());
+  real.run("SINGLEINSTALL zb zb.gz");
+  EXPECT_THAT(started(),
+              AllOf(Contains("C:\\Setup\\server.exe"), Contains("C:\\Setup\\client.exe")));
+  EXPECT_THAT(machine().desktop().shownForms(), IsEmpty());
+  EXPECT_THAT(boxes(), IsEmpty());
+  EXPECT_TRUE(lockSeen_) << "in the root of the set-up";
+  EXPECT_FALSE(machine().fileExists(kWork + "agdv.lck"));
+  EXPECT_FALSE(machine().fileExists("E:\\prodotti\\agdv.lck"));
+  EXPECT_FALSE(machine().folderExists(kWork + "prg"));
+  EXPECT_THAT(real.logLines(), Each(Not(HasSubstr("Errore in "))));
 }
 
 }  // namespace

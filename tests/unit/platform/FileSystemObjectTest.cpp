@@ -41,10 +41,6 @@ class FileSystemObjectTest : public testing::Test {
                         bool overwrite = true) {
     return failureOf([&] { object.copyFile(source, target, overwrite); });
   }
-  std::int32_t copyFolder(const std::string& source, const std::string& target,
-                          bool overwrite = true, bool force = false) {
-    return failureOf([&] { object.copyFolder(source, target, overwrite, force); });
-  }
 
   void put(const Lines& paths, const std::string& content = "x") {
     for (const std::string& path : paths) machine.putFile(path, content);
@@ -226,107 +222,6 @@ TEST_F(FileSystemObjectTest, CopyingOntoAFolderOrAReadOnlyOrABusyFileIs70) {
   }
   EXPECT_EQ(text("C:\\d\\r.txt"), "old");
   EXPECT_TRUE(disk.isReadOnly("C:\\d\\r.txt"));
-}
-
-// --- Copying a folder
-
-TEST_F(FileSystemObjectTest, CopiesAFolderWithEverythingInIt) {
-  put({"C:\\s\\a.txt"}, "1");
-  put({"C:\\s\\e\\f\\b.txt"}, "22");
-  machine.makeFolders("C:\\s\\empty");
-  machine.makeFolders("C:\\d");
-  EXPECT_EQ(copyFolder("C:\\s", "C:\\d\\t"), 0);
-  EXPECT_EQ(disk.tree("C:\\d\\t"),
-            "d\\t\\a.txt 1\nd\\t\\e\\\nd\\t\\e\\f\\\nd\\t\\e\\f\\b.txt 2\nd\\t\\empty\\\n");
-  EXPECT_EQ(text("C:\\s\\e\\f\\b.txt"), "22");
-  EXPECT_EQ(copyFolder("C:\\s", "C:\\d\\"), 0) << "into the folder named with a backslash";
-  EXPECT_EQ(text("C:\\d\\s\\a.txt"), "1");
-}
-
-TEST_F(FileSystemObjectTest, CopyMergesIntoAnExistingTreeOnAnotherDrive) {
-  machine.mount("S:");
-  put({"C:\\s\\both\\a.txt", "C:\\s\\both\\only.txt"}, "new");
-  put({"S:\\t\\BOTH\\A.TXT", "S:\\t\\both\\kept.txt"}, "old");
-  EXPECT_EQ(copyFolder("C:\\s\\", "S:\\t"), 0);
-  EXPECT_THAT(machine.diskOf("S:\\").names("S:\\t\\both"),
-              ElementsAre("A.TXT", "kept.txt", "only.txt"));
-  EXPECT_EQ(text("S:\\t\\both\\a.txt"), "new");
-  EXPECT_EQ(text("S:\\t\\both\\kept.txt"), "old");
-}
-
-TEST_F(FileSystemObjectTest, CopyingAFolderNeedsASourceAndTheParentOfItsTarget) {
-  put({"C:\\a.txt", "C:\\s\\a.txt"});
-  EXPECT_EQ(copyFolder("C:\\s", "C:\\no\\t"), 76);
-  EXPECT_EQ(copyFolder("C:\\missing", "C:\\t"), 76);
-  EXPECT_EQ(copyFolder("C:\\a.txt", "C:\\t"), 76);
-  EXPECT_FALSE(machine.folderExists("C:\\t"));
-}
-
-TEST_F(FileSystemObjectTest, CopyingAFolderStopsAtAFileThatMustNotBeOverwrittenOrIsBusy) {
-  put({"C:\\s\\1.txt", "C:\\s\\2.txt", "C:\\s\\3.txt"}, "new");
-  put({"C:\\t\\2.txt", "C:\\u\\2.txt"}, "old");
-  disk.holdOpen("C:\\u\\2.txt", sim::Sharing::Read);
-  EXPECT_EQ(copyFolder("C:\\s", "C:\\t", false), 58);
-  EXPECT_EQ(copyFolder("C:\\s", "C:\\u", true, true), 70);
-  EXPECT_EQ(description, "File in uso da un altro programma: C:\\u\\2.txt");
-  for (const std::string folder : {"C:\\t", "C:\\u"}) {
-    EXPECT_EQ(text(folder + "\\1.txt"), "new");
-    EXPECT_EQ(text(folder + "\\2.txt"), "old");
-    EXPECT_EQ(text(folder + "\\3.txt"), "-");
-  }
-}
-
-TEST_F(FileSystemObjectTest, CopyingAFolderOverwritesReadOnlyFilesWithForceOnly) {
-  put({"C:\\s\\e\\a.txt"}, "new");
-  put({"C:\\t\\e\\a.txt"}, "old");
-  disk.setReadOnly("C:\\t\\e\\a.txt");
-  EXPECT_EQ(copyFolder("C:\\s", "C:\\t"), 70);
-  EXPECT_EQ(text("C:\\t\\e\\a.txt"), "old");
-  EXPECT_TRUE(disk.isReadOnly("C:\\t\\e\\a.txt"));
-  EXPECT_EQ(copyFolder("C:\\s", "C:\\t", true, true), 0);
-  EXPECT_EQ(text("C:\\t\\e\\a.txt"), "new");
-}
-
-TEST_F(FileSystemObjectTest, ForceDoesNotHelpAgainstOtherRefusals) {
-  put({"C:\\s\\a.txt"}, "new");
-  put({"C:\\t\\a.txt"}, "old");
-  disk.denyWriting("C:\\t");
-  EXPECT_EQ(copyFolder("C:\\s", "C:\\t", true, true), 70);
-  EXPECT_EQ(machine.callLog().countOf("files.clearReadOnly"), 0U);
-  disk.setReadOnly("C:\\t\\a.txt");
-  EXPECT_EQ(copyFolder("C:\\s", "C:\\t", true, true), 70);
-  EXPECT_EQ(text("C:\\t\\a.txt"), "old");
-}
-
-TEST_F(FileSystemObjectTest, AFileInThePlaceOfAFolderIs58) {
-  machine.makeFolders("C:\\s\\e");
-  put({"C:\\t\\e"});
-  EXPECT_EQ(copyFolder("C:\\s", "C:\\t"), 58);
-  EXPECT_EQ(copyFolder("C:\\s", "C:\\t\\e"), 58);
-  EXPECT_EQ(text("C:\\t\\e"), "x");
-}
-
-TEST_F(FileSystemObjectTest, NeverCopiesAFolderOntoOrIntoItself) {
-  put({"C:\\s\\a.txt"});
-  const std::string before = disk.tree("C:\\s");
-  for (const char* const target : {"C:\\s", "c:\\S\\", "C:\\s\\t", "C:\\S\\a\\b"}) {
-    EXPECT_EQ(copyFolder("C:\\s", target), 70) << target;
-  }
-  EXPECT_EQ(disk.tree("C:\\s"), before);
-  EXPECT_EQ(copyFolder("C:\\s", "C:\\s2"), 0);
-  EXPECT_EQ(text("C:\\s2\\a.txt"), "x");
-}
-
-TEST_F(FileSystemObjectTest, NeverFollowsALinkOutOfAFolderThatIsCopied) {
-  put({"C:\\secret\\a.txt"});
-  machine.makeFolders("C:\\s");
-  for (const bool toFolder : {true, false}) {
-    disk.putLink("C:\\s\\link", toFolder ? "C:\\secret" : "C:\\secret\\a.txt", toFolder);
-    EXPECT_EQ(copyFolder("C:\\s", "C:\\t"), 75);
-    EXPECT_EQ(description, "Collegamento non copiato: C:\\s\\link");
-    machine.removeTree("C:\\s\\link");
-  }
-  EXPECT_EQ(disk.tree("C:\\t"), "");
 }
 
 // --- Listing, dates, text

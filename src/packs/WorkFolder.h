@@ -1,0 +1,63 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "base/RuntimeError.h"
+#include "machine/Exclusion.h"
+#include "platform/Program.h"
+
+/// The user's temporary folder as packs pass through it, which other starts of the same user share.
+namespace trelv::modProdTrelvManager {
+
+/// Path of the work folder without trailing backslash; empty when there is none.
+std::string WorkFolderPath(Program& program);
+
+/// The right to work in the work folder, one process at a time in all sessions: two processes that
+/// unpack there would copy and delete each other's content. Kept by a file in the folder itself, so
+/// that the folder is one by whatever name, and free when the process ends, however it does.
+class WorkFolder {
+ public:
+  /// Takes the folder (made when missing). While another process has it this waits 120 s at most
+  /// and shows nothing; not again in a process that has waited in vain. A folder that could not be
+  /// had is told in one log line, once per process. This process may take it again meanwhile.
+  WorkFolder(Program& program, std::string path);
+  WorkFolder(const WorkFolder&) = delete;
+  WorkFolder& operator=(const WorkFolder&) = delete;
+  ~WorkFolder();
+
+  /// Otherwise nothing may be opened, copied or deleted there.
+  bool isOurs() const { return refusal_.empty(); }
+  /// Why it could not be had, for the user: which other session has it, or what the system says.
+  const std::string& refusal() const { return refusal_; }
+
+  /// Is this folder (full path, may be missing) the work folder, by whatever name: case, drive and
+  /// share, link, short name, "\\?\"? Only while it is ours. Raises where that cannot be told.
+  bool isAlso(const std::string& folder);
+
+ private:
+  SystemCode take();
+  void refuse(SystemCode code);
+  std::string holder();
+
+  Program& program_;
+  const std::string path_;
+  const std::string markPath_;
+  std::string refusal_;
+  std::unique_ptr<machine::Mark> mark_;
+};
+
+/// Does any unpacked tree, or a file in its place, stand in the work folder?
+bool IsUnpacked(Program& program, const std::string& workFolder);
+
+/// The log line for what cannot be removed from there.
+void TellUnpackedStays(Program& program, const std::string& path, const RuntimeError& failure);
+
+/// Removes it with everything in it; nothing where nothing stands. Raises what the file system
+/// answers.
+void DeleteUnpacked(Program& program, const std::string& workFolder);
+
+/// The same, but false, after one log line, when it stays. Never raises.
+bool RemoveUnpacked(Program& program, const std::string& workFolder);
+
+}  // namespace trelv::modProdTrelvManager
