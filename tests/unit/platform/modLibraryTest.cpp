@@ -65,6 +65,13 @@ TEST_F(Library, TheProgramFilesFolderIsShellFolder38) {
   EXPECT_EQ(ProgramFilesFolder(program), "D:\\Programmi");
 }
 
+TEST_F(Library, PathsAreTheSameInTheSystemsCapitals) {
+  EXPECT_TRUE(IsSamePath(program, "S:\\škoda\\œuvre\\ž", "s:\\ŠKODA\\ŒUVRE\\Ž"));
+  EXPECT_TRUE(IsSamePath(program, "", ""));
+  EXPECT_FALSE(IsSamePath(program, "S:\\s", "S:\\š"));
+  EXPECT_FALSE(IsSamePath(program, "S:\\Lumo", "S:\\Lumo\\"));
+}
+
 // --- Temporary folders
 
 using TheTempDirectory = Library;
