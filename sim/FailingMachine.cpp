@@ -90,6 +90,13 @@ SystemCode codeFor(CallKind kind, std::size_t variant) {
   throw std::logic_error("a call of no kind");
 }
 
+/// Is it a change that is made again where it was refused?
+bool isTried(CallKind kind) {
+  return kind == CallKind::FileRemove || kind == CallKind::FolderMake ||
+         kind == CallKind::FolderRemove || kind == CallKind::FileCopy ||
+         kind == CallKind::FileReplace;
+}
+
 }  // namespace
 
 FailingMachine::FailingMachine(SimMachine& simMachine, std::size_t number, FailureSpan span,
@@ -110,14 +117,22 @@ std::size_t FailingMachine::variants(CallKind kind) {
 
 std::optional<SystemCode> FailingMachine::look(const SimCall& call) {
   ++seen_;
-  const bool fails = span_ == FailureSpan::Once ? seen_ == number_ : seen_ >= number_;
+  const bool fails =
+      span_ == FailureSpan::Once ? seen_ == number_ || isTriedAgain(call) : seen_ >= number_;
   if (!fails) {
     return std::nullopt;
   }
   if (failedCall_.empty()) {
     failedCall_ = call.text;
+    stillTried_ = isTried(call.kind);
   }
   return codeFor(call.kind, variant_);
+}
+
+bool FailingMachine::isTriedAgain(const SimCall& call) {
+  const bool again = stillTried_ && call.text == failedCall_;
+  stillTried_ = again || (stillTried_ && call.kind == CallKind::FileLook);
+  return again;
 }
 
 }  // namespace trelv::sim

@@ -1,6 +1,7 @@
 #include "sim/SimDisk.h"
 
 #include <algorithm>
+#include <atomic>
 #include <stdexcept>
 
 #include "base/Text.h"
@@ -68,6 +69,12 @@ void dumpTree(const SimNode& folder, const std::string& prefix, std::string& tex
   }
 }
 
+std::uint32_t nextSerial() {
+  // Tests run worlds side by side in threads.
+  static std::atomic<std::uint32_t> last{0};
+  return ++last;
+}
+
 }  // namespace
 
 FileTicks ticksOf(const machine::LocalTime& time) {
@@ -96,7 +103,7 @@ std::shared_ptr<void> SimNode::run() {
   return runner;
 }
 
-SimDisk::SimDisk() : root_(std::make_unique<SimNode>()) {
+SimDisk::SimDisk() : root_(std::make_unique<SimNode>()), serial_(nextSerial()) {
   root_->folder = true;
   root_->modified = ticksOf(kDefaultTime);
 }
@@ -137,6 +144,7 @@ SimNode& SimDisk::get(const std::string& path) const {
 SimNode& SimDisk::addChild(SimNode& folder, const std::string& name, bool isFolder) {
   auto node = std::make_unique<SimNode>();
   node->name = name;
+  node->number = ++lastNumber_;
   node->folder = isFolder;
   node->parent = &folder;
   node->modified = ticksOf(kDefaultTime);
@@ -237,6 +245,16 @@ void SimDisk::setReadOnly(const std::string& path, bool readOnly) { get(path).re
 
 bool SimDisk::isReadOnly(const std::string& path) const { return get(path).readOnly; }
 
+void SimDisk::setConcealed(const std::string& path, bool concealed) {
+  SimNode& node = get(path);
+  node.hidden = concealed;
+  node.system = concealed;
+}
+
+bool SimDisk::isConcealed(const std::string& path) const {
+  return get(path).hidden && get(path).system;
+}
+
 void SimDisk::setModified(const std::string& path, const machine::LocalTime& time) {
   get(path).modified = ticksOf(time);
 }
@@ -264,7 +282,13 @@ void SimDisk::setListingOrder(const std::string& folder, const std::vector<std::
 
 void SimDisk::holdOpen(const std::string& path, Sharing sharing) { get(path).held = sharing; }
 
-void SimDisk::release(const std::string& path) { get(path).held.reset(); }
+void SimDisk::release(const std::string& path) {
+  SimNode& node = get(path);
+  node.held.reset();
+  if (node.leaving) {
+    removeTree(path);
+  }
+}
 
 std::shared_ptr<void> SimDisk::run(const std::string& path) { return get(path).run(); }
 

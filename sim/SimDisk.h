@@ -32,8 +32,14 @@ FileTicks ticksOf(const machine::LocalTime& time);
 /// One entry of a disk. Tests use SimDisk's methods instead.
 struct SimNode {
   std::string name;
+  /// Tells it apart on its disk, whatever it is called.
+  std::uint64_t number = 0;
   bool folder = false;
   bool readOnly = false;
+  bool hidden = false;
+  bool system = false;
+  /// Deleted while somebody has it open: goes when he closes it, and cannot be used until then.
+  bool leaving = false;
   /// Not empty: a link or junction to this full path.
   std::string linkTarget;
   FileTicks modified = 0;
@@ -93,6 +99,9 @@ class SimDisk {
 
   void setReadOnly(const std::string& path, bool readOnly = true);
   bool isReadOnly(const std::string& path) const;
+  /// Makes a file hidden and one of the system's, or an ordinary one.
+  void setConcealed(const std::string& path, bool concealed = true);
+  bool isConcealed(const std::string& path) const;
   void setModified(const std::string& path, const machine::LocalTime& time);
   void setModifiedTicks(const std::string& path, FileTicks ticks);
   FileTicks modifiedTicks(const std::string& path) const;
@@ -102,7 +111,8 @@ class SimDisk {
 
   // --- Trouble
 
-  /// Some other process holds the file open.
+  /// Some other process holds the file open. A file that is deleted meanwhile, where the holder
+  /// shares that, goes with its release.
   void holdOpen(const std::string& path, Sharing sharing);
   void release(const std::string& path);
   /// A program runs from the file as long as the answer lives: the file can be read and renamed,
@@ -126,6 +136,8 @@ class SimDisk {
   /// Path from the root, "\" between the levels, without volume, empty for the root.
   static std::string pathOnDisk(const std::string& path);
   SimNode& root() { return *root_; }
+  /// Tells disks apart.
+  std::uint32_t serial() const { return serial_; }
   SimNode* find(const std::string& path) const;
   SystemCode disconnected() const { return disconnected_; }
   /// 0, or the code that a test set for this use of the path.
@@ -146,6 +158,8 @@ class SimDisk {
   SimNode& folderFor(const std::string& path);
 
   std::unique_ptr<SimNode> root_;
+  std::uint32_t serial_;
+  std::uint64_t lastNumber_ = 0;
   std::optional<std::uint64_t> capacity_;
   SystemCode disconnected_ = system_code::kSuccess;
   std::vector<Denial> denials_;

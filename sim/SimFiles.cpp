@@ -18,6 +18,13 @@ constexpr int kMostLinks = 32;
 
 bool isShare(const std::string& path) { return path.compare(0, 2, "\\\\") == 0; }
 
+bool isLiteral(const std::string& path) { return path.compare(0, 4, "\\\\?\\") == 0; }
+
+// The usual form of a literal path.
+std::string withoutMark(const std::string& path) {
+  return equalNoCase(path.substr(4, 4), "UNC\\") ? "\\\\" + path.substr(8) : path.substr(4);
+}
+
 std::string withoutTrailing(std::string text, char c) {
   while (!text.empty() && text.back() == c) {
     text.pop_back();
@@ -68,6 +75,8 @@ FileFacts factsOf(const SimNode& node) {
   FileFacts facts;
   facts.folder = node.folder;
   facts.readOnly = node.readOnly;
+  facts.hidden = node.hidden;
+  facts.system = node.system;
   facts.reparsePoint = !node.linkTarget.empty();
   facts.size = node.folder ? 0 : node.bytes.size();
   facts.modified = static_cast<std::uint64_t>(node.modified);
@@ -80,15 +89,22 @@ bool shares(const SimNode& node, Sharing way) {
 
 // Why an existing file cannot be opened for writing.
 SystemCode writeRefusal(const SimNode& node) {
-  if (node.folder || node.readOnly) {
+  if (node.folder || node.readOnly || node.leaving) {
     return kAccessDenied;
   }
   return node.running() || !shares(node, Sharing::Write) ? kSharingViolation : kSuccess;
 }
 
+// Making a file anew takes the attributes that it is to have: what is hidden stays so or is
+// refused.
+bool wouldBeShown(const SimNode& target, bool hidden, bool system) {
+  return (target.hidden && !hidden) || (target.system && !system);
+}
+
 // Why a file cannot be replaced by another one in one step.
 SystemCode replaceRefusal(const SimNode& node) {
-  return node.folder || node.readOnly || node.held || node.running() ? kAccessDenied : kSuccess;
+  return node.folder || node.readOnly || node.leaving || node.held || node.running() ? kAccessDenied
+                                                                                     : kSuccess;
 }
 
 std::unique_ptr<SimNode> takeOut(SimNode& node) {
@@ -153,7 +169,7 @@ SimDisk& SimVolumes::disk(const std::string& path) const {
 }
 
 std::string SimVolumes::fullPath(const std::string& path) const {
-  std::string text = replaceAll(path, "/", "\\");
+  std::string text = isLiteral(path) ? withoutMark(path) : replaceAll(path, "/", "\\");
   const bool hasDrive = text.size() >= 2 && text[1] == ':';
   if (!isShare(text) && !hasDrive) {
     const bool fromRoot = !text.empty() && text[0] == '\\';
@@ -252,6 +268,17 @@ SystemCode SimFiles::look(const std::string& path, FileFacts& facts) {
   return place.code;
 }
 
+SystemCode SimFiles::identify(const std::string& path, machine::FileIdentity& identity) {
+  if (const auto injected = calls_.enter(CallKind::FileLook, "files.identify", path)) {
+    return *injected;
+  }
+  const SimVolumes::Place place = volumes_.find(path, true);
+  if (place.code == kSuccess) {
+    identity = {place.disk->serial(), place.node->number};
+  }
+  return place.code;
+}
+
 SystemCode SimFiles::read(const std::string& path, std::size_t limit, std::string& content) {
   if (const auto injected = calls_.enter(CallKind::FileRead, "files.read", path)) {
     return *injected;
@@ -282,7 +309,7 @@ SystemCode SimFiles::quietRead(const std::string& path, std::string& content) {
   if (place.code != kSuccess) {
     return place.code;
   }
-  if (place.node->folder) {
+  if (place.node->folder || place.node->leaving) {
     return kAccessDenied;
   }
   if (!shares(*place.node, Sharing::Read)) {
@@ -300,6 +327,10 @@ SystemCode SimFiles::write(const std::string& path, std::string_view bytes) {
     // The file is opened, and with that emptied, before its bytes find no room.
     const SystemCode code = quietWrite(path, "");
     return code == kSuccess ? kDiskFull : code;
+  }
+  const SimNode* const node = injected ? nullptr : volumes_.find(path, true).node;
+  if (node != nullptr && wouldBeShown(*node, false, false)) {
+    return kAccessDenied;
   }
   return injected ? *injected : quietWrite(path, bytes);
 }
@@ -375,14 +406,16 @@ SystemCode SimFiles::doRemoveFile(const std::string& path) {
     return place.code;
   }
   const SimNode& node = *place.node;
-  if (node.folder || node.readOnly || node.running()) {
+  if (node.folder || node.readOnly || node.leaving || node.running()) {
     return kAccessDenied;
   }
   if (!shares(node, Sharing::Delete)) {
     return kSharingViolation;
   }
   const SystemCode denied = place.disk->denied(place.diskPath, true);
-  if (denied == kSuccess) {
+  if (denied == kSuccess && node.held) {
+    place.node->leaving = true;
+  } else if (denied == kSuccess) {
     takeOut(*place.node);
   }
   return denied;
@@ -393,13 +426,21 @@ SystemCode SimFiles::setReadOnly(const std::string& path, bool readOnly) {
   if (const auto injected = calls_.enter(CallKind::FileSetReadOnly, method, path)) {
     return *injected;
   }
+  return changeAttributes(path, [readOnly](SimNode& node) { node.readOnly = readOnly; });
+}
+
+SystemCode SimFiles::changeAttributes(const std::string& path,
+                                      const std::function<void(SimNode&)>& change) {
   const SimVolumes::Place place = volumes_.find(path, false);
   if (place.code != kSuccess) {
     return place.code;
   }
+  if (place.node->leaving) {
+    return kAccessDenied;
+  }
   const SystemCode denied = place.disk->denied(place.diskPath, true);
   if (denied == kSuccess) {
-    place.node->readOnly = readOnly;
+    change(*place.node);
   }
   return denied;
 }
@@ -506,6 +547,9 @@ SystemCode SimFiles::doCopy(const std::string& source, const std::string& target
   if (place.node == from) {
     return kSharingViolation;
   }
+  if (place.node != nullptr && wouldBeShown(*place.node, from->hidden, from->system)) {
+    return kAccessDenied;
+  }
   if (!place.disk->hasRoom(bytes.size(), place.node == nullptr ? 0 : place.node->bytes.size())) {
     return kDiskFull;
   }
@@ -513,6 +557,8 @@ SystemCode SimFiles::doCopy(const std::string& source, const std::string& target
   to.bytes = bytes;
   to.modified = from->modified;
   to.readOnly = from->readOnly;
+  to.hidden = from->hidden;
+  to.system = from->system;
   to.program = from->program;
   to.version = from->version;
   return kSuccess;

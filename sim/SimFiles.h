@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -59,6 +60,7 @@ class SimFiles : public machine::Files {
   SimFiles(SimVolumes& volumes, SimCalls& calls, SimClock& clock);
 
   SystemCode look(const std::string& path, machine::FileFacts& facts) override;
+  SystemCode identify(const std::string& path, machine::FileIdentity& identity) override;
   SystemCode read(const std::string& path, std::size_t limit, std::string& content) override;
   SystemCode readPart(const std::string& path, std::uint64_t offset, std::size_t size,
                       std::string& content) override;
@@ -82,6 +84,7 @@ class SimFiles : public machine::Files {
  private:
   void leavePartOfCopy(Unfinished left, const std::string& source, const std::string& target);
   SystemCode doAppend(const std::string& path, std::string_view bytes);
+  SystemCode changeAttributes(const std::string& path, const std::function<void(SimNode&)>& change);
   SystemCode doRemoveFile(const std::string& path);
   SystemCode doRemoveFolder(const std::string& path);
   SystemCode doMakeFolder(const std::string& path);

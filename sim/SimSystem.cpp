@@ -2,6 +2,7 @@
 
 #include <array>
 #include <chrono>
+#include <utility>
 
 #include "base/Text.h"
 #include "sim/SimText.h"
@@ -41,6 +42,7 @@ constexpr SystemCode kBadDevice = 1200;
 constexpr SystemCode kNotConnected = 2250;
 
 constexpr std::int64_t kSecondsPerDay = 86400;
+constexpr std::uint32_t kPerSecond = 1000;
 
 std::string fourDigits(int year) {
   const std::string digits = std::to_string(year);
@@ -135,8 +137,30 @@ VersionRecord versionOf(WindowsEdition edition) {
 
 // --- Clock
 
-void SimClock::advance(std::uint32_t seconds) {
-  std::int64_t rest = seconds;
+void SimClock::pause(std::uint32_t milliseconds) {
+  paused_ += milliseconds;
+  pass(milliseconds);
+}
+
+void SimClock::advance(std::uint32_t seconds) { pass(seconds * std::uint64_t{kPerSecond}); }
+
+void SimClock::after(std::uint32_t milliseconds, std::function<void()> happens) {
+  events_.emplace(elapsed_ + milliseconds, std::move(happens));
+}
+
+void SimClock::pass(std::uint64_t milliseconds) {
+  const std::uint64_t end = elapsed_ + milliseconds;
+  while (!events_.empty() && events_.begin()->first <= end) {
+    const auto event = events_.extract(events_.begin());
+    moveTo(event.key());
+    event.mapped()();
+  }
+  moveTo(end);
+}
+
+void SimClock::moveTo(std::uint64_t elapsed) {
+  auto rest = static_cast<std::int64_t>(elapsed / kPerSecond - elapsed_ / kPerSecond);
+  elapsed_ = elapsed;
   rest += (now_.hour * 60 + now_.minute) * 60 + now_.second;
   for (; rest >= kSecondsPerDay; rest -= kSecondsPerDay) {
     nextDay(now_);
@@ -328,14 +352,20 @@ SystemCode SimSystem::shellFolder(int number, std::string& folder) {
   if (injected) {
     return *injected;
   }
-  const auto found = shellFolders_.find(number);
-  if (found != shellFolders_.end()) {
-    folder = found->second;
-  } else if (number == machine::kProgramFilesFolder) {
-    folder = wow64_ ? "C:\\Program Files (x86)" : "C:\\Program Files";
-  } else {
+  const std::string programs = wow64_ ? "C:\\Program Files (x86)" : "C:\\Program Files";
+  const std::map<int, std::string> usual{
+      {machine::kCommonDesktopFolder, "C:\\Users\\Public\\Desktop"},
+      {machine::kCommonDataFolder, "C:\\ProgramData"},
+      {machine::kProgramFilesFolder, programs},
+      {machine::kUserProfileFolder, environment_.value("USERPROFILE")},
+      {machine::kCommonFilesFolder, programs + "\\Common Files"}};
+  const std::map<int, std::string>& folders =
+      shellFolders_.count(number) > 0 ? shellFolders_ : usual;
+  const auto found = folders.find(number);
+  if (found == folders.end()) {
     return kInvalidParameter;
   }
+  folder = found->second;
   return kSuccess;
 }
 

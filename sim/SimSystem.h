@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -14,18 +15,32 @@
 
 namespace trelv::sim {
 
-/// A clock that moves only when it is told to. Starts on 16 November 2026 at 09:30:00.
+/// A clock that moves only when it is told to, or when the program lets time pass: no test waits.
+/// Starts on 16 November 2026 at 09:30:00.
 class SimClock : public machine::Clock {
  public:
   machine::LocalTime now() override { return now_; }
   /// Local time is universal time here.
   machine::LocalTime localTime(std::uint64_t moment) override;
+  void pause(std::uint32_t milliseconds) override;
   void set(const machine::LocalTime& time) { now_ = time; }
   /// Forward only.
   void advance(std::uint32_t seconds);
+  /// What happens on the machine when so much time has passed from now on: a scanner lets go of a
+  /// file, say. Once.
+  void after(std::uint32_t milliseconds, std::function<void()> happens);
+  /// How long the program has paused, in milliseconds.
+  std::uint64_t paused() const { return paused_; }
 
  private:
+  void pass(std::uint64_t milliseconds);
+  void moveTo(std::uint64_t elapsed);
+
   machine::LocalTime now_{2026, 11, 16, 9, 30, 0};
+  /// Milliseconds since the beginning.
+  std::uint64_t elapsed_ = 0;
+  std::uint64_t paused_ = 0;
+  std::multimap<std::uint64_t, std::function<void()>> events_;
 };
 
 enum class Language { Italian, English };
@@ -132,6 +147,9 @@ class SimSystem : public machine::SystemFacts {
   std::uint32_t processId() override { return processId_; }
   std::uint32_t sessionId() override { return sessionId_; }
   std::string executablePath() override { return executablePath_; }
+  std::string startedPath() override {
+    return startedPath_.empty() ? executablePath_ : startedPath_;
+  }
   std::string commandLine() override { return commandLine_; }
 
   void setVersion(const VersionRecord& extended) { version_ = extended; }
@@ -173,6 +191,8 @@ class SimSystem : public machine::SystemFacts {
   void setProcessId(std::uint32_t id) { processId_ = id; }
   void setSessionId(std::uint32_t id) { sessionId_ = id; }
   void setExecutablePath(const std::string& path) { executablePath_ = path; }
+  /// The program was started by another name of its executable; empty: by the name it has.
+  void setStartedPath(const std::string& path) { startedPath_ = path; }
   void setCommandLine(const std::string& line) { commandLine_ = line; }
 
  private:
@@ -199,6 +219,7 @@ class SimSystem : public machine::SystemFacts {
   std::uint32_t processId_ = 4711;
   std::uint32_t sessionId_ = 1;
   std::string executablePath_;
+  std::string startedPath_;
   std::string commandLine_;
 };
 

@@ -1,17 +1,22 @@
 #include "app/WindowsProgram.h"
+#include "platform/PatientFiles.h"
 #include "platform/XmlStore.h"
 #include "startup/modMain.h"
+#include "win32/LibrarySearch.h"
 #include "win32/Win32Machine.h"
 
 // The one place that knows both the machine and the program. The host suite's configuration store
 // is used where it is installed, else ours.
 int main() {
+  trelv::win32::searchLibrariesOfTheSystemOnly();
   try {
     trelv::win32::Win32Machine windows;
-    trelv::XmlStore ownStore(windows.files, windows.registry, windows.locale);
+    trelv::PatientFiles files(windows.files, windows.clock);
+    trelv::XmlStore ownStore(files, windows.registry, windows.locale);
     const bool hostsStore = windows.hostConfiguration.stands();
     trelv::app::WindowsProgram program(windows.machine(
-        hostsStore ? static_cast<trelv::machine::ConfigurationLibrary&>(windows.hostConfiguration)
+        files, hostsStore
+                   ? static_cast<trelv::machine::ConfigurationLibrary&>(windows.hostConfiguration)
                    : ownStore));
     trelv::modMain::Main(program.program());
   } catch (...) {

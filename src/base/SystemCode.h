@@ -42,4 +42,10 @@ constexpr bool meansMissing(SystemCode code) {
   return code == system_code::kFileNotFound || code == system_code::kPathNotFound;
 }
 
+/// Does this answer to a search for names say that there is none? The empty root of a drive has not
+/// even "." in it, and servers differ in how they tell of an empty folder.
+constexpr bool meansNoEntry(SystemCode code) {
+  return code == system_code::kFileNotFound || code == system_code::kNoMoreFiles;
+}
+
 }  // namespace trelv

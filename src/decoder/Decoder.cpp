@@ -3,6 +3,7 @@
 #include <new>
 
 #include "decoder/Extraction.h"
+#include "decoder/PatientTree.h"
 #include "decoder/Refusal.h"
 
 namespace trelv::decoder {
@@ -25,7 +26,9 @@ void extract(const std::string& packPath, const std::string& folder, DecoderMach
   require(machine.openPack(packPath, pack), packPath);
   std::unique_ptr<OutputTree> output;
   require(machine.openOutput(folder, output), folder);
-  extractPack(*pack, *output);
+  PatientTree patient(*output,
+                      [&machine](std::uint32_t milliseconds) { machine.pause(milliseconds); });
+  extractPack(*pack, patient);
 }
 
 DecoderResult failed(const std::string& packPath, const std::string& reason) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -25,6 +26,8 @@ class DecoderMachine {
   virtual SystemCode openPack(const std::string& path, std::unique_ptr<PackInput>& pack) = 0;
   /// Opens the output folder and makes it, with its parents, where it is missing.
   virtual SystemCode openOutput(const std::string& path, std::unique_ptr<OutputTree>& output) = 0;
+  /// Returns when so much time has passed.
+  virtual void pause(std::uint32_t milliseconds) = 0;
 };
 
 struct DecoderResult {

@@ -39,7 +39,7 @@ class OutputTree {
 
   /// Full path of a name, for the user.
   virtual std::string path(const std::string& name) const = 0;
-  /// How many UTF-16 units a name may have, so that other programs can open what stands there.
+  /// How many UTF-16 units a name may have.
   virtual std::size_t longestName() const = 0;
 
   /// What stands there; a system code other than success when that cannot be told.

@@ -16,7 +16,7 @@ struct LocalTime {
   friend bool operator==(const LocalTime&, const LocalTime&) = default;
 };
 
-/// The wall clock.
+/// The wall clock, and the passing of time.
 class Clock {
  public:
   virtual ~Clock() = default;
@@ -24,6 +24,8 @@ class Clock {
   /// Local date and time of a moment as FileFacts tell it, by the difference from universal time
   /// that holds now.
   virtual LocalTime localTime(std::uint64_t moment) = 0;
+  /// Returns when so much time has passed. No message runs meanwhile.
+  virtual void pause(std::uint32_t milliseconds) = 0;
 };
 
 }  // namespace trelv::machine

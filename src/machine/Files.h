@@ -13,6 +13,8 @@ namespace trelv::machine {
 struct FileFacts {
   bool folder = false;
   bool readOnly = false;
+  bool hidden = false;
+  bool system = false;
   /// A link or junction: never followed when deleting.
   bool reparsePoint = false;
   /// Length in bytes; 0 for a folder.
@@ -21,22 +23,35 @@ struct FileFacts {
   std::uint64_t modified = 0;
 };
 
+/// Tells files and folders apart, whatever they are called.
+struct FileIdentity {
+  std::uint32_t volume = 0;
+  std::uint64_t number = 0;
+
+  friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+
 /// One entry of a folder, without "." and "..".
 struct FolderEntry {
   std::string name;
   FileFacts facts;
 };
 
-/// Files and folders as the system's calls see them. Paths are UTF-8, full, with "\" between the
-/// levels, compared without regard to case, without trailing backslash unless it is a root; each
-/// method is one operation of the system and answers its code (0 = done). Nothing here raises, and
-/// no handle outlives a call. A missing file answers 2, a missing folder on the way 3.
+/// Files and folders as the system's calls see them. Paths are UTF-8, full, of any length, with "\"
+/// between the levels, compared without regard to case, without trailing backslash unless it is a
+/// root; a literal form ("\\?\C:\a", "\\?\UNC\server\share\a") names the same. Each method is one
+/// operation of the system and answers its code (0 = done). Nothing here raises, and no handle
+/// outlives a call. A missing file answers 2, a missing folder on the way 3.
 class Files {
  public:
   virtual ~Files() = default;
 
   /// Looks at a path without opening it. An empty path answers 3.
   virtual SystemCode look(const std::string& path, FileFacts& facts) = 0;
+
+  /// Which file or folder a path leads to, links followed: the same for all its names (short ones,
+  /// a drive and its share, a link, a literal path). Missing answers 2 or 3.
+  virtual SystemCode identify(const std::string& path, FileIdentity& identity) = 0;
 
   /// Reads a whole file as bytes in one opening. `content` is replaced on success only. A folder
   /// answers 5, a file held by another without read sharing 32. A file longer than `limit` bytes
@@ -55,7 +70,9 @@ class Files {
   /// folder answers 3.
   virtual SystemCode append(const std::string& path, std::string_view bytes) = 0;
 
-  /// Removes one file. Missing answers 2, a read-only one or a folder 5, an open one 32.
+  /// Removes one file. Missing answers 2, a read-only one or a folder 5, an open one 32. A file
+  /// that others have open in a way that allows this goes when the last of them closes it; until
+  /// then every use of it answers 5, and its folder is not empty.
   virtual SystemCode removeFile(const std::string& path) = 0;
 
   /// Clears or sets the read-only attribute of a file.
@@ -74,9 +91,11 @@ class Files {
   virtual SystemCode list(const std::string& folder, const std::string& ending,
                           std::vector<FolderEntry>& entries) = 0;
 
-  /// Copies one file with its last-modified time and its read-only attribute onto `target` (full
-  /// path of a file), overwriting. A read-only target or a folder on either side answers 5, a
-  /// target that is open without write sharing, runs, or is the source itself 32.
+  /// Copies one file with its last-modified time and its attributes onto `target` (full path of a
+  /// file), overwriting. A target that is read-only, or hidden or system where the source is not,
+  /// and a folder on either side answer 5, a target that is open without write sharing, runs, or is
+  /// the source itself 32. Where the target's volume cannot encrypt, the copy of an encrypted file
+  /// is not encrypted.
   virtual SystemCode copyFile(const std::string& source, const std::string& target) = 0;
 
   /// Puts `source` in the place of `target` on the same volume in one step, replacing it. A target

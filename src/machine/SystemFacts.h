@@ -8,8 +8,14 @@
 
 namespace trelv::machine {
 
-/// Shell folder number of Program Files.
+/// Shell folder numbers.
+constexpr int kCommonDesktopFolder = 25;
+/// Data that programs keep for all users.
+constexpr int kCommonDataFolder = 35;
 constexpr int kProgramFilesFolder = 38;
+constexpr int kUserProfileFolder = 40;
+/// "Common Files", below Program Files.
+constexpr int kCommonFilesFolder = 43;
 
 /// Drive types that the program tells apart.
 namespace drive_type {
@@ -78,6 +84,9 @@ class SystemFacts {
 
   /// Full path of the running executable in long names, however it was started.
   virtual std::string executablePath() = 0;
+
+  /// The same as it was named at the start, which may have been by short names.
+  virtual std::string startedPath() = 0;
 
   /// The whole command line of the process, program included, as it was passed.
   virtual std::string commandLine() = 0;

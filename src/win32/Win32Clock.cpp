@@ -27,4 +27,6 @@ machine::LocalTime Win32Clock::localTime(std::uint64_t moment) {
   return fromSystem(time);
 }
 
+void Win32Clock::pause(std::uint32_t milliseconds) { Sleep(milliseconds); }
+
 }  // namespace trelv::win32

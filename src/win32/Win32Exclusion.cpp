@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "win32/FilePath.h"
 #include "win32/SystemCall.h"
-#include "win32/Win32Text.h"
 
 namespace trelv::win32 {
 namespace {
@@ -63,7 +63,7 @@ bool isWorthWaiting(SystemCode code, std::uint32_t waited) {
 
 SystemCode Win32Exclusion::take(const std::string& path, const std::string& text,
                                 std::uint32_t milliseconds, std::unique_ptr<machine::Mark>& mark) {
-  const std::wstring name = wide(path);
+  const std::wstring name = filePath(path);
   const DWORD begun = GetTickCount();
   OwnedFile file;
   SystemCode code = open(file, name);

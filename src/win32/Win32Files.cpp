@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "win32/FilePath.h"
 #include "win32/SystemCall.h"
 #include "win32/Win32Text.h"
 
@@ -17,6 +18,8 @@ machine::FileFacts factsOf(const Data& data) {
   machine::FileFacts facts;
   facts.folder = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
   facts.readOnly = (data.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
+  facts.hidden = (data.dwFileAttributes & FILE_ATTRIBUTE_HIDDEN) != 0;
+  facts.system = (data.dwFileAttributes & FILE_ATTRIBUTE_SYSTEM) != 0;
   facts.reparsePoint = (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
   if (!facts.folder) {
     facts.size = (static_cast<std::uint64_t>(data.nFileSizeHigh) << 32U) | data.nFileSizeLow;
@@ -28,7 +31,7 @@ machine::FileFacts factsOf(const Data& data) {
 
 SystemCode open(OwnedFile& file, const std::string& path, DWORD access, DWORD sharing,
                 DWORD disposition) {
-  return obtain(file, CreateFileW, wide(path), access, sharing, nullptr, disposition,
+  return obtain(file, CreateFileW, filePath(path), access, sharing, nullptr, disposition,
                 FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
@@ -77,15 +80,14 @@ SystemCode readAll(const OwnedFile& file, std::size_t limit, std::string& conten
 }
 
 bool isFile(const std::string& path) {
-  const DWORD attributes = GetFileAttributesW(wide(path).c_str());
+  const DWORD attributes = GetFileAttributesW(filePath(path).c_str());
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
 /// The answer of a listing that gave no first entry but this code.
 SystemCode withoutSearch(SystemCode code, const std::string& folder,
                          std::vector<machine::FolderEntry>& entries) {
-  // No name ends so; the empty root of a drive has not even "." in it.
-  if (code == system_code::kFileNotFound) {
+  if (meansNoEntry(code)) {
     entries.clear();
     return system_code::kSuccess;
   }
@@ -105,9 +107,27 @@ SystemCode Win32Files::look(const std::string& path, machine::FileFacts& facts) 
     return system_code::kPathNotFound;
   }
   WIN32_FILE_ATTRIBUTE_DATA data{};
-  const SystemCode code = codeOf(GetFileAttributesExW, wide(path), GetFileExInfoStandard, &data);
+  const SystemCode code =
+      codeOf(GetFileAttributesExW, filePath(path), GetFileExInfoStandard, &data);
   if (code == system_code::kSuccess) {
     facts = factsOf(data);
+  }
+  return code;
+}
+
+SystemCode Win32Files::identify(const std::string& path, machine::FileIdentity& identity) {
+  // A folder can be opened with this flag only; without any access nobody is in its way.
+  OwnedFile file;
+  SystemCode code = obtain(file, CreateFileW, filePath(path), 0,
+                           FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                           OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  BY_HANDLE_FILE_INFORMATION data{};
+  if (code == system_code::kSuccess) {
+    code = codeOf(GetFileInformationByHandle, file.get(), &data);
+  }
+  if (code == system_code::kSuccess) {
+    identity = {data.dwVolumeSerialNumber,
+                (static_cast<std::uint64_t>(data.nFileIndexHigh) << 32U) | data.nFileIndexLow};
   }
   return code;
 }
@@ -148,11 +168,11 @@ SystemCode Win32Files::append(const std::string& path, std::string_view bytes) {
 }
 
 SystemCode Win32Files::removeFile(const std::string& path) {
-  return codeOf(DeleteFileW, wide(path));
+  return codeOf(DeleteFileW, filePath(path));
 }
 
 SystemCode Win32Files::setReadOnly(const std::string& path, bool readOnly) {
-  const std::wstring name = wide(path);
+  const std::wstring name = filePath(path);
   const Called<DWORD> attributes = called(GetFileAttributesW, name);
   if (attributes.answer == INVALID_FILE_ATTRIBUTES) {
     return attributes.failure();
@@ -163,11 +183,11 @@ SystemCode Win32Files::setReadOnly(const std::string& path, bool readOnly) {
 }
 
 SystemCode Win32Files::makeFolder(const std::string& path) {
-  return codeOf(CreateDirectoryW, wide(path), nullptr);
+  return codeOf(CreateDirectoryW, filePath(path), nullptr);
 }
 
 SystemCode Win32Files::removeFolder(const std::string& path) {
-  return codeOf(RemoveDirectoryW, wide(path));
+  return codeOf(RemoveDirectoryW, filePath(path));
 }
 
 SystemCode Win32Files::list(const std::string& folder, const std::string& ending,
@@ -176,7 +196,7 @@ SystemCode Win32Files::list(const std::string& folder, const std::string& ending
   WIN32_FIND_DATAW data{};
   OwnedSearch search;
   SystemCode code =
-      obtain(search, FindFirstFileW, wide(folder + (root ? "*" : "\\*") + ending), &data);
+      obtain(search, FindFirstFileW, filePath(folder + (root ? "*" : "\\*") + ending), &data);
   if (code != system_code::kSuccess) {
     return withoutSearch(code, folder, entries);
   }
@@ -194,13 +214,14 @@ SystemCode Win32Files::list(const std::string& folder, const std::string& ending
 }
 
 SystemCode Win32Files::copyFile(const std::string& source, const std::string& target) {
-  return codeOf(CopyFileW, wide(source), wide(target), FALSE);
+  return codeOf(CopyFileExW, filePath(source), filePath(target), nullptr, nullptr, nullptr,
+                COPY_FILE_ALLOW_DECRYPTED_DESTINATION);
 }
 
 SystemCode Win32Files::replaceFile(const std::string& source, const std::string& target) {
   // After a power failure the name must not stand for content that was still on its way.
   flush(source);
-  return codeOf(MoveFileExW, wide(source), wide(target), MOVEFILE_REPLACE_EXISTING);
+  return codeOf(MoveFileExW, filePath(source), filePath(target), MOVEFILE_REPLACE_EXISTING);
 }
 
 }  // namespace trelv::win32

@@ -8,6 +8,7 @@ namespace trelv::win32 {
 class Win32Files : public machine::Files {
  public:
   SystemCode look(const std::string& path, machine::FileFacts& facts) override;
+  SystemCode identify(const std::string& path, machine::FileIdentity& identity) override;
   SystemCode read(const std::string& path, std::size_t limit, std::string& content) override;
   SystemCode readPart(const std::string& path, std::uint64_t offset, std::size_t size,
                       std::string& content) override;

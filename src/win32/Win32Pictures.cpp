@@ -7,7 +7,7 @@
 #include <algorithm>
 
 #include "win32/Components.h"
-#include "win32/Win32Text.h"
+#include "win32/FilePath.h"
 
 namespace trelv::win32 {
 namespace {
@@ -47,7 +47,7 @@ bool readInto(HANDLE file, HGLOBAL memory, DWORD length) {
 
 /// A file's bytes; none when it is empty, too long or cannot be read.
 OwnedMemory fileMemory(const std::string& path) {
-  const OwnedFile file(CreateFileW(wide(path).c_str(), GENERIC_READ,
+  const OwnedFile file(CreateFileW(filePath(path).c_str(), GENERIC_READ,
                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   const DWORD length = file ? GetFileSize(file.get(), nullptr) : 0;

@@ -163,12 +163,14 @@ std::uint32_t Win32SystemFacts::sessionId() {
   return session;
 }
 
-std::string Win32SystemFacts::executablePath() {
-  std::wstring reported;
-  growingText(reported, [](wchar_t* buffer, DWORD size) {
+std::string Win32SystemFacts::executablePath() { return utf8(programPath(wide(startedPath()))); }
+
+std::string Win32SystemFacts::startedPath() {
+  std::string path;
+  fetchFolder(path, [](wchar_t* buffer, DWORD size) {
     return called(GetModuleFileNameW, nullptr, buffer, size);
   });
-  return utf8(programPath(reported));
+  return path;
 }
 
 std::string Win32SystemFacts::commandLine() { return utf8(GetCommandLineW()); }

@@ -24,6 +24,7 @@ class Win32SystemFacts : public machine::SystemFacts {
   std::uint32_t processId() override;
   std::uint32_t sessionId() override;
   std::string executablePath() override;
+  std::string startedPath() override;
   std::string commandLine() override;
 };
 

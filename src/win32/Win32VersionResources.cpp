@@ -4,8 +4,8 @@
 
 #include <string>
 
+#include "win32/FilePath.h"
 #include "win32/SystemCall.h"
-#include "win32/Win32Text.h"
 
 namespace trelv::win32 {
 namespace {
@@ -18,7 +18,7 @@ machine::FileVersion numbersOf(const VS_FIXEDFILEINFO& fixed) {
 }  // namespace
 
 SystemCode Win32VersionResources::read(const std::string& path, machine::FileVersion& version) {
-  const std::wstring name = wide(path);
+  const std::wstring name = filePath(path);
   DWORD ignored = 0;
   const Called<DWORD> size = called(GetFileVersionInfoSizeW, name, &ignored);
   if (size.answer == 0) {

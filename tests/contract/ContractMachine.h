@@ -91,6 +91,8 @@ class ContractMachine {
   /// some day in the past.
   virtual std::int64_t modifiedSeconds(const std::string& path) = 0;
   virtual void makeOld(const std::string& path) = 0;
+  /// Makes a file hidden and one of the system's.
+  virtual void conceal(const std::string& path) = 0;
   /// Opens a file for reading as another program would, sharing only what is said
   /// (Ability::HoldFiles).
   virtual std::unique_ptr<HeldFile> hold(const std::string& path, Sharing sharing) = 0;
@@ -115,6 +117,8 @@ class ContractMachine {
   /// Where there is a second one, it writes its whole command line to that path; with a third, a
   /// line feed and the value of the environment variable of that name follow.
   virtual void putProgram(const std::string& path) = 0;
+  /// Makes a folder the current one of this process, for this test.
+  virtual void enterFolder(const std::string& path) = 0;
   /// Starts the program at `path` (one that putProgram put) and keeps it running.
   virtual std::unique_ptr<RunningProgram> keepRunning(const std::string& path) = 0;
 

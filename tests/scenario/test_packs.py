@@ -3,6 +3,8 @@
 import os
 import shutil
 import subprocess
+import threading
+import time
 
 import pytest
 
@@ -104,6 +106,40 @@ def test_a_pack_of_any_writer_is_opened_and_its_update_is_done(station, write):
     assert station.versions()["ZB"] == (VERSION, VERSION)
     assert not (station.work_folder / "prg").exists()
     station.started("bilancio.exe")
+
+
+def test_a_file_that_a_scanner_holds_for_a_moment_is_waited_for(station):
+    (station.setups / "nota.txt").write_bytes(b"old")
+    (station.share / "holder.exe").write_bytes(
+        (station.prefix.build.test_programs / "holder.exe").read_bytes())
+    holder = station.prefix.start("S:\\holder.exe", SETUP_ON_SHARE + "\\nota.txt", "S:\\running",
+                                  "S:\\go-on")
+    assert windows.wait_for_file(station.share / "running")
+    put_pack(station, "bilancio.zip", {"nota.txt": b"new", "poi.txt": b"1"})
+
+    def let_go():
+        # The line comes right before the copy.
+        while not any("Rimozione pacco zip" in text for text in station.texts()):
+            time.sleep(0.02)
+        time.sleep(1.5)
+        (station.share / "go-on").write_bytes(b"")
+
+    scanner = threading.Thread(target=let_go, daemon=True)
+    scanner.start()
+    assert station.run(f"{INTEGRATED} MVBIL").boxes == []
+    scanner.join()
+    assert holder.wait(timeout=30) == 0
+    assert (station.setups / "nota.txt").read_bytes() == b"new"
+    assert (station.setups / "poi.txt").read_bytes() == b"1"
+
+
+def test_a_pack_with_a_long_path_is_opened_copied_and_removed(station):
+    name = "/".join(["d" * 60] * 5) + "/nota.txt"
+    put_pack(station, "bilancio.zip", {name: b"1"})
+    assert station.run(f"{INTEGRATED} MVBIL").boxes == []
+    assert (station.setups / name).read_bytes() == b"1"
+    assert not (station.setups / "bilancio.zip").exists()
+    assert not (station.work_folder / "prg").exists()
 
 
 def test_a_pack_is_opened_before_the_first_product_is_looked_at(station):

@@ -14,6 +14,7 @@
 #include "platform/FileSystemObject.h"
 #include "platform/Program.h"
 #include "sim/SimMachine.h"
+#include "support/PatientMachine.h"
 
 namespace trelv::tests {
 
@@ -68,6 +69,7 @@ class FakeProgram {
  private:
   // Members in order of their making.
   std::unique_ptr<sim::SimMachine> own_;
+  std::unique_ptr<PatientMachine> patient_;
 
  public:
   sim::SimMachine& sim;
@@ -82,10 +84,7 @@ class FakeProgram {
   explicit FakeProgram(sim::SimMachine& machine) : FakeProgram(machine, machine.machine()) {}
   /// Over a machine of other parts, some of which may be doubles of the test's own.
   FakeProgram(sim::SimMachine& simMachine, machine::Machine& machine)
-      : sim(simMachine),
-        fileSystem(machine.files),
-        configurationFiles(machine),
-        program{machine, state, log, errors, fileSystem, configurationFiles} {}
+      : FakeProgram(nullptr, simMachine, std::make_unique<PatientMachine>(machine)) {}
   FakeProgram(const FakeProgram&) = delete;
   FakeProgram& operator=(const FakeProgram&) = delete;
 
@@ -112,11 +111,15 @@ class FakeProgram {
 
  private:
   explicit FakeProgram(std::unique_ptr<sim::SimMachine> machine)
-      : own_(std::move(machine)),
-        sim(*own_),
-        fileSystem(sim.machine().files),
-        configurationFiles(sim.machine()),
-        program{sim.machine(), state, log, errors, fileSystem, configurationFiles} {}
+      : FakeProgram(nullptr, *machine, std::make_unique<PatientMachine>(machine->machine())) {
+    own_ = std::move(machine);
+  }
+  FakeProgram(std::nullptr_t, sim::SimMachine& simMachine, std::unique_ptr<PatientMachine> patient)
+      : patient_(std::move(patient)),
+        sim(simMachine),
+        fileSystem(patient_->machine().files),
+        configurationFiles(patient_->machine()),
+        program{patient_->machine(), state, log, errors, fileSystem, configurationFiles} {}
 };
 
 }  // namespace trelv::tests

@@ -11,19 +11,21 @@
 #include "sim/SimMachine.h"
 #include "startup/modError.h"
 #include "startup/modMain.h"
+#include "support/PatientMachine.h"
 
 namespace trelv::tests {
 
 /// One process of the manager on a simulated machine, put together like the shipped program: real
-/// run log, error reporter, file-system object and ini reader. Several may live on one machine, one
-/// after the other or at once, and several machines may share disks.
+/// run log, error reporter, patient files, file-system object and ini reader. Several may live on
+/// one machine, one after the other or at once, and several machines may share disks.
 class RealProgram {
  public:
   explicit RealProgram(sim::SimMachine& machine)
       : machine_(machine),
-        fileSystem_(machine.machine().files),
-        configurationFiles_(machine.machine()),
-        program_{machine.machine(), state_, log_, log_, fileSystem_, configurationFiles_} {
+        patient_(machine.machine()),
+        fileSystem_(patient_.machine().files),
+        configurationFiles_(patient_.machine()),
+        program_{patient_.machine(), state_, log_, log_, fileSystem_, configurationFiles_} {
     log_.attach(program_);
   }
   RealProgram(const RealProgram&) = delete;
@@ -64,6 +66,7 @@ class RealProgram {
 
  private:
   sim::SimMachine& machine_;
+  PatientMachine patient_;
   ProgramState state_;
   modError::LogAndReporter log_;
   FileSystemObject fileSystem_;

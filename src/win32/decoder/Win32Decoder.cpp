@@ -22,6 +22,7 @@ class Win32DecoderMachine : public decoder::DecoderMachine {
                         std::unique_ptr<decoder::OutputTree>& output) override {
     return Win32OutputTree::open(path, output);
   }
+  void pause(std::uint32_t milliseconds) override { Sleep(milliseconds); }
 };
 
 /// A console takes any letter; a file or pipe gets what other programs of the system read.

@@ -5,17 +5,18 @@
 #include <algorithm>
 #include <utility>
 
+#include "win32/FilePath.h"
 #include "win32/SystemCall.h"
 #include "win32/Win32Text.h"
-#include "win32/decoder/DecoderPath.h"
 
 namespace trelv::win32 {
 namespace {
 
 using decoder::Standing;
 
-/// Paths of other programs end before this length; so do the folders that they list.
-constexpr std::size_t kLongestPath = 259;
+/// Far beyond what a pack needs, and so short that the levels of a hostile one cannot fill the
+/// stack.
+constexpr std::size_t kLongestPath = 2047;
 
 Standing standingOf(DWORD attributes) {
   if ((attributes & (FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE)) != 0) {
@@ -140,7 +141,7 @@ SystemCode Win32OutputTree::visit(const std::string& folder, const Visitor& visi
   OwnedSearch search;
   SystemCode code = obtain(search, FindFirstFileW, pattern, &data);
   if (code != system_code::kSuccess) {
-    return code;
+    return meansNoEntry(code) ? system_code::kSuccess : code;
   }
   for (; code == system_code::kSuccess; code = codeOf(FindNextFileW, search.get(), &data)) {
     if (!isSelfOrParent(data.cFileName) &&

@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "win32/FilePath.h"
 #include "win32/SystemCall.h"
-#include "win32/decoder/DecoderPath.h"
 
 namespace trelv::win32 {
 

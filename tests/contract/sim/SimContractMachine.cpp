@@ -16,8 +16,9 @@ constexpr const char* kKey = "Software\\TrelvManagerContract";
 constexpr sim::FileTicks kTicksPerSecond = 10000000;
 
 sim::Sharing simulated(Sharing sharing) {
-  if (sharing.read) return sharing.write ? sim::Sharing::ReadWrite : sim::Sharing::Read;
-  return sharing.write ? sim::Sharing::Write : sim::Sharing::None;
+  const sim::Sharing read = sharing.read ? sim::Sharing::Read : sim::Sharing::None;
+  const sim::Sharing write = sharing.write ? sim::Sharing::Write : sim::Sharing::None;
+  return read | write | (sharing.remove ? sim::Sharing::Delete : sim::Sharing::None);
 }
 
 class SimHeldFile : public HeldFile {
@@ -94,6 +95,7 @@ class SimContractMachine : public ContractMachine {
   void makeOld(const std::string& path) override {
     disk().setModified(path, {2009, 3, 5, 10, 5, 3});
   }
+  void conceal(const std::string& path) override { disk().setConcealed(path); }
   std::unique_ptr<HeldFile> hold(const std::string& path, Sharing sharing) override {
     return std::make_unique<SimHeldFile>(disk(), path, sharing);
   }
@@ -120,6 +122,9 @@ class SimContractMachine : public ContractMachine {
 
   void putProgram(const std::string& path) override {
     simulated_.programs().define(path, runProgram);
+  }
+  void enterFolder(const std::string& path) override {
+    simulated_.volumes().setCurrentFolder(path);
   }
   std::unique_ptr<RunningProgram> keepRunning(const std::string& path) override {
     return std::make_unique<SimRunningProgram>(disk().run(path));

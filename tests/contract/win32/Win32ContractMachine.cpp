@@ -326,6 +326,11 @@ class Win32ContractMachine : public ContractMachine {
   void putFolderLink(const std::string& link, const std::string& target) override;
   std::int64_t modifiedSeconds(const std::string& path) override;
   void makeOld(const std::string& path) override;
+  void conceal(const std::string& path) override {
+    require(SetFileAttributesW(wide(path).c_str(), FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM) !=
+                FALSE,
+            "concealing " + path);
+  }
   std::unique_ptr<HeldFile> hold(const std::string& path, Sharing sharing) override;
   std::string otherVolumeFolder() override;
   std::string connectedDrive() override;
@@ -335,6 +340,9 @@ class Win32ContractMachine : public ContractMachine {
   void storeValue(const std::string& path, const std::string& name, std::uint32_t type,
                   std::string_view data) override;
   void putProgram(const std::string& path) override;
+  void enterFolder(const std::string& path) override {
+    require(SetCurrentDirectoryW(wide(path).c_str()) != FALSE, "entering " + path);
+  }
   std::unique_ptr<RunningProgram> keepRunning(const std::string& path) override {
     return std::make_unique<Win32RunningProgram>(path);
   }
@@ -375,7 +383,7 @@ class Win32ContractMachine : public ContractMachine {
   bool readOnlyRefusesWriting() const;
 
   win32::Win32Machine windows_;
-  machine::Machine machine_ = windows_.machine(windows_.hostConfiguration);
+  machine::Machine machine_ = windows_.machine(windows_.files, windows_.hostConfiguration);
   std::string folder_;
   std::string otherFolder_;
   std::string key_;
@@ -406,7 +414,10 @@ Win32ContractMachine::Win32ContractMachine() {
 }
 
 Win32ContractMachine::~Win32ContractMachine() {
-  removeTree(wide(folder_));
+  // A folder that is the current one cannot be removed.
+  SetCurrentDirectoryW(L"C:\\");
+  // What lies there may have any length of path.
+  removeTree(L"\\\\?\\" + wide(folder_));
   if (!otherFolder_.empty()) {
     removeTree(wide(otherFolder_));
   }

@@ -11,7 +11,7 @@
 int main(int count, char** words) {
   trelv::win32::Win32Machine windows;
   trelv::XmlStore store(windows.files, windows.registry, windows.locale);
-  trelv::app::WindowsProgram program(windows.machine(store));
+  trelv::app::WindowsProgram program(windows.machine(windows.files, store));
   trelv::modProdTrelvInfo::CreateProductReport(program.program());
   int standalone = 0;
   for (int i = 1; i < count; ++i) {

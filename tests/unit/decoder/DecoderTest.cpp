@@ -26,15 +26,29 @@ class FakeMachine : public DecoderMachine {
   SystemCode openOutput(const std::string& path, std::unique_ptr<OutputTree>& output) override {
     asked.push_back(path);
     if (outputCode == system_code::kSuccess) {
-      output = std::make_unique<MemoryTree>();
+      auto tree = std::make_unique<MemoryTree>();
+      tree->failAlways("replaceFile", inUse);
+      made = tree.get();
+      output = std::move(tree);
     }
     return outputCode;
+  }
+  void pause(std::uint32_t milliseconds) override {
+    paused += milliseconds;
+    if (paused >= inUseFor) {
+      made->failAlways("replaceFile", system_code::kSuccess);
+    }
   }
 
   std::string packBytes = pack(TarBytes());
   SystemCode packCode = system_code::kSuccess;
   SystemCode outputCode = system_code::kSuccess;
   std::vector<std::string> asked;
+  /// What putting a file in its place answers until so much time has passed.
+  SystemCode inUse = system_code::kSuccess;
+  std::uint32_t inUseFor = 0;
+  std::uint32_t paused = 0;
+  MemoryTree* made = nullptr;
 };
 
 class DecoderTest : public testing::Test {
@@ -68,6 +82,17 @@ TEST_F(DecoderTest, AnOutputFolderMayEndInAQuoteForABackslashOrBeADriveAlone) {
   EXPECT_EQ(machine_.asked.back(), "C:\\T\\");
   run({"a.gz", "C:"});
   EXPECT_EQ(machine_.asked.back(), "C:\\");
+}
+
+TEST_F(DecoderTest, AFileThatAScannerReadsIsWaitedForAndNoLongerThanThreeSeconds) {
+  machine_.packBytes = pack(TarBytes().file("a.txt", "x"));
+  machine_.inUse = system_code::kSharingViolation;
+  machine_.inUseFor = 1500;
+  EXPECT_EQ(run({"C:\\P\\a.gz", "C:\\T"}).exitCode, 0);
+  machine_.paused = 0;
+  machine_.inUseFor = 60'000;
+  EXPECT_EQ(run({"C:\\P\\a.gz", "C:\\T"}).exitCode, 2);
+  EXPECT_EQ(machine_.paused, 3000U);
 }
 
 TEST_F(DecoderTest, AFailureIsToldInOneLine) {

@@ -167,8 +167,12 @@ const std::vector<Circumstance> kCircumstances{
      },
      ""},
     {"CopyIsMissing", [](SelfUpdate& t) { t.share().removeTree(kClientCopy); }, ""},
-    {"CopyIsReadMeanwhile",
-     [](SelfUpdate& t) { t.share().holdOpen(kClientCopy, sim::Sharing::All); }, ""},
+    {"CopyIsReadForAMoment",
+     [](SelfUpdate& t) {
+       t.share().holdOpen(kClientCopy, sim::Sharing::All);
+       t.machine().clock().after(5, [&t] { t.share().release(kClientCopy); });
+     },
+     ""},
     // Not every server answers alike for a file in use.
     {"ServerCallsTheCopyShared",
      [](SelfUpdate& t) {
@@ -238,6 +242,15 @@ TEST_F(SelfUpdate, RunningCopyIsPutAsideAndReplacedAndGoesAtTheNextSelfUpdate) {
   EXPECT_THAT(temporaries(), IsEmpty());
 }
 
+TEST_F(SelfUpdate, CopyThatIsReadForLongIsPutAsideAndGoesWhenItIsClosed) {
+  share().holdOpen(kClientCopy, sim::Sharing::All);
+  update();
+  EXPECT_EQ(clientCopy(), "il nuovo");
+  EXPECT_THAT(reports(), IsEmpty());
+  share().release(kOldProgram);
+  EXPECT_THAT(temporaries(), IsEmpty());
+}
+
 TEST_F(SelfUpdate, RunningCopyThatCannotBePutAsideStaysWhole) {
   const auto running = share().run(kClientCopy);
   share().put(kOldProgram, "ancora più vecchio");
@@ -249,12 +262,14 @@ TEST_F(SelfUpdate, RunningCopyThatCannotBePutAsideStaysWhole) {
   EXPECT_THAT(temporaries(), ElementsAre("TrelvManager.old"));
 }
 
-// The second rename to the client copy's name is that of the new program, the third brings the old
-// one back.
+// A copy that runs is tried to be replaced eleven times. The next rename to its name is that of the
+// new program, the one behind it brings the old one back.
+constexpr int kTries = 11;
+
 TEST_F(SelfUpdate, CopyThatWasPutAsideComesBackWhenTheNewOneCannotTakeItsPlace) {
   const auto running = share().run(kClientCopy);
-  machine().callLog().setInjector(
-      refuse(CallKind::FileReplace, 2, 2, system_code::kNetNameDeleted, kClientCopy));
+  machine().callLog().setInjector(refuse(CallKind::FileReplace, kTries + 1, kTries + 1,
+                                         system_code::kNetNameDeleted, kClientCopy));
   update();
   expectFailed(57);
   EXPECT_EQ(clientCopy(), "il vecchio");
@@ -264,8 +279,8 @@ TEST_F(SelfUpdate, CopyThatWasPutAsideComesBackWhenTheNewOneCannotTakeItsPlace) 
 
 TEST_F(SelfUpdate, CopyThatCannotComeBackIsTold) {
   const auto running = share().run(kClientCopy);
-  machine().callLog().setInjector(
-      refuse(CallKind::FileReplace, 2, 3, system_code::kNetNameDeleted, kClientCopy));
+  machine().callLog().setInjector(refuse(CallKind::FileReplace, kTries + 1, kTries + 2,
+                                         system_code::kNetNameDeleted, kClientCopy));
   update();
   expectFailed(57);
   EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Copia precedente non ripristinata: "

@@ -311,5 +311,31 @@ TEST_F(SetupTreeCopy, CopiesUnderWayAreRemovedFromTheFoldersOfTheTree) {
   RemoveCopiesUnderWay(program_, "C:\\manca", "T:\\manca");
 }
 
+// --- What others have in hand, and hidden files
+
+TEST_F(SetupTreeCopy, AFileThatAScannerHoldsForAMomentIsWaitedFor) {
+  bring("a.txt b.txt");
+  have("a.txt");
+  sim::SimDisk& share = machine_.diskOf(kTarget);
+  share.holdOpen(inTarget("a.txt"), sim::Sharing::None);
+  machine_.clock().after(1500, [&share] { share.release(inTarget("a.txt")); });
+  EXPECT_EQ(copy().number(), 0);
+  EXPECT_EQ(brought("a.txt"), "new");
+  EXPECT_EQ(brought("b.txt"), "new");
+}
+
+TEST_F(SetupTreeCopy, AHiddenFileIsOverwrittenAndAHiddenOneCopiedAgain) {
+  bring("a.txt hidden.txt");
+  have("a.txt");
+  machine_.diskOf(kTarget).setConcealed(inTarget("a.txt"));
+  machine_.diskOf(kSource).setConcealed(std::string(kSource) + "\\hidden.txt");
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_EQ(copy().number(), 0);
+    EXPECT_EQ(brought("a.txt"), "new");
+    EXPECT_EQ(brought("hidden.txt"), "new");
+  }
+  EXPECT_EQ(machine_.clock().paused(), 0U);
+}
+
 }  // namespace
 }  // namespace trelv::tests

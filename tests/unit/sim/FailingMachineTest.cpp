@@ -41,6 +41,26 @@ TEST_F(FailingMachineTest, FailsEveryCallFromItsNumberOn) {
   EXPECT_EQ(failing.failedCall(), "files.write C:\\2.txt");
 }
 
+TEST_F(FailingMachineTest, AChangeThatIsMadeAgainAtOnceFailsAgain) {
+  machine_.putFile("C:\\1.txt", "");
+  const FailingMachine failing(machine_, 1);
+  machine::FileFacts facts;
+
+  EXPECT_EQ(machine_.files().removeFile("C:\\1.txt"), kAccessDenied);
+  EXPECT_EQ(machine_.files().look("C:\\1.txt", facts), kSuccess);
+  EXPECT_EQ(machine_.files().removeFile("C:\\1.txt"), kAccessDenied);
+  EXPECT_EQ(machine_.files().removeFile("C:\\1.txt"), kAccessDenied);
+  EXPECT_EQ(machine_.files().write("C:\\2.txt", ""), kSuccess);
+  EXPECT_EQ(machine_.files().removeFile("C:\\1.txt"), kSuccess);
+}
+
+TEST_F(FailingMachineTest, ACallThatNobodyTriesAgainFailsOnce) {
+  const FailingMachine failing(machine_, 1);
+
+  EXPECT_EQ(machine_.files().write("C:\\1.txt", ""), kAccessDenied);
+  EXPECT_EQ(machine_.files().write("C:\\1.txt", ""), kSuccess);
+}
+
 TEST_F(FailingMachineTest, EachKindOfCallFailsInItsOwnWay) {
   machine_.putFile("C:\\a.ini", "[S]\r\nk=v\r\n");
   machine_.programs().define("C:\\a.exe");

@@ -169,5 +169,24 @@ TEST(SimSupportLibrary, IsAbsentUnlessScripted) {
   EXPECT_EQ(buffer, std::string("C:\\t\\\0  ", 8));
 }
 
+TEST(SimClock, APauseMovesTheClockAndWhatIsDueHappensInItsOrder) {
+  SimClock clock;
+  std::vector<int> happened;
+  clock.after(1500, [&] { happened.push_back(2); });
+  clock.after(500, [&] { happened.push_back(1); });
+  clock.after(5000, [&] { happened.push_back(3); });
+  clock.pause(400);
+  EXPECT_TRUE(happened.empty());
+  clock.pause(1100);
+  EXPECT_EQ(happened, (std::vector<int>{1, 2}));
+  EXPECT_EQ(clock.now().second, 1);
+  clock.pause(600);
+  EXPECT_EQ(clock.now().second, 2);
+  EXPECT_EQ(clock.paused(), 2100U);
+  clock.advance(60);
+  EXPECT_EQ(happened.back(), 3);
+  EXPECT_EQ(clock.paused(), 2100U);
+}
+
 }  // namespace
 }  // namespace trelv::sim

@@ -1,0 +1,72 @@
+#include "base/Patience.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "base/Text.h"
+
+namespace trelv {
+namespace {
+
+/// In milliseconds, 3 s together. What lets go at once costs next to nothing; what takes longer is
+/// not asked a hundred times over a network.
+constexpr std::array<std::uint32_t, 10> kPauses{10, 20, 40, 80, 160, 320, 640, 640, 640, 450};
+
+bool mayPass(SystemCode code) {
+  return code == system_code::kAccessDenied || code == system_code::kSharingViolation ||
+         code == system_code::kDirectoryNotEmpty;
+}
+
+std::string folderOf(const std::string& path) {
+  const std::size_t last = path.find_last_of("\\/");
+  return last == std::string::npos ? std::string() : path.substr(0, last + 1);
+}
+
+}  // namespace
+
+Patience::Patience(Pause pause) : pause_(std::move(pause)) {}
+
+SystemCode Patience::change(const std::string& path, const std::function<SystemCode()>& attempt,
+                            const std::function<bool()>& lasts) {
+  SystemCode code = attempt();
+  if (mayPass(code) && !isWorthWaiting(code, path, lasts)) {
+    return code;
+  }
+  for (auto pause = kPauses.begin(); mayPass(code) && pause != kPauses.end(); ++pause) {
+    pause_(*pause);
+    code = attempt();
+  }
+  if (mayPass(code)) {
+    remember(code, path);
+  } else if (code == system_code::kSuccess) {
+    forget(path);
+  }
+  return code;
+}
+
+bool Patience::isWorthWaiting(SystemCode code, const std::string& path,
+                              const std::function<bool()>& lasts) const {
+  const bool denied = code == system_code::kAccessDenied;
+  return !wasInVain(path) && !(denied && wasInVain(folderOf(path))) && !(denied && lasts());
+}
+
+void Patience::remember(SystemCode code, const std::string& path) {
+  inVain_.push_back(upperCase(code == system_code::kAccessDenied ? folderOf(path) : path));
+}
+
+void Patience::forget(const std::string& path) {
+  // Most starts never waited for anything.
+  if (inVain_.empty()) {
+    return;
+  }
+  std::erase(inVain_, upperCase(path));
+  std::erase(inVain_, upperCase(folderOf(path)));
+}
+
+bool Patience::wasInVain(const std::string& path) const {
+  return !inVain_.empty() &&
+         std::find(inVain_.begin(), inVain_.end(), upperCase(path)) != inVain_.end();
+}
+
+}  // namespace trelv

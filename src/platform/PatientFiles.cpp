@@ -1,0 +1,100 @@
+#include "platform/PatientFiles.h"
+
+namespace trelv {
+namespace {
+
+using machine::FileFacts;
+
+// What a look shows to be refused for good. A path that cannot be looked at shows nothing: a file
+// that is being deleted is one.
+
+FileFacts factsOf(machine::Files& files, const std::string& path) {
+  FileFacts facts;
+  return files.look(path, facts) == system_code::kSuccess ? facts : FileFacts();
+}
+
+bool isFolder(machine::Files& files, const std::string& path) {
+  return factsOf(files, path).folder;
+}
+
+bool isFolderOrReadOnly(machine::Files& files, const std::string& path) {
+  const FileFacts facts = factsOf(files, path);
+  return facts.folder || facts.readOnly;
+}
+
+bool refusesCopies(machine::Files& files, const std::string& path) {
+  const FileFacts facts = factsOf(files, path);
+  return facts.folder || facts.readOnly || facts.hidden || facts.system;
+}
+
+}  // namespace
+
+PatientFiles::PatientFiles(machine::Files& files, machine::Clock& clock)
+    : files_(files),
+      patience_([&clock](std::uint32_t milliseconds) { clock.pause(milliseconds); }) {}
+
+SystemCode PatientFiles::look(const std::string& path, FileFacts& facts) {
+  return files_.look(path, facts);
+}
+
+SystemCode PatientFiles::identify(const std::string& path, machine::FileIdentity& identity) {
+  return files_.identify(path, identity);
+}
+
+SystemCode PatientFiles::read(const std::string& path, std::size_t limit, std::string& content) {
+  return files_.read(path, limit, content);
+}
+
+SystemCode PatientFiles::readPart(const std::string& path, std::uint64_t offset, std::size_t size,
+                                  std::string& content) {
+  return files_.readPart(path, offset, size, content);
+}
+
+SystemCode PatientFiles::write(const std::string& path, std::string_view bytes) {
+  return files_.write(path, bytes);
+}
+
+SystemCode PatientFiles::append(const std::string& path, std::string_view bytes) {
+  return files_.append(path, bytes);
+}
+
+SystemCode PatientFiles::removeFile(const std::string& path) {
+  return patience_.change(
+      path, [&]() -> SystemCode { return files_.removeFile(path); },
+      [&]() -> bool { return isFolderOrReadOnly(files_, path); });
+}
+
+SystemCode PatientFiles::setReadOnly(const std::string& path, bool readOnly) {
+  return files_.setReadOnly(path, readOnly);
+}
+
+SystemCode PatientFiles::makeFolder(const std::string& path) {
+  return patience_.change(
+      path, [&]() -> SystemCode { return files_.makeFolder(path); },
+      []() -> bool { return false; });
+}
+
+SystemCode PatientFiles::removeFolder(const std::string& path) {
+  return patience_.change(
+      path, [&]() -> SystemCode { return files_.removeFolder(path); },
+      [&]() -> bool { return factsOf(files_, path).readOnly; });
+}
+
+SystemCode PatientFiles::list(const std::string& folder, const std::string& ending,
+                              std::vector<machine::FolderEntry>& entries) {
+  return files_.list(folder, ending, entries);
+}
+
+SystemCode PatientFiles::copyFile(const std::string& source, const std::string& target) {
+  return patience_.change(
+      target, [&]() -> SystemCode { return files_.copyFile(source, target); },
+      [&]() -> bool { return refusesCopies(files_, target) || isFolder(files_, source); });
+}
+
+SystemCode PatientFiles::replaceFile(const std::string& source, const std::string& target) {
+  return patience_.change(
+      target, [&]() -> SystemCode { return files_.replaceFile(source, target); },
+      [&]() -> bool { return isFolderOrReadOnly(files_, target); });
+}
+
+}  // namespace trelv

@@ -1,0 +1,194 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+#include "platform/PatientFiles.h"
+#include "platform/modLibrary.h"
+#include "support/FakeProgram.h"
+
+// A simulated clock moves while the program pauses: nobody waits here.
+namespace trelv {
+namespace {
+
+using sim::Sharing;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using namespace system_code;
+
+constexpr std::uint64_t kAll = 3000;
+
+class PatientFilesTest : public testing::Test {
+ protected:
+  PatientFilesTest() {
+    machine_.putFile(kFile, "old");
+    machine_.putFile(kOther, "new");
+  }
+
+  /// Somebody holds the file for so long.
+  void holdFor(const std::string& path, std::uint32_t milliseconds,
+               Sharing sharing = Sharing::None) {
+    disk_.holdOpen(path, sharing);
+    machine_.clock().after(milliseconds, [this, path] { disk_.release(path); });
+  }
+  /// All that would change what stands there is refused with 5 for so long.
+  void denyFor(const std::string& path, std::uint32_t milliseconds) {
+    disk_.denyWriting(path);
+    machine_.clock().after(milliseconds, [this, path] { disk_.allow(path); });
+  }
+  std::uint64_t paused() { return machine_.clock().paused(); }
+  std::size_t callsOf(const std::string& method) { return machine_.callLog().countOf(method); }
+
+  static constexpr const char* kFile = "C:\\d\\a.txt";
+  static constexpr const char* kOther = "C:\\d\\b.txt";
+
+  sim::SimMachine machine_;
+  sim::SimDisk& disk_ = machine_.diskOf("C:\\");
+  PatientFiles files_{machine_.files(), machine_.clock()};
+};
+
+struct Change {
+  const char* name;
+  const char* method;
+  std::function<SystemCode(machine::Files&)> make;
+};
+
+const std::vector<Change>& changes() {
+  static const std::vector<Change> all{
+      {"Deleting", "files.removeFile",
+       [](machine::Files& files) { return files.removeFile("C:\\d\\a.txt"); }},
+      {"CopyingOnto", "files.copyFile",
+       [](machine::Files& files) { return files.copyFile("C:\\d\\b.txt", "C:\\d\\a.txt"); }},
+      {"CopyingFrom", "files.copyFile",
+       [](machine::Files& files) { return files.copyFile("C:\\d\\a.txt", "C:\\d\\c.txt"); }},
+      {"Renaming", "files.replaceFile",
+       [](machine::Files& files) { return files.replaceFile("C:\\d\\a.txt", "C:\\d\\c.txt"); }},
+      {"PuttingInPlace", "files.replaceFile",
+       [](machine::Files& files) { return files.replaceFile("C:\\d\\b.txt", "C:\\d\\a.txt"); }}};
+  return all;
+}
+
+TEST_F(PatientFilesTest, AFileThatIsHeldForAMomentIsWaitedForWhateverIsDone) {
+  for (const Change& change : changes()) {
+    sim::SimMachine machine;
+    machine.putFile(kFile, "old");
+    machine.putFile(kOther, "new");
+    sim::SimDisk& disk = machine.diskOf("C:\\");
+    disk.holdOpen(kFile, Sharing::None);
+    machine.clock().after(1500, [&] { disk.release(kFile); });
+    PatientFiles files(machine.files(), machine.clock());
+    EXPECT_EQ(change.make(files), kSuccess) << change.name;
+    EXPECT_GE(machine.clock().paused(), 1500U) << change.name;
+  }
+}
+
+TEST_F(PatientFilesTest, AnythingIsDoneOnceWhereNothingStandsInTheWay) {
+  for (const Change& change : changes()) {
+    sim::SimMachine machine;
+    machine.putFile(kFile, "old");
+    machine.putFile(kOther, "new");
+    PatientFiles files(machine.files(), machine.clock());
+    EXPECT_EQ(change.make(files), kSuccess) << change.name;
+    EXPECT_EQ(machine.clock().paused(), 0U) << change.name;
+    EXPECT_EQ(machine.callCount(), 1U) << change.name << ": no look, no second try";
+  }
+}
+
+TEST_F(PatientFilesTest, WhatIsRefusedForAMomentIsWaitedFor) {
+  denyFor("C:\\d", 1500);
+  EXPECT_EQ(files_.removeFile(kFile), kSuccess);
+  EXPECT_GE(paused(), 1500U);
+  denyFor("C:\\d", 1500);
+  EXPECT_EQ(files_.makeFolder("C:\\d\\e"), kSuccess);
+  denyFor("C:\\d", 1500);
+  EXPECT_EQ(files_.removeFolder("C:\\d\\e"), kSuccess);
+}
+
+TEST_F(PatientFilesTest, WhatIsHeldForLongerIsRefusedAfterThreeSeconds) {
+  holdFor(kFile, 60'000);
+  EXPECT_EQ(files_.removeFile(kFile), kSharingViolation);
+  EXPECT_EQ(paused(), kAll);
+  EXPECT_TRUE(machine_.fileExists(kFile));
+}
+
+TEST_F(PatientFilesTest, AFolderWhoseLastFileIsStillBeingDeletedIsWaitedFor) {
+  holdFor(kFile, 1500, Sharing::All);
+  ASSERT_EQ(files_.removeFile(kFile), kSuccess);
+  ASSERT_EQ(files_.removeFile(kOther), kSuccess);
+  EXPECT_EQ(machine_.files().removeFolder("C:\\d"), kDirectoryNotEmpty);
+  EXPECT_EQ(files_.removeFolder("C:\\d"), kSuccess);
+  EXPECT_FALSE(machine_.folderExists("C:\\d"));
+}
+
+TEST_F(PatientFilesTest, AFileThatIsBeingDeletedIsWaitedForBeforeAnotherTakesItsName) {
+  holdFor(kFile, 1500, Sharing::All);
+  ASSERT_EQ(files_.removeFile(kFile), kSuccess);
+  EXPECT_EQ(files_.replaceFile(kOther, kFile), kSuccess);
+  EXPECT_EQ(machine_.fileText(kFile), "new");
+}
+
+TEST_F(PatientFilesTest, WhatALookShowsToBeRefusedForGoodIsNotWaitedFor) {
+  disk_.setReadOnly(kFile);
+  machine_.makeFolders("C:\\d\\folder");
+  machine_.putFile("C:\\d\\hidden.txt", "old");
+  disk_.setConcealed("C:\\d\\hidden.txt");
+  EXPECT_EQ(files_.removeFile(kFile), kAccessDenied);
+  EXPECT_EQ(files_.removeFile("C:\\d\\folder"), kAccessDenied);
+  EXPECT_EQ(files_.copyFile(kOther, kFile), kAccessDenied);
+  EXPECT_EQ(files_.copyFile(kOther, "C:\\d\\folder"), kAccessDenied);
+  EXPECT_EQ(files_.copyFile(kOther, "C:\\d\\hidden.txt"), kAccessDenied);
+  EXPECT_EQ(files_.copyFile("C:\\d\\folder", "C:\\d\\c.txt"), kAccessDenied);
+  EXPECT_EQ(files_.replaceFile(kOther, kFile), kAccessDenied);
+  EXPECT_EQ(files_.replaceFile(kOther, "C:\\d\\folder"), kAccessDenied);
+  disk_.setReadOnly("C:\\d\\folder");
+  EXPECT_EQ(files_.removeFolder("C:\\d\\folder"), kAccessDenied);
+  EXPECT_EQ(paused(), 0U);
+}
+
+TEST_F(PatientFilesTest, AUserWithoutRightsWaitsOnceInAFolder) {
+  disk_.denyWriting("C:\\d");
+  EXPECT_EQ(files_.removeFile(kFile), kAccessDenied);
+  EXPECT_EQ(files_.removeFile(kOther), kAccessDenied);
+  EXPECT_EQ(files_.makeFolder("C:\\d\\e"), kAccessDenied);
+  EXPECT_EQ(files_.copyFile("C:\\d\\a.txt", "C:\\d\\c.txt"), kAccessDenied);
+  EXPECT_EQ(paused(), kAll);
+}
+
+TEST_F(PatientFilesTest, ReadingLookingListingAndWritingAreAskedOnce) {
+  disk_.deny("C:\\d");
+  std::string content;
+  machine::FileFacts facts;
+  std::vector<machine::FolderEntry> entries;
+  EXPECT_EQ(files_.read(kFile, 10, content), kAccessDenied);
+  EXPECT_EQ(files_.look(kFile, facts), kAccessDenied);
+  EXPECT_EQ(files_.list("C:\\d", "", entries), kAccessDenied);
+  EXPECT_EQ(files_.write(kFile, "x"), kAccessDenied);
+  EXPECT_EQ(files_.append(kFile, "x"), kAccessDenied);
+  EXPECT_EQ(files_.setReadOnly(kFile, true), kAccessDenied);
+  EXPECT_EQ(paused(), 0U);
+}
+
+// --- What the program does with them
+
+TEST_F(PatientFilesTest, DeletingAFileThatAScannerReadsSucceedsWithoutAReport) {
+  tests::FakeProgram program(machine_);
+  holdFor(kFile, 1500);
+  EXPECT_TRUE(modLibrary::DeleteFile(program, kFile));
+  EXPECT_THAT(program.lines(),
+              ElementsAre("Cancellazione file: C:\\d\\a.txt effettuata con successo"));
+  EXPECT_THAT(program.reports(), IsEmpty());
+}
+
+TEST_F(PatientFilesTest, DeletingAFolderWhoseFilesAScannerReadsSucceedsWithoutAReport) {
+  tests::FakeProgram program(machine_);
+  machine_.putFile("C:\\d\\e\\c.txt", "x");
+  holdFor("C:\\d\\e\\c.txt", 1500, Sharing::All);
+  holdFor(kFile, 1500);
+  EXPECT_TRUE(modLibrary::DeleteFolder(program, "C:\\d"));
+  EXPECT_FALSE(machine_.folderExists("C:\\d"));
+  EXPECT_THAT(program.reports(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace trelv
