@@ -102,7 +102,23 @@ SystemCode SimProcesses::start(const std::string& commandLine, bool visible,
   }
   Found found;
   const SystemCode code = resolve(commandLine, found);
-  const SystemCode refused = code == kSuccess ? refusal(found.program) : code;
+  return code == kSuccess ? startFound(commandLine, visible, found, process) : code;
+}
+
+SystemCode SimProcesses::startTool(const std::string& commandLine, bool visible,
+                                   std::unique_ptr<machine::RunningProcess>& process) {
+  if (const auto injected = calls_.enter(CallKind::ProcessStart, "processes.start", commandLine)) {
+    return *injected;
+  }
+  Found found;
+  const SystemCode code = resolveTool(commandLine, found);
+  return code == kSuccess ? startFound(commandLine, visible, found, process) : code;
+}
+
+SystemCode SimProcesses::startFound(const std::string& commandLine, bool visible,
+                                    const Found& found,
+                                    std::unique_ptr<machine::RunningProcess>& process) {
+  const SystemCode refused = refusal(found.program);
   if (refused != kSuccess) {
     return refused;
   }
@@ -160,6 +176,28 @@ SystemCode SimProcesses::resolve(const std::string& commandLine, Found& found) c
   }
   return commandLine.front() == '"' ? resolveQuoted(commandLine, found)
                                     : resolveByCuts(commandLine, found);
+}
+
+SystemCode SimProcesses::resolveTool(const std::string& commandLine, Found& found) const {
+  const std::string name = commandLine.substr(0, commandLine.find(' '));
+  if (hasFolder(name) || name.find('"') != std::string::npos) {
+    return resolve(commandLine, found);
+  }
+  std::vector<std::string> folders{parentOf(system_.executablePath()),
+                                   system_.windowsFolder() + "\\system32", system_.windowsFolder()};
+  for (const std::string& folder : split(environment_.value("PATH"), ';')) {
+    if (folder.find(":\\") == 1 || folder.compare(0, 2, "\\\\") == 0) {
+      folders.push_back(folder);
+    }
+  }
+  for (const std::string& folder : folders) {
+    const std::string path = existing(volumes_.fullPath(folder + "\\" + name));
+    if (!path.empty()) {
+      found = {path, commandLine.substr(name.size()), commandLine};
+      return kSuccess;
+    }
+  }
+  return kFileNotFound;
 }
 
 SystemCode SimProcesses::resolveQuoted(const std::string& commandLine, Found& found) const {

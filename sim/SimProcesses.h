@@ -65,6 +65,8 @@ class SimProcesses : public machine::Processes {
 
   SystemCode start(const std::string& commandLine, bool visible,
                    std::unique_ptr<machine::RunningProcess>& process) override;
+  SystemCode startTool(const std::string& commandLine, bool visible,
+                       std::unique_ptr<machine::RunningProcess>& process) override;
 
   /// Puts a program at a full path; the script is part of the file: copies of it do the same, and
   /// on a share every workstation can start it.
@@ -95,6 +97,8 @@ class SimProcesses : public machine::Processes {
   };
   /// Finds the program of a command line; answers as start() would.
   SystemCode resolve(const std::string& commandLine, Found& found) const;
+  /// The same as startTool() would.
+  SystemCode resolveTool(const std::string& commandLine, Found& found) const;
 
  private:
   friend class SimRunning;
@@ -109,6 +113,8 @@ class SimProcesses : public machine::Processes {
   SystemCode resolveQuoted(const std::string& commandLine, Found& found) const;
   SystemCode resolveByCuts(const std::string& commandLine, Found& found) const;
   SystemCode candidate(const std::string& name, std::string& program) const;
+  SystemCode startFound(const std::string& commandLine, bool visible, const Found& found,
+                        std::unique_ptr<machine::RunningProcess>& process);
   std::string search(const std::string& name) const;
   std::string existing(const std::string& path) const;
   SystemCode refusal(const std::string& program) const;

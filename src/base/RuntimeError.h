@@ -53,4 +53,8 @@ constexpr std::int32_t kApplicationDefined = 440;
 /// system codes become failures.
 RuntimeError failureFromSystemCode(SystemCode code, const std::string& subject);
 
+/// Why a program could not be started: the system's code as number, its meaning in words as
+/// description. The command line is not part of it.
+RuntimeError failureToStart(SystemCode code);
+
 }  // namespace trelv

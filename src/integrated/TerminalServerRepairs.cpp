@@ -45,9 +45,16 @@ std::string known(const std::string& folder) {
 std::string userFolder(Program& program) { return known(modLibrary::GetWinDir(program)); }
 std::string systemFolder(Program& program) { return known(modLibrary::WindowsFolder(program)); }
 
-/// Name of the folder that holds the session's profile. A user of a domain whose name was taken
-/// when the profile was made has one that carries the domain too.
+/// Name of the folder that holds the session's profile, as the session was told it. Without that:
+/// the user's name; a user of a domain whose name was taken when the profile was made has one that
+/// carries the domain too.
 std::string profileFolderName(Program& program, const std::string& profiles) {
+  std::string profile;
+  program.machine.environment.get("USERPROFILE", profile);
+  modLibrary::TrimFolder(profile);
+  if (profile.find('\\') != std::string::npos) {
+    return profile.substr(profile.rfind('\\') + 1);
+  }
   const std::string user = modPlatform::UserName(program);
   std::string domain;
   program.machine.environment.get("USERDOMAIN", domain);

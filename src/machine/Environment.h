@@ -4,8 +4,8 @@
 
 namespace trelv::machine {
 
-/// Environment variables of this process (ANSI interface, UTF-8 here). Started programs inherit
-/// them.
+/// Environment variables of this process, UTF-8 here. They are set through the ANSI interface: a
+/// character outside the code page becomes "?". Started programs inherit them.
 class Environment {
  public:
   virtual ~Environment() = default;

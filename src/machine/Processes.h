@@ -37,6 +37,13 @@ class Processes {
   /// success.
   virtual SystemCode start(const std::string& commandLine, bool visible,
                            std::unique_ptr<RunningProcess>& process) = 0;
+
+  /// The same for a program that the system or the site provides and that is named without a
+  /// folder: never one of the current folder, which may be anybody's. It is looked for beside this
+  /// program, in the system folder, the Windows folder and those folders of PATH that are named in
+  /// full, with ".exe" where its name has no extension; else 2.
+  virtual SystemCode startTool(const std::string& commandLine, bool visible,
+                               std::unique_ptr<RunningProcess>& process) = 0;
 };
 
 }  // namespace trelv::machine

@@ -31,7 +31,7 @@ void DeregisterOcxInFolder(Program& program, const std::string& folder) {
         for (const std::string& name : controlsIn(program, folder)) {
           // Kept: the system's tool is regsvr32. Sites that want controls deregistered bring a
           // program of this other name; elsewhere nothing starts, and the control stays as it is.
-          modLibrary::Execute(program, "regsrv32 /u /s \"" + folder + "\\" + name + "\"", true);
+          modLibrary::ExecuteTool(program, "regsrv32 /u /s \"" + folder + "\\" + name + "\"", true);
         }
       },
       [&](const RuntimeError& failure) -> void {

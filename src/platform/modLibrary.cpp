@@ -63,26 +63,54 @@ bool administrator(Program& program) {
   throw RuntimeError(runtime_number::kApplicationDefined, "TrelvManager", "IsAdministrator");
 }
 
-/// Starts a program; null, after one report, when it could not be started.
-std::unique_ptr<machine::RunningProcess> startProgram(Program& program,
-                                                      const std::string& commandLine, bool visible,
-                                                      const std::string& message) {
-  std::unique_ptr<machine::RunningProcess> process;
-  if (program.machine.processes.start(commandLine, visible, process) != system_code::kSuccess) {
-    program.errors.VisualizzaErrore(kModule, "Execute", message, ReportKind::ProgramError,
-                                    RuntimeError());
-  }
-  return process;
-}
-
 std::string startMessage(const std::string& commandLine) {
   return "Errore in esecuzione programma: " + commandLine;
+}
+
+/// The report comes first, so that it still shows the line before as its trace.
+void tellNotStarted(Program& program, const std::string& commandLine, SystemCode code) {
+  const RuntimeError failure = failureToStart(code);
+  const std::string message = startMessage(commandLine);
+  program.errors.VisualizzaErrore(kModule, "Execute", message, ReportKind::ProgramError, failure);
+  program.log.WriteLog("Gestione ProdTrelv - " + message + " (" + std::to_string(failure.number()) +
+                       " " + failure.description() + ")");
+}
+
+enum class Searched { AsEver, NotInCurrentFolder };
+
+/// Starts a program; null, after it was told why, when it could not be started.
+std::unique_ptr<machine::RunningProcess> startProgram(Program& program,
+                                                      const std::string& commandLine, bool visible,
+                                                      Searched searched) {
+  std::unique_ptr<machine::RunningProcess> process;
+  machine::Processes& processes = program.machine.processes;
+  const SystemCode code = searched == Searched::AsEver
+                              ? processes.start(commandLine, visible, process)
+                              : processes.startTool(commandLine, visible, process);
+  if (code != system_code::kSuccess) {
+    tellNotStarted(program, commandLine, code);
+  }
+  return process;
 }
 
 /// A program that ran may have written any of the ini files and registered components elsewhere.
 void forgetWhatProgramsChange(Program& program) {
   program.configurationFiles.forget();
   program.state.inventory.componentFolder.reset();
+}
+
+/// True once a started program has done what the caller waits for.
+bool letRun(Program& program, machine::RunningProcess& process, bool wait,
+            std::uint32_t* exitCode) {
+  if (wait) {
+    // A wait that fails answers true as well: kept, the program was started.
+    process.wait();
+    if (exitCode != nullptr) {
+      process.exitCode(*exitCode);
+    }
+  }
+  forgetWhatProgramsChange(program);
+  return true;
 }
 
 /// The first NUL ends the text, but one in the first place counts as none.
@@ -95,31 +123,26 @@ std::string reportedTempPath(const std::string& buffer) {
 
 bool Execute(Program& program, const std::string& commandLine, bool wait,
              std::optional<bool> visible, std::uint32_t* exitCode) {
-  const std::string message = startMessage(commandLine);
-  return guarded(program, "Execute", message, false, [&]() -> bool {
+  return guarded(program, "Execute", startMessage(commandLine), false, [&]() -> bool {
     const std::unique_ptr<machine::RunningProcess> process =
-        startProgram(program, commandLine, visible.value_or(true), message);
-    if (process == nullptr) {
-      return false;
-    }
-    if (wait) {
-      // A wait that fails answers true as well: kept, the program was started.
-      process->wait();
-      if (exitCode != nullptr) {
-        process->exitCode(*exitCode);
-      }
-    }
-    forgetWhatProgramsChange(program);
-    return true;
+        startProgram(program, commandLine, visible.value_or(true), Searched::AsEver);
+    return process != nullptr && letRun(program, *process, wait, exitCode);
+  });
+}
+
+bool ExecuteTool(Program& program, const std::string& commandLine, bool wait) {
+  return guarded(program, "Execute", startMessage(commandLine), false, [&]() -> bool {
+    const std::unique_ptr<machine::RunningProcess> process =
+        startProgram(program, commandLine, true, Searched::NotInCurrentFolder);
+    return process != nullptr && letRun(program, *process, wait, nullptr);
   });
 }
 
 bool ExecuteUntilReady(Program& program, const std::string& commandLine) {
   constexpr std::uint32_t kLongest = 5000;
-  const std::string message = startMessage(commandLine);
-  return guarded(program, "Execute", message, false, [&]() -> bool {
+  return guarded(program, "Execute", startMessage(commandLine), false, [&]() -> bool {
     const std::unique_ptr<machine::RunningProcess> process =
-        startProgram(program, commandLine, true, message);
+        startProgram(program, commandLine, true, Searched::NotInCurrentFolder);
     if (process == nullptr) {
       return false;
     }

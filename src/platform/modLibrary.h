@@ -11,14 +11,18 @@
 namespace trelv::modLibrary {
 
 /// Starts a program (`commandLine` as machine::Processes wants it); with `wait` returns when it has
-/// ended. Its window is hidden only where `visible` says false. False, and one report, if nothing
-/// was started; how the program ended has no part in the answer, a caller that wants to know gives
-/// `exitCode` and waits.
+/// ended. Its window is hidden only where `visible` says false. False, one report and one log line
+/// that tell why, if nothing was started; how the program ended has no part in the answer, a caller
+/// that wants to know gives `exitCode` and waits.
 bool Execute(Program& program, const std::string& commandLine, bool wait,
              std::optional<bool> visible = std::nullopt, std::uint32_t* exitCode = nullptr);
 
-/// Starts a command line and returns once the program's window is ready for its user, after 5 s at
-/// most. What it was started with may be removed then. False as for Execute.
+/// The same, shown, for a program that the system or the site provides and that is named without a
+/// folder: one of that name in the current folder is never taken.
+bool ExecuteTool(Program& program, const std::string& commandLine, bool wait);
+
+/// Starts such a program and returns once its window is ready for its user, after 5 s at most. What
+/// it was started with may be removed then. False as for Execute.
 bool ExecuteUntilReady(Program& program, const std::string& commandLine);
 
 /// May the user change this machine? Yes too where nobody can tell.

@@ -54,7 +54,7 @@ void frmError::openLog() {
   if (logFile.empty()) {
     warn(program_, "File di log non disponibile");
   } else if (modLibrary::FileExists(program_, logFile)) {
-    modLibrary::Execute(program_, "notepad.exe " + logFile, false);
+    modLibrary::ExecuteTool(program_, "notepad.exe " + logFile, false);
   } else {
     warn(program_, "File di log: '" + logFile + "' non disponibile");
   }

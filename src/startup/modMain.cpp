@@ -41,6 +41,25 @@ constexpr char kQuote = '"';
 
 bool isSeparator(char c) { return c == ' ' || c == '\t'; }
 
+bool beginsWithProgram(const std::string& commandLine, const std::string& path) {
+  return !path.empty() && equalNoCase(commandLine.substr(0, path.size()), path) &&
+         (commandLine.size() == path.size() || isSeparator(commandLine[path.size()]));
+}
+
+/// Who starts a program without quotes may name a path with blanks all the same, and leave ".exe"
+/// out: the system finds it.
+std::size_t endOfUnquotedProgram(const std::string& commandLine,
+                                 const std::vector<std::string>& ownPaths) {
+  for (const std::string& path : ownPaths) {
+    for (const std::string& name : {path, path.substr(0, path.rfind('.'))}) {
+      if (beginsWithProgram(commandLine, name)) {
+        return name.size();
+      }
+    }
+  }
+  return std::min(commandLine.find_first_of(" \t"), commandLine.size());
+}
+
 void showRefusal(Program& program, const std::string& text) {
   program.machine.desktop.messageBox(TRELV_PRODUCT_NAME, text, machine::BoxIcon::Critical,
                                      machine::BoxButtons::Ok);
@@ -75,7 +94,9 @@ void findOutFacts(Program& program) {
 
 void readCommandLine(Program& program) {
   StartupFacts& startup = program.state.startup;
-  startup.rawCommandLine = argumentsOf(program.machine.system.commandLine());
+  startup.rawCommandLine =
+      argumentsOf(program.machine.system.commandLine(),
+                  {program.machine.system.startedPath(), program.machine.system.executablePath()});
   ParseCommandLine(startup.rawCommandLine, startup.argumentCount, startup.arguments);
   program.log.WriteLog("Gestione ProdTrelv - Linea di comando ArgV = " + startup.rawCommandLine +
                        "\t Numero parametri = " + std::to_string(startup.argumentCount));
@@ -228,13 +249,13 @@ void Main(Program& program) {
              [&](const RuntimeError& failure) { reportFailure(program, failure); });
 }
 
-std::string argumentsOf(const std::string& commandLine) {
+std::string argumentsOf(const std::string& commandLine, const std::vector<std::string>& ownPaths) {
   std::size_t end = 0;
   if (!commandLine.empty() && commandLine.front() == kQuote) {
     const std::size_t closing = commandLine.find(kQuote, 1);
     end = closing == std::string::npos ? commandLine.size() : closing + 1;
   } else {
-    end = std::min(commandLine.find_first_of(" \t"), commandLine.size());
+    end = endOfUnquotedProgram(commandLine, ownPaths);
   }
   return trimLeft(std::string_view(commandLine).substr(end));
 }

@@ -18,9 +18,11 @@ constexpr std::size_t kMostArguments = 20;
 /// this far the user is told in a box, and the log has its line.
 void Main(Program& program);
 
-/// The part of a whole command line after the program's own path (in quotes, or up to the first
-/// blank or tab) and the blanks that follow it; empty when the path's quote is never closed.
-std::string argumentsOf(const std::string& commandLine);
+/// The part of a whole command line after the program's own path and the blanks that follow it. The
+/// path stands in quotes (empty when they are never closed), or is one of `ownPaths`, with or
+/// without its ".exe", or ends at the first blank or tab.
+std::string argumentsOf(const std::string& commandLine,
+                        const std::vector<std::string>& ownPaths = {});
 
 /// Takes raw arguments apart at blanks, tabs and quotes; between two quotes blanks belong to the
 /// argument. No quote is kept, and empty ones leave no argument behind. Stops at kMostArguments.

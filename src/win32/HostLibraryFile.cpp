@@ -20,6 +20,14 @@ std::wstring systemFolder() {
   return path + L"\\";
 }
 
+std::wstring windowsFolder() {
+  std::wstring path;
+  growingText(path, [](wchar_t* buffer, DWORD size) {
+    return called(GetSystemWindowsDirectoryW, buffer, size);
+  });
+  return path + L"\\";
+}
+
 bool isFile(const std::wstring& path) {
   const DWORD attributes = GetFileAttributesW(path.c_str());
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
@@ -40,10 +48,12 @@ OwnedLibrary loaded(const std::wstring& path, SystemCode& code) {
 
 }  // namespace
 
-LibraryFolders LibraryFolders::ofThisProcess() { return {ownFolder(), systemFolder()}; }
+LibraryFolders LibraryFolders::ofThisProcess() {
+  return {ownFolder(), systemFolder(), windowsFolder()};
+}
 
 HostLibraryFile::HostLibraryFile(const LibraryFolders& folders, const wchar_t* name) {
-  for (const std::wstring* folder : {&folders.own, &folders.system}) {
+  for (const std::wstring* folder : {&folders.own, &folders.system, &folders.windows}) {
     if (path_.empty() && isFile(*folder + name)) {
       path_ = *folder + name;
     }

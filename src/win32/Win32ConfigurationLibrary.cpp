@@ -13,6 +13,22 @@ using SetParameter = LONG WINAPI(const char* product, const char* section, const
                                  const char* attribute, LONG type, const char* value);
 using GetConfigPath = LONG WINAPI(LONG kind, char* buffer);
 
+/// A buffer for the library, with room behind the size that it is told.
+class RoomyBuffer {
+ public:
+  explicit RoomyBuffer(const std::string& text) : bytes_(ansi(text)), size_(bytes_.size()) {
+    bytes_.resize(size_ + kRoomBehindBuffers);
+  }
+
+  char* data() { return bytes_.data(); }
+  /// What stands in it now, without the room.
+  std::string text() const { return fromAnsi(bytes_.substr(0, size_)); }
+
+ private:
+  std::string bytes_;
+  std::size_t size_;
+};
+
 }  // namespace
 
 Win32ConfigurationLibrary::Win32ConfigurationLibrary(const LibraryFolders& folders)
@@ -35,10 +51,10 @@ std::int32_t Win32ConfigurationLibrary::getParameter(const std::string& product,
                                                      const std::string& defaultValue,
                                                      std::int32_t size, std::string& buffer) {
   auto* const call = entry<GetParameter>("GetParameter");
-  std::string bytes = ansi(buffer);
+  RoomyBuffer bytes(buffer);
   const LONG code = call(ansi(product).c_str(), ansi(section).c_str(), ansi(key).c_str(),
                          ansi(attribute).c_str(), ansi(defaultValue).c_str(), size, bytes.data());
-  buffer = fromAnsi(bytes);
+  buffer = bytes.text();
   return code;
 }
 
@@ -54,9 +70,9 @@ std::int32_t Win32ConfigurationLibrary::setParameter(const std::string& product,
 
 std::int32_t Win32ConfigurationLibrary::getConfigPath(std::int32_t kind, std::string& buffer) {
   auto* const call = entry<GetConfigPath>("GetConfigPath");
-  std::string bytes = ansi(buffer);
+  RoomyBuffer bytes(buffer);
   const LONG code = call(kind, bytes.data());
-  buffer = fromAnsi(bytes);
+  buffer = bytes.text();
   return code;
 }
 

@@ -8,14 +8,14 @@
 namespace trelv::win32 {
 
 bool Win32Environment::get(const std::string& name, std::string& value) {
-  std::string found;
-  const SystemCode code = growingText(found, [&](char* buffer, DWORD size) {
-    return called(GetEnvironmentVariableA, ansi(name), buffer, size);
+  std::wstring found;
+  const SystemCode code = growingText(found, [&](wchar_t* buffer, DWORD size) {
+    return called(GetEnvironmentVariableW, wide(name), buffer, size);
   });
   if (code != system_code::kSuccess) {
     return false;
   }
-  value = fromAnsi(found);
+  value = utf8(found);
   return true;
 }
 

@@ -4,7 +4,8 @@
 
 namespace trelv::win32 {
 
-/// This process's environment variables through the ANSI functions.
+/// This process's environment variables: read through the wide functions, since a profile's path
+/// may have any letter, set through the ANSI ones.
 class Win32Environment : public machine::Environment {
  public:
   bool get(const std::string& name, std::string& value) override;

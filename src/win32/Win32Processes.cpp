@@ -2,6 +2,13 @@
 
 #include <windows.h>
 
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "win32/GrowingText.h"
+#include "win32/HostLibraryFile.h"
+#include "win32/LibrarySearch.h"
 #include "win32/SystemCall.h"
 #include "win32/Win32Text.h"
 
@@ -63,10 +70,9 @@ class Win32RunningProcess : public machine::RunningProcess {
   OwnedProcess process_;
 };
 
-}  // namespace
-
-SystemCode Win32Processes::start(const std::string& commandLine, bool visible,
-                                 std::unique_ptr<machine::RunningProcess>& process) {
+/// Starts a command line; `program` is its program's full path, null where Windows looks for it.
+SystemCode createProcess(const wchar_t* program, const std::string& commandLine, bool visible,
+                         std::unique_ptr<machine::RunningProcess>& process) {
   std::wstring writable = wide(commandLine);
   if (writable.size() > kLongestCommandLine) {
     return system_code::kInvalidParameter;
@@ -76,7 +82,8 @@ SystemCode Win32Processes::start(const std::string& commandLine, bool visible,
   startup.dwFlags = STARTF_USESHOWWINDOW;
   startup.wShowWindow = visible ? SW_SHOWNORMAL : SW_HIDE;
   PROCESS_INFORMATION started{};
-  const SystemCode code = codeOf(CreateProcessW, nullptr, writable.data(), nullptr, nullptr, FALSE,
+  const OwnLibrarySearchSuspended suspended;
+  const SystemCode code = codeOf(CreateProcessW, program, writable.data(), nullptr, nullptr, FALSE,
                                  NORMAL_PRIORITY_CLASS, nullptr, nullptr, &startup, &started);
   if (code != system_code::kSuccess) {
     return code;
@@ -84,6 +91,60 @@ SystemCode Win32Processes::start(const std::string& commandLine, bool visible,
   const OwnedProcess thread(started.hThread);
   process = std::make_unique<Win32RunningProcess>(started.hProcess);
   return system_code::kSuccess;
+}
+
+/// Does the path mean the same whatever folder and drive are the current ones?
+bool isFull(const std::wstring& folder) {
+  const bool drive = folder.size() > 2 && folder[1] == L':' && folder[2] == L'\\';
+  return drive || folder.rfind(L"\\\\", 0) == 0;
+}
+
+/// Where tools are looked for, in order.
+std::vector<std::wstring> toolFolders() {
+  const LibraryFolders first = LibraryFolders::ofThisProcess();
+  std::vector<std::wstring> folders{first.own, first.system, first.windows};
+  std::wstring path;
+  growingText(path, [](wchar_t* buffer, DWORD size) {
+    return called(GetEnvironmentVariableW, L"PATH", buffer, size);
+  });
+  for (std::size_t at = 0; at < path.size();) {
+    const std::size_t end = std::min(path.find(L';', at), path.size());
+    folders.push_back(path.substr(at, end - at) + L"\\");
+    at = end + 1;
+  }
+  std::erase_if(folders, [](const std::wstring& folder) { return !isFull(folder); });
+  return folders;
+}
+
+/// Full path of a tool; empty when there is none of that name.
+std::wstring findTool(const std::wstring& name) {
+  const bool extension = name.find(L'.') != std::wstring::npos;
+  for (const std::wstring& folder : toolFolders()) {
+    std::wstring path = folder + name + (extension ? L"" : L".exe");
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+      return path;
+    }
+  }
+  return {};
+}
+
+}  // namespace
+
+SystemCode Win32Processes::start(const std::string& commandLine, bool visible,
+                                 std::unique_ptr<machine::RunningProcess>& process) {
+  return createProcess(nullptr, commandLine, visible, process);
+}
+
+SystemCode Win32Processes::startTool(const std::string& commandLine, bool visible,
+                                     std::unique_ptr<machine::RunningProcess>& process) {
+  const std::wstring name = wide(commandLine.substr(0, commandLine.find(' ')));
+  if (name.find_first_of(L"\\/:\"") != std::wstring::npos) {
+    return start(commandLine, visible, process);
+  }
+  const std::wstring program = findTool(name);
+  return program.empty() ? system_code::kFileNotFound
+                         : createProcess(program.c_str(), commandLine, visible, process);
 }
 
 }  // namespace trelv::win32

@@ -1,5 +1,7 @@
 #include "win32/Win32SupportLibrary.h"
 
+#include <algorithm>
+
 #include "win32/Win32Text.h"
 
 namespace trelv::win32 {
@@ -37,7 +39,11 @@ SupportAnswer Win32SupportLibrary::temporaryPath(std::string& buffer) {
     return SupportAnswer::Failed;
   }
   std::string bytes = ansi(buffer);
+  const std::size_t told = bytes.size();
+  bytes.resize(told + kRoomBehindBuffers, ' ');
   call("", bytes.data());
+  // A path that is longer than what it was told to fill is none the worse for it.
+  bytes.resize(std::max(told, std::min(bytes.find('\0') + 1, bytes.size())));
   buffer = fromAnsi(bytes);
   return SupportAnswer::Yes;
 }

@@ -105,6 +105,36 @@ TEST_F(ProcessesContract, AccentedPathsWork) {
   EXPECT_EQ(run(program("perch\u00E9.exe") + " 6"), 6U);
 }
 
+TEST_F(ProcessesContract, AToolIsNeverTakenFromTheCurrentFolder) {
+  world().putFolder(path("here"));
+  world().putFolder(path("there"));
+  program("here\\trelvtool.exe");
+  world().enterFolder(path("here"));
+  std::string before;
+  machine().environment.get("PATH", before);
+  std::unique_ptr<machine::RunningProcess> process;
+  for (const std::string& search : {std::string("."), std::string("x;;.\\;..\\here"), before}) {
+    ASSERT_TRUE(machine().environment.set("PATH", search));
+    EXPECT_EQ(machine().processes.startTool("trelvtool 6", true, process), 2U) << search;
+  }
+  EXPECT_EQ(run("trelvtool 3"), 3U) << "the system itself takes it";
+  ASSERT_TRUE(machine().environment.set("PATH", ".;" + path("there") + ";" + before));
+  EXPECT_EQ(machine().processes.startTool("trelvtool 6", true, process), 2U);
+  program("there\\trelvtool.exe");
+  for (const char* const line : {"trelvtool 6", "trelvtool.exe 6"}) {
+    std::uint32_t code = 0;
+    ASSERT_EQ(machine().processes.startTool(line, true, process), system_code::kSuccess) << line;
+    EXPECT_EQ(process->wait(), system_code::kSuccess);
+    EXPECT_EQ(process->exitCode(code), system_code::kSuccess);
+    EXPECT_EQ(code, 6U);
+  }
+  EXPECT_EQ(machine().processes.startTool("trelvtool2", true, process), 2U);
+  EXPECT_EQ(machine().processes.startTool(path("here\\trelvtool.exe"), true, process),
+            system_code::kSuccess);
+  process->wait();
+  machine().environment.set("PATH", before);
+}
+
 TEST_F(ProcessesContract, WhatIsMissingOrAFolderOrHasNoNameAnswers2) {
   world().putFolder(path("sub"));
   for (const std::string& line :

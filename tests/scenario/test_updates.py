@@ -86,6 +86,8 @@ def test_a_command_that_cannot_be_started_is_reported_and_leaves_the_version(ins
         f"Errore in esecuzione programma: {command}"]
     report = run.boxes[0].texts
     assert report["txtModulo"] == "modLibrary"
+    assert report["txtErrCodice"] == "2"
+    assert report["txtErrDescrizione"] == "Impossibile trovare il programma"
     assert report["txtProcedura"] == "Execute"
     assert report["txtProgetto"] == "TrelvManager"
     # The last line that stands in the log when the report shows.
@@ -95,7 +97,10 @@ def test_a_command_that_cannot_be_started_is_reported_and_leaves_the_version(ins
     assert report["txtErrLabel"] == (
         "Si è verificato un errore non previsto durante l'esecuzione del programma. Riportare la "
         "segnalazione al servizio di assistenza.")
-    assert f"Gestione ProdTrelv - Esecuzione non effettuata di: {command}" in installed.texts()
+    texts = installed.texts()
+    told = texts.index(f"Gestione ProdTrelv - Errore in esecuzione programma: {command} "
+                       "(2 Impossibile trovare il programma)")
+    assert texts[told + 1] == f"Gestione ProdTrelv - Esecuzione non effettuata di: {command}"
     assert installed.versions()["ZB"] == ("09.93.00.00", NEW)
     installed.started("bilancio.exe")
 

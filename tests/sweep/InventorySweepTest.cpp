@@ -33,13 +33,11 @@ const CallTable<Exception> kSilent{
     {"files.look", "counts as missing"},
     {"versions.read", "a program without version"},
     {"environment.get", "counts as not set"},
-    {"system.userName", "a user without name has no profile folder"},
     {"configuration.getConfigPath", "has its own line"}};
 
 /// Failures after which the ini files of Luda are other ones than without.
 const CallTable<Exception> kOtherLuda{
     {"versions.read", "the version stays empty"},
-    {"system.userName", "without the user's name the product's own file becomes the system's"},
     {"environment.get USERPROFILE", "the same without the profile"}};
 
 /// What runs, and on which machine.

@@ -16,16 +16,19 @@ namespace {
 
 using machine::SupportAnswer;
 
-/// Two empty folders in the places of the program's own and the system's, and the libraries that
-/// are built beside this test program ("libraries").
+/// Empty folders in the places of the program's own, the system's and Windows' own, and the
+/// libraries that are built beside this test program ("libraries").
 class HostLibraries : public testing::Test {
  protected:
   HostLibraries() {
     side_->putFolder(own_);
     side_->putFolder(system_);
+    side_->putFolder(windows_);
   }
 
-  LibraryFolders folders() const { return {wide(own_) + L"\\", wide(system_) + L"\\"}; }
+  LibraryFolders folders() const {
+    return {wide(own_) + L"\\", wide(system_) + L"\\", wide(windows_) + L"\\"};
+  }
 
   /// Puts a built library at `target`.
   void install(const std::string& library, const std::string& target) {
@@ -39,6 +42,7 @@ class HostLibraries : public testing::Test {
   std::unique_ptr<contract::ContractMachine> side_ = contract::makeContractMachine();
   std::string own_ = side_->folder() + "\\own";
   std::string system_ = side_->folder() + "\\system";
+  std::string windows_ = side_->folder() + "\\windows";
 };
 
 TEST_F(HostLibraries, ThatStandNowhereAreAbsent) {
@@ -130,6 +134,25 @@ TEST_F(HostLibraries, OfTheSystemFolderAreUsedWhereTheOwnFolderHasNone) {
   install("tovrautil.dll", system_ + "\\tovrautil.dll");
   EXPECT_EQ(SupportAnswer::Yes, Win32SupportLibrary(folders()).isAdministrator());
   EXPECT_TRUE(side_->exists(system_ + "\\tovrautil.txt"));
+}
+
+TEST_F(HostLibraries, OfTheWindowsFolderAreUsedWhereTheOthersHaveNone) {
+  install("tovrautil.dll", windows_ + "\\tovrautil.dll");
+  EXPECT_EQ(SupportAnswer::Yes, Win32SupportLibrary(folders()).isAdministrator());
+  EXPECT_TRUE(side_->exists(windows_ + "\\tovrautil.txt"));
+  install("tovrautil.dll", system_ + "\\tovrautil.dll");
+  EXPECT_EQ(SupportAnswer::Yes, Win32SupportLibrary(folders()).isAdministrator());
+  EXPECT_TRUE(side_->exists(system_ + "\\tovrautil.txt"));
+}
+
+TEST_F(HostLibraries, ThatWriteMoreThanTheyWereToldDestroyNothing) {
+  install("tovrautil.dll", own_ + "\\tovrautil.dll");
+  const std::string folder = "C:\\" + std::string(200, 'd') + "\\";
+  side_->putFile(own_ + "\\tovrautil.ini", "[tovrautil]\r\ntemporary=" + folder + "\r\n");
+  Win32SupportLibrary support(folders());
+  std::string buffer(100, ' ');
+  EXPECT_EQ(SupportAnswer::Yes, support.temporaryPath(buffer));
+  EXPECT_EQ(folder, std::string(buffer.c_str()));
 }
 
 TEST_F(HostLibraries, ConfigurationLibraryGetsAndGivesAnsiTexts) {

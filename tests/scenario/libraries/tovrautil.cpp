@@ -54,6 +54,6 @@ extern "C" int __stdcall GetPelanTempPath(const char* first, char* buffer) {
   char folder[MAX_PATH] = {};
   GetPrivateProfileStringA("tovrautil", "temporary", "", folder, sizeof folder,
                            besideLibrary("tovrautil.ini").c_str());
-  lstrcpynA(buffer, folder, 100);
+  lstrcpyA(buffer, folder);
   return 0;
 }

@@ -60,6 +60,7 @@ class Repairs : public testing::Test {
   /// Gives the session a profile folder that carries the domain, with a Windows folder of its own.
   void useProfileOfDomain() {
     machine().environment().put("USERDOMAIN", "UFFICIO");
+    machine().environment().put("USERPROFILE", "C:\\Users\\mario.UFFICIO");
     machine().makeFolders("C:\\Users\\mario.UFFICIO\\windows");
   }
   void installLuda() {
@@ -100,7 +101,18 @@ TEST_F(Repairs, ProfileThatCarriesTheDomainIsTakenWhereItStands) {
   EXPECT_TRUE(RiparaCorvelTS(program_));
   EXPECT_EQ(lines().back(),
             "Gestione ProdTrelv - Inizio copia da: c:\\windows\\lumow.ini a: "
-            "C:\\Users\\mario\\windows\\..\\..\\mario.UFFICIO\\windows\\lumow.ini");
+            "C:\\Users\\mario.UFFICIO\\windows\\..\\..\\mario.UFFICIO\\windows\\lumow.ini");
+}
+
+TEST_F(Repairs, ProfileIsTheLastPartOfTheSessionsOwnWhateverUserAndDomainAreCalled) {
+  machine().environment().put("USERDOMAIN", "UFFICIO");
+  machine().environment().put("USERPROFILE", "C:\\Profili\\mario.UFFICIO.000\\");
+  machine().makeFolders("C:\\Profili\\mario.UFFICIO.000\\windows");
+  machine().makeFolders("C:\\Profili\\mario.UFFICIO\\windows");
+  put("C:\\WINDOWS\\lumow.ini", kSystemText);
+  EXPECT_TRUE(RiparaCorvelTS(program_));
+  EXPECT_EQ(text("C:\\Profili\\mario.UFFICIO.000\\windows\\lumow.ini"), kSystemText);
+  EXPECT_FALSE(exists("C:\\Profili\\mario.UFFICIO\\windows\\lumow.ini"));
 }
 
 // To the system both names are the same folder.
@@ -282,14 +294,13 @@ const std::vector<Repaired> kRepaired{
      "[Parametri]\r\nPathModelli=S:\\Lumo\\mv\\ZM\r\n"},
     {"luda.ini", kLudaMaster, kLudaBegun, &Repairs::repairLuda, "[PathNames]\r\nHomedir="}};
 
-/// What stands before a repair, one bit each: the product's file, the user's, the profile's, the
-/// system's.
+/// What stands before a repair, one bit each: the product's file, the user's, the system's. The
+/// user's lies in the session's profile.
 class EveryStanding : public Repairs, public testing::WithParamInterface<unsigned> {
  public:
   bool master() const { return (GetParam() & 1U) != 0; }
   bool user() const { return (GetParam() & 2U) != 0; }
-  bool profile() const { return (GetParam() & 4U) != 0; }
-  bool system() const { return (GetParam() & 8U) != 0; }
+  bool system() const { return (GetParam() & 4U) != 0; }
 
   void putIf(bool stands, const std::string& path, const std::string& content) {
     if (stands) put(path, content);
@@ -313,78 +324,50 @@ class EveryStanding : public Repairs, public testing::WithParamInterface<unsigne
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Of, EveryStanding, testing::Range(0U, 16U));
+INSTANTIATE_TEST_SUITE_P(Of, EveryStanding, testing::Range(0U, 8U));
 
-/// The profile carries the domain: the user's copy is another file.
+/// The profile carries the domain.
 TEST_P(EveryStanding, GetsWhatIsMissing) {
   for (const Repaired& product : kRepaired) {
     SCOPED_TRACE(product.ini);
     program_.log.lines.clear();
     useProfileOfDomain();
     const std::string ini = product.ini;
-    const std::string usersFile = kUser + "\\" + ini;
-    const std::string profileFile = "C:\\Users\\mario.UFFICIO\\windows\\" + ini;
-    const std::string profilePath = kUser + "\\..\\..\\mario.UFFICIO\\windows\\" + ini;
+    const std::string usersFile = "C:\\Users\\mario.UFFICIO\\windows\\" + ini;
+    const std::string profilePath =
+        "C:\\Users\\mario.UFFICIO\\windows\\..\\..\\mario.UFFICIO\\windows\\" + ini;
     const std::string systemFile = kSystem + "\\" + ini;
     machine().makeFolders(product.master.substr(0, product.master.rfind('\\')));
     putIf(master(), product.master, "master");
     putIf(user(), usersFile, "user");
-    putIf(profile(), profileFile, "profile");
     putIf(system(), systemFile, "system");
     (this->*product.repair)();
     const bool copied = product.made == nullptr;
-    const std::string profiles = profile() ? "profile" : master() ? "master" : "-";
+    const bool there = user() || !copied || master();
     EXPECT_EQ(
         lines(),
         told({{true, product.begun},
               {!user(), copied ? copyLine(product.master, usersFile) : createdLine(usersFile)},
               {product.ini == std::string("zeltomodelli.ini"),
                "Gestione ProdTrelv - Ricerca esistenza file: " + product.master},
-              {master() && !profile(), copyLine(product.master, profilePath)},
               {!system(), missingLine(systemFile)},
-              {!system() && profiles != "-", copyLine(profilePath, systemFile)}}));
+              {!system() && there, copyLine(profilePath, systemFile)}}));
     EXPECT_THAT(text(usersFile), StartsWith(user()     ? "user"
                                             : !copied  ? product.made
                                             : master() ? "master"
                                                        : "-"));
-    EXPECT_EQ(text(profileFile), profiles);
-    EXPECT_EQ(text(systemFile), system() ? "system" : profiles);
+    EXPECT_EQ(text(systemFile), system() ? "system" : text(usersFile));
     EXPECT_EQ(text(product.master), master() ? "master" : "-");
     expectNothingLeftFor(product.repair);
   }
 }
 
-/// The user's copy and the profile's are one file where the profile bears the user's name alone.
-TEST_P(EveryStanding, OfAUserWhoseProfileIsHisOwnGetsWhatIsMissing) {
-  const std::string usersFile = kUser + "\\nerio.ini";
-  const std::string systemFile = kSystem + "\\nerio.ini";
-  const bool users = user() || profile();
-  putIf(master(), kNerioMaster, "master");
-  putIf(users, usersFile, "user");
-  putIf(system(), systemFile, "system");
-  repairNerio();
-  EXPECT_EQ(
-      lines(),
-      told({{true, kNerioBegun},
-            {!users, copyLine(kNerioMaster, usersFile)},
-            {!system(), missingLine(systemFile)},
-            {!system() && (users || master()), copyLine(kProfile + "\\nerio.ini", systemFile)}}));
-  const std::string made = users ? "user" : master() ? "master" : "-";
-  EXPECT_EQ(text(usersFile), made);
-  EXPECT_EQ(text(systemFile), system() ? "system" : made);
-  expectNothingLeftFor(&Repairs::repairNerio);
-}
-
-/// A profile that was never used by programs has no Windows folder: its copy fails and is told, the
-/// system's comes from the product.
+/// A profile that was never used by programs has no Windows folder: what belongs there fails and is
+/// told, the system's comes from the product.
 TEST_P(EveryStanding, OfAProfileWithoutWindowsFolderGetsTheOthers) {
-  machine().environment().put("USERDOMAIN", "UFFICIO");
-  machine().makeFolders("C:\\Users\\mario.UFFICIO");
-  const std::string usersFile = kUser + "\\nerio.ini";
-  const std::string profilePath = kUser + "\\..\\..\\mario.UFFICIO\\windows\\nerio.ini";
+  machine().removeTree(kUser);
   const std::string systemFile = kSystem + "\\nerio.ini";
   putIf(master(), kNerioMaster, "master");
-  putIf(user(), usersFile, "user");
   putIf(system(), systemFile, "system");
   repairNerio();
   std::vector<std::string> all = lines();
@@ -395,14 +378,14 @@ TEST_P(EveryStanding, OfAProfileWithoutWindowsFolderGetsTheOthers) {
     }
   }
   EXPECT_EQ(all, told({{true, kNerioBegun},
-                       {!user(), copyLine(kNerioMaster, usersFile)},
-                       {master(), copyLine(kNerioMaster, profilePath)},
+                       {true, copyLine(kNerioMaster, kUser + "\\nerio.ini")},
+                       {master(), "told"},
+                       {master(), copyLine(kNerioMaster, kProfile + "\\nerio.ini")},
                        {master(), "told"},
                        {!system(), missingLine(systemFile)},
                        {!system() && master(), copyLine(kNerioMaster, systemFile)}}));
-  EXPECT_EQ(text(usersFile), user() ? "user" : master() ? "master" : "-");
   EXPECT_EQ(text(systemFile), system() ? "system" : master() ? "master" : "-");
-  EXPECT_FALSE(machine().folderExists("C:\\Users\\mario.UFFICIO\\windows"));
+  EXPECT_FALSE(machine().folderExists(kUser));
 }
 
 // --- Two users of one server

@@ -62,7 +62,11 @@ TEST_F(Deregistration, TheSystemsOwnToolIsNotUsed) {
       program_.reportTexts(),
       ElementsAre(R"(Errore in esecuzione programma: regsrv32 /u /s "C:\Nerio\setup\a.ocx")",
                   R"(Errore in esecuzione programma: regsrv32 /u /s "C:\Nerio\setup\b.ocx")"));
-  EXPECT_THAT(program_.lines(), ElementsAre(kBegun));
+  const std::string toldBegin = R"(Gestione ProdTrelv - Errore in esecuzione programma: )";
+  const std::string toldEnd = " (2 Impossibile trovare il programma)";
+  EXPECT_THAT(program_.lines(),
+              ElementsAre(kBegun, toldBegin + R"(regsrv32 /u /s "C:\Nerio\setup\a.ocx")" + toldEnd,
+                          toldBegin + R"(regsrv32 /u /s "C:\Nerio\setup\b.ocx")" + toldEnd));
 }
 
 TEST_F(Deregistration, OnlyTheExtensionOcxInLowerCaseQualifies) {

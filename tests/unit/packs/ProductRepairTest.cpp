@@ -119,7 +119,9 @@ TEST_F(Repair, PlaceholdersAreServerPathAndTheTwoRunParameters) {
 TEST_F(Repair, CommandThatCannotBeStartedIsToldAndOneThatCanIsEnoughForYes) {
   EXPECT_TRUE(repairWith("Server01=S:\\Lumo\\nessuno.exe\r\nServer02=S:\\Lumo\\b.exe"));
   EXPECT_THAT(lines(),
-              ElementsAre("Gestione ProdTrelv - Comando non eseguito: S:\\Lumo\\nessuno.exe",
+              ElementsAre("Gestione ProdTrelv - Errore in esecuzione programma: "
+                          "S:\\Lumo\\nessuno.exe (2 Impossibile trovare il programma)",
+                          "Gestione ProdTrelv - Comando non eseguito: S:\\Lumo\\nessuno.exe",
                           "Gestione ProdTrelv - Esecuzione comando: S:\\Lumo\\b.exe"));
   EXPECT_TRUE(repairWith("Server01=S:\\Lumo\\b.exe\r\nServer02=S:\\Lumo\\nessuno.exe"));
 }

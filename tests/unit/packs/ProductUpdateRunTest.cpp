@@ -218,6 +218,7 @@ Gestione ProdTrelv - Esecuzione comando: "S:\Lumo\b.exe -S"
 Gestione ProdTrelv - esecuzione effettuata: Tipo=Update - Oggetto=Server - Comando=S:\Lumo\b.exe -S
 Gestione ProdTrelv - Lato Server la versione: 03.20.30.00 è minore o uguale a quella corrente: 03.20.30.00
 Gestione ProdTrelv - Esecuzione comando: "S:\Lumo\manca.exe"
+Gestione ProdTrelv - Errore in esecuzione programma: S:\Lumo\manca.exe (2 Impossibile trovare il programma)
 Gestione ProdTrelv - Esecuzione non effettuata di: S:\Lumo\manca.exe
 Cancellazione file: S:\Lumo\prg\tempterm\agdv.lck effettuata con successo
 )");

@@ -41,14 +41,63 @@ class Execution : public testing::Test {
 
 TEST_F(Execution, ThatCannotBeginIsReportedOnceWithTheCommandLine) {
   EXPECT_FALSE(execute("C:\\no.exe /a"));
-  EXPECT_EQ(program.reports().at(0).failure.description(), "");
-  expectReported("C:\\no.exe /a", 0);
+  EXPECT_EQ(program.reports().at(0).failure.description(), "Impossibile trovare il programma");
+  expectReported("C:\\no.exe /a", 2);
   EXPECT_FALSE(ExecuteUntilReady(program, "C:\\no.exe"));
-  expectReported("C:\\no.exe", 0);
+  expectReported("C:\\no.exe", 2);
+  EXPECT_FALSE(ExecuteTool(program, "no.exe /b", true));
+  expectReported("no.exe /b", 2);
+}
+
+TEST_F(Execution, ThatCannotBeginTellsNumberAndReasonInReportAndLog) {
   define();
-  sim.programs().failStart("C:\\p.exe", system_code::kElevationRequired);
-  EXPECT_FALSE(execute());
-  expectReported("C:\\p.exe", 0);
+  for (const auto& [code, reason] : std::vector<std::pair<SystemCode, std::string>>{
+           {system_code::kElevationRequired, "Il programma richiede i diritti di amministratore"},
+           {system_code::kBadExeFormat, "Il file non è un programma valido per questo Windows"},
+           {1223, "Operazione annullata dall'utente"},
+           {system_code::kAccessDenied, "Accesso al programma negato"},
+           {9999, "Errore di sistema 9999"}}) {
+    sim.programs().failStart("C:\\p.exe", code);
+    program.log.lines.clear();
+    EXPECT_FALSE(execute("C:\\p.exe /s"));
+    ASSERT_EQ(program.reports().size(), 1U);
+    EXPECT_EQ(program.reports()[0].failure.description(), reason);
+    expectReported("C:\\p.exe /s", static_cast<std::int32_t>(code));
+    EXPECT_THAT(program.lines(),
+                ElementsAre("Gestione ProdTrelv - Errore in esecuzione programma: C:\\p.exe /s (" +
+                            std::to_string(code) + " " + reason + ")"));
+  }
+}
+
+// --- Tools, which are named without a folder
+
+TEST_F(Execution, OfAToolNeverTakesOneOfTheCurrentFolder) {
+  sim.programs().define("C:\\qui\\notepad.exe");
+  sim.volumes().setCurrentFolder("C:\\qui");
+  EXPECT_FALSE(ExecuteTool(program, "notepad.exe a.txt", true));
+  EXPECT_FALSE(ExecuteUntilReady(program, "notepad.exe a.txt"));
+  sim.programs().define("C:\\WINDOWS\\notepad.exe");
+  EXPECT_TRUE(ExecuteTool(program, "notepad.exe a.txt", true));
+  EXPECT_TRUE(ExecuteUntilReady(program, "notepad.exe a.txt"));
+  for (const sim::StartedProgram& started : sim.started()) {
+    EXPECT_EQ(started.program, "C:\\WINDOWS\\notepad.exe");
+    EXPECT_EQ(started.commandLine, "notepad.exe a.txt");
+  }
+}
+
+TEST_F(Execution, OfAToolLooksBesideTheManagerInTheSystemInWindowsAndOnThePath) {
+  sim.environment().put("PATH", ".;strumenti;;C:\\strumenti");
+  sim.volumes().setCurrentFolder("C:\\qui");
+  const std::vector<std::string> places{"C:\\strumenti", "C:\\WINDOWS", "C:\\WINDOWS\\system32",
+                                        "C:\\Lumo\\Programmi"};
+  sim.programs().define("C:\\qui\\regsrv32.exe");
+  sim.programs().define("C:\\qui\\strumenti\\regsrv32.exe");
+  EXPECT_FALSE(ExecuteTool(program, "regsrv32 /u", true));
+  for (const std::string& place : places) {
+    sim.programs().define(place + "\\regsrv32.exe");
+    EXPECT_TRUE(ExecuteTool(program, "regsrv32 /u", true));
+    EXPECT_EQ(sim.started().back().program, place + "\\regsrv32.exe");
+  }
 }
 
 TEST_F(Execution, ThatFailsUnexpectedlyIsReportedAndNoSuccess) {

@@ -80,6 +80,25 @@ TEST(ArgumentsOf, FollowTheProgramWithoutLeadingBlanks) {
   }
 }
 
+TEST(ArgumentsOf, FollowTheOwnPathAlsoWithBlanksAndWithoutQuotes) {
+  const Arguments own{"C:\\PROGRA~1\\Lumo x\\TRELVM~1.EXE", "C:\\Program Files\\Lumo x\\Trelv.exe"};
+  for (const auto& [commandLine, arguments] :
+       Texts{{"C:\\Program Files\\Lumo x\\Trelv.exe INTEGRATEDRUN a", "INTEGRATEDRUN a"},
+             {"c:\\program files\\LUMO X\\trelv.EXE  a", "a"},
+             {"C:\\Program Files\\Lumo x\\Trelv INTEGRATEDRUN", "INTEGRATEDRUN"},
+             {"C:\\PROGRA~1\\Lumo x\\TRELVM~1.EXE a", "a"},
+             {"C:\\PROGRA~1\\Lumo x\\trelvm~1 a", "a"},
+             {"C:\\Program Files\\Lumo x\\Trelv.exe", ""},
+             {"C:\\Program Files\\Lumo x\\Trelv.exe\ta", "\ta"},
+             {"\"C:\\Program Files\\Lumo x\\Trelv.exe\" a", "a"},
+             // Another program's path.
+             {"C:\\Program Files\\Lumo x\\Trelv.exe.bak a", "Files\\Lumo x\\Trelv.exe.bak a"},
+             {"Trelv.exe a b", "a b"}}) {
+    EXPECT_EQ(arguments, argumentsOf(commandLine, own)) << commandLine;
+  }
+  EXPECT_EQ("a", argumentsOf("C:\\T.exe a", {"", ""}));
+}
+
 TEST(ModeKeyword, IsTrimmedOfAnyCaseAndHasItsNumber) {
   for (const auto& [text, number] :
        std::vector<std::pair<std::string, int>>{{"INTEGRATEDRUN", 2},
