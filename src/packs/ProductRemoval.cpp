@@ -87,7 +87,7 @@ void Removal::runCommand(std::string command) {
 
 void Removal::removeSetupFolder(const std::string& folder) {
   program_.log.WriteLog("Gestione ProdTrelv - Rimozione cartella server di setup: " + folder);
-  if (!IsRemovableSetupFolder(program_, paths_.server, folder)) {
+  if (!IsRemovableSetupFolder(program_, paths_, folder)) {
     program_.log.WriteLog(
         "Gestione ProdTrelv - Cartella non rimossa, non è una cartella di setup: " + folder);
     return;

@@ -239,6 +239,157 @@ bool isOfSystem(Program& program, const Place& place) {
          (other && holds(place, *other));
 }
 
+/// A literal path in its usual form, with a backslash behind it so that a root is one.
+std::string usualForm(const std::string& path) {
+  const std::string unc = "\\\\?\\UNC\\";
+  const std::string literal = "\\\\?\\";
+  if (equalNoCase(path.substr(0, unc.size()), unc)) {
+    return "\\\\" + path.substr(unc.size()) + "\\";
+  }
+  return (path.rfind(literal, 0) == 0 ? path.substr(literal.size()) : path) + "\\";
+}
+
+void add(std::vector<Place>& places, const std::string& path) {
+  const std::optional<Place> place = placeOf(usualForm(path));
+  if (place) {
+    places.push_back(*place);
+  }
+}
+
+Place parentOf(Place place) {
+  if (!place.levels.empty()) {
+    place.levels.pop_back();
+  }
+  return place;
+}
+
+/// A shell folder; nothing where this Windows has none of that number.
+std::optional<Place> shellPlace(Program& program, int number) {
+  std::string folder;
+  return program.machine.system.shellFolder(number, folder) == system_code::kSuccess
+             ? placeOf(folder + "\\")
+             : std::nullopt;
+}
+
+/// The user's profile, as the system and as the session name it.
+std::vector<Place> profiles(Program& program) {
+  std::vector<Place> found;
+  std::string ofSession;
+  program.machine.environment.get("USERPROFILE", ofSession);
+  add(found, ofSession);
+  if (const auto ofUser = shellPlace(program, machine::kUserProfileFolder)) {
+    found.push_back(*ofUser);
+  }
+  // The profile that all users share lies beside them, also where this user's own lies elsewhere.
+  if (const auto desktop = shellPlace(program, machine::kCommonDesktopFolder)) {
+    found.push_back(parentOf(*desktop));
+  }
+  return found;
+}
+
+/// Folders of users, of this workstation and of the installation that are no product's.
+std::vector<Place> sharedFolders(Program& program, const InstallationPaths& paths) {
+  std::vector<Place> shared = profiles(program);
+  for (const int number : {machine::kCommonDataFolder, machine::kCommonFilesFolder}) {
+    if (const auto place = shellPlace(program, number)) {
+      shared.push_back(*place);
+    }
+  }
+  add(shared, replaceAll(modLibrary::ProgramFilesFolder(program), " (x86)", "") + "\\Common Files");
+  add(shared, modLibrary::WindowsFolder(program));
+  add(shared, modLibrary::ProgramFilesFolder(program));
+  add(shared, modLibrary::GetTempDirectory(program));
+  add(shared, paths.programs);
+  for (const std::string& root : {paths.integration, paths.server}) {
+    add(shared, root);
+    add(shared, hostPaths::productsFolder(root));
+  }
+  for (const char* const name : hostPaths::kSharedFolders) {
+    add(shared, paths.server + "\\" + name);
+  }
+  return shared;
+}
+
+/// The folders that profiles lie in. A root is none: other folders lie there too.
+std::vector<Place> foldersOfProfiles(Program& program) {
+  std::vector<Place> folders;
+  for (const Place& profile : profiles(program)) {
+    if (profile.levels.size() > 1) {
+      folders.push_back(parentOf(profile));
+    }
+  }
+  return folders;
+}
+
+bool isProfile(const Place& place, const std::vector<Place>& foldersOfProfiles) {
+  return std::any_of(
+      foldersOfProfiles.begin(), foldersOfProfiles.end(), [&](const Place& folder) -> bool {
+        return liesIn(place, folder) && place.levels.size() == folder.levels.size() + 1;
+      });
+}
+
+/// Full paths of a folder and of all that hold it, roots included.
+std::vector<std::string> withHolders(Place place) {
+  std::vector<std::string> paths;
+  for (; !place.levels.empty(); place = parentOf(place)) {
+    paths.push_back(joined(place));
+  }
+  paths.push_back(place.volume + "\\");
+  return paths;
+}
+
+/// Which folders two paths lead to tells what their names do not: short ones, drive and share,
+/// links. What cannot be looked at counts as one that leads there.
+class Identities {
+ public:
+  explicit Identities(Program& program) : files_(program.machine.files) {}
+
+  bool leadsToOneOf(const std::string& folder, const std::vector<std::string>& others) {
+    machine::FileIdentity own;
+    const SystemCode code = files_.identify(folder, own);
+    return !meansMissing(code) && (code != system_code::kSuccess || isOneOf(own, others));
+  }
+
+ private:
+  bool isOneOf(const machine::FileIdentity& own, const std::vector<std::string>& others) {
+    return std::any_of(others.begin(), others.end(), [&](const std::string& other) -> bool {
+      machine::FileIdentity its;
+      return files_.identify(other, its) == system_code::kSuccess && its == own;
+    });
+  }
+
+  machine::Files& files_;
+};
+
+/// Does the folder hold a shared one, or is it one, by whatever name? Or lies it in Windows?
+bool isSharedByAnotherName(Program& program, const Place& place, const std::vector<Place>& shared) {
+  std::vector<std::string> guarded;
+  for (const Place& one : shared) {
+    for (const std::string& path : withHolders(one)) {
+      if (std::find(guarded.begin(), guarded.end(), path) == guarded.end()) {
+        guarded.push_back(path);
+      }
+    }
+  }
+  Identities identities(program);
+  const std::string windows = modLibrary::WindowsFolder(program);
+  std::vector<std::string> ofProfiles;
+  for (const Place& folder : foldersOfProfiles(program)) {
+    ofProfiles.push_back(joined(folder));
+  }
+  const std::vector<std::string> way = withHolders(place);
+  return identities.leadsToOneOf(way[0], guarded) || identities.leadsToOneOf(way[1], ofProfiles) ||
+         identities.leadsToOneOf(windows, way);
+}
+
+bool isShared(Program& program, const InstallationPaths& paths, const Place& place) {
+  const std::vector<Place> shared = sharedFolders(program, paths);
+  return isProfile(place, foldersOfProfiles(program)) ||
+         std::any_of(shared.begin(), shared.end(),
+                     [&](const Place& folder) -> bool { return holds(place, folder); }) ||
+         isSharedByAnotherName(program, place, shared);
+}
+
 }  // namespace
 
 std::string FolderOfCommand(Program& program, const std::string& command) {
@@ -252,12 +403,12 @@ std::string FolderOfCommand(Program& program, const std::string& command) {
   return modLibrary::ParentPath(quoted ? untilQuote : programOfUnquoted(program, untilQuote));
 }
 
-bool IsRemovableSetupFolder(Program& program, const std::string& serverPath,
+bool IsRemovableSetupFolder(Program& program, const InstallationPaths& paths,
                             const std::string& folder) {
   const std::optional<Place> place = placeOf(folder);
-  const std::optional<Place> server = placeOf(serverPath + "\\");
+  const std::optional<Place> server = placeOf(paths.server + "\\");
   return place && server && !place->levels.empty() && !isOfSystem(program, *place) &&
-         !isOfHost(program, serverPath, *server, *place);
+         !isOfHost(program, paths.server, *server, *place) && !isShared(program, paths, *place);
 }
 
 }  // namespace trelv::modProdTrelvManager

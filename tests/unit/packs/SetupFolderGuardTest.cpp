@@ -20,8 +20,12 @@ class Guard : public StationTest {
     installation_.putServerRecord(deliveredVersions());
   }
 
+  std::string integration_ = Installation::kServer;
+  std::string programs_ = "C:\\Lumo\\Client";
+
   bool removable(const std::string& folder, const std::string& server) {
-    return modProdTrelvManager::IsRemovableSetupFolder(program(), server, folder);
+    return modProdTrelvManager::IsRemovableSetupFolder(program(), {server, integration_, programs_},
+                                                       folder);
   }
   void expectStays(const Folders& folders, const std::string& server = Installation::kServer) {
     for (const std::string& folder : folders) {
@@ -51,6 +55,88 @@ TEST_F(Guard, FoldersOfOneProductMayGo) {
 }
 
 // --- What stays
+
+TEST_F(Guard, FoldersOfUsersAndOfTheWorkstationAndWhatHoldsThemStay) {
+  expectStays({"C:\\Users\\mario", "c:/users/MARIO/", "C:\\Users", "C:\\Users\\anna",
+               "C:\\Users\\Public", "C:\\Users\\mario\\Temp", "C:\\ProgramData",
+               "C:\\Program Files\\Common Files", "C:\\Lumo\\Client", "C:\\Lumo",
+               "C:\\LUMO\\client. "});
+  expectMayGo({"C:\\Users\\mario\\zb", "C:\\Users\\anna\\zb", "C:\\Users\\mario\\Temp\\zb",
+               "C:\\ProgramData\\zb", "C:\\Program Files\\Common Files\\zb", "C:\\Lumo\\Client\\zb",
+               "C:\\Users2"});
+}
+
+TEST_F(Guard, FoldersOfUsersAreThoseThatTheSystemNames) {
+  machine().system().setShellFolder(machine::kUserProfileFolder, "D:\\Profili\\mario");
+  machine().system().setShellFolder(machine::kCommonDesktopFolder, "E:\\Documenti\\Tutti\\Desktop");
+  machine().system().setShellFolder(machine::kCommonDataFolder, "E:\\Dati comuni");
+  machine().system().setShellFolder(machine::kCommonFilesFolder, "F:\\Base\\Comuni");
+  expectStays({"D:\\Profili\\mario", "D:\\Profili", "D:\\Profili\\anna", "E:\\Documenti\\Tutti",
+               "E:\\Documenti", "E:\\Documenti\\anna", "E:\\Dati comuni", "F:\\Base\\Comuni",
+               "F:\\Base", "C:\\Users\\mario"});
+  expectMayGo({"D:\\zb", "E:\\zb", "F:\\zb", "D:\\Profili\\mario\\zb", "E:\\Dati comuni\\zb"});
+}
+
+TEST_F(Guard, AProfileInTheRootOfADriveLeavesItsNeighboursFree) {
+  machine().environment().put("USERPROFILE", "D:\\mario");
+  machine().system().setShellFolder(machine::kUserProfileFolder, "D:\\mario");
+  expectStays({"D:\\mario"});
+  expectMayGo({"D:\\zb", "D:\\mario\\zb"});
+}
+
+TEST_F(Guard, BothCommonFilesFoldersOfA64BitWindowsStay) {
+  machine().system().setWow64(true);
+  expectStays({"C:\\Program Files (x86)\\Common Files", "C:\\Program Files\\Common Files"});
+}
+
+TEST_F(Guard, AFolderThatThisWindowsDoesNotKnowKeepsNothing) {
+  for (const int number : {machine::kUserProfileFolder, machine::kCommonDesktopFolder,
+                           machine::kCommonDataFolder, machine::kCommonFilesFolder}) {
+    machine().system().setShellFolder(number, "");
+  }
+  expectMayGo({"S:\\Lumo\\mv\\zb", "D:\\Setup"});
+}
+
+TEST_F(Guard, TheIntegrationPathAndItsProgramsStay) {
+  integration_ = "D:\\Integrazione\\Lumo";
+  expectStays({"D:\\Integrazione\\Lumo", "D:\\Integrazione", "D:\\Integrazione\\Lumo\\mv"});
+  expectMayGo({"D:\\Integrazione\\Lumo\\mv\\zb", "D:\\Integrazione\\zb"});
+  integration_ = "\\\\?\\D:\\Integrazione\\Lumo";
+  expectStays({"D:\\Integrazione\\Lumo", "D:\\Integrazione\\Lumo\\mv"});
+  integration_ = "\\\\?\\UNC\\srv\\integra\\Lumo";
+  expectStays({"\\\\srv\\integra\\Lumo", "\\\\srv\\integra\\Lumo\\mv"});
+}
+
+TEST_F(Guard, OtherNamesOfTheseFoldersStayToo) {
+  integration_ = "D:\\Integrazione";
+  const auto other = machine().mount("D:");
+  machine().mount("\\\\srv\\integra", other);
+  machine().makeFolders("D:\\Integrazione\\mv\\zb");
+  for (const char* const folder :
+       {"C:\\ProgramData\\zb", "C:\\Users\\anna\\zb", "C:\\Lumo\\Client\\zb",
+        "C:\\Users\\mario\\Temp\\zb", "C:\\Program Files\\Common Files\\zb"}) {
+    machine().makeFolders(folder);
+  }
+  disk().putLink("C:\\utenti", "C:\\Users");
+  disk().putLink("C:\\PROGRA~3", "C:\\ProgramData");
+  disk().putLink("C:\\cliente", "C:\\Lumo\\Client");
+  disk().putLink("C:\\comuni", "C:\\Program Files\\Common Files");
+  disk().putLink("C:\\sistema", "C:\\WINDOWS");
+  disk().putLink("C:\\disco", "C:\\");
+  expectStays({"\\\\srv\\integra\\Integrazione", "\\\\srv\\integra\\Integrazione\\mv", "C:\\utenti",
+               "C:\\utenti\\mario", "C:\\utenti\\anna", "C:\\utenti\\mario\\Temp", "C:\\PROGRA~3",
+               "C:\\cliente", "C:\\comuni", "C:\\sistema\\system32", "C:\\disco\\Users",
+               "C:\\disco\\Lumo"});
+  expectMayGo({"\\\\srv\\integra\\Integrazione\\mv\\zb", "C:\\utenti\\anna\\zb", "C:\\PROGRA~3\\zb",
+               "C:\\cliente\\zb", "C:\\disco\\ProgramData\\zb"});
+}
+
+TEST_F(Guard, AFolderThatCannotBeLookedAtStays) {
+  machine().makeFolders("C:\\zb");
+  expectMayGo({"C:\\zb"});
+  disk().deny("C:\\zb");
+  expectStays({"C:\\zb"});
+}
 
 TEST_F(Guard, TheFolderOfAllProductsAndTheManagersOwnStay) {
   const std::string manager = "C:\\Lumo\\Programmi";
