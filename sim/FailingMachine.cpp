@@ -35,10 +35,14 @@ SystemCode codeFor(CallKind kind, std::size_t variant) {
     case CallKind::FileCopy:
     case CallKind::FileReplace:
     case CallKind::MarkTake:
+    case CallKind::FileMove:
       return kFileCodes.at(variant % kFileCodes.size());
     case CallKind::FileRemove:
     case CallKind::FileSetReadOnly:
     case CallKind::FolderRemove:
+    case CallKind::FileRights:
+    case CallKind::FileStreamRemove:
+    case CallKind::FolderProbe:
       return kRemoveCodes.at(variant % kRemoveCodes.size());
     case CallKind::ProcessStart:
       return kStartCodes.at(variant % kStartCodes.size());
@@ -85,6 +89,7 @@ SystemCode codeFor(CallKind kind, std::size_t variant) {
     case CallKind::FormShow:
     case CallKind::PictureShow:
     case CallKind::InputShow:
+    case CallKind::ProcessLookUp:
       return kWithoutCode;
   }
   throw std::logic_error("a call of no kind");
@@ -94,7 +99,8 @@ SystemCode codeFor(CallKind kind, std::size_t variant) {
 bool isTried(CallKind kind) {
   return kind == CallKind::FileRemove || kind == CallKind::FolderMake ||
          kind == CallKind::FolderRemove || kind == CallKind::FileCopy ||
-         kind == CallKind::FileReplace;
+         kind == CallKind::FileReplace || kind == CallKind::FileMove ||
+         kind == CallKind::FileStreamRemove;
 }
 
 }  // namespace

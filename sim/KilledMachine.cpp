@@ -15,8 +15,7 @@ KilledMachine::KilledMachine(SimMachine& simMachine, std::size_t number, Unfinis
 KilledMachine::~KilledMachine() {
   machine_.callLog().setInjector(nullptr);
   if (reached()) {
-    machine_.desktop().endProgram();
-    machine_.callLog().setDead(false);
+    machine_.startSession();
   }
 }
 

@@ -36,6 +36,7 @@ void countOpening(Openings& sums, CallKind kind) {
       break;
     case CallKind::FileCopy:
     case CallKind::FileReplace:
+    case CallKind::FileMove:
       ++sums.copies;
       break;
     case CallKind::FolderList:

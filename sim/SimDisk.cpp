@@ -53,6 +53,13 @@ std::uint64_t bytesIn(const SimNode& node) {
   return sum;
 }
 
+void setRightsBelow(SimNode& node, const RightsList& rights) {
+  node.rights = rights;
+  for (const auto& child : node.children) {
+    setRightsBelow(*child, rights);
+  }
+}
+
 void dumpTree(const SimNode& folder, const std::string& prefix, std::string& text) {
   for (const auto& child : folder.children) {
     const std::string path = prefix + child->name;
@@ -90,6 +97,13 @@ SimNode* SimNode::child(std::string_view childName) const {
     }
   }
   return nullptr;
+}
+
+bool SimNode::allows(const std::string& user, Right right) const {
+  const auto named = rights.find(user);
+  const auto found = named != rights.end() ? named : rights.find("*");
+  const Right given = found != rights.end() ? found->second : Right::None;
+  return rights.empty() || (static_cast<unsigned>(given) & static_cast<unsigned>(right)) != 0;
 }
 
 bool SimNode::running() const {
@@ -148,6 +162,7 @@ SimNode& SimDisk::addChild(SimNode& folder, const std::string& name, bool isFold
   node->folder = isFolder;
   node->parent = &folder;
   node->modified = ticksOf(kDefaultTime);
+  node->rights = folder.rights;
   folder.children.push_back(std::move(node));
   return *folder.children.back();
 }
@@ -267,6 +282,21 @@ FileTicks SimDisk::modifiedTicks(const std::string& path) const { return get(pat
 
 void SimDisk::setVersion(const std::string& path, const machine::FileVersion& version) {
   get(path).version = version;
+}
+
+void SimDisk::setRights(const std::string& path, const RightsList& rights) {
+  setRightsBelow(get(path), rights);
+}
+
+const RightsList& SimDisk::rights(const std::string& path) const { return get(path).rights; }
+
+void SimDisk::putStream(const std::string& path, const std::string& stream,
+                        std::string_view bytes) {
+  get(path).streams[stream] = bytes;
+}
+
+bool SimDisk::hasStream(const std::string& path, const std::string& stream) const {
+  return get(path).streams.count(stream) > 0;
 }
 
 void SimDisk::setListingOrder(const std::string& folder, const std::vector<std::string>& names) {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,6 +26,16 @@ constexpr Sharing operator|(Sharing left, Sharing right) {
   return static_cast<Sharing>(static_cast<unsigned>(left) | static_cast<unsigned>(right));
 }
 
+/// What a user may do with a file; with a folder, Add means making entries in it.
+enum class Right : unsigned { None = 0, Read = 1, Add = 2, Change = 4, Remove = 8, All = 15 };
+constexpr Right operator|(Right left, Right right) {
+  return static_cast<Right>(static_cast<unsigned>(left) | static_cast<unsigned>(right));
+}
+
+/// Who may do what: users by their names, "*" for all others. An empty list lets everyone do
+/// everything.
+using RightsList = std::map<std::string, Right>;
+
 /// Ticks of 100 nanoseconds since 1601, as file times are.
 using FileTicks = std::int64_t;
 FileTicks ticksOf(const machine::LocalTime& time);
@@ -47,6 +58,12 @@ struct SimNode {
   /// What runs when the file is started, and its version resource; both travel with copies.
   ProgramScript program;
   std::optional<machine::FileVersion> version;
+  /// Travels with a rename; a new entry has that of its folder.
+  RightsList rights;
+  /// Who made it: may always change its rights list. Empty: nobody in particular.
+  std::string owner;
+  /// Alternate streams by their names; they travel with copies and renames.
+  std::map<std::string, std::string> streams;
   /// Held open by some other process.
   std::optional<Sharing> held;
   /// One for each process that runs from this file, expired when it ended.
@@ -56,6 +73,7 @@ struct SimNode {
   std::vector<std::unique_ptr<SimNode>> children;
 
   SimNode* child(std::string_view childName) const;
+  bool allows(const std::string& user, Right right) const;
   bool running() const;
   /// A process runs from the file as long as the answer lives.
   [[nodiscard]] std::shared_ptr<void> run();
@@ -106,6 +124,12 @@ class SimDisk {
   void setModifiedTicks(const std::string& path, FileTicks ticks);
   FileTicks modifiedTicks(const std::string& path) const;
   void setVersion(const std::string& path, const machine::FileVersion& version);
+  /// Who may do what with this file or folder and with everything below it; later entries take it
+  /// over from their folder.
+  void setRights(const std::string& path, const RightsList& rights);
+  const RightsList& rights(const std::string& path) const;
+  void putStream(const std::string& path, const std::string& stream, std::string_view bytes);
+  bool hasStream(const std::string& path, const std::string& stream) const;
   /// Puts the named entries of a folder first, in this order; the others keep theirs behind.
   void setListingOrder(const std::string& folder, const std::vector<std::string>& names);
 

@@ -133,6 +133,14 @@ std::optional<SystemCode> unlessKilled(Enter&& enter, Leave&& leave) {
   }
 }
 
+// Takes a file out of its folder and puts it under another name.
+void rename(SimNode& node, SimNode& folder, const std::string& name) {
+  std::unique_ptr<SimNode> moved = takeOut(node);
+  moved->name = name;
+  moved->parent = &folder;
+  folder.children.push_back(std::move(moved));
+}
+
 // What a missing folder answers: always "path", never "file".
 SystemCode asFolder(SystemCode code) { return code == kFileNotFound ? kPathNotFound : code; }
 
@@ -312,6 +320,9 @@ SystemCode SimFiles::quietRead(const std::string& path, std::string& content) {
   if (place.node->folder || place.node->leaving) {
     return kAccessDenied;
   }
+  if (!place.node->allows(volumes_.user(), Right::Read)) {
+    return kAccessDenied;
+  }
   if (!shares(*place.node, Sharing::Read)) {
     return kSharingViolation;
   }
@@ -345,13 +356,34 @@ SystemCode SimFiles::writable(const std::string& path, SimVolumes::Place& place)
     if (refusal != kSuccess) {
       return refusal;
     }
+    return changeable(place, Right::Change);
   }
-  return place.disk->denied(place.diskPath, true);
+  return addable(place);
+}
+
+// Why the user may not do this with what stands at the place.
+SystemCode SimFiles::changeable(const SimVolumes::Place& place, Right right) const {
+  const SystemCode denied = place.disk->denied(place.diskPath, true);
+  const bool allowed = place.node->allows(volumes_.user(), right);
+  return denied != kSuccess || allowed ? denied : kAccessDenied;
+}
+
+// Why nothing may be made at the place.
+SystemCode SimFiles::addable(const SimVolumes::Place& place) const {
+  const SystemCode denied = place.disk->denied(place.diskPath, true);
+  const bool allowed = place.folder == nullptr || place.folder->allows(volumes_.user(), Right::Add);
+  return denied != kSuccess || allowed ? denied : kAccessDenied;
+}
+
+SimNode& SimFiles::add(SimVolumes::Place& place, bool folder) {
+  SimNode& made = place.disk->addChild(*place.folder, place.name, folder);
+  made.owner = volumes_.user();
+  return made;
 }
 
 SimNode& SimFiles::nodeToWrite(SimVolumes::Place& place) {
   if (place.node == nullptr) {
-    place.node = &place.disk->addChild(*place.folder, place.name, false);
+    place.node = &add(place, false);
   }
   place.node->modified = ticksOf(clock_.now());
   place.node->program = nullptr;
@@ -412,7 +444,7 @@ SystemCode SimFiles::doRemoveFile(const std::string& path) {
   if (!shares(node, Sharing::Delete)) {
     return kSharingViolation;
   }
-  const SystemCode denied = place.disk->denied(place.diskPath, true);
+  const SystemCode denied = changeable(place, Right::Remove);
   if (denied == kSuccess && node.held) {
     place.node->leaving = true;
   } else if (denied == kSuccess) {
@@ -438,7 +470,7 @@ SystemCode SimFiles::changeAttributes(const std::string& path,
   if (place.node->leaving) {
     return kAccessDenied;
   }
-  const SystemCode denied = place.disk->denied(place.diskPath, true);
+  const SystemCode denied = changeable(place, Right::Change);
   if (denied == kSuccess) {
     change(*place.node);
   }
@@ -451,16 +483,16 @@ SystemCode SimFiles::makeFolder(const std::string& path) {
 }
 
 SystemCode SimFiles::doMakeFolder(const std::string& path) {
-  const SimVolumes::Place place = volumes_.find(path, false);
+  SimVolumes::Place place = volumes_.find(path, false);
   if (place.code == kSuccess) {
     return kAlreadyExists;
   }
   if (place.code != kFileNotFound) {
     return place.code;
   }
-  const SystemCode denied = place.disk->denied(place.diskPath, true);
+  const SystemCode denied = addable(place);
   if (denied == kSuccess) {
-    place.disk->addChild(*place.folder, place.name, true).modified = ticksOf(clock_.now());
+    add(place, true).modified = ticksOf(clock_.now());
   }
   return denied;
 }
@@ -485,7 +517,7 @@ SystemCode SimFiles::doRemoveFolder(const std::string& path) {
   if (!node.children.empty()) {
     return kDirectoryNotEmpty;
   }
-  const SystemCode denied = place.disk->denied(place.diskPath, true);
+  const SystemCode denied = changeable(place, Right::Remove);
   if (denied == kSuccess) {
     takeOut(*place.node);
   }
@@ -506,6 +538,9 @@ SystemCode SimFiles::doList(const std::string& folder, const std::string& ending
   }
   if (!place.node->folder) {
     return kDirectoryName;
+  }
+  if (!place.node->allows(volumes_.user(), Right::Read)) {
+    return kAccessDenied;
   }
   entries.clear();
   for (const auto& child : place.node->children) {
@@ -561,6 +596,7 @@ SystemCode SimFiles::doCopy(const std::string& source, const std::string& target
   to.system = from->system;
   to.program = from->program;
   to.version = from->version;
+  to.streams = from->streams;
   return kSuccess;
 }
 
@@ -584,9 +620,9 @@ SystemCode SimFiles::doReplace(const std::string& source, const std::string& tar
   if (!shares(*from.node, Sharing::Delete)) {
     return kSharingViolation;
   }
-  const SystemCode denied =
-      std::max(from.disk->denied(from.diskPath, true), to.disk->denied(to.diskPath, true));
   const bool other = to.node != nullptr && to.node != from.node;
+  const SystemCode denied = std::max({changeable(from, Right::Remove), addable(to),
+                                      other ? changeable(to, Right::Remove) : kSuccess});
   const SystemCode refusal = other ? replaceRefusal(*to.node) : kSuccess;
   if (denied != kSuccess || refusal != kSuccess) {
     return denied != kSuccess ? denied : refusal;
@@ -594,11 +630,74 @@ SystemCode SimFiles::doReplace(const std::string& source, const std::string& tar
   if (other) {
     takeOut(*to.node);
   }
-  std::unique_ptr<SimNode> moved = takeOut(*from.node);
-  moved->name = to.name;
-  moved->parent = to.folder;
-  to.folder->children.push_back(std::move(moved));
+  rename(*from.node, *to.folder, to.name);
   return kSuccess;
+}
+
+SystemCode SimFiles::moveFile(const std::string& source, const std::string& target) {
+  const auto injected = calls_.enter(CallKind::FileMove, "files.moveFile", source, target);
+  return injected ? *injected : doMove(source, target);
+}
+
+SystemCode SimFiles::doMove(const std::string& source, const std::string& target) {
+  const SimVolumes::Place from = volumes_.find(source, false);
+  const SimVolumes::Place to = volumes_.find(target, false);
+  if (from.code == kSuccess && to.code == kSuccess && to.node != from.node) {
+    return kAlreadyExists;
+  }
+  return doReplace(source, target);
+}
+
+SystemCode SimFiles::copyRights(const std::string& source, const std::string& target) {
+  const auto injected = calls_.enter(CallKind::FileRights, "files.copyRights", source, target);
+  return injected ? *injected : doCopyRights(source, target);
+}
+
+SystemCode SimFiles::doCopyRights(const std::string& source, const std::string& target) {
+  const SimVolumes::Place from = volumes_.find(source, true);
+  const SimVolumes::Place to = volumes_.find(target, true);
+  if (from.code != kSuccess || to.code != kSuccess) {
+    return from.code != kSuccess ? from.code : to.code;
+  }
+  if (from.node->rights == to.node->rights) {
+    return kSuccess;
+  }
+  // Whoever made a file may always change its list.
+  const bool own = to.node->owner == volumes_.user();
+  const SystemCode denied =
+      own ? to.disk->denied(to.diskPath, true) : changeable(to, Right::Change);
+  if (denied == kSuccess) {
+    to.node->rights = from.node->rights;
+  }
+  return denied;
+}
+
+SystemCode SimFiles::mayAddFile(const std::string& folder) {
+  const auto injected = calls_.enter(CallKind::FolderProbe, "files.mayAddFile", folder);
+  return injected ? *injected : doProbe(folder);
+}
+
+SystemCode SimFiles::doProbe(const std::string& folder) {
+  const SimVolumes::Place place = volumes_.find(folder, true);
+  return place.code == kSuccess ? changeable(place, Right::Add) : place.code;
+}
+
+SystemCode SimFiles::removeStream(const std::string& path, const std::string& stream) {
+  const auto injected =
+      calls_.enter(CallKind::FileStreamRemove, "files.removeStream", path, "", stream);
+  return injected ? *injected : doRemoveStream(path, stream);
+}
+
+SystemCode SimFiles::doRemoveStream(const std::string& path, const std::string& stream) {
+  const SimVolumes::Place place = volumes_.find(path, true);
+  if (place.code != kSuccess || place.node->streams.count(stream) == 0) {
+    return place.code != kSuccess ? place.code : kFileNotFound;
+  }
+  const SystemCode denied = changeable(place, Right::Change);
+  if (denied == kSuccess) {
+    place.node->streams.erase(stream);
+  }
+  return denied;
 }
 
 }  // namespace trelv::sim

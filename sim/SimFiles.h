@@ -25,6 +25,10 @@ class SimVolumes {
   /// The disk of any path; raises std::out_of_range when nothing is mounted there.
   SimDisk& disk(const std::string& path) const;
 
+  /// Whose rights count on the disks: the user whom this machine's programs run for.
+  const std::string& user() const { return user_; }
+  void setUser(const std::string& name) { user_ = name; }
+
   const std::string& currentFolder() const { return currentFolder_; }
   void setCurrentFolder(const std::string& folder) { currentFolder_ = folder; }
 
@@ -52,6 +56,7 @@ class SimVolumes {
 
   std::vector<std::pair<std::string, std::shared_ptr<SimDisk>>> mounts_;
   std::string currentFolder_;
+  std::string user_ = "mario";
 };
 
 /// The file calls of one machine.
@@ -74,6 +79,10 @@ class SimFiles : public machine::Files {
                   std::vector<machine::FolderEntry>& entries) override;
   SystemCode copyFile(const std::string& source, const std::string& target) override;
   SystemCode replaceFile(const std::string& source, const std::string& target) override;
+  SystemCode moveFile(const std::string& source, const std::string& target) override;
+  SystemCode copyRights(const std::string& source, const std::string& target) override;
+  SystemCode mayAddFile(const std::string& folder) override;
+  SystemCode removeStream(const std::string& path, const std::string& stream) override;
 
   // The same without a trace in the calls, for other parts of the machine.
   SystemCode quietRead(const std::string& path, std::string& content);
@@ -92,6 +101,13 @@ class SimFiles : public machine::Files {
                     std::vector<machine::FolderEntry>& entries);
   SystemCode doCopy(const std::string& source, const std::string& target);
   SystemCode doReplace(const std::string& source, const std::string& target);
+  SystemCode doMove(const std::string& source, const std::string& target);
+  SystemCode doCopyRights(const std::string& source, const std::string& target);
+  SystemCode doProbe(const std::string& folder);
+  SystemCode doRemoveStream(const std::string& path, const std::string& stream);
+  SystemCode changeable(const SimVolumes::Place& place, Right right) const;
+  SystemCode addable(const SimVolumes::Place& place) const;
+  SimNode& add(SimVolumes::Place& place, bool folder);
   SimNode& nodeToWrite(SimVolumes::Place& place);
 
   SimVolumes& volumes_;

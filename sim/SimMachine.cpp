@@ -116,6 +116,13 @@ void SimMachine::setEdition(WindowsEdition edition) {
   }
 }
 
+void SimMachine::startSession() {
+  desktop_.endProgram();
+  calls_.setDead(false);
+  processes_.whenSessionEnds("", nullptr);
+  system_.setProcessId(system_.processId() + 4);
+}
+
 void SimMachine::setExecutable(const std::string& path) {
   if (!fileExists(path)) {
     processes_.define(path);

@@ -75,6 +75,9 @@ class SimMachine {
   /// Version block, product type, suite bits, NT 4.0's "ProductSuite" value and, on terminal
   /// servers, the user's own Windows folder C:\Users\mario\windows for bare ini names.
   void setEdition(WindowsEdition edition);
+  /// The program that was ended by force, or with its session, can be started anew: its windows are
+  /// gone, the world is as it was left.
+  void startSession();
   /// Where the program was started from; the file is made when missing and counts as running.
   /// The current folder becomes the program's.
   void setExecutable(const std::string& path);

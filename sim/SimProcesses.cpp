@@ -139,6 +139,34 @@ SystemCode SimProcesses::startFound(const std::string& commandLine, bool visible
   return kSuccess;
 }
 
+bool SimProcesses::isRunning(std::uint32_t processId) {
+  const auto injected = calls_.enter(CallKind::ProcessLookUp, "processes.isRunning", "", "",
+                                     std::to_string(processId));
+  return injected || processId == system_.processId() || others_.count(processId) > 0;
+}
+
+void SimProcesses::whenSessionEnds(const std::string& reason, std::function<void()> action) {
+  sessionReason_ = action ? reason : "";
+  sessionAction_ = std::move(action);
+}
+
+void SimProcesses::endSession() {
+  if (const std::function<void()> action = std::exchange(sessionAction_, nullptr)) {
+    action();
+  }
+  sessionReason_.clear();
+  calls_.setDead(true);
+  throw Killed(Unfinished::NotBegun);
+}
+
+void SimProcesses::setRunning(std::uint32_t processId, bool running) {
+  if (running) {
+    others_.insert(processId);
+  } else {
+    others_.erase(processId);
+  }
+}
+
 void SimProcesses::define(const std::string& path, ProgramScript script) {
   volumes_.disk(path).putProgram(path, std::move(script));
 }

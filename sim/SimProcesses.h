@@ -68,6 +68,16 @@ class SimProcesses : public machine::Processes {
   SystemCode startTool(const std::string& commandLine, bool visible,
                        std::unique_ptr<machine::RunningProcess>& process) override;
 
+  bool isRunning(std::uint32_t processId) override;
+  void whenSessionEnds(const std::string& reason, std::function<void()> action) override;
+  /// What a user who ended the session now would read; empty when nothing is to be done then.
+  const std::string& sessionReason() const { return sessionReason_; }
+  /// For scripts: Windows ends the session while this program runs. The manager does what it said
+  /// and ends: throws Killed. Its next start has to be made ready by SimMachine::startSession.
+  [[noreturn]] void endSession();
+  /// Another process of this number runs, or has ended.
+  void setRunning(std::uint32_t processId, bool running = true);
+
   /// Puts a program at a full path; the script is part of the file: copies of it do the same, and
   /// on a share every workstation can start it.
   void define(const std::string& path, ProgramScript script = nullptr);
@@ -132,6 +142,9 @@ class SimProcesses : public machine::Processes {
   std::vector<Running> running_;
   std::map<std::string, SystemCode> startCodes_;
   std::set<std::string> elevated_;
+  std::set<std::uint32_t> others_;
+  std::string sessionReason_;
+  std::function<void()> sessionAction_;
   bool deferred_ = false;
   SystemCode waitCode_ = system_code::kSuccess;
 };

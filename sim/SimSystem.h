@@ -187,7 +187,7 @@ class SimSystem : public machine::SystemFacts {
   void setComputerName(const std::string& name) { computerName_ = name; }
   /// The computer's name cannot be read: the query answers this code (0 = it works).
   void failComputerName(SystemCode code) { computerNameCode_ = code; }
-  /// The program's process and session.
+  /// The program's process; processes with other numbers run only when SimProcesses says so.
   void setProcessId(std::uint32_t id) { processId_ = id; }
   void setSessionId(std::uint32_t id) { sessionId_ = id; }
   void setExecutablePath(const std::string& path) { executablePath_ = path; }

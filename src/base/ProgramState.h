@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -154,6 +155,8 @@ struct PackState {
   bool otherNameTold = false;
   /// Full paths of the packs that could not be opened; whoever wants to know empties it before.
   std::vector<std::string> unopened;
+  /// Full paths of the locks of other sessions that could not be removed: each is told once.
+  std::set<std::string> locksLeftAlone;
 };
 
 /// A product that a medium wants to be looked for on the machine.

@@ -160,11 +160,14 @@ Procedure updateSide(Program& program, const InstallationPaths& paths, const Sid
                      const std::string& recorded) {
   const Operation operation = recorded.empty() ? Operation::Setup : Operation::Update;
   std::string version = recorded;
+  const auto record = [&]() -> void {
+    orGoOn(program, [&]() -> void { recordVersion(program, product, recorded, version); });
+  };
   if (ProductUpdateRun(program, RunKind::UpdateAll, paths, product.configuration, operation,
-                       product.side, version) == Procedure::Stops) {
+                       product.side, version, record) == Procedure::Stops) {
     return Procedure::Stops;
   }
-  orGoOn(program, [&]() -> void { recordVersion(program, product, recorded, version); });
+  record();
   return Procedure::GoesOn;
 }
 

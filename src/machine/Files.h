@@ -102,6 +102,25 @@ class Files {
   /// that is a folder, open or runs answers 5. A program that runs can be the source: that is how
   /// it is put aside.
   virtual SystemCode replaceFile(const std::string& source, const std::string& target) = 0;
+
+  /// Renames a file on the same volume. Never replaces: where something stands at `target` it
+  /// answers 183. A program that runs can be renamed so, one that is open without delete sharing
+  /// answers 32.
+  virtual SystemCode moveFile(const std::string& source, const std::string& target) = 0;
+
+  /// Gives `target` the rights list of `source`: who may do what with it. A rename takes a file's
+  /// list along, a file that is made anew has that of its folder. Equal lists, and a file system
+  /// that keeps none, are done without a call. Missing answers 2 or 3.
+  virtual SystemCode copyRights(const std::string& source, const std::string& target) = 0;
+
+  /// 0 where this user may make files in the folder, 5 where not; nothing is made. Missing answers
+  /// 2 or 3.
+  virtual SystemCode mayAddFile(const std::string& folder) = 0;
+
+  /// Removes an alternate stream of a file by its name ("Zone.Identifier", the mark of a download);
+  /// copies and renames take streams along. One that is not there answers 2, a file system without
+  /// streams 123 or another code.
+  virtual SystemCode removeStream(const std::string& path, const std::string& stream) = 0;
 };
 
 }  // namespace trelv::machine

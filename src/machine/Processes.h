@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -44,6 +45,16 @@ class Processes {
   /// full, with ".exe" where its name has no extension; else 2.
   virtual SystemCode startTool(const std::string& commandLine, bool visible,
                                std::unique_ptr<RunningProcess>& process) = 0;
+
+  /// What is to be done when Windows ends the session (log-off, restart) while this program waits
+  /// for another one. `action` has to be short; the program ends with it, whatever it was about to
+  /// do. `reason` is what Windows Vista and later tell a user who ends the session meanwhile. In
+  /// the place of what was said before; without an action nothing is done.
+  virtual void whenSessionEnds(const std::string& reason, std::function<void()> action) = 0;
+
+  /// Does a process of this number run on this computer, in whatever session? One that cannot be
+  /// asked counts as running. Numbers are given out again when a process has ended.
+  virtual bool isRunning(std::uint32_t processId) = 0;
 };
 
 }  // namespace trelv::machine

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <set>
 
 #include "base/ProductName.h"
 #include "base/Text.h"
@@ -20,12 +21,17 @@ namespace {
 class ProductUpdate {
  public:
   ProductUpdate(Program& program, RunKind runKind, const InstallationPaths& paths,
-                const std::string& configuration, std::string& currentVersion)
+                const std::string& configuration, std::string& currentVersion,
+                const std::function<void()>& recordSoFar)
       : program_(program),
         runKind_(runKind),
         paths_(paths),
         configuration_(configuration),
-        currentVersion_(currentVersion) {}
+        currentVersion_(currentVersion),
+        recordSoFar_(recordSoFar) {}
+  ProductUpdate(const ProductUpdate&) = delete;
+  ProductUpdate& operator=(const ProductUpdate&) = delete;
+  ~ProductUpdate() { program_.machine.processes.whenSessionEnds("", nullptr); }
 
   Procedure run(Operation operation, Side side);
   /// The run's trap: tells the failure and gives the run's answer.
@@ -38,6 +44,8 @@ class ProductUpdate {
   bool takeLock();
   void writeLock();
   void releaseLock();
+  void freeLock(const std::string& failureText);
+  void sessionEnds();
   void leaveToOtherSession();
   std::string kindSideAndCommand() const;
 
@@ -46,6 +54,7 @@ class ProductUpdate {
   const InstallationPaths& paths_;
   const std::string& configuration_;
   std::string& currentVersion_;
+  const std::function<void()>& recordSoFar_;
   std::string kindName_;
   std::string sideName_;
   std::string lockPath_;
@@ -146,12 +155,50 @@ void ProductUpdate::writeLock() {
   if (code != system_code::kSuccess) {
     throw failureFromSystemCode(code, lockPath_);
   }
+  program_.machine.processes.whenSessionEnds(
+      "Aggiornamento dei prodotti complementari in corso: attendere la fine.",
+      [this]() -> void { sessionEnds(); });
 }
 
 // Kept: the lock goes also when another session took it, since a run without work ends here too.
 // That session goes on unguarded until its own end; starts that find no work free a lock that a
 // crash left behind.
-void ProductUpdate::releaseLock() { modLibrary::DeleteFile(program_, lockPath_); }
+void ProductUpdate::releaseLock() {
+  if (lockTaken_) {
+    modLibrary::DeleteFile(program_, lockPath_);
+  } else {
+    freeLock("Blocco di un'altra sessione non rimosso: ");
+  }
+}
+
+// Users who may only read come by here at each start, for each product: no form for them, and one
+// line for all products.
+void ProductUpdate::freeLock(const std::string& failureText) {
+  std::set<std::string>& told = program_.state.packs.locksLeftAlone;
+  resumeNext(
+      [&]() -> void {
+        if (told.count(lockPath_) == 0 && modLibrary::FileExists(program_, lockPath_)) {
+          program_.fileSystem.deleteFile(lockPath_, false);
+          program_.log.WriteLog("Cancellazione file: " + lockPath_ + " effettuata con successo");
+        }
+      },
+      [&](const RuntimeError& failure) -> void {
+        told.insert(lockPath_);
+        program_.log.WriteLog("Gestione ProdTrelv - " + failureText + lockPath_ + " (" +
+                              failure.description() + ")");
+      });
+}
+
+// What is not done here is not done at all, and no form may wait for an answer. The command that
+// runs is ended with the session: its version is not recorded, the next start runs it again.
+void ProductUpdate::sessionEnds() {
+  if (recordSoFar_) {
+    recordSoFar_();
+  }
+  freeLock("Blocco non rimosso: ");
+  program_.log.WriteLog("Gestione ProdTrelv - Sessione di Windows terminata durante il comando: " +
+                        command_);
+}
 
 void ProductUpdate::leaveToOtherSession() {
   program_.machine.desktop.messageBox(
@@ -197,8 +244,8 @@ bool refuseForLackOfRights(Program& program) {
 
 Procedure ProductUpdateRun(Program& program, RunKind runKind, const InstallationPaths& paths,
                            const std::string& configurationPath, Operation operation, Side side,
-                           std::string& currentVersion) {
-  ProductUpdate update(program, runKind, paths, configurationPath, currentVersion);
+                           std::string& currentVersion, const std::function<void()>& recordSoFar) {
+  ProductUpdate update(program, runKind, paths, configurationPath, currentVersion, recordSoFar);
   return trap([&]() -> Procedure { return update.run(operation, side); },
               [&](const RuntimeError& failure) -> Procedure { return update.ended(failure); });
 }

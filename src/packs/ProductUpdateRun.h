@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "base/Codes.h"
@@ -24,10 +25,13 @@ enum class Procedure { GoesOn, Stops };
 /// the other, each waited for. `currentVersion` is raised to the version of each section whose
 /// command ran. While commands run, the side's update lock file exists. The procedure stops where
 /// another session holds the lock (told in a box) or a run-time failure ended the run (one log
-/// line; a lock that this run took is removed). Never raises.
+/// line; a lock that this run took is removed). When Windows ends the session while a command runs,
+/// `recordSoFar` is called, which puts `currentVersion` as it stands into its record, the lock is
+/// removed, one log line says so, and the program ends. Never raises.
 Procedure ProductUpdateRun(Program& program, RunKind runKind, const InstallationPaths& paths,
                            const std::string& configurationPath, Operation operation, Side side,
-                           std::string& currentVersion);
+                           std::string& currentVersion,
+                           const std::function<void()>& recordSoFar = nullptr);
 
 /// Resolves the placeholders of `command` in place and runs it, waiting for its end. True when it
 /// was started, whatever its exit code; false when the user is no administrator (told in a box) or

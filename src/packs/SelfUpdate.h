@@ -10,10 +10,12 @@ namespace trelv::modProdTrelvManager {
 
 /// Replaces the client copy below `serverPath` (no trailing backslash) by the running
 /// executable where that is newer, then puts today's date into the host's environment file, which
-/// keeps one line. Both are made ready in the host's prg\tempterm and put in place by one rename: a
-/// reader meets the old file or the new one, never half of it. A client copy that is in use is
-/// renamed aside first. Never raises: a failure ends it, is reported and logged, and what was not
-/// yet replaced stays as it was.
+/// keeps one line. Both are made ready in the host's prg\tempterm, get the rights list of what they
+/// replace and are put in place by one rename: a reader meets the old file or the new one, never
+/// half of it. A client copy where there was none is made in its folder, whose rights it so has.
+/// One that is in use is renamed aside first, to prg\com\bin\cpy. A mark of a download stays
+/// behind. Never raises: a failure ends it, is reported and logged, and what was not yet replaced
+/// stays as it was.
 void UpdateTrelvManager(Program& program, const std::string& serverPath);
 
 /// True when there is no target file, or when the source was changed later, in whole seconds. Full

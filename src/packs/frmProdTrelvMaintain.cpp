@@ -127,6 +127,16 @@ Side sideOf(const FormWindow& window) {
 
 std::string sideName(Side side) { return modProdTrelvLibrary::ConvertClientServerToString(side); }
 
+/// Set-ups that need an administrator are refused then, and what the removal clears is cleared all
+/// the same.
+std::string refusedRemovalText(const std::string& product, Side side) {
+  const std::string text = "ATTENZIONE: utente non amministratore. I comandi di rimozione " +
+                           sideName(side) + " di " + product + " possono essere rifiutati; ";
+  return text + (side == Side::Server
+                     ? "cartelle di setup, configurazione e versione vengono eliminate comunque."
+                     : "la versione registrata viene azzerata comunque.");
+}
+
 /// Is the version of the chosen type? What is no set-up counts as an update.
 bool isOfChosenType(const FormWindow& window, const RepairVersion& version) {
   return (version.kind == Operation::Setup) != window.checked("optUpdate");
@@ -305,6 +315,9 @@ std::string frmProdTrelvMaintain::removalText(const FormWindow& window) const {
   const std::string* const product = selectedProduct(window);
   if (product == nullptr) {
     return "Nessun prodotto selezionato.";
+  }
+  if (!program_.state.startup.administrator) {
+    return refusedRemovalText(*product, sideOf(window));
   }
   if (sideOf(window) == Side::Server) {
     return "Esegue i comandi di rimozione Server di " + *product +

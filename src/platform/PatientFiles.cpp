@@ -97,4 +97,22 @@ SystemCode PatientFiles::replaceFile(const std::string& source, const std::strin
       [&]() -> bool { return isFolderOrReadOnly(files_, target); });
 }
 
+SystemCode PatientFiles::moveFile(const std::string& source, const std::string& target) {
+  return patience_.change(
+      source, [&]() -> SystemCode { return files_.moveFile(source, target); },
+      [&]() -> bool { return isFolder(files_, source); });
+}
+
+SystemCode PatientFiles::copyRights(const std::string& source, const std::string& target) {
+  return files_.copyRights(source, target);
+}
+
+SystemCode PatientFiles::mayAddFile(const std::string& folder) { return files_.mayAddFile(folder); }
+
+SystemCode PatientFiles::removeStream(const std::string& path, const std::string& stream) {
+  return patience_.change(
+      path, [&]() -> SystemCode { return files_.removeStream(path, stream); },
+      []() -> bool { return false; });
+}
+
 }  // namespace trelv

@@ -33,6 +33,10 @@ class PatientFiles : public machine::Files {
                   std::vector<machine::FolderEntry>& entries) override;
   SystemCode copyFile(const std::string& source, const std::string& target) override;
   SystemCode replaceFile(const std::string& source, const std::string& target) override;
+  SystemCode moveFile(const std::string& source, const std::string& target) override;
+  SystemCode copyRights(const std::string& source, const std::string& target) override;
+  SystemCode mayAddFile(const std::string& folder) override;
+  SystemCode removeStream(const std::string& path, const std::string& stream) override;
 
  private:
   machine::Files& files_;

@@ -308,10 +308,12 @@ std::string textOf(const pugi::xml_document& document) {
 // --- The file
 
 /// Puts a new content in the place of a file in one step: a reader, or a crash in between, meets
-/// the old content or the new one.
-bool replaceContent(machine::Files& files, const std::string& path, const std::string& bytes) {
-  const std::string temporary = path + ".tmp";
+/// the old content or the new one. `whose` makes the temporary file this process's own.
+bool replaceContent(machine::Files& files, const std::string& path, const std::string& whose,
+                    const std::string& bytes) {
+  const std::string temporary = path + "-" + whose + ".tmp";
   if (files.write(temporary, bytes) == system_code::kSuccess &&
+      files.copyRights(path, temporary) == system_code::kSuccess &&
       files.replaceFile(temporary, path) == system_code::kSuccess) {
     return true;
   }
@@ -383,8 +385,9 @@ std::int32_t open(machine::Files& files, machine::Registry& registry, machine::L
 
 }  // namespace
 
-XmlStore::XmlStore(machine::Files& files, machine::Registry& registry, machine::Locale& locale)
-    : files_(files), registry_(registry), locale_(locale) {}
+XmlStore::XmlStore(machine::Files& files, machine::Registry& registry, machine::Locale& locale,
+                   machine::SystemFacts& system)
+    : files_(files), registry_(registry), locale_(locale), system_(system) {}
 
 std::int32_t XmlStore::getParameter(const std::string& product, const std::string& section,
                                     const std::string& key, const std::string& attribute,
@@ -427,8 +430,10 @@ std::int32_t XmlStore::setParameter(const std::string& product, const std::strin
   if (answer != code::kDone) {
     return answer;
   }
+  const std::string whose =
+      std::to_string(system_.sessionId()) + "-" + std::to_string(system_.processId());
   return setElement(findOrMake(document, address), type, value) &&
-                 replaceContent(files_, configFile, textOf(document))
+                 replaceContent(files_, configFile, whose, textOf(document))
              ? code::kDone
              : code::kInsertFailed;
 }

@@ -7,6 +7,7 @@
 #include "machine/HostLibraries.h"
 #include "machine/Locale.h"
 #include "machine/Registry.h"
+#include "machine/SystemFacts.h"
 
 namespace trelv {
 
@@ -14,10 +15,11 @@ namespace trelv {
 /// program: HKEY_LOCAL_MACHINE "SOFTWARE\LUMO\Configurazione" names the schema file ("Schema") and
 /// the XML file ("Config"), both full paths. Answers with the library's codes. The file is UTF-8
 /// without document type, of at most 4 MB and 100 levels (else -3000); each write puts a new file
-/// in its place in one step.
+/// in its place in one step, with the rights list of the one before.
 class XmlStore : public machine::ConfigurationLibrary {
  public:
-  XmlStore(machine::Files& files, machine::Registry& registry, machine::Locale& locale);
+  XmlStore(machine::Files& files, machine::Registry& registry, machine::Locale& locale,
+           machine::SystemFacts& system);
 
   std::int32_t getParameter(const std::string& product, const std::string& section,
                             const std::string& key, const std::string& attribute,
@@ -32,6 +34,7 @@ class XmlStore : public machine::ConfigurationLibrary {
   machine::Files& files_;
   machine::Registry& registry_;
   machine::Locale& locale_;
+  machine::SystemFacts& system_;
 };
 
 }  // namespace trelv

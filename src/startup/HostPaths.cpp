@@ -27,6 +27,8 @@ std::string clientCopyFolder(const std::string& serverPath) {
   return serverPath + "\\" + kClientCopy;
 }
 
+std::string copiesFolder(const std::string& serverPath) { return serverPath + "\\" + kCopies; }
+
 std::string recordFolder(const std::string& serverPath) { return serverPath + "\\" + kRecords; }
 
 std::string temporaryFolder(const std::string& serverPath) {

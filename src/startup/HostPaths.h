@@ -11,6 +11,7 @@ namespace trelv::hostPaths {
 
 constexpr const char* kTop = "prg";
 constexpr const char* kSetups = "prg\\com\\setup\\aggdovra";
+constexpr const char* kCopies = "prg\\com\\bin\\cpy";
 constexpr const char* kClientCopy = "prg\\com\\bin\\cpy\\client";
 constexpr const char* kRecords = "prg\\etc";
 constexpr const char* kTemporary = "prg\\tempterm";
@@ -27,6 +28,9 @@ std::string topFolder(const std::string& serverPath);
 std::string setupFolder(const std::string& serverPath);
 /// What the host hands out to its workstations: the manager's client copy.
 std::string clientCopyFolder(const std::string& serverPath);
+/// Holds that folder; who may write there may write to the client copy, and nothing of it is handed
+/// out.
+std::string copiesFolder(const std::string& serverPath);
 /// The server's version record and the environment file.
 std::string recordFolder(const std::string& serverPath);
 /// What is under way: locks, files on their way to their place.

@@ -4,6 +4,7 @@
 #include <commctrl.h>
 
 #include <algorithm>
+#include <bit>
 
 #include "win32/FolderChooser.h"
 #include "win32/InputForm.h"
@@ -109,12 +110,28 @@ void askForPointer() {
   }
 }
 
+/// Windows XP and later put a copy marked as not responding in the place of a form that does not
+/// paint for five seconds, as while a set-up runs; not for this process any more.
+void keepFormsFromBeingReplaced() {
+  using Disable = void WINAPI();
+  auto* const disable = std::bit_cast<Disable*>(
+      GetProcAddress(GetModuleHandleW(L"user32.dll"), "DisableProcessWindowsGhosting"));
+  if (disable != nullptr) {
+    disable();
+  }
+}
+
+/// Behind a long set-up another program has the foreground, and Windows may refuse it to ours: a
+/// box without a form below it then stands above all windows.
+UINT foregroundStyle(HWND owner) { return MB_SETFOREGROUND | (owner == nullptr ? MB_TOPMOST : 0U); }
+
 }  // namespace
 
 BoxAnswer Win32Desktop::messageBox(const std::string& title, const std::string& text, BoxIcon icon,
                                    BoxButtons buttons) {
-  return answerOf(MessageBoxW(owner(), wide(text).c_str(), wide(title).c_str(),
-                              styleOf(icon) | styleOf(buttons)));
+  HWND const over = owner();
+  return answerOf(MessageBoxW(over, wide(text).c_str(), wide(title).c_str(),
+                              styleOf(icon) | styleOf(buttons) | foregroundStyle(over)));
 }
 
 std::optional<std::string> Win32Desktop::inputBox(const std::string& title,
@@ -144,6 +161,7 @@ std::unique_ptr<machine::ShownForm> Win32Desktop::showModeless(machine::Form& fo
 void Win32Desktop::prepare() {
   registerControlClasses();
   if (!keys_) {
+    keepFormsFromBeingReplaced();
     keys_.emplace();
   }
 }

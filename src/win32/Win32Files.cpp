@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <vector>
 
 #include "win32/FilePath.h"
 #include "win32/SystemCall.h"
@@ -93,6 +94,35 @@ SystemCode withoutSearch(SystemCode code, const std::string& folder,
   }
   // Systems differ in what they call a file in the place of a folder.
   return isFile(folder) ? system_code::kDirectoryName : code;
+}
+
+/// The rights list of a file as the system hands it out, in one block of its own making.
+using RightsList = std::vector<DWORD>;
+
+SystemCode readRights(const std::wstring& path, RightsList& list) {
+  DWORD size = 0;
+  SystemCode code = ERROR_INSUFFICIENT_BUFFER;
+  // Another program may lengthen the list between two calls.
+  for (int tries = 0; code == ERROR_INSUFFICIENT_BUFFER && tries < 8; ++tries) {
+    list.assign((size + sizeof(DWORD) - 1) / sizeof(DWORD), 0);
+    code = codeOf(GetFileSecurityW, path, DACL_SECURITY_INFORMATION, list.data(), size, &size);
+  }
+  return code;
+}
+
+/// What file systems without rights answer to a question about them.
+bool meansNoRights(SystemCode code) {
+  return code == ERROR_INVALID_FUNCTION || code == ERROR_NOT_SUPPORTED ||
+         code == ERROR_CALL_NOT_IMPLEMENTED;
+}
+
+/// Entries that came down from a folder stay told apart from the file's own only where this is
+/// asked for.
+void keepInheritance(RightsList& list) {
+  auto* const header = reinterpret_cast<SECURITY_DESCRIPTOR_RELATIVE*>(list.data());
+  if ((header->Control & SE_DACL_AUTO_INHERITED) != 0) {
+    header->Control = static_cast<WORD>(header->Control | SE_DACL_AUTO_INHERIT_REQ);
+  }
 }
 
 bool isSelfOrParent(const wchar_t* name) {
@@ -222,6 +252,36 @@ SystemCode Win32Files::replaceFile(const std::string& source, const std::string&
   // After a power failure the name must not stand for content that was still on its way.
   flush(source);
   return codeOf(MoveFileExW, filePath(source), filePath(target), MOVEFILE_REPLACE_EXISTING);
+}
+
+SystemCode Win32Files::moveFile(const std::string& source, const std::string& target) {
+  flush(source);
+  return codeOf(MoveFileExW, filePath(source), filePath(target), 0);
+}
+
+SystemCode Win32Files::copyRights(const std::string& source, const std::string& target) {
+  RightsList wanted;
+  RightsList found;
+  SystemCode code = readRights(filePath(source), wanted);
+  if (code == system_code::kSuccess) {
+    code = readRights(filePath(target), found);
+  }
+  if (code != system_code::kSuccess || wanted == found) {
+    return meansNoRights(code) ? system_code::kSuccess : code;
+  }
+  keepInheritance(wanted);
+  return codeOf(SetFileSecurityW, filePath(target), DACL_SECURITY_INFORMATION, wanted.data());
+}
+
+SystemCode Win32Files::mayAddFile(const std::string& folder) {
+  OwnedFile opened;
+  return obtain(opened, CreateFileW, filePath(folder), FILE_ADD_FILE,
+                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+}
+
+SystemCode Win32Files::removeStream(const std::string& path, const std::string& stream) {
+  return codeOf(DeleteFileW, filePath(path + ":" + stream));
 }
 
 }  // namespace trelv::win32

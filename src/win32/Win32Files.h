@@ -22,6 +22,10 @@ class Win32Files : public machine::Files {
                   std::vector<machine::FolderEntry>& entries) override;
   SystemCode copyFile(const std::string& source, const std::string& target) override;
   SystemCode replaceFile(const std::string& source, const std::string& target) override;
+  SystemCode moveFile(const std::string& source, const std::string& target) override;
+  SystemCode copyRights(const std::string& source, const std::string& target) override;
+  SystemCode mayAddFile(const std::string& folder) override;
+  SystemCode removeStream(const std::string& path, const std::string& stream) override;
 };
 
 }  // namespace trelv::win32

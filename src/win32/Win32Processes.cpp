@@ -147,4 +147,20 @@ SystemCode Win32Processes::startTool(const std::string& commandLine, bool visibl
                          : createProcess(program.c_str(), commandLine, visible, process);
 }
 
+void Win32Processes::whenSessionEnds(const std::string& reason, std::function<void()> action) {
+  session_.reset();
+  if (action) {
+    session_ = std::make_unique<SessionWindow>(reason, std::move(action));
+  }
+}
+
+bool Win32Processes::isRunning(std::uint32_t processId) {
+  OwnedProcess process;
+  const SystemCode code = obtain(process, OpenProcess, SYNCHRONIZE, FALSE, processId);
+  if (code != system_code::kSuccess) {
+    return code != system_code::kInvalidParameter;
+  }
+  return WaitForSingleObject(process.get(), 0) != WAIT_OBJECT_0;
+}
+
 }  // namespace trelv::win32

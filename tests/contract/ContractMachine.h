@@ -93,6 +93,10 @@ class ContractMachine {
   virtual void makeOld(const std::string& path) = 0;
   /// Makes a file hidden and one of the system's.
   virtual void conceal(const std::string& path) = 0;
+  /// Gives a file a rights list of its own, unlike that of new files, in which this user may still
+  /// do everything. And its rights list, in any form; to compare only.
+  virtual void putRights(const std::string& path) = 0;
+  virtual std::string rights(const std::string& path) = 0;
   /// Opens a file for reading as another program would, sharing only what is said
   /// (Ability::HoldFiles).
   virtual std::unique_ptr<HeldFile> hold(const std::string& path, Sharing sharing) = 0;

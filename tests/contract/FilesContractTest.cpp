@@ -599,5 +599,99 @@ TEST_F(FilesContract, APartOfWhatIsNoFileLeavesTheContent) {
   EXPECT_EQ(part, "old");
 }
 
+// --- moveFile
+
+TEST_F(FilesContract, MoveFileMovesToANewName) {
+  world().putFolder(path("sub"));
+  EXPECT_EQ(files().moveFile(putFile("a.txt", "new"), path("sub\\b.txt")), system_code::kSuccess);
+  EXPECT_FALSE(world().exists(path("a.txt")));
+  EXPECT_EQ(world().fileBytes(path("sub\\b.txt")), "new");
+}
+
+TEST_F(FilesContract, MoveFileNeverReplaces) {
+  const std::string source = putFile("a.txt", "new");
+  putFile("b.txt", "old");
+  world().putFolder(path("sub"));
+  EXPECT_EQ(files().moveFile(source, path("b.txt")), 183U);
+  EXPECT_EQ(files().moveFile(source, path("sub")), 183U);
+  EXPECT_EQ(world().fileBytes(path("b.txt")), "old");
+  EXPECT_EQ(world().fileBytes(source), "new");
+}
+
+TEST_F(FilesContract, MoveFileOfOrToWhatIsMissingAnswers2And3) {
+  EXPECT_EQ(files().moveFile(path("none.txt"), path("b.txt")), 2U);
+  EXPECT_EQ(files().moveFile(putFile("a.txt", "x"), path("none\\b.txt")), 3U);
+  EXPECT_TRUE(world().exists(path("a.txt")));
+}
+
+TEST_F(FilesContract, MoveFileOfAnOpenOneAnswers32) {
+  CONTRACT_NEEDS(Ability::HoldFiles, "files cannot be held against others here");
+  const std::string source = putFile("a.txt", "new");
+  const auto held = world().hold(source, {.read = true, .write = true, .remove = false});
+  EXPECT_EQ(files().moveFile(source, path("b.txt")), 32U);
+  EXPECT_TRUE(world().exists(source));
+}
+
+TEST_F(FilesContract, MoveFilePutsARunningProgramAside) {
+  const std::string program = path("running.exe");
+  world().putProgram(program);
+  const auto running = world().keepRunning(program);
+  EXPECT_EQ(files().moveFile(program, path("old.exe")), system_code::kSuccess);
+  EXPECT_EQ(files().moveFile(putFile("new.txt", "new"), program), system_code::kSuccess);
+  EXPECT_EQ(world().fileBytes(program), "new");
+}
+
+// --- Rights
+
+TEST_F(FilesContract, ARenameTakesTheRightsAlong) {
+  const std::string source = putFile("a.txt", "new");
+  const std::string target = putFile("b.txt", "old");
+  const std::string before = world().rights(source);
+  world().putRights(target);
+  ASSERT_NE(world().rights(target), before);
+  ASSERT_EQ(files().replaceFile(source, target), system_code::kSuccess);
+  EXPECT_EQ(world().rights(target), before);
+}
+
+TEST_F(FilesContract, RightsAreCopied) {
+  const std::string source = putFile("a.txt", "1");
+  const std::string target = putFile("b.txt", "2");
+  world().putRights(source);
+  const std::string wanted = world().rights(source);
+  ASSERT_NE(world().rights(target), wanted);
+  ASSERT_EQ(files().copyRights(source, target), system_code::kSuccess);
+  EXPECT_EQ(world().rights(target), wanted);
+  EXPECT_EQ(world().rights(source), wanted);
+  EXPECT_EQ(world().fileBytes(target), "2");
+  ASSERT_EQ(files().copyRights(source, target), system_code::kSuccess) << "equal ones";
+  ASSERT_EQ(files().replaceFile(target, source), system_code::kSuccess);
+  EXPECT_EQ(world().rights(source), wanted);
+}
+
+TEST_F(FilesContract, RightsOfWhatIsMissingAnswer2And3) {
+  const std::string file = putFile("a.txt", "1");
+  EXPECT_EQ(files().copyRights(path("none.txt"), file), 2U);
+  EXPECT_EQ(files().copyRights(path("none\\a.txt"), file), 3U);
+  EXPECT_EQ(files().copyRights(file, path("none.txt")), 2U);
+  EXPECT_FALSE(world().exists(path("none.txt")));
+}
+
+TEST_F(FilesContract, AFolderIsAskedWhetherFilesMayBeMadeInIt) {
+  EXPECT_EQ(files().mayAddFile(world().folder()), system_code::kSuccess);
+  EXPECT_THAT(namesIn(world().folder()), IsEmpty());
+  EXPECT_EQ(files().mayAddFile(path("none")), 2U);
+  EXPECT_EQ(files().mayAddFile(path("none\\sub")), 3U);
+}
+
+// --- Streams
+
+TEST_F(FilesContract, AStreamThatIsNotThereCannotBeRemoved) {
+  const std::string file = putFile("a.txt", "x");
+  // Wine takes the name for one that no file can have.
+  EXPECT_THAT(files().removeStream(file, "Zone.Identifier"),
+              testing::AnyOf(2U, system_code::kInvalidName));
+  EXPECT_EQ(world().fileBytes(file), "x");
+}
+
 }  // namespace
 }  // namespace trelv::contract

@@ -190,5 +190,10 @@ TEST_F(ProcessesContract, WaitingTwiceAnswersAtOnce) {
   EXPECT_EQ(exitCode(), 8U);
 }
 
+TEST_F(ProcessesContract, ThisProcessRunsAndOneThatNeverWasDoesNot) {
+  EXPECT_TRUE(machine().processes.isRunning(machine().system.processId()));
+  EXPECT_FALSE(machine().processes.isRunning(0x7FFFFFF0));
+}
+
 }  // namespace
 }  // namespace trelv::contract

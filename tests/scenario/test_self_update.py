@@ -134,7 +134,9 @@ def test_a_client_copy_that_runs_is_put_aside_and_goes_with_the_next_update(stat
         install(station)
         assert is_own(station)
         assert stamped(station, b"000012 ")
-        assert left_in_tempterm(station) == ["TrelvManager.old"]
+        assert left_in_tempterm(station) == []
+        [aside] = put_aside(station)
+        assert re.fullmatch(r"TrelvManager-.+-\d+-\d+-\d+-\d+\.old", aside)
         # The one that runs goes on.
         assert running.poll() is None
     finally:
@@ -142,12 +144,37 @@ def test_a_client_copy_that_runs_is_put_aside_and_goes_with_the_next_update(stat
         assert running.wait(timeout=30) == 0
     install(station)
     assert left_in_tempterm(station) == []
+    assert put_aside(station) == []
+
+
+def test_what_is_put_in_place_keeps_the_rights_of_what_it_replaces(station):
+    put_client_copy(station, older_by=60)
+    # Rights lists that the Unix side's modes can stand for whole.
+    rights = {client_copy(station): 0o770, station.environment: 0o777}
+    for file, mode in rights.items():
+        file.chmod(mode)
+    assert reports(install(station)) == []
+    assert is_own(station)
+    assert {file: file.stat().st_mode & 0o777 for file in rights} == rights
+
+
+def test_a_file_that_somebody_else_put_aside_is_no_client_copy(station):
+    for folder in (station.client_copy.parent, station.server / "prg/tempterm"):
+        (folder / "TrelvManager.old").write_bytes(b"estraneo")
+    assert reports(install(station)) == []
+    assert is_own(station)
+    assert put_aside(station) == ["TrelvManager.old"]
+    assert left_in_tempterm(station) == ["TrelvManager.old"]
 
 
 def read_only(station, _file):
     """A client copy that nobody may write."""
     client_copy(station).chmod(0o444)
     return contextlib.nullcontext()
+
+
+def put_aside(station):
+    return sorted(file.name for file in station.client_copy.parent.iterdir() if file.is_file())
 
 
 @contextlib.contextmanager

@@ -210,3 +210,17 @@ def test_the_host_at_release_10_70_gets_its_records_corrected_once(workstation):
         "Gestione ProdTrelv - Riconosciuta versione Dovra 05.70.00",
         "Gestione ProdTrelv - Inizio correzione file di versione server per Dovra",
         "Gestione ProdTrelv - Inizio correzione file di versione client per Dovra"]
+
+
+def test_an_end_of_the_session_while_a_set_up_runs_leaves_no_lock(installed):
+    source = installed.prefix.build.test_programs / "logoff.exe"
+    (installed.share / "logoff.exe").write_bytes(source.read_bytes())
+    sections = installation.configuration(ZB, ["09.94.00.00", "09.95.00.00"])
+    sections["Update03"]["Server01"] = "S:\\logoff.exe"
+    installed.write_configuration(ZB, sections)
+    run = installed.run(f"{INTEGRATED} MVBIL")
+    assert run.boxes == []
+    assert ("Gestione ProdTrelv - Sessione di Windows terminata durante il comando: S:\\logoff.exe"
+            == installed.texts()[-1])
+    assert not (installed.server / "prg/tempterm/agdv.lck").exists()
+    assert installed.versions()["ZB"] == ("09.94.00.00", "09.93.00.00")

@@ -24,6 +24,8 @@ constexpr const char* kPack = "C:\\Lumo\\Programmi\\luda.gz";
 constexpr const char* kClientCopy = "S:\\Lumo\\prg\\com\\bin\\cpy\\client\\TrelvManager.exe";
 constexpr const char* kAmbver = "S:\\Lumo\\prg\\etc\\ambver";
 constexpr const char* kTemporaries = "S:\\Lumo\\prg\\tempterm";
+constexpr const char* kCopies = "S:\\Lumo\\prg\\com\\bin\\cpy";
+constexpr const char* kClientCopyFolder = "S:\\Lumo\\prg\\com\\bin\\cpy\\client";
 constexpr const char* kTree = "prg\\com\\setup\\aggdovra\\";
 constexpr const char* kDelivered = "S:\\Lumo\\prg\\com\\setup\\aggdovra\\luda.ini";
 constexpr const char* kSetup = "C:\\Setup\\luda.exe";
@@ -129,27 +131,37 @@ const CallTable<Outcome> kOutcomes{
      Work::EitherWay},
     // The self-update.
     {"system.computerName", nullptr, Work::Done, "the temporaries' names lack it"},
-    {"files.look S:\\Lumo\\prg\\tempterm\\", nullptr, Work::Done, "leftovers count as missing"},
+    {"files.list S:\\Lumo\\prg\\tempterm", nullptr, Work::Done, "leftovers stay for the next one"},
+    {"files.list S:\\Lumo\\prg\\com\\bin\\cpy", nullptr, Work::Done,
+     "leftovers stay for the next one"},
+    {"files.copyRights S:\\Lumo\\prg\\com\\bin\\cpy\\client", kSelfUpdateFails, Work::NotDone},
+    {"files.copyRights S:\\Lumo\\prg\\etc\\ambver", kSelfUpdateFails, Work::NotDone},
+    {"files.removeStream S:\\Lumo\\prg\\tempterm\\", nullptr, Work::EitherWay,
+     "file systems differ in what they call a missing one"},
+    {"files.mayAddFile", kSelfUpdateFails, Work::NotDone},
     {"files.look S:\\Lumo\\prg\\tempterm", "errore in creazione cartella: ", Work::Done},
-    {"files.removeFile S:\\Lumo\\prg\\tempterm\\TrelvManager.old",
+    {"files.look S:\\Lumo\\prg\\com\\bin\\cpy\\TrelvManager-STAZIONE", nullptr, Work::Done,
+     "the program that was put aside stays for the next one"},
+    {"files.removeFile S:\\Lumo\\prg\\com\\bin\\cpy\\TrelvManager-STAZIONE",
      "File temporaneo non rimosso: ", Work::Done},
     {"files.look S:\\Lumo\\prg\\com\\bin\\cpy\\client\\TrelvManager.exe", nullptr, Work::EitherWay,
      "of a copy in use one look only tells that it may be waited for"},
     {"files.look C:\\Lumo\\Programmi\\TrelvManager.exe", kSelfUpdateFails, Work::NotDone},
     {"files.copyFile C:\\Lumo\\Programmi\\TrelvManager.exe", kSelfUpdateFails, Work::NotDone},
     {"files.clearReadOnly S:\\Lumo\\prg\\tempterm\\", kSelfUpdateFails, Work::NotDone},
-    {"files.replaceFile S:\\Lumo\\prg\\com\\bin\\cpy\\client\\TrelvManager.exe", kSelfUpdateFails,
+    {"files.moveFile S:\\Lumo\\prg\\com\\bin\\cpy\\client\\TrelvManager.exe", kSelfUpdateFails,
      Work::NotDone},
-    {"files.replaceFile S:\\Lumo\\prg\\tempterm\\TrelvManager-STAZIONE.tmp", nullptr,
-     Work::EitherWay, "one that is refused is tried by putting the old one aside"},
+    {"files.moveFile S:\\Lumo\\prg\\tempterm\\TrelvManager-STAZIONE", kSelfUpdateFails,
+     Work::NotDone},
+    {"files.replaceFile S:\\Lumo\\prg\\tempterm\\TrelvManager-STAZIONE", nullptr, Work::EitherWay,
+     "one that is refused is tried by putting the old one aside"},
     {"files.read S:\\Lumo\\prg\\etc\\ambver", kSelfUpdateFails, Work::NotDone},
     {"files.look C:\\Users\\mario\\Temp\\ambver", nullptr, Work::EitherWay,
      "an old scratch copy counts as missing and is overwritten"},
     {"files.write C:\\Users\\mario\\Temp\\ambver", kSelfUpdateFails, Work::NotDone},
     {"files.copyFile C:\\Users\\mario\\Temp\\ambver", kSelfUpdateFails, Work::NotDone},
     {"files.look S:\\Lumo\\prg\\etc\\ambver", kSelfUpdateFails, Work::NotDone},
-    {"files.replaceFile S:\\Lumo\\prg\\tempterm\\ambver-STAZIONE.tmp", kSelfUpdateFails,
-     Work::NotDone},
+    {"files.replaceFile S:\\Lumo\\prg\\tempterm\\ambver-STAZIONE", kSelfUpdateFails, Work::NotDone},
     {"desktop.messageBox", nullptr, Work::Done, "there is nobody to see it"}};
 
 enum class InstallKind {
@@ -194,7 +206,7 @@ class SweptInstall : public SweptWorld {
   void expectNothingHalf(Findings& findings);
   void expectDeliveredWhole(Findings& findings);
   void expectOutcome(const Fault& fault, Findings& findings);
-  void expectNoTemporaries(const std::string& allowed, Findings& findings);
+  void expectNoTemporaries(bool runs, Findings& findings);
   void finishAfterTheEnd(Findings& findings);
 
   const InstallKind kind_;
@@ -273,8 +285,7 @@ void SweptInstall::judge(const Fault& fault, Findings& findings) {
   } else if (fault.trouble == Trouble::FailsOnce) {
     expectOutcome(fault, findings);
     findings.expect(share().exists(kClientCopy), "no client copy");
-    expectNoTemporaries(kind_ == InstallKind::SelfUpdateOfARunningCopy ? "TrelvManager.old" : "",
-                        findings);
+    expectNoTemporaries(kind_ == InstallKind::SelfUpdateOfARunningCopy, findings);
   }
 }
 
@@ -313,10 +324,16 @@ void SweptInstall::expectOutcome(const Fault& fault, Findings& findings) {
                   "not done, and nobody told it");
 }
 
-/// The lock of nobody lies there too.
-void SweptInstall::expectNoTemporaries(const std::string& allowed, Findings& findings) {
+/// The lock of nobody lies there too. A client copy that runs may be put aside.
+void SweptInstall::expectNoTemporaries(bool runs, Findings& findings) {
   for (const std::string& name : share().names(kTemporaries)) {
-    findings.expect(name == allowed, "left on the share: " + name);
+    findings.expect(false, "left on the share: " + name);
+  }
+  for (const std::string& name : share().names(kClientCopyFolder)) {
+    findings.expect(name == "TrelvManager.exe", "left beside the client copy: " + name);
+  }
+  for (const std::string& name : share().names(kCopies)) {
+    findings.expect(name == "client" || runs, "left aside: " + name);
   }
 }
 
@@ -333,7 +350,7 @@ void SweptInstall::finishAfterTheEnd(Findings& findings) {
   findings.expect(isDone(), "not done by the next start");
   expectNothingHalf(findings);
   expectDeliveredWhole(findings);
-  expectNoTemporaries("", findings);
+  expectNoTemporaries(false, findings);
 }
 
 TEST(InstallSweep, FailuresAreToldAndNothingIsHalf) {

@@ -96,6 +96,16 @@ class SimContractMachine : public ContractMachine {
     disk().setModified(path, {2009, 3, 5, 10, 5, 3});
   }
   void conceal(const std::string& path) override { disk().setConcealed(path); }
+  void putRights(const std::string& path) override {
+    disk().setRights(path, {{"mario", sim::Right::All}, {"*", sim::Right::Read}});
+  }
+  std::string rights(const std::string& path) override {
+    std::string text;
+    for (const auto& [user, right] : disk().rights(path)) {
+      text += user + "=" + std::to_string(static_cast<unsigned>(right)) + " ";
+    }
+    return text;
+  }
   std::unique_ptr<HeldFile> hold(const std::string& path, Sharing sharing) override {
     return std::make_unique<SimHeldFile>(disk(), path, sharing);
   }

@@ -331,6 +331,8 @@ class Win32ContractMachine : public ContractMachine {
                 FALSE,
             "concealing " + path);
   }
+  void putRights(const std::string& path) override;
+  std::string rights(const std::string& path) override;
   std::unique_ptr<HeldFile> hold(const std::string& path, Sharing sharing) override;
   std::string otherVolumeFolder() override;
   std::string connectedDrive() override;
@@ -475,6 +477,42 @@ void Win32ContractMachine::makeOld(const std::string& path) {
   SystemTimeToFileTime(&day, &time);
   const win32::OwnedFile file = openFile(path, FILE_WRITE_ATTRIBUTES, kShareAll, OPEN_EXISTING);
   require(SetFileTime(file.get(), nullptr, nullptr, &time) != FALSE, "dating " + path);
+}
+
+/// Everything for the owner, nothing for anybody else; as a text of rights, "P" keeps what comes
+/// down from the folder away.
+void Win32ContractMachine::putRights(const std::string& path) {
+  std::array<BYTE, SECURITY_MAX_SID_SIZE> user{};
+  auto size = static_cast<DWORD>(user.size());
+  std::array<wchar_t, 256> domain{};
+  auto domainSize = static_cast<DWORD>(domain.size());
+  std::array<wchar_t, 256> name{};
+  auto nameSize = static_cast<DWORD>(name.size());
+  SID_NAME_USE use{};
+  GetUserNameW(name.data(), &nameSize);
+  require(LookupAccountNameW(nullptr, name.data(), user.data(), &size, domain.data(), &domainSize,
+                             &use) != FALSE,
+          "looking the user up");
+  std::array<std::uint32_t, 64> list{};
+  auto* const rightsList = reinterpret_cast<ACL*>(list.data());
+  require(InitializeAcl(rightsList, sizeof(list), ACL_REVISION) != FALSE, "making a rights list");
+  require(AddAccessAllowedAce(rightsList, ACL_REVISION, FILE_ALL_ACCESS, user.data()) != FALSE,
+          "filling a rights list");
+  SECURITY_DESCRIPTOR descriptor{};
+  InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
+  SetSecurityDescriptorDacl(&descriptor, TRUE, rightsList, FALSE);
+  require(SetFileSecurityW(wide(path).c_str(), DACL_SECURITY_INFORMATION, &descriptor) != FALSE,
+          "giving rights to " + path);
+}
+
+std::string Win32ContractMachine::rights(const std::string& path) {
+  DWORD size = 0;
+  GetFileSecurityW(wide(path).c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
+  std::vector<std::uint32_t> list((size + 3) / 4);
+  require(GetFileSecurityW(wide(path).c_str(), DACL_SECURITY_INFORMATION, list.data(), size,
+                           &size) != FALSE,
+          "reading the rights of " + path);
+  return {reinterpret_cast<const char*>(list.data()), size};
 }
 
 std::unique_ptr<HeldFile> Win32ContractMachine::hold(const std::string& path, Sharing sharing) {

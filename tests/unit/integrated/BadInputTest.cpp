@@ -287,7 +287,7 @@ class BadStore : public BadInput {
   }
 
   XmlStore store_{machine().machine().files, machine().machine().registry,
-                  machine().machine().locale};
+                  machine().machine().locale, machine().machine().system};
 };
 
 TEST_F(BadStore, ThatIsWholeIsUsed) {

@@ -404,5 +404,26 @@ TEST_F(UpdateAll, VersionThatAnotherWorkstationRecordedDuringACommandIsSeen) {
   EXPECT_EQ(station_.serverVersion("ZB"), "01.00");
 }
 
+// --- The end of the Windows session
+
+TEST_F(UpdateAll, WhatEndedBeforeTheSessionDidIsRecordedAndTheRestRunsAtTheNextStart) {
+  installation_.putConfiguration(
+      "zb.ini", configurationText({{"Setup01", "01.00", {"S:\\Lumo\\a.exe"}, {}},
+                                   {"Setup02", "02.00", {"S:\\Lumo\\b.exe"}, {}},
+                                   {"Update01", "02.00", {"S:\\Lumo\\c.exe"}, {}}}));
+  machine().programs().setDeferred(true);
+  share().putProgram("S:\\Lumo\\b.exe", [](sim::SimProcess& process) -> std::uint32_t {
+    process.machine().programs().endSession();
+  });
+  EXPECT_THROW(updateAll(station_), sim::Killed);
+  machine().startSession();
+  EXPECT_EQ(station_.serverVersion("ZB"), "01.00");
+  EXPECT_FALSE(installation_.serverLockExists());
+  station_.endProgram();
+  updateAll(station_);
+  EXPECT_EQ(programs(), "a b c");
+  EXPECT_EQ(station_.serverVersion("ZB"), "02.00");
+}
+
 }  // namespace
 }  // namespace trelv::tests

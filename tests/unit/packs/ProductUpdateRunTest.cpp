@@ -438,6 +438,73 @@ TEST_F(UpdateRun, UnknownKindIsAFailureOfTheRun) {
   EXPECT_TRUE(installation_.serverLockExists());
 }
 
+// A user who may only read meets the lock for each product at each start.
+TEST_F(UpdateRun, LockOfAnotherSessionThatCannotBeDeletedIsOneLine) {
+  share().put(kLock, "other");
+  share().setRights("S:\\Lumo", {{"*", sim::Right::Read}});
+  version_ = "09.00";
+  configure(section("Update01", "01.00", "a.exe"));
+  EXPECT_TRUE(updateServer());
+  EXPECT_TRUE(updateServer());
+  EXPECT_THAT(reports(), IsEmpty());
+  EXPECT_THAT(boxes(), IsEmpty());
+  EXPECT_TRUE(installation_.serverLockExists());
+  EXPECT_EQ(std::count(lines().begin(), lines().end(),
+                       "Gestione ProdTrelv - Blocco di un'altra sessione non rimosso: "
+                       "S:\\Lumo\\prg\\tempterm\\agdv.lck (Autorizzazione negata: "
+                       "S:\\Lumo\\prg\\tempterm\\agdv.lck)"),
+            1);
+}
+
+TEST_F(UpdateRun, OwnLockThatCannotBeDeletedIsReported) {
+  configure(section("Update01", "01.00", "a.exe"));
+  machine().onCall("processes.start", [&] { share().denyWriting(kLock); });
+  EXPECT_TRUE(updateServer());
+  EXPECT_THAT(program().reportTexts(), ElementsAre("Errore in cancellazione file: "));
+}
+
+// --- The end of the Windows session
+
+/// Ends the session while this command of the share runs.
+void endSessionIn(sim::SimMachine& machine, const std::string& program) {
+  machine.programs().setDeferred(true);
+  machine.programs().define(program, [](sim::SimProcess& process) -> std::uint32_t {
+    process.machine().programs().endSession();
+  });
+}
+
+TEST_F(UpdateRun, EndOfTheSessionWhileACommandRunsFreesItsOwnLock) {
+  configure(section("Update01", "01.00", "a.exe") + section("Update02", "02.00", "b.exe"));
+  endSessionIn(machine(), "S:\\Lumo\\b.exe");
+  EXPECT_THROW(updateServer(), sim::Killed);
+  machine().startSession();
+  EXPECT_FALSE(installation_.serverLockExists());
+  EXPECT_EQ(version_, "01.00");
+  EXPECT_EQ(lines().back(),
+            "Gestione ProdTrelv - Sessione di Windows terminata durante il comando: "
+            "S:\\Lumo\\b.exe");
+  EXPECT_THAT(boxes(), IsEmpty());
+  EXPECT_THAT(reports(), IsEmpty());
+}
+
+TEST_F(UpdateRun, LockThatCannotGoWithTheSessionIsOneLineAndNoForm) {
+  configure(section("Update01", "01.00", "a.exe"));
+  endSessionIn(machine(), "S:\\Lumo\\a.exe");
+  machine().onCall("processes.wait", [&] { share().denyWriting(kLock); });
+  EXPECT_THROW(updateServer(), sim::Killed);
+  EXPECT_THAT(lines(), Contains(StartsWith("Gestione ProdTrelv - Blocco non rimosso: ")));
+  EXPECT_THAT(reports(), IsEmpty());
+}
+
+TEST_F(UpdateRun, WhoEndsTheSessionLearnsWhyHeWaitsWhileCommandsRunAndOnlyThen) {
+  configure(section("Update01", "01.00", "a.exe"));
+  std::string reason;
+  machine().onCall("processes.start", [&] { reason = machine().programs().sessionReason(); });
+  EXPECT_TRUE(updateServer());
+  EXPECT_EQ(reason, "Aggiornamento dei prodotti complementari in corso: attendere la fine.");
+  EXPECT_EQ(machine().programs().sessionReason(), "");
+}
+
 // --- The command runner
 
 TEST_F(UpdateRun, ResolvedTextReplacesTheCallersCommand) {

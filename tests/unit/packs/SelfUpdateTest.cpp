@@ -14,7 +14,11 @@ constexpr const char* kClientCopyFolder = "S:\\Lumo\\prg\\com\\bin\\cpy\\client"
 constexpr const char* kClientCopy = "S:\\Lumo\\prg\\com\\bin\\cpy\\client\\TrelvManager.exe";
 constexpr const char* kAmbver = "S:\\Lumo\\prg\\etc\\ambver";
 constexpr const char* kTemporaries = "S:\\Lumo\\prg\\tempterm";
-constexpr const char* kOldProgram = "S:\\Lumo\\prg\\tempterm\\TrelvManager.old";
+constexpr const char* kCopies = "S:\\Lumo\\prg\\com\\bin\\cpy";
+constexpr const char* kMark = "Zone.Identifier";
+/// Who may change the client copy, and who may only start it.
+const sim::RightsList kOfTheClientCopy{{"mario", sim::Right::All}, {"*", sim::Right::Read}};
+const sim::RightsList kEveryone{{"*", sim::Right::All}};
 constexpr const char* kScratch = "C:\\Users\\mario\\Temp\\ambver";
 
 constexpr const char* kCopyLine =
@@ -47,6 +51,21 @@ class SelfUpdate : public StationTest {
     share().setModified(kClientCopy, date);
   }
   std::string clientCopy() { return share().text(kClientCopy); }
+  /// Puts a program aside as an update of the process 99 does; gives its path.
+  std::string putAside(const std::string& bytes, const machine::LocalTime& date) {
+    const std::string path = std::string(kCopies) + "\\TrelvManager-ALTRA-2-99-" +
+                             std::to_string(bytes.size()) + "-" +
+                             std::to_string(sim::ticksOf(date)) + ".old";
+    share().put(path, bytes);
+    share().setModified(path, date);
+    return path;
+  }
+  /// What stands beside the client copy's folder.
+  std::vector<std::string> putAsides() {
+    std::vector<std::string> names = share().names(kCopies);
+    std::erase(names, "client");
+    return names;
+  }
   std::string ambver() { return share().text(kAmbver); }
   std::vector<std::string> temporaries() { return share().names(kTemporaries); }
 
@@ -140,11 +159,11 @@ TEST_F(SelfUpdate, CopiesUnderTheNameOfTheRunningProgram) {
 TEST_F(SelfUpdate, PutsItInPlaceByOneRenameFromTheServersTemporaryFolder) {
   machine().onCall("files.replaceFile", [&] {
     EXPECT_EQ(clientCopy(), "il vecchio");
-    EXPECT_THAT(temporaries(), ElementsAre("TrelvManager-STAZIONE.tmp"));
+    EXPECT_THAT(temporaries(), ElementsAre("TrelvManager-STAZIONE-1-4711.tmp"));
     EXPECT_THAT(share().names(kClientCopyFolder), ElementsAre("TrelvManager.exe"));
     machine().onCall("files.replaceFile", [&] {
       EXPECT_EQ(ambver(), "AMB0001 01/02/08 10:11\r\n");
-      EXPECT_THAT(temporaries(), ElementsAre("ambver-STAZIONE.tmp"));
+      EXPECT_THAT(temporaries(), ElementsAre("ambver-STAZIONE-1-4711.tmp"));
     });
   });
   update();
@@ -183,8 +202,7 @@ const std::vector<Circumstance> kCircumstances{
     // An update was ended between the two renames of a copy in use.
     {"CopyWasLeftAside",
      [](SelfUpdate& t) {
-       t.share().put(kOldProgram, "il vecchio");
-       t.share().setModified(kOldProgram, {2009, 2, 1, 12, 0, 0});
+       t.putAside("il vecchio", {2009, 2, 1, 12, 0, 0});
        t.share().removeTree(kClientCopy);
      },
      std::string("Gestione ProdTrelv - Copia precedente ripristinata: ") + kClientCopy},
@@ -229,17 +247,19 @@ TEST_F(SelfUpdate, RunningCopyIsPutAsideAndReplacedAndGoesAtTheNextSelfUpdate) {
   auto running = share().run(kClientCopy);
   update();
   EXPECT_EQ(clientCopy(), "il nuovo");
-  EXPECT_EQ(share().text(kOldProgram), "il vecchio");
+  ASSERT_THAT(putAsides(), ElementsAre(StartsWith("TrelvManager-STAZIONE-1-4711-10-")));
+  const std::string aside = std::string(kCopies) + "\\" + putAsides().front();
+  EXPECT_EQ(share().text(aside), "il vecchio");
   EXPECT_THAT(share().names(kClientCopyFolder), ElementsAre("TrelvManager.exe"));
+  EXPECT_THAT(temporaries(), IsEmpty());
   EXPECT_THAT(reports(), IsEmpty());
   EXPECT_THAT(lines(), ElementsAre(kCopyLine,
-                                   "Gestione ProdTrelv - File temporaneo non rimosso: "
-                                   "S:\\Lumo\\prg\\tempterm\\TrelvManager.old (Autorizzazione "
-                                   "negata: S:\\Lumo\\prg\\tempterm\\TrelvManager.old)",
+                                   "Gestione ProdTrelv - File temporaneo non rimosso: " + aside +
+                                       " (Autorizzazione negata: " + aside + ")",
                                    kCopied, kStampLine));
   running.reset();
   update();
-  EXPECT_THAT(temporaries(), IsEmpty());
+  EXPECT_THAT(putAsides(), IsEmpty());
 }
 
 TEST_F(SelfUpdate, CopyThatIsReadForLongIsPutAsideAndGoesWhenItIsClosed) {
@@ -247,29 +267,66 @@ TEST_F(SelfUpdate, CopyThatIsReadForLongIsPutAsideAndGoesWhenItIsClosed) {
   update();
   EXPECT_EQ(clientCopy(), "il nuovo");
   EXPECT_THAT(reports(), IsEmpty());
-  share().release(kOldProgram);
-  EXPECT_THAT(temporaries(), IsEmpty());
+  ASSERT_THAT(putAsides(), testing::SizeIs(1));
+  share().release(std::string(kCopies) + "\\" + putAsides().front());
+  EXPECT_THAT(putAsides(), IsEmpty());
 }
 
 TEST_F(SelfUpdate, RunningCopyThatCannotBePutAsideStaysWhole) {
   const auto running = share().run(kClientCopy);
-  share().put(kOldProgram, "ancora più vecchio");
-  const auto oldRunning = share().run(kOldProgram);
+  machine().callLog().setInjector(refuse({CallKind::FileMove}));
   update();
   expectFailed(70);
   EXPECT_EQ(clientCopy(), "il vecchio");
-  EXPECT_EQ(share().text(kOldProgram), "ancora più vecchio");
-  EXPECT_THAT(temporaries(), ElementsAre("TrelvManager.old"));
+  EXPECT_THAT(putAsides(), IsEmpty());
+  EXPECT_THAT(temporaries(), IsEmpty());
 }
 
-// A copy that runs is tried to be replaced eleven times. The next rename to its name is that of the
-// new program, the one behind it brings the old one back.
-constexpr int kTries = 11;
+// Whoever may rename files of a folder may not always make new ones.
+TEST_F(SelfUpdate, RunningCopyStaysWhereNoOtherOneCouldBeMade) {
+  const auto running = share().run(kClientCopy);
+  share().setRights(kClientCopyFolder,
+                    {{"*", sim::Right::Read | sim::Right::Change | sim::Right::Remove}});
+  update();
+  expectFailed(70);
+  EXPECT_EQ(machine().callLog().countOf("files.moveFile"), 0U);
+  EXPECT_EQ(clientCopy(), "il vecchio");
+}
 
+TEST_F(SelfUpdate, RunningCopyIsLeftToAWorkstationThatPutItsOwnThereMeanwhile) {
+  const auto running = share().run(kClientCopy);
+  // The second rename is that of the new program.
+  machine().onCall("files.moveFile", [&] {
+    machine().onCall("files.moveFile", [&] {
+      putClientCopy("dell'altra", {2009, 2, 20, 0, 0, 0});
+    });
+  });
+  update();
+  EXPECT_EQ(clientCopy(), "il nuovo");
+  EXPECT_THAT(reports(), IsEmpty());
+  EXPECT_THAT(temporaries(), IsEmpty());
+}
+
+TEST_F(SelfUpdate, RunningCopyThatAnotherWorkstationBroughtBackMeanwhileIsPutAsideAgain) {
+  const auto running = share().run(kClientCopy);
+  Station other(installation_);
+  other.machine().system().setComputerName("ALTRA");
+  other.machine().clock().set({2009, 3, 5, 9, 7, 59});
+  machine().onCall("files.moveFile", [&] {
+    machine().onCall("files.moveFile", [&] { UpdateTrelvManager(other.program(), "S:\\Lumo"); });
+  });
+  update();
+  EXPECT_EQ(clientCopy(), "il nuovo");
+  EXPECT_THAT(reports(), IsEmpty());
+  EXPECT_THAT(putAsides(), testing::SizeIs(1));
+}
+
+// The first rename to the client copy's name is that of the new program, the second brings the old
+// one back.
 TEST_F(SelfUpdate, CopyThatWasPutAsideComesBackWhenTheNewOneCannotTakeItsPlace) {
   const auto running = share().run(kClientCopy);
-  machine().callLog().setInjector(refuse(CallKind::FileReplace, kTries + 1, kTries + 1,
-                                         system_code::kNetNameDeleted, kClientCopy));
+  machine().callLog().setInjector(
+      refuse(CallKind::FileMove, 1, 1, system_code::kNetNameDeleted, kClientCopy));
   update();
   expectFailed(57);
   EXPECT_EQ(clientCopy(), "il vecchio");
@@ -279,13 +336,15 @@ TEST_F(SelfUpdate, CopyThatWasPutAsideComesBackWhenTheNewOneCannotTakeItsPlace) 
 
 TEST_F(SelfUpdate, CopyThatCannotComeBackIsTold) {
   const auto running = share().run(kClientCopy);
-  machine().callLog().setInjector(refuse(CallKind::FileReplace, kTries + 1, kTries + 2,
-                                         system_code::kNetNameDeleted, kClientCopy));
+  machine().callLog().setInjector(
+      refuse(CallKind::FileMove, 1, 2, system_code::kNetNameDeleted, kClientCopy));
   update();
   expectFailed(57);
-  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Copia precedente non ripristinata: "
-                                "S:\\Lumo\\prg\\tempterm\\TrelvManager.old"));
-  EXPECT_EQ(share().text(kOldProgram), "il vecchio");
+  ASSERT_THAT(putAsides(), testing::SizeIs(1));
+  const std::string aside = std::string(kCopies) + "\\" + putAsides().front();
+  EXPECT_THAT(lines(),
+              Contains("Gestione ProdTrelv - Copia precedente non ripristinata: " + aside));
+  EXPECT_EQ(share().text(aside), "il vecchio");
 }
 
 // --- What ends it
@@ -323,9 +382,10 @@ const std::vector<Obstacle> kObstacles{
      [](SelfUpdate& t) { t.machine().setExecutable("C:\\Altrove\\TrelvManager.scr"); }, 53,
      "Impossibile trovare il file: C:\\Altrove\\TrelvManager.exe"},
     {"MissingClientCopyFolder", [](SelfUpdate& t) { t.share().removeTree(kClientCopyFolder); }, 76,
-     std::string("Impossibile trovare il percorso: ") + kClientCopy},
+     std::string("Impossibile trovare il percorso: ") + kClientCopyFolder +
+         "\\TrelvManager-STAZIONE-1-4711.tmp"},
     {"FullShare", [](SelfUpdate& t) { t.share().setCapacity(t.share().usedBytes() + 3); }, 61,
-     "Disco pieno: S:\\Lumo\\prg\\tempterm\\TrelvManager-STAZIONE.tmp"},
+     "Disco pieno: S:\\Lumo\\prg\\tempterm\\TrelvManager-STAZIONE-1-4711.tmp"},
     {"NoTemporaryFolder", [](SelfUpdate& t) { t.machine().support().setTemporaryPath(""); }, 76,
      "Cartella temporanea non disponibile", true},
     {"MissingEnvironmentFile", [](SelfUpdate& t) { t.share().removeTree(kAmbver); }, 53,
@@ -383,32 +443,88 @@ TEST_F(SelfUpdate, ProtectedScratchCopyEndsIt) {
 
 // --- What an update that was ended by force has left
 
-TEST_F(SelfUpdate, RemovesLeftoversAlsoWhenNothingIsCopied) {
+TEST_F(SelfUpdate, RemovesLeftoversOfThisComputerAlsoWhenNothingIsCopied) {
   putClientCopy("più nuovo", {2009, 3, 2, 0, 0, 0});
   share().put(kAmbver, "");
-  for (const char* const name :
-       {"TrelvManager-STAZIONE.tmp", "ambver-STAZIONE.tmp", "TrelvManager.old"}) {
-    const std::string path = std::string(kTemporaries) + "\\" + name;
-    share().put(path, "metà");
-    share().setReadOnly(path);
+  for (const std::string& name :
+       {std::string(kTemporaries) + "\\TrelvManager-STAZIONE-1-4711.tmp",
+        std::string(kTemporaries) + "\\TrelvManager-STAZIONE-7-99.tmp",
+        std::string(kTemporaries) + "\\ambver-STAZIONE-2-99.tmp",
+        std::string(kClientCopyFolder) + "\\TrelvManager-STAZIONE-2-99.tmp"}) {
+    share().put(name, "metà");
+    share().setReadOnly(name);
   }
   update();
   EXPECT_THAT(temporaries(), IsEmpty());
+  EXPECT_THAT(share().names(kClientCopyFolder), ElementsAre("TrelvManager.exe"));
   EXPECT_THAT(lines(), ElementsAre(kCopyLine, kNotCopied, kStampLine));
 }
 
-TEST_F(SelfUpdate, CopyThatWasLeftAsideIsNotLostWhereTheNewOneCannotBeMade) {
-  share().put(kOldProgram, "il vecchio");
-  share().removeTree(kClientCopy);
-  share().setCapacity(share().usedBytes() + 3);
+TEST_F(SelfUpdate, LeavesTemporariesOfOthersAlone) {
+  machine().programs().setRunning(99);
+  const std::vector<std::string> names{"TrelvManager-STAZIONE-1-99.tmp",
+                                       "TrelvManager-ALTRA-1-98.tmp",
+                                       "TrelvManager-STAZIONE-1-98-1.tmpx",
+                                       "TrelvManager-STAZIONE-.tmp",
+                                       "TrelvManager-STAZIONE-1-9x.tmp",
+                                       "TrelvManager.tmp",
+                                       "ambver-STAZIONE.old"};
+  for (const std::string& name : names) {
+    share().put(std::string(kTemporaries) + "\\" + name, "x");
+  }
   update();
-  expectFailed(61);
-  EXPECT_EQ(clientCopy(), "il vecchio");
+  EXPECT_EQ(temporaries(), names);
+}
+
+TEST_F(SelfUpdate, TwoSessionsOfATerminalServerDoNotMeetInATemporary) {
+  Station other(installation_);
+  other.machine().system().setSessionId(2);
+  other.machine().system().setProcessId(815);
+  machine().programs().setRunning(815);
+  other.machine().programs().setRunning(4711);
+  other.machine().clock().set({2009, 3, 5, 9, 7, 59});
+  other.machine().putFile(kOwn, "dell'altra");
+  other.disk().setModified(kOwn, {2009, 3, 2, 0, 0, 0});
+  machine().onCall("files.replaceFile", [&] { UpdateTrelvManager(other.program(), "S:\\Lumo"); });
+  update();
+  EXPECT_THAT(clientCopy(), testing::AnyOf("il nuovo", "dell'altra"));
+  EXPECT_THAT(reports(), IsEmpty());
+  EXPECT_THAT(other.program().reports(), IsEmpty());
   EXPECT_THAT(temporaries(), IsEmpty());
 }
 
+TEST_F(SelfUpdate, CopyThatWasLeftAsideIsNotLostWhereTheNewOneCannotBeMade) {
+  putAside("il più vecchio", {2009, 1, 1, 12, 0, 0});
+  putAside("il vecchio", {2009, 2, 1, 12, 0, 0});
+  share().removeTree(kClientCopy);
+  machine().callLog().setInjector(refuse({CallKind::FileCopy}));
+  update();
+  expectFailed(70);
+  EXPECT_EQ(clientCopy(), "il vecchio");
+  EXPECT_THAT(putAsides(), IsEmpty());
+}
+
+// Only what an update put aside is known to be a program of ours.
+TEST_F(SelfUpdate, AFileThatSomebodyElsePutThereIsNeitherPutBackNorRemoved) {
+  putOwn("il nuovo", {2009, 3, 1, 12, 0, 0});
+  share().removeTree(kClientCopy);
+  share().setCapacity(0);
+  const std::vector<std::string> names{"TrelvManager.old", "TrelvManager-STAZIONE-1-99.old",
+                                       "TrelvManager-STAZIONE-1-99-7-1.old",
+                                       "Altro-STAZIONE-1-99-7-1.old"};
+  for (const std::string& name : names) {
+    share().put(std::string(kCopies) + "\\" + name, "estraneo");
+  }
+  share().put("S:\\Lumo\\prg\\tempterm\\TrelvManager.old", "estraneo");
+  update();
+  expectFailed(61);
+  EXPECT_FALSE(share().exists(kClientCopy));
+  EXPECT_EQ(putAsides(), names);
+  EXPECT_TRUE(share().exists("S:\\Lumo\\prg\\tempterm\\TrelvManager.old"));
+}
+
 TEST_F(SelfUpdate, CopyThatWasLeftAsideReplacesNoneThatCannotBeLookedAt) {
-  share().put(kOldProgram, "ancora più vecchio");
+  const std::string aside = putAside("ancora più vecchio", {2009, 1, 1, 12, 0, 0});
   machine().callLog().setInjector([](const sim::SimCall& call) -> std::optional<SystemCode> {
     return call.text == std::string("files.look ") + kClientCopy
                ? std::optional<SystemCode>(system_code::kAccessDenied)
@@ -416,10 +532,116 @@ TEST_F(SelfUpdate, CopyThatWasLeftAsideReplacesNoneThatCannotBeLookedAt) {
   });
   update();
   EXPECT_EQ(clientCopy(), "il vecchio");
+  EXPECT_EQ(share().text(aside), "ancora più vecchio");
+}
+
+// --- Rights
+
+TEST_F(SelfUpdate, KeepsTheRightsOfWhatItReplaces) {
+  share().setRights(kTemporaries, kEveryone);
+  share().setRights(kClientCopy, kOfTheClientCopy);
+  share().setRights(kAmbver, kOfTheClientCopy);
+  update();
+  EXPECT_EQ(clientCopy(), "il nuovo");
+  EXPECT_EQ(share().rights(kClientCopy), kOfTheClientCopy);
+  EXPECT_EQ(ambver(), "AMB000105/03/09 09:07\r\n");
+  EXPECT_EQ(share().rights(kAmbver), kOfTheClientCopy);
+}
+
+TEST_F(SelfUpdate, KeepsTheRightsOfACopyInUse) {
+  const auto running = share().run(kClientCopy);
+  share().setRights(kTemporaries, kEveryone);
+  share().setRights(kClientCopy, kOfTheClientCopy);
+  update();
+  EXPECT_EQ(clientCopy(), "il nuovo");
+  EXPECT_EQ(share().rights(kClientCopy), kOfTheClientCopy);
+}
+
+TEST_F(SelfUpdate, CopyWhereNoneWasGetsTheRightsOfItsFolder) {
+  share().removeTree(kClientCopy);
+  share().setRights(kTemporaries, kEveryone);
+  share().setRights(kClientCopyFolder, kOfTheClientCopy);
+  update();
+  EXPECT_EQ(clientCopy(), "il nuovo");
+  EXPECT_EQ(share().rights(kClientCopy), kOfTheClientCopy);
+  EXPECT_THAT(share().names(kClientCopyFolder), ElementsAre("TrelvManager.exe"));
+}
+
+// A program that everybody could change must not stand there for a moment either.
+TEST_F(SelfUpdate, GetsItsRightsBeforeItsName) {
+  share().setRights(kTemporaries, kEveryone);
+  share().setRights(kClientCopy, kOfTheClientCopy);
+  machine().onCall("files.replaceFile", [&] {
+    EXPECT_EQ(share().rights("S:\\Lumo\\prg\\tempterm\\TrelvManager-STAZIONE-1-4711.tmp"),
+              kOfTheClientCopy);
+  });
+  update();
+  EXPECT_THAT(reports(), IsEmpty());
+}
+
+TEST_F(SelfUpdate, WithoutTheRightsOfWhatItReplacesNothingIsReplaced) {
+  machine().callLog().setInjector(refuse({CallKind::FileRights}));
+  update();
+  expectFailed(70);
+  EXPECT_EQ(clientCopy(), "il vecchio");
+  EXPECT_EQ(ambver(), "AMB0001 01/02/08 10:11\r\n");
+}
+
+TEST_F(SelfUpdate, UserWhoMayOnlyReadChangesNothing) {
+  share().setRights("S:\\Lumo", {{"*", sim::Right::Read}});
+  const std::string before = share().tree();
+  update();
+  expectFailed(70);
+  EXPECT_EQ(share().tree(), before);
+}
+
+TEST_F(SelfUpdate, CopyThatAppearsMeanwhileIsReplaced) {
+  share().removeTree(kClientCopy);
+  machine().onCall("files.moveFile", [&] { putClientCopy("dell'altra", {2009, 2, 20, 0, 0, 0}); });
+  update();
+  EXPECT_EQ(clientCopy(), "il nuovo");
+  EXPECT_THAT(share().names(kClientCopyFolder), ElementsAre("TrelvManager.exe"));
+  EXPECT_THAT(reports(), IsEmpty());
+}
+
+TEST_F(SelfUpdate, CopyThatVanishesMeanwhileIsMadeAnew) {
+  machine().onCall("files.copyRights", [&] { share().removeTree(kClientCopy); });
+  update();
+  EXPECT_EQ(clientCopy(), "il nuovo");
+  EXPECT_THAT(temporaries(), IsEmpty());
+  EXPECT_THAT(reports(), IsEmpty());
+}
+
+// --- The mark of a download
+
+TEST_F(SelfUpdate, LeavesTheMarkOfADownloadBehind) {
+  disk().putStream(kOwn, kMark, "[ZoneTransfer]\r\nZoneId=3\r\n");
+  update();
+  EXPECT_FALSE(share().hasStream(kClientCopy, kMark));
+  EXPECT_TRUE(disk().hasStream(kOwn, kMark));
+  share().removeTree(kClientCopy);
+  update();
+  EXPECT_EQ(clientCopy(), "il nuovo");
+  EXPECT_FALSE(share().hasStream(kClientCopy, kMark));
+}
+
+TEST_F(SelfUpdate, CopyNeverStandsThereWithTheMark) {
+  disk().putStream(kOwn, kMark, "[ZoneTransfer]\r\nZoneId=3\r\n");
+  machine().callLog().setInjector(refuse({CallKind::FileStreamRemove}));
+  update();
+  expectFailed(70);
+  EXPECT_EQ(clientCopy(), "il vecchio");
+}
+
+TEST_F(SelfUpdate, FileSystemWithoutStreamsCopies) {
+  machine().callLog().setInjector(refuse({CallKind::FileStreamRemove}, system_code::kInvalidName));
+  update();
+  EXPECT_EQ(clientCopy(), "il nuovo");
+  EXPECT_THAT(reports(), IsEmpty());
 }
 
 TEST_F(SelfUpdate, TwoWorkstationsAtOnceBothSucceedAndLeaveOtherTemporariesAlone) {
-  share().put("S:\\Lumo\\prg\\tempterm\\TrelvManager-TERZA.tmp", "in viaggio");
+  share().put("S:\\Lumo\\prg\\tempterm\\TrelvManager-TERZA-1-7.tmp", "in viaggio");
   share().put("S:\\Lumo\\prg\\tempterm\\agdv.lck", "x");
   Station other(installation_);
   other.machine().system().setComputerName("ALTRA");
@@ -431,7 +653,7 @@ TEST_F(SelfUpdate, TwoWorkstationsAtOnceBothSucceedAndLeaveOtherTemporariesAlone
   EXPECT_EQ(clientCopy(), "il nuovo");
   EXPECT_THAT(reports(), IsEmpty());
   EXPECT_THAT(other.program().reports(), IsEmpty());
-  EXPECT_THAT(temporaries(), ElementsAre("TrelvManager-TERZA.tmp", "agdv.lck"));
+  EXPECT_THAT(temporaries(), ElementsAre("TrelvManager-TERZA-1-7.tmp", "agdv.lck"));
 }
 
 // --- The environment file

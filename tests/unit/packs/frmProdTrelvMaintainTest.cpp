@@ -210,6 +210,7 @@ TEST_F(MaintenanceForm, ListsTheVersionsOfTheChosenTypeAndForgetsTheSelectedOneW
 }
 
 TEST_F(MaintenanceForm, TellsWhatEachButtonWillDo) {
+  program_.state().startup.administrator = true;
   show([](SimFormWindow& form) {
     form.choose("cmbProduct", kZb);
     EXPECT_EQ(
@@ -735,6 +736,23 @@ TEST_F(MaintenanceForm, MaintenanceModeShowsIt) {
       kForm, [](SimFormWindow& form) { EXPECT_EQ(form.itemCount("cmbProduct"), 2); });
   program_.run("INTEGRATEDMAINTAIN S:\\Lumo S:\\Lumo");
   EXPECT_THAT(machine().desktop().shownForms(), ElementsAre(kForm));
+}
+
+TEST_F(MaintenanceForm, SaysBeforeARemovalThatTheUserIsNoAdministratorAndOnlyThen) {
+  const auto warned = [](SimFormWindow& form) -> bool {
+    return form.text("lblRemove").find("utente non amministratore") != std::string::npos;
+  };
+  for (const bool administrator : {true, false}) {
+    program_.state().startup.administrator = administrator;
+    show([&](SimFormWindow& form) {
+      EXPECT_FALSE(warned(form)) << "nothing is selected";
+      form.choose("cmbProduct", kZb);
+      EXPECT_EQ(warned(form), !administrator);
+      form.check("optServer");
+      EXPECT_EQ(warned(form), !administrator);
+      EXPECT_THAT(form.text("lblRemove"), testing::HasSubstr(" Server di ZB"));
+    });
+  }
 }
 
 }  // namespace

@@ -40,7 +40,7 @@ class OwnStoreTest : public testing::Test {
 
   FakeProgram program;
   XmlStore store{program.sim.machine().files, program.sim.machine().registry,
-                 program.sim.machine().locale};
+                 program.sim.machine().locale, program.sim.machine().system};
   bool done = false;
 };
 

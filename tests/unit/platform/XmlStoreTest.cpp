@@ -91,7 +91,8 @@ class XmlStoreTest : public testing::Test {
 
   static constexpr const char* kSection = "Complementary_Products";
   sim::SimMachine sim;
-  XmlStore store{sim.machine().files, sim.machine().registry, sim.machine().locale};
+  XmlStore store{sim.machine().files, sim.machine().registry, sim.machine().locale,
+                 sim.machine().system};
 };
 
 // --- Reading
@@ -387,7 +388,8 @@ TEST_F(XmlStoreTest, ValuesAndNamesComeBackAsTheyWereWritten) {
 }
 
 TEST_F(XmlStoreTest, ReadsTheFileAnewBeforeEachWrite) {
-  XmlStore other{sim.machine().files, sim.machine().registry, sim.machine().locale};
+  XmlStore other{sim.machine().files, sim.machine().registry, sim.machine().locale,
+                 sim.machine().system};
   EXPECT_EQ(set("A", "s", "k", "a", "1"), 0);
   EXPECT_EQ(other.setParameter("B", "s", "k", "a", 1, "2"), 0);
   EXPECT_EQ(set("C", "s", "k", "a", "3"), 0);
@@ -423,6 +425,27 @@ TEST_F(XmlStoreTest, AFailedWriteLeavesTheOldFileAndNoOther) {
   sim.callLog().setInjector(nullptr);
   sim.diskOf(kFile).setCapacity(sim.diskOf(kFile).usedBytes() + 10);
   expectFailed();
+}
+
+TEST_F(XmlStoreTest, KeepsTheRightsOfTheFile) {
+  const sim::RightsList rights{{"mario", sim::Right::All}, {"*", sim::Right::Read}};
+  sim.diskOf(kFile).setRights(kFile, rights);
+  EXPECT_EQ(setPath("T:\\Nuovo"), 0);
+  EXPECT_EQ(sim.diskOf(kFile).rights(kFile), rights);
+}
+
+TEST_F(XmlStoreTest, TwoProcessesDoNotMeetInATemporaryFile) {
+  bool seen = false;
+  sim.onCall("files.replaceFile", [&] {
+    seen = sim.fileExists(std::string(kFile) + "-1-4711.tmp");
+    sim.system().setProcessId(815);
+    EXPECT_EQ(set("DOVRA", "s", "k", "a", "dell'altro"), 0);
+    sim.system().setProcessId(4711);
+  });
+  EXPECT_EQ(setPath("T:\\Nuovo"), 0);
+  EXPECT_TRUE(seen);
+  EXPECT_EQ(getPath(), Answer(0, "T:\\Nuovo"));
+  expectNoOtherFile();
 }
 
 }  // namespace

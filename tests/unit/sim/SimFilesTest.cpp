@@ -27,6 +27,9 @@ class SimFilesTest : public testing::Test {
   SystemCode append(const std::string& path, const std::string& bytes = "x") {
     return machine_.files().append(path, bytes);
   }
+  SystemCode replace(const std::string& from, const std::string& to) {
+    return machine_.files().replaceFile(from, to);
+  }
   SystemCode copy(const std::string& from, const std::string& to) {
     return machine_.files().copyFile(from, to);
   }
@@ -206,6 +209,64 @@ TEST(FileTicks, CountFrom1601) {
   EXPECT_EQ(ticksOf({1970, 1, 1, 0, 0, 0}), 116'444'736'000'000'000);
   EXPECT_EQ(ticksOf({2000, 3, 1, 0, 0, 1}) - ticksOf({2000, 2, 28, 0, 0, 0}),
             (2 * 86'400 + 1) * std::int64_t{10'000'000});
+}
+
+// --- Rights and streams
+
+TEST_F(SimFilesTest, RightsComeFromTheFolderAndTravelWithARename) {
+  const RightsList onlyMario{{"mario", Right::All}, {"*", Right::Read}};
+  machine_.makeFolders("C:\\a");
+  machine_.makeFolders("C:\\b");
+  disk_.setRights("C:\\a", onlyMario);
+  EXPECT_EQ(write("C:\\a\\new.txt"), kSuccess);
+  EXPECT_EQ(disk_.rights("C:\\a\\new.txt"), onlyMario);
+  EXPECT_EQ(copy("C:\\a\\new.txt", "C:\\b\\copy.txt"), kSuccess);
+  EXPECT_EQ(disk_.rights("C:\\b\\copy.txt"), RightsList());
+  EXPECT_EQ(replace("C:\\a\\new.txt", "C:\\b\\copy.txt"), kSuccess);
+  EXPECT_EQ(disk_.rights("C:\\b\\copy.txt"), onlyMario);
+}
+
+TEST_F(SimFilesTest, AUserDoesWhatTheRightsAllow) {
+  machine_.putFile("C:\\a\\f.txt", "x");
+  disk_.setRights("C:\\a", {{"*", Right::Read}});
+  EXPECT_EQ(read("C:\\a\\f.txt"), kSuccess);
+  EXPECT_EQ(list("C:\\a"), kSuccess);
+  EXPECT_EQ(write("C:\\a\\f.txt"), kAccessDenied);
+  EXPECT_EQ(append("C:\\a\\g.txt"), kAccessDenied);
+  EXPECT_EQ(machine_.files().removeFile("C:\\a\\f.txt"), kAccessDenied);
+  EXPECT_EQ(replace("C:\\a\\f.txt", "C:\\f.txt"), kAccessDenied);
+  EXPECT_EQ(machine_.files().makeFolder("C:\\a\\b"), kAccessDenied);
+  EXPECT_EQ(machine_.files().mayAddFile("C:\\a"), kAccessDenied);
+  disk_.setRights("C:\\a", {{"anna", Right::All}});
+  EXPECT_EQ(read("C:\\a\\f.txt"), kAccessDenied);
+  EXPECT_EQ(list("C:\\a"), kAccessDenied);
+  machine_.volumes().setUser("anna");
+  EXPECT_EQ(write("C:\\a\\f.txt"), kSuccess);
+  EXPECT_EQ(machine_.files().mayAddFile("C:\\a"), kSuccess);
+}
+
+TEST_F(SimFilesTest, WhoMadeAFileMayAlwaysChangeItsRights) {
+  const RightsList readers{{"*", Right::Read}};
+  machine_.putFile("C:\\f.txt", "x");
+  machine_.putFile("C:\\g.txt", "x");
+  disk_.setRights("C:\\f.txt", readers);
+  EXPECT_EQ(write("C:\\own.txt"), kSuccess);
+  EXPECT_EQ(machine_.files().copyRights("C:\\f.txt", "C:\\own.txt"), kSuccess);
+  EXPECT_EQ(disk_.rights("C:\\own.txt"), readers);
+  EXPECT_EQ(machine_.files().copyRights("C:\\g.txt", "C:\\own.txt"), kSuccess);
+  EXPECT_EQ(machine_.files().copyRights("C:\\g.txt", "C:\\f.txt"), kAccessDenied);
+}
+
+TEST_F(SimFilesTest, AStreamTravelsWithCopiesAndIsRemovedAlone) {
+  machine_.putFile("C:\\a.exe", "x");
+  disk_.putStream("C:\\a.exe", "Zone.Identifier", "3");
+  EXPECT_EQ(copy("C:\\a.exe", "C:\\b.exe"), kSuccess);
+  EXPECT_EQ(replace("C:\\b.exe", "C:\\c.exe"), kSuccess);
+  ASSERT_TRUE(disk_.hasStream("C:\\c.exe", "Zone.Identifier"));
+  EXPECT_EQ(machine_.files().removeStream("C:\\c.exe", "Zone.Identifier"), kSuccess);
+  EXPECT_EQ(machine_.files().removeStream("C:\\c.exe", "Zone.Identifier"), kFileNotFound);
+  EXPECT_TRUE(disk_.hasStream("C:\\a.exe", "Zone.Identifier"));
+  EXPECT_EQ(textOf("C:\\c.exe"), "x");
 }
 
 }  // namespace
