@@ -17,7 +17,8 @@ using modProdTrelvManager::NeedsPassword;
 std::string number(std::uint64_t value, int bytes) {
   std::string text;
   for (int i = 0; i < bytes; ++i) {
-    text += static_cast<char>(value >> (8 * i));
+    text += static_cast<char>(value);
+    value >>= 8;
   }
   return text;
 }
