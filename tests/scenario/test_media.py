@@ -7,11 +7,13 @@ import time
 
 import pytest
 
+from conftest import INTEGRATED
 import packs
 import windows
 from test_session import (INFORMATION, INTEGRATION, PATH_PROMPT, READER_KEY, SELECTION,
                           built_medium, choose_mode, completed, hosted,
                           standalone)
+from test_work_folder import arrived, many_files, put_pack, temporaries
 
 ODD = "Š Œ Ž & 100% d'è"
 LONG = "a" * 96 + "/" + "b" * 100
@@ -123,13 +125,23 @@ EMPTY_ZIP = b"PK\x05\x06" + bytes(18)
 NO_TREE = packs.tar_gz_bytes({"prg/altro/leggimi.txt": b"x"})
 
 
+def protected(archive):
+    """A zip archive of one entry, marked as one that asks for a password."""
+    marked = bytearray(archive)
+    for signature, flags in ((b"PK\x03\x04", 6), (b"PK\x01\x02", 8)):
+        marked[marked.index(signature) + flags] |= 1
+    return bytes(marked)
+
+
+
 def test_whatever_packs_hold_the_others_are_installed_and_each_is_named(hosted):
     station = hosted.station
     bad = {"zip-falso": NO_PACK,
            "zip-vuoto": EMPTY_ZIP,
            "senza-gz": packs.zip_bytes({"leggimi.txt": b"x"}),
            "gz-falso": packs.zip_bytes({"falso.gz": NO_PACK}),
-           "senza-albero": packs.zip_bytes({"spoglio.gz": NO_TREE})}
+           "senza-albero": packs.zip_bytes({"spoglio.gz": NO_TREE}),
+           "protetto": protected(packs.zip_bytes({"segreto.gz": NO_TREE}))}
     for name, content in bad.items():
         folder = hosted.root / "prodotti/packs" / name
         folder.mkdir()
@@ -153,16 +165,43 @@ def test_whatever_packs_hold_the_others_are_installed_and_each_is_named(hosted):
         "V2: prodotti\\packs\\senza-gz",
         "V3: falso.gz",
         "V4: spoglio.gz",
-        "V5: prodotti\\packs\\file",
-        "V6: prodotti\\packs\\manca",
-        "V7: altrove",
-        "V8: Lumo", "",
+        "V5: prodotti\\packs\\protetto\\p.zip",
+        "V6: prodotti\\packs\\file",
+        "V7: prodotti\\packs\\manca",
+        "V8: altrove",
+        "V9: Lumo", "",
         "I prodotti verranno installati al prossimo avvio di uno di essi."])
     assert texts[0].startswith("Errore in esecuzione comando: \"D:\\prodotti\\manager\\7z.exe\"")
     assert {path.name for path in station.setups.glob("*.ini")} == {"agdvcomp.ini", "nerio.ini"}
     assert not list(station.work_folder.glob("~pacchi*"))
     assert not (station.work_folder / "prg").exists()
     assert hosted.state() == before
+
+
+NOT_INSTALLED = "Il prodotto selezionato Bilancio non risulta installato"
+
+
+def test_a_session_beside_a_start_of_the_same_user_loses_nothing(hosted):
+    station = hosted.station
+    waiting = {name: many_files(name, 60) for name in ("uno", "due")}
+    with hosted.session() as hand:
+        choose_server(hand)
+        hand.press_row(INTEGRATION, "ListProd", 0)
+        for name, files in waiting.items():
+            put_pack(station, f"{name}.zip", files)
+        start = station.prefix.start(station.manager, *INTEGRATED.split(), "MVBIL")
+        hand.press(INTEGRATION, "cmdExec")
+        # The start ends with a box of its own, before or behind the session's: its product is not there.
+        texts = answer_until(hand, "Installazione")
+        if not any(text.startswith(NOT_INSTALLED) for text in texts):
+            texts += answer_until(hand, NOT_INSTALLED)
+        assert start.wait(timeout=150) == 0
+    assert sorted(text.split("\r\n")[0] for text in texts) == [NOT_INSTALLED, "Installazione completata."]
+    for name, files in waiting.items():
+        assert arrived(station, files), name
+    assert "nerio.ini" in {path.name for path in station.setups.glob("*.ini")}
+    assert temporaries(station) == []
+    assert not (station.work_folder / "prg").exists()
 
 
 def test_a_medium_that_is_taken_out_is_told_and_nothing_is_half_installed(hosted):
