@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "base/RuntimeError.h"
@@ -170,12 +171,13 @@ void SetupTreeCopy::put(const std::string& path) {
   if (code == system_code::kSuccess) {
     return;
   }
-  const RuntimeError failure = failureOf(code, from, to);
+  // Which file it was is asked before the temporary one goes.
+  RuntimeError failure = failureOf(code, from, to);
   machine::FileFacts facts;
   if (files_.look(made, facts) == system_code::kSuccess) {
     removeQuietly(files_, made, facts.readOnly);
   }
-  throw failure;
+  throw RuntimeError(std::move(failure));
 }
 
 SystemCode SetupTreeCopy::putOnce(const std::string& from, const std::string& made,

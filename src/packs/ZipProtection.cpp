@@ -31,7 +31,7 @@ constexpr std::uint64_t kDirectoryEncrypted = 0x2000;
 
 constexpr std::uint64_t kIn64Record = 0xFFFFFFFF;
 /// No directory of a pack is longer; one that says so is none.
-constexpr std::uint64_t kLongestDirectory = 64 * 1024 * 1024;
+constexpr std::uint64_t kLongestDirectory = std::uint64_t{64} * 1024 * 1024;
 
 /// The number of `count` bytes at `at`, lowest byte first.
 std::uint64_t numberAt(std::string_view bytes, std::size_t at, std::size_t count) {

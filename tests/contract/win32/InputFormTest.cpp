@@ -77,13 +77,18 @@ TEST(FolderChooser, OpensAtTheGivenFolderAndGivesWhatIsChosen) {
   const auto side = contract::makeContractMachine();
   const std::string folder = side->folder() + "\\Contabilit\u00E0";
   side->putFolder(folder);
-  const BoxPlayer ok(IDOK);
-  const Folder chosen = chooseFolder(nullptr, "Indicare il path", folder);
-  ASSERT_FALSE(BoxPlayer::texts().empty());
-  ASSERT_TRUE(chosen.has_value());
   wchar_t real[MAX_PATH] = {};
   GetLongPathNameW(wide(folder).c_str(), real, MAX_PATH);
-  EXPECT_EQ(utf8(real), *chosen);
+  const BoxPlayer ok(IDOK);
+  // The dialog's tree reads its folders while it is shown already; on a busy machine OK may come
+  // first.
+  constexpr int kMostTries = 5;
+  Folder chosen;
+  for (int tries = 0; tries < kMostTries && chosen != utf8(real); ++tries) {
+    chosen = chooseFolder(nullptr, "Indicare il path", folder);
+    ASSERT_FALSE(BoxPlayer::texts().empty());
+  }
+  EXPECT_EQ(utf8(real), chosen);
 }
 
 TEST(FolderChooser, CancelChoosesNothing) {
