@@ -2,6 +2,7 @@
 
 import hashlib
 import json
+import os
 import re
 import shutil
 import subprocess
@@ -12,6 +13,8 @@ import pytest
 import windows
 
 RELEASE = windows.PROJECT / "tools/release"
+# The sources need not be a checkout.
+ENVIRONMENT = {**os.environ, "SOURCE_DATE_EPOCH": "1763800000"}
 PROGRAMS = ("TrelvManager.exe", "qalbunex.exe")
 
 
@@ -28,7 +31,7 @@ def hand_out(build, tmp_path):
     def run(name, *more):
         target = tmp_path / name
         subprocess.run([RELEASE, "--from", source, "--symbols", build.folder / "symbols", "--to", target, *more],
-                       check=True)
+                       check=True, env=ENVIRONMENT)
         return target
 
     run.source = source
@@ -103,6 +106,7 @@ def test_both_programs_are_signed_when_there_is_a_certificate(hand_out, project_
     (["--from", "x"], "--from and --symbols go together"),
     (["--from", "nowhere", "--symbols", "nowhere"], "nowhere lacks TrelvManager.exe, qalbunex.exe")])
 def test_what_cannot_be_done_is_said(words, told):
-    done = subprocess.run([RELEASE, *words], capture_output=True, encoding="utf-8", check=False)
+    done = subprocess.run([RELEASE, *words], capture_output=True, encoding="utf-8", check=False,
+                          env=ENVIRONMENT)
     assert done.returncode != 0
     assert told in done.stderr
