@@ -34,11 +34,21 @@ class Decoder:
 
     def call(self, *arguments, **named):
         """Exit code and lines of standard error."""
+        return self.ended(self.begin(*arguments, **named))
+
+    def begin(self, *arguments, **named):
         environment = {**os.environ, "WINEPREFIX": str(self.prefix.folder)}
-        done = subprocess.run([windows.PROJECT / "tools/wine", self.program, *arguments],
-                              env=environment, capture_output=True, timeout=120, check=False, **named)
-        assert done.stdout == b""
-        return done.returncode, done.stderr.decode("cp1252").splitlines()
+        return subprocess.Popen([windows.PROJECT / "tools/wine", self.program, *arguments],
+                                env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE, **named)
+
+    def ended(self, process):
+        """Exit code and lines of standard error."""
+        try:
+            output, errors = process.communicate(timeout=120)
+        finally:
+            process.kill()
+        assert output == b""
+        return process.returncode, errors.decode("cp1252").splitlines()
 
     def open(self, data):
         (self.packs / "a.gz").write_bytes(data)
@@ -162,6 +172,18 @@ def test_the_output_folder_is_made_with_its_parents(decoder):
     for folder in ("C:\\T\\u\\v", "C:\\T\\w\\", "C:\\T\\perché Ω"):
         assert decoder.call("C:\\P\\a.gz", folder) == (0, [])
     assert {"u/v/x", "w/x", "perché Ω/x"} <= set(tree(decoder.output))
+
+
+def test_decoders_that_make_one_output_folder_at_once(decoder):
+    """Each finds some of its levels missing and, when it makes them, already there."""
+    for number in range(4):
+        (decoder.packs / f"{number}.gz").write_bytes(pack(entry(f"x{number}")))
+    for turn in range(5):
+        folder = f"C:\\T\\{turn}" + "\\livello" * 25
+        together = [decoder.begin(f"C:\\P\\{number}.gz", folder) for number in range(4)]
+        assert [decoder.ended(process) for process in together] == [(0, [])] * 4
+        below = decoder.output / str(turn) / "/".join(["livello"] * 25)
+        assert sorted(tree(below)) == ["x0", "x1", "x2", "x3"]
 
 
 def test_a_pack_with_any_name(decoder):

@@ -4,8 +4,12 @@
 #include <shellapi.h>
 
 #include <array>
+#include <cstdio>
 #include <cwchar>
+#include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "contract/win32/Gallery.h"
@@ -72,6 +76,46 @@ int play(const std::vector<std::wstring>& given) {
   return given.size() > 1 ? static_cast<int>(std::wcstoul(given[1].c_str(), nullptr, 10)) : 0;
 }
 
+/// Ends the program when a test waits for something that does not come, a form that nobody closes
+/// for instance: with the line of a failed test, so that the report has its name.
+class Deadline {
+ public:
+  explicit Deadline(std::string test) : test_(std::move(test)) {
+    CreateTimerQueueTimer(&timer_, nullptr, passed, this, kLongestTest, 0, WT_EXECUTEONLYONCE);
+  }
+  Deadline(const Deadline&) = delete;
+  Deadline& operator=(const Deadline&) = delete;
+  ~Deadline() {
+    // The last argument waits for one that is just passing.
+    DeleteTimerQueueTimer(nullptr, timer_, INVALID_HANDLE_VALUE);
+  }
+
+ private:
+  /// Milliseconds: the longest tests take a few seconds, on a loaded machine ten times that.
+  static constexpr DWORD kLongestTest = 180000;
+
+  static void CALLBACK passed(void* deadline, BOOLEAN /*fired*/) {
+    std::printf("The test waits for ever.\n[  FAILED  ] %s (%lu ms)\n",
+                static_cast<Deadline*>(deadline)->test_.c_str(), kLongestTest);
+    std::fflush(stdout);
+    TerminateProcess(GetCurrentProcess(), 1);
+  }
+
+  std::string test_;
+  HANDLE timer_ = nullptr;
+};
+
+class DeadlineOfEachTest : public testing::EmptyTestEventListener {
+ public:
+  void OnTestStart(const testing::TestInfo& test) override {
+    deadline_.emplace(std::string(test.test_suite_name()) + "." + test.name());
+  }
+  void OnTestEnd(const testing::TestInfo& /*test*/) override { deadline_.reset(); }
+
+ private:
+  std::optional<Deadline> deadline_;
+};
+
 }  // namespace
 }  // namespace trelv::contract
 
@@ -87,5 +131,8 @@ int main(int count, char** values) {
     return trelv::win32::showGallery(values[2], values[3], contents) ? 0 : 1;
   }
   testing::InitGoogleTest(&count, values);
+  // The list of listeners owns what is appended.
+  testing::UnitTest::GetInstance()->listeners().Append(
+      std::make_unique<trelv::contract::DeadlineOfEachTest>().release());
   return RUN_ALL_TESTS();
 }
