@@ -1,7 +1,5 @@
 #pragma once
 
-#include <exception>
-#include <new>
 #include <string>
 #include <utility>
 
@@ -11,34 +9,37 @@
 
 namespace trelv {
 
+/// Called while anything at all is caught: what is caught as the failure that it stands for.
+/// Failures of the C++ library (no memory left, a text too long) become one too; what is no
+/// failure travels on to the caller.
+RuntimeError caughtFailure();
+
 /// Runs `body`; on a failure calls `handler(const RuntimeError&)` and gives its result instead.
 /// Failures of the C++ library (no memory left, a text too long) arrive as RuntimeError too.
 /// A failure inside the handler travels to the caller.
 template <class Body, class Handler>
 auto trap(Body&& body, Handler&& handler) -> decltype(body()) {
-  RuntimeError failure;
   try {
     return std::forward<Body>(body)();
-  } catch (const RuntimeError& error) {
-    failure = error;
-  } catch (const std::bad_alloc&) {
-    failure = RuntimeError(runtime_number::kOutOfMemory, "TrelvManager", "Memoria insufficiente");
-  } catch (const std::exception& error) {
-    failure = RuntimeError(runtime_number::kApplicationDefined, "TrelvManager", error.what());
+  } catch (...) {
+    return std::forward<Handler>(handler)(caughtFailure());
   }
-  return std::forward<Handler>(handler)(failure);
 }
 
-/// The usual trap of a procedure, told before its body what to do: a failure is reported as a
-/// program error of `module`.`procedure` with the text `message`, leaves its line in the run log,
-/// `message` with the failure's description behind it, and the procedure answers `onFailure`. The
-/// report comes first, so that it still shows the line before the failure as its trace.
+/// What a procedure's trap leaves behind: the report of a program error of `module`.`procedure`
+/// with the text `message`, and its line in the run log, `message` with the failure's description
+/// behind it. The report comes first, so that it still shows the line before the failure as its
+/// trace.
+void leaveTrapped(RunLog& log, ErrorReporter& errors, const char* module, const char* procedure,
+                  const std::string& message, const RuntimeError& failure);
+
+/// The usual trap of a procedure, told before its body what to do: on a failure it leaves report
+/// and log line as leaveTrapped does, and the procedure answers `onFailure`.
 template <class Result, class Body>
 Result loggedTrap(RunLog& log, ErrorReporter& errors, const char* module, const char* procedure,
                   const std::string& message, Result onFailure, Body&& body) {
   return trap(std::forward<Body>(body), [&](const RuntimeError& failure) -> Result {
-    errors.VisualizzaErrore(module, procedure, message, ReportKind::ProgramError, failure);
-    log.WriteLog("Gestione ProdTrelv - " + message + failure.description());
+    leaveTrapped(log, errors, module, procedure, message, failure);
     return onFailure;
   });
 }
