@@ -66,6 +66,12 @@ if(WIN32)
   target_link_options(inventory_report PRIVATE -s)
   set_target_properties(inventory_report PROPERTIES OUTPUT_NAME report RUNTIME_OUTPUT_DIRECTORY
                                                     "${PROJECT_BINARY_DIR}/tests/programs")
+  # Failures of the C++ library, with the manager's own functions that raise them.
+  add_executable(library_failures_program tests/scenario/failures/failures.cpp)
+  target_link_libraries(library_failures_program PRIVATE base library_failures)
+  target_link_options(library_failures_program PRIVATE -s)
+  set_target_properties(library_failures_program PROPERTIES OUTPUT_NAME failures RUNTIME_OUTPUT_DIRECTORY
+                                                            "${PROJECT_BINARY_DIR}/tests/programs")
   # tools/bench: what the manager is compared with. The naive peer is the manager itself, except for
   # the unit that keeps ini files: the linker takes its own instead of the one in the library.
   set(benches "${PROJECT_BINARY_DIR}/tests/bench")
@@ -82,7 +88,8 @@ if(WIN32)
   file(GLOB app_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/app/*.cpp")
   add_executable(bench_naive WIN32 tests/bench/naive.cpp ${app_sources})
   trelv_entry_point(bench_naive ${app_sources})
-  target_link_libraries(bench_naive PRIVATE main xmlstore win32 win32_resources app_resources)
+  target_link_libraries(bench_naive PRIVATE main xmlstore win32 win32_resources app_resources
+                                            library_failures)
   target_link_options(bench_naive PRIVATE -s)
   set_target_properties(bench_naive PROPERTIES OUTPUT_NAME naive
                                                RUNTIME_OUTPUT_DIRECTORY "${benches}")

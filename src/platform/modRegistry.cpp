@@ -1,8 +1,11 @@
 #include "platform/modRegistry.h"
 
+#include <charconv>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "base/Text.h"
@@ -41,19 +44,18 @@ std::string textOf(const Variant& value) {
 
 /// A whole decimal number with an optional sign, blanks round it allowed.
 std::int32_t numberOf(const std::string& text) {
-  const std::string digits = trim(text);
-  try {
-    std::size_t used = 0;
-    const int number = std::stoi(digits, &used);
-    if (used == digits.size()) {
-      return number;
-    }
-  } catch (const std::out_of_range&) {
+  const std::string trimmed = trim(text);
+  const bool plus = trimmed.starts_with('+') && !trimmed.starts_with("+-");
+  const std::string_view digits = std::string_view(trimmed).substr(plus ? 1 : 0);
+  std::int32_t number = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  if (error == std::errc::result_out_of_range) {
     throw RuntimeError(runtime_number::kOverflow, "TrelvManager", "Numero troppo grande: " + text);
-  } catch (const std::invalid_argument&) {
-    // Told below, as for a number that other characters follow.
   }
-  throw RuntimeError(kTypeMismatch, "TrelvManager", "Non è un numero: " + text);
+  if (error != std::errc() || end != digits.data() + digits.size()) {
+    throw RuntimeError(kTypeMismatch, "TrelvManager", "Non è un numero: " + text);
+  }
+  return number;
 }
 
 std::int32_t numberOf(const Variant& value) {

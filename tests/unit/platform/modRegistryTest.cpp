@@ -95,7 +95,9 @@ TEST_F(RegistryTest, SetKeyValueWritesTextWithItsNulAndNumbersInFourBytes) {
       {kText, std::string(), stored("")},
       {kText, std::int32_t{-7}, stored("-7")},
       {kNumber, std::int32_t{-2}, "\xFE\xFF\xFF\xFF"},
-      {kNumber, std::string(" 258 "), std::string("\x02\x01\0\0", 4)}};
+      {kNumber, std::string(" 258 "), std::string("\x02\x01\0\0", 4)},
+      {kNumber, std::string("+1"), std::string("\x01\0\0\0", 4)},
+      {kNumber, std::string("-2147483648"), std::string("\0\0\0\x80", 4)}};
   for (const auto& [type, value, data] : rows) {
     EXPECT_TRUE(set(value, type));
     EXPECT_EQ(bytes(), data);
@@ -105,8 +107,14 @@ TEST_F(RegistryTest, SetKeyValueWritesTextWithItsNulAndNumbersInFourBytes) {
 
 TEST_F(RegistryTest, SetKeyValueReportsATextThatIsNoNumber) {
   registry.makeKey(kMachine, kKey);
-  for (const auto& [text, number] : std::vector<std::pair<std::string, std::int32_t>>{
-           {"abc", 13}, {"12a", 13}, {"", 13}, {"2147483648", 6}}) {
+  for (const auto& [text, number] :
+       std::vector<std::pair<std::string, std::int32_t>>{{"abc", 13},
+                                                         {"12a", 13},
+                                                         {"", 13},
+                                                         {"+", 13},
+                                                         {"+-1", 13},
+                                                         {"2147483648", 6},
+                                                         {"-2147483649", 6}}) {
     program.errors.reports.clear();
     EXPECT_FALSE(set(text, kNumber)) << text;
     EXPECT_THAT(program.reports(), ElementsAre(isReport("SetValueEx", _, number, "modRegistry")));
