@@ -122,6 +122,18 @@ function(trelv_decoder)
   trelv_symbols(qalbunex)
 endfunction()
 
+# trelv_kit(<system> LINKS <target>...): the second program; src/app/kit/<system>.cpp is its composition
+# root.
+function(trelv_kit system)
+  cmake_parse_arguments(PARSE_ARGV 1 kit "" "" "LINKS")
+  set(source "${PROJECT_SOURCE_DIR}/src/app/kit/${system}.cpp")
+  add_executable(trelv "${source}")
+  trelv_entry_point(trelv "${source}")
+  target_compile_options(trelv PRIVATE -g1)
+  target_link_libraries(trelv PRIVATE kit ${kit_LINKS})
+  set_target_properties(trelv PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+endfunction()
+
 # trelv_small_programs(<folder> <output>): every source of the folder is a program of its own name;
 # a resource script of the same name goes into it.
 function(trelv_small_programs folder output)

@@ -51,6 +51,10 @@ if(NOT TRELV_DECODER_LIBRARIES)
   string(APPEND not_here "|/decoder/(Decoder|Extraction|GzipReader|TarReader)[^/]*\\.cpp$"
          "|/fuzz/Decoder[^/]*\\.cpp$")
 endif()
+set(kit_not_here "^$")
+if(NOT TRELV_KIT_LIBRARIES)
+  set(kit_not_here "/unit/kit/")
+endif()
 
 if(WIN32)
   trelv_test(contract_win32 SOURCES "contract/*.cpp" EXCEPT "/contract/sim/"
@@ -99,8 +103,14 @@ else()
   list(FILTER support EXCLUDE REGEX "${not_here}")
   add_library(test_support STATIC ${support})
   trelv_test_target(test_support LINKS main xmlstore decoder sim)
-  trelv_test(unit_tests SOURCES "unit/*.cpp" EXCEPT "${not_here}"
+  trelv_test(unit_tests SOURCES "unit/*.cpp" EXCEPT "${not_here}|/unit/(kit|overlay|posix)/"
              LINKS test_support main xmlstore decoder sim)
+  # The second program's, which need more libraries.
+  if(TRELV_KIT_LIBRARIES)
+    set(kit_rooms kit)
+  endif()
+  trelv_test(kit_tests SOURCES "unit/kit/*.cpp" "unit/overlay/*.cpp" "unit/posix/*.cpp"
+             EXCEPT "${kit_not_here}" LINKS ${kit_rooms} test_support main xmlstore overlay posix sim)
   # These read the sources, the documents and whole logs.
   set_source_files_properties(
     "${PROJECT_SOURCE_DIR}/tests/support/Golden.cpp"

@@ -2,6 +2,9 @@
 // besides (check sums, character sets, compression) is left out.
 #pragma once
 
+// The library's own headers ask whether this one was read.
+#define __LIBARCHIVE_CONFIG_H_INCLUDED 1
+
 #define HAVE_DECL_INT32_MAX 1
 #define HAVE_DECL_INT32_MIN 1
 #define HAVE_DECL_INT64_MAX 1

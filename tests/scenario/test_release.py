@@ -15,7 +15,7 @@ import windows
 RELEASE = windows.PROJECT / "tools/release"
 # The sources need not be a checkout.
 ENVIRONMENT = {**os.environ, "SOURCE_DATE_EPOCH": "1763800000"}
-PROGRAMS = ("TrelvManager.exe", "qalbunex.exe")
+PROGRAMS = ("TrelvManager.exe", "qalbunex.exe", "trelv.exe")
 
 
 @pytest.fixture
@@ -73,8 +73,8 @@ def test_the_list_of_parts_names_each_with_version_and_licence(hand_out, project
     assert listed["spdxVersion"] == "SPDX-2.3"
     packages = {package["name"]: package for package in listed["packages"]}
     assert packages["TrelvManager.exe"]["versionInfo"] == project_version
-    assert {"7-Zip", "pugixml", "libarchive", "zlib", "libstdc++ and libgcc", "mingw-w64 runtime"} <= set(packages)
-    for name in ("7-Zip", "pugixml", "libarchive", "zlib", "libstdc++ and libgcc", "mingw-w64 runtime"):
+    assert {"7-Zip", "pugixml", "libarchive", "zlib", "nlohmann-json", "libstdc++ and libgcc", "mingw-w64 runtime"} <= set(packages)
+    for name in ("7-Zip", "pugixml", "libarchive", "zlib", "nlohmann-json", "libstdc++ and libgcc", "mingw-w64 runtime"):
         assert re.match(r"\d+\.\d+", packages[name]["versionInfo"]), name
         assert packages[name]["licenseDeclared"] != "NOASSERTION", name
     known = {package["SPDXID"] for package in listed["packages"]} | {"SPDXRef-DOCUMENT"}
@@ -82,7 +82,7 @@ def test_the_list_of_parts_names_each_with_version_and_licence(hand_out, project
         assert {each["spdxElementId"], each["relatedSpdxElement"]} <= known
 
 
-def test_both_programs_are_signed_when_there_is_a_certificate(hand_out, project_version, tmp_path):
+def test_all_programs_are_signed_when_there_is_a_certificate(hand_out, project_version, tmp_path):
     key, certificate = tmp_path / "key.pem", tmp_path / "certificate.pem"
     subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj",
                     "/CN=Firma di prova", "-addext", "extendedKeyUsage=codeSigning", "-keyout", key, "-out",
@@ -104,7 +104,7 @@ def test_both_programs_are_signed_when_there_is_a_certificate(hand_out, project_
 @pytest.mark.parametrize("words, told", [
     (["--certificate", "x"], "--certificate and --key go together"),
     (["--from", "x"], "--from and --symbols go together"),
-    (["--from", "nowhere", "--symbols", "nowhere"], "nowhere lacks TrelvManager.exe, qalbunex.exe")])
+    (["--from", "nowhere", "--symbols", "nowhere"], "nowhere lacks TrelvManager.exe, qalbunex.exe, trelv.exe")])
 def test_what_cannot_be_done_is_said(words, told):
     done = subprocess.run([RELEASE, *words], capture_output=True, encoding="utf-8", check=False,
                           env=ENVIRONMENT)

@@ -1,0 +1,16 @@
+#include <string>
+#include <vector>
+
+#include "kit/CommandLine.h"
+#include "posix/PosixMachine.h"
+#include "posix/PosixPath.h"
+
+// The composition root of the second program on Linux.
+int main(int count, char** arguments) {
+  trelv::posix::PosixMachine system;
+  trelv::posix::PosixConsole console;
+  trelv::posix::PosixGivenPaths paths;
+  trelv::machine::Machine machine = system.machine();
+  trelv::kit::Workplace workplace{machine, console, paths};
+  return trelv::kit::run(std::vector<std::string>(arguments + 1, arguments + count), workplace);
+}

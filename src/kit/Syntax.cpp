@@ -1,0 +1,147 @@
+#include "kit/Syntax.h"
+
+#include <getopt.h>
+
+#include <algorithm>
+
+#include "kit/Failure.h"
+
+namespace trelv::kit {
+namespace {
+
+constexpr std::size_t kHelpColumn = 26;
+
+std::string helpLine(const std::string& what, const std::string& help) {
+  const std::size_t blanks = what.size() < kHelpColumn ? kHelpColumn - what.size() : 1;
+  return "  " + what + std::string(blanks, ' ') + help + "\n";
+}
+
+void splitAtCommas(const std::string& text, std::vector<std::string>& parts) {
+  for (std::size_t at = 0; at <= text.size();) {
+    const std::size_t end = std::min(text.find(',', at), text.size());
+    parts.push_back(text.substr(at, end - at));
+    at = end + 1;
+  }
+}
+
+/// The arguments as the library wants them: it changes their order and needs a program's name in
+/// front.
+class ArgumentVector {
+ public:
+  explicit ArgumentVector(std::vector<std::string> arguments) : texts_(std::move(arguments)) {
+    texts_.insert(texts_.begin(), "trelv");
+    for (std::string& text : texts_) {
+      pointers_.push_back(text.data());
+    }
+    pointers_.push_back(nullptr);
+  }
+
+  int count() const { return static_cast<int>(texts_.size()); }
+  char** pointers() { return pointers_.data(); }
+  std::vector<std::string> from(int index) const {
+    return {pointers_.begin() + index, pointers_.end() - 1};
+  }
+
+ private:
+  std::vector<std::string> texts_;
+  std::vector<char*> pointers_;
+};
+
+/// The library begins anew with the next call, and leaves the telling to us.
+void restart() {
+  opterr = 0;
+  optind = 0;
+}
+
+}  // namespace
+
+void Syntax::flag(const std::string& name, const std::string& help, bool& place) {
+  options_.push_back({name, "", help, [&place](const std::string&) -> void { place = true; }});
+}
+
+void Syntax::value(const std::string& name, const std::string& valueName, const std::string& help,
+                   std::string& place) {
+  options_.push_back(
+      {name, valueName, help, [&place](const std::string& text) -> void { place = text; }});
+}
+
+void Syntax::list(const std::string& name, const std::string& valueName, const std::string& help,
+                  std::vector<std::string>& place) {
+  options_.push_back({name, valueName, help,
+                      [&place](const std::string& text) -> void { splitAtCommas(text, place); }});
+}
+
+void Syntax::argument(const std::string& name, const std::string& help, std::string& place) {
+  arguments_.push_back(
+      {name, help, 1, false, [&place](const std::string& text) -> void { place = text; }});
+}
+
+void Syntax::rest(const std::string& name, const std::string& help, std::size_t least,
+                  std::vector<std::string>& place) {
+  arguments_.push_back({name, help, least, true,
+                        [&place](const std::string& text) -> void { place.push_back(text); }});
+}
+
+void Syntax::read(const std::vector<std::string>& arguments) const {
+  std::vector<option> known;
+  for (const Option& one : options_) {
+    known.push_back({one.name.c_str(), one.valueName.empty() ? no_argument : required_argument,
+                     nullptr, static_cast<int>(known.size()) + 1});
+  }
+  known.push_back({nullptr, 0, nullptr, 0});
+  ArgumentVector vector(arguments);
+  const char* const kinds = argumentsEndOptions_ ? "+:" : ":";
+  restart();
+  for (;;) {
+    // Asked before: behind the call the library may have moved on.
+    const int before = std::max(optind, 1);
+    const int found = getopt_long(vector.count(), vector.pointers(), kinds, known.data(), nullptr);
+    if (found == -1) {
+      break;
+    }
+    if (found == ':' || found == '?') {
+      const std::string given = vector.pointers()[std::max(before, optind - 1)];
+      throw WrongUsage((found == ':' ? "manca il valore dell'opzione " : "opzione non valida: ") +
+                       given);
+    }
+    options_[static_cast<std::size_t>(found) - 1].take(optarg != nullptr ? optarg : "");
+  }
+  place(vector.from(optind));
+}
+
+void Syntax::place(const std::vector<std::string>& arguments) const {
+  auto next = arguments.begin();
+  for (const Argument& one : arguments_) {
+    std::size_t count = 0;
+    while (next != arguments.end() && (one.many || count == 0)) {
+      one.take(*next);
+      ++next;
+      ++count;
+    }
+    if (count < one.least) {
+      throw WrongUsage("manca l'argomento " + one.name);
+    }
+  }
+  if (next != arguments.end()) {
+    throw WrongUsage("argomento di troppo: " + *next);
+  }
+}
+
+std::string Syntax::help(const std::string& verb, const std::string& summary) const {
+  std::string usage = "Uso: trelv " + verb + " [OPZIONI]";
+  std::string meanings;
+  for (const Argument& one : arguments_) {
+    const std::string shown = one.name + (one.many ? "…" : "");
+    usage += one.least == 0 ? " [" + shown + "]" : " " + shown;
+    meanings += helpLine(one.name, one.help);
+  }
+  std::string optionLines;
+  for (const Option& one : options_) {
+    optionLines +=
+        helpLine("--" + one.name + (one.valueName.empty() ? "" : " " + one.valueName), one.help);
+  }
+  return verb + ": " + summary + "\n\n" + usage + "\n\nArgomenti:\n" + meanings + "\nOpzioni:\n" +
+         optionLines;
+}
+
+}  // namespace trelv::kit

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "machine/Console.h"
+#include "machine/GivenPaths.h"
+#include "machine/Machine.h"
+
+namespace trelv::kit {
+
+/// What a verb works with. References only: the composition root, or a test, owns the parts.
+struct Workplace {
+  machine::Machine& machine;
+  machine::Console& console;
+  machine::GivenPaths& paths;
+};
+
+}  // namespace trelv::kit

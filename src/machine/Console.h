@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace trelv::machine {
+
+/// What a console program writes and asks. Texts are UTF-8 with LF between lines; a stream that is
+/// no terminal gets the bytes as they are.
+class Console {
+ public:
+  virtual ~Console() = default;
+
+  /// Writes to standard output, to standard error. What cannot be written is lost.
+  virtual void print(std::string_view text) = 0;
+  virtual void complain(std::string_view text) = 0;
+
+  /// Does a person read standard error, type standard input?
+  virtual bool errorIsTerminal() = 0;
+  virtual bool inputIsTerminal() = 0;
+
+  /// The next line of standard input without its end; nothing at its end.
+  virtual std::optional<std::string> readLine() = 0;
+};
+
+}  // namespace trelv::machine

@@ -1,0 +1,113 @@
+#include "win32/Win32Console.h"
+
+#include <windows.h>
+
+#include <algorithm>
+
+#include "win32/GrowingText.h"
+#include "win32/SystemCall.h"
+#include "win32/Win32Text.h"
+
+namespace trelv::win32 {
+namespace {
+
+/// A console takes no more in one call.
+constexpr std::size_t kMostLetters = 8192;
+
+bool isConsole(DWORD stream) {
+  DWORD mode = 0;
+  return GetConsoleMode(GetStdHandle(stream), &mode) != FALSE;
+}
+
+void writeLetters(DWORD stream, std::wstring_view letters) {
+  while (!letters.empty()) {
+    const std::size_t count = std::min(letters.size(), kMostLetters);
+    DWORD written = 0;
+    if (WriteConsoleW(GetStdHandle(stream), letters.data(), static_cast<DWORD>(count), &written,
+                      nullptr) == FALSE) {
+      return;
+    }
+    letters.remove_prefix(count);
+  }
+}
+
+void writeBytes(DWORD stream, std::string_view bytes) {
+  while (!bytes.empty()) {
+    DWORD written = 0;
+    if (WriteFile(GetStdHandle(stream), bytes.data(), static_cast<DWORD>(bytes.size()), &written,
+                  nullptr) == FALSE ||
+        written == 0) {
+      return;
+    }
+    bytes.remove_prefix(written);
+  }
+}
+
+void write(DWORD stream, std::string_view text) {
+  if (isConsole(stream)) {
+    writeLetters(stream, wide(text));
+  } else {
+    writeBytes(stream, text);
+  }
+}
+
+/// One letter of a console or one byte of another stream; false at the end.
+template <class Letter, class Read>
+bool readUntilLineEnd(std::basic_string<Letter>& line, Read&& read) {
+  bool any = false;
+  for (Letter letter{}; read(letter);) {
+    any = true;
+    if (letter == Letter('\n')) {
+      break;
+    }
+    line += letter;
+  }
+  if (!line.empty() && line.back() == Letter('\r')) {
+    line.pop_back();
+  }
+  return any;
+}
+
+}  // namespace
+
+void Win32Console::print(std::string_view text) { write(STD_OUTPUT_HANDLE, text); }
+void Win32Console::complain(std::string_view text) { write(STD_ERROR_HANDLE, text); }
+bool Win32Console::errorIsTerminal() { return isConsole(STD_ERROR_HANDLE); }
+bool Win32Console::inputIsTerminal() { return isConsole(STD_INPUT_HANDLE); }
+
+std::optional<std::string> Win32Console::readLine() {
+  const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+  DWORD got = 0;
+  if (isConsole(STD_INPUT_HANDLE)) {
+    std::wstring line;
+    const bool any = readUntilLineEnd(line, [&](wchar_t& letter) -> bool {
+      return ReadConsoleW(input, &letter, 1, &got, nullptr) != FALSE && got == 1;
+    });
+    return any ? std::optional<std::string>(utf8(line)) : std::nullopt;
+  }
+  std::string line;
+  const bool any = readUntilLineEnd(line, [&](char& letter) -> bool {
+    return ReadFile(input, &letter, 1, &got, nullptr) != FALSE && got == 1;
+  });
+  return any ? std::optional<std::string>(line) : std::nullopt;
+}
+
+SystemCode Win32GivenPaths::fullPath(const std::string& given, std::string& full) {
+  if (given.empty()) {
+    return system_code::kBadPathname;
+  }
+  std::wstring path;
+  const std::wstring text = wide(given);
+  const SystemCode code = growingText(path, [&](wchar_t* buffer, DWORD size) -> Called<DWORD> {
+    return called(GetFullPathNameW, text, size, buffer, nullptr);
+  });
+  if (code == system_code::kSuccess) {
+    full = utf8(path);
+    while (full.size() > 3 && full.back() == '\\') {
+      full.pop_back();
+    }
+  }
+  return code;
+}
+
+}  // namespace trelv::win32

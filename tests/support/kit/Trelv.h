@@ -1,0 +1,80 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/Text.h"
+#include "kit/CommandLine.h"
+#include "machine/Console.h"
+#include "machine/GivenPaths.h"
+#include "sim/SimMachine.h"
+
+namespace trelv::tests {
+
+/// Keeps what is written; a person sits in front of it where a test says so.
+class FakeConsole : public machine::Console {
+ public:
+  void print(std::string_view text) override { output += text; }
+  void complain(std::string_view text) override { errors += text; }
+  bool errorIsTerminal() override { return terminal; }
+  bool inputIsTerminal() override { return terminal; }
+  std::optional<std::string> readLine() override {
+    if (input.empty()) {
+      return std::nullopt;
+    }
+    const std::string line = input.front();
+    input.erase(input.begin());
+    return line;
+  }
+
+  std::string output;
+  std::string errors;
+  std::vector<std::string> input;
+  bool terminal = false;
+};
+
+/// Full paths stand as they are; others begin in `currentFolder`.
+class FakeGivenPaths : public machine::GivenPaths {
+ public:
+  SystemCode fullPath(const std::string& given, std::string& full) override {
+    if (given.empty()) {
+      return system_code::kBadPathname;
+    }
+    full = replaceAll(given, "/", "\\");
+    if (full.find(':') == std::string::npos && !full.starts_with("\\\\")) {
+      full = currentFolder + "\\" + full;
+    }
+    while (full.size() > 3 && full.back() == '\\') {
+      full.pop_back();
+    }
+    return system_code::kSuccess;
+  }
+  char separator() const override { return '\\'; }
+
+  std::string currentFolder = "C:\\Lavoro";
+};
+
+/// The second program on a simulated machine.
+class Trelv {
+ public:
+  explicit Trelv(sim::SimMachine& machine) : machine_(machine) {}
+
+  /// Runs it with these arguments; answers its exit code.
+  int run(const std::vector<std::string>& arguments) { return run(arguments, kit::verbs()); }
+  int run(const std::vector<std::string>& arguments, const std::vector<kit::VerbRow>& table) {
+    console.output.clear();
+    console.errors.clear();
+    kit::Workplace workplace{machine_.machine(), console, paths};
+    return kit::run(arguments, workplace, table);
+  }
+
+  FakeConsole console;
+  FakeGivenPaths paths;
+
+ private:
+  sim::SimMachine& machine_;
+};
+
+}  // namespace trelv::tests

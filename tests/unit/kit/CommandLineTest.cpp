@@ -1,0 +1,184 @@
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "kit/CommandLine.h"
+#include "kit/Failure.h"
+#include "kit/GivenPath.h"
+#include "support/kit/Trelv.h"
+
+namespace trelv::tests {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// Does what its argument says.
+class ScriptedVerb : public kit::Verb {
+ public:
+  void declare(kit::Syntax& syntax) override {
+    syntax.argument("WHAT", "che cosa", what_);
+    syntax.value("number", "N", "un numero", number_);
+    syntax.list("only", "CODE,…", "codici", codes_);
+  }
+
+  kit::Answer run(kit::Workplace& workplace, kit::Progress& progress) override {
+    progress.tell("lavoro");
+    if (what_ == "fail") {
+      throw kit::Failure("S:\\Lumo", system_code::kPathNotFound);
+    }
+    if (what_ == "usage") {
+      throw kit::WrongUsage("codice sconosciuto: TK999");
+    }
+    kit::Answer answer;
+    if (what_ == "findings") {
+      answer.exitCode = kit::exit_code::kFindings;
+      answer.findings = {
+          {"TK102", kit::Severity::Error, "S:\\Lumo\\a.ini", 7, "buco", "togliere"},
+          {"TK401", kit::Severity::Note, "S:\\è", std::nullopt, "lock", "attendere"}};
+    }
+    answer.result =
+        std::make_shared<Json>(Json{{"what", what_}, {"number", number_}, {"only", codes_}});
+    answer.text = workplace.console.errorIsTerminal() ? "con terminale\n" : "senza terminale\n";
+    return answer;
+  }
+
+ private:
+  std::string what_;
+  std::string number_;
+  std::vector<std::string> codes_;
+};
+
+class CommandLine : public testing::Test {
+ protected:
+  int run(const std::vector<std::string>& arguments) { return trelv_.run(arguments, table_); }
+  std::string output() const { return trelv_.console.output; }
+  std::string errors() const { return trelv_.console.errors; }
+
+  sim::SimMachine machine_;
+  Trelv trelv_{machine_};
+  std::vector<kit::VerbRow> table_{{"script", "per prova", []() -> std::unique_ptr<kit::Verb> {
+                                      return std::make_unique<ScriptedVerb>();
+                                    }}};
+};
+
+TEST_F(CommandLine, PrintsFindingsWithFileLineAndRemedy) {
+  EXPECT_EQ(run({"script", "findings"}), 1);
+  EXPECT_EQ(output(),
+            "S:\\Lumo\\a.ini:7: errore TK102: buco\n"
+            "    rimedio: togliere\n"
+            "S:\\è: nota TK401: lock\n"
+            "    rimedio: attendere\n"
+            "senza terminale\n");
+  EXPECT_EQ(errors(), "");
+}
+
+TEST_F(CommandLine, PrintsOneDocumentWhoseKeysHaveTheirOrder) {
+  EXPECT_EQ(run({"script", "findings", "--number", "3", "--json"}), 1);
+  const Json document = Json::parse(output());
+  EXPECT_EQ(document.dump(),
+            "{\"schema\":\"trelv/1\",\"verb\":\"script\",\"program\":\"" + kit::programVersion() +
+                "\",\"findings\":["
+                "{\"code\":\"TK102\",\"severity\":\"error\",\"file\":\"S:\\\\Lumo\\\\a.ini\","
+                "\"line\":7,\"text\":\"buco\",\"remedy\":\"togliere\"},"
+                "{\"code\":\"TK401\",\"severity\":\"note\",\"file\":\"S:\\\\è\",\"line\":null,"
+                "\"text\":\"lock\",\"remedy\":\"attendere\"}],"
+                "\"result\":{\"what\":\"findings\",\"number\":\"3\",\"only\":[]}}");
+  EXPECT_EQ(errors(), "");
+}
+
+TEST_F(CommandLine, CommonOptionsStandBeforeOrBehindTheArguments) {
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{"script", "--json", "good", "--number", "5"},
+                                             {"script", "good", "--number=5", "--json"},
+                                             {"--json", "script", "--number", "5", "good"}}) {
+    EXPECT_EQ(run(arguments), 0);
+    EXPECT_EQ(Json::parse(output())["result"]["what"], "good");
+    EXPECT_EQ(Json::parse(output())["result"]["number"], "5");
+  }
+}
+
+TEST_F(CommandLine, ListsArePartedAtCommasAndGathered) {
+  EXPECT_EQ(run({"script", "good", "--only", "A,B", "--json", "--only", "C"}), 0);
+  EXPECT_EQ(Json::parse(output())["result"]["only"], (std::vector<std::string>{"A", "B", "C"}));
+}
+
+TEST_F(CommandLine, BehindTwoHyphensThereAreNoOptions) {
+  EXPECT_EQ(run({"script", "--json", "--", "--number"}), 0);
+  EXPECT_EQ(Json::parse(output())["result"]["what"], "--number");
+}
+
+TEST_F(CommandLine, SaysInOneLineWhatCouldNotBeDone) {
+  EXPECT_EQ(run({"script", "fail", "--json"}), 2);
+  EXPECT_EQ(errors(), "trelv: S:\\Lumo: Impossibile trovare il percorso\n");
+  EXPECT_EQ(output(), "");
+}
+
+TEST_F(CommandLine, WrongUsageAnswers64) {
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{},
+                                             {"--json"},
+                                             {"nothing"},
+                                             {"script"},
+                                             {"script", "a", "b"},
+                                             {"script", "a", "--strange"},
+                                             {"script", "a", "-x"},
+                                             {"script", "a", "--json=yes"},
+                                             {"script", "a", "--number"},
+                                             {"script", "usage"}}) {
+    EXPECT_EQ(run(arguments), 64);
+    EXPECT_EQ(output(), "");
+    EXPECT_NE(errors(), "");
+    EXPECT_EQ(std::count(trelv_.console.errors.begin(), trelv_.console.errors.end(), '\n'), 1)
+        << errors();
+  }
+}
+
+TEST_F(CommandLine, HelpAndVersionAnswer0) {
+  EXPECT_EQ(run({"--help"}), 0);
+  EXPECT_NE(output().find("script"), std::string::npos);
+  EXPECT_EQ(run({"script", "--help"}), 0);
+  EXPECT_NE(output().find("--number"), std::string::npos);
+  EXPECT_EQ(run({"--version"}), 0);
+  EXPECT_EQ(output(), "trelv " + kit::programVersion() + "\n");
+  EXPECT_EQ(run({"script", "--version"}), 0);
+  EXPECT_EQ(output(), "trelv " + kit::programVersion() + "\n");
+}
+
+TEST_F(CommandLine, ProgressIsForPeopleOnly) {
+  run({"script", "good"});
+  EXPECT_EQ(errors(), "");
+  trelv_.console.terminal = true;
+  run({"script", "good"});
+  EXPECT_EQ(errors(), "\rlavoro\r      \r");
+  run({"script", "good", "--quiet"});
+  EXPECT_EQ(errors(), "");
+}
+
+struct Shown {
+  const char* given;
+  const char* full;
+  const char* shown;
+};
+
+TEST(GivenPath, ShowsPathsAsTheyWereGiven) {
+  FakeGivenPaths paths;
+  for (const Shown& row :
+       std::vector<Shown>{{"S:\\Lumo", "S:\\Lumo\\prg\\etc", "S:\\Lumo\\prg\\etc"},
+                          {"S:\\Lumo\\", "S:\\Lumo\\prg\\etc", "S:\\Lumo\\prg\\etc"},
+                          {"S:\\Lumo", "s:\\LUMO\\prg\\etc", "S:\\Lumo\\prg\\etc"},
+                          {"host", "C:\\Lavoro\\host\\prg", "host\\prg"},
+                          {"\\\\srv\\dati", "\\\\srv\\dati\\a", "\\\\srv\\dati\\a"},
+                          {"S:\\", "S:\\a.ini", "S:\\a.ini"},
+                          {"host", "C:\\Lavoro\\hosts\\prg", "C:\\Lavoro\\hosts\\prg"},
+                          {"host", "C:\\Lavoro\\host", "host"}}) {
+    EXPECT_EQ(kit::GivenPath(paths, row.given).shown(row.full), row.shown);
+  }
+}
+
+TEST(GivenPath, AnEmptyOneCannotBeUsed) {
+  FakeGivenPaths paths;
+  EXPECT_THROW(kit::GivenPath(paths, ""), kit::Failure);
+}
+
+}  // namespace
+}  // namespace trelv::tests
