@@ -141,6 +141,11 @@ void rename(SimNode& node, SimNode& folder, const std::string& name) {
   folder.children.push_back(std::move(moved));
 }
 
+// Why what stands at a place cannot even be opened.
+SystemCode usable(const SimVolumes::Place& place) {
+  return place.code == kSuccess && place.node->leaving ? kAccessDenied : place.code;
+}
+
 // What a missing folder answers: always "path", never "file".
 SystemCode asFolder(SystemCode code) { return code == kFileNotFound ? kPathNotFound : code; }
 
@@ -270,10 +275,11 @@ SystemCode SimFiles::look(const std::string& path, FileFacts& facts) {
     return *injected;
   }
   const SimVolumes::Place place = volumes_.find(path, false);
-  if (place.code == kSuccess) {
+  const SystemCode code = usable(place);
+  if (code == kSuccess) {
     facts = factsOf(*place.node);
   }
-  return place.code;
+  return code;
 }
 
 SystemCode SimFiles::identify(const std::string& path, machine::FileIdentity& identity) {
@@ -281,10 +287,11 @@ SystemCode SimFiles::identify(const std::string& path, machine::FileIdentity& id
     return *injected;
   }
   const SimVolumes::Place place = volumes_.find(path, true);
-  if (place.code == kSuccess) {
+  const SystemCode code = usable(place);
+  if (code == kSuccess) {
     identity = {place.disk->serial(), place.node->number};
   }
-  return place.code;
+  return code;
 }
 
 SystemCode SimFiles::read(const std::string& path, std::size_t limit, std::string& content) {
@@ -364,7 +371,7 @@ SystemCode SimFiles::writable(const std::string& path, SimVolumes::Place& place)
 // Why the user may not do this with what stands at the place.
 SystemCode SimFiles::changeable(const SimVolumes::Place& place, Right right) const {
   const SystemCode denied = place.disk->denied(place.diskPath, true);
-  const bool allowed = place.node->allows(volumes_.user(), right);
+  const bool allowed = !place.node->leaving && place.node->allows(volumes_.user(), right);
   return denied != kSuccess || allowed ? denied : kAccessDenied;
 }
 
@@ -466,9 +473,6 @@ SystemCode SimFiles::changeAttributes(const std::string& path,
   const SimVolumes::Place place = volumes_.find(path, false);
   if (place.code != kSuccess) {
     return place.code;
-  }
-  if (place.node->leaving) {
-    return kAccessDenied;
   }
   const SystemCode denied = changeable(place, Right::Change);
   if (denied == kSuccess) {
@@ -656,13 +660,16 @@ SystemCode SimFiles::copyRights(const std::string& source, const std::string& ta
 SystemCode SimFiles::doCopyRights(const std::string& source, const std::string& target) {
   const SimVolumes::Place from = volumes_.find(source, true);
   const SimVolumes::Place to = volumes_.find(target, true);
-  if (from.code != kSuccess || to.code != kSuccess) {
-    return from.code != kSuccess ? from.code : to.code;
+  if (usable(from) != kSuccess || usable(to) != kSuccess) {
+    return usable(from) != kSuccess ? usable(from) : usable(to);
+  }
+  // Whoever made a file may always look at its list and change it.
+  if (from.node->owner != volumes_.user() && !from.node->allows(volumes_.user(), Right::Read)) {
+    return kAccessDenied;
   }
   if (from.node->rights == to.node->rights) {
     return kSuccess;
   }
-  // Whoever made a file may always change its list.
   const bool own = to.node->owner == volumes_.user();
   const SystemCode denied =
       own ? to.disk->denied(to.diskPath, true) : changeable(to, Right::Change);
@@ -690,8 +697,8 @@ SystemCode SimFiles::removeStream(const std::string& path, const std::string& st
 
 SystemCode SimFiles::doRemoveStream(const std::string& path, const std::string& stream) {
   const SimVolumes::Place place = volumes_.find(path, true);
-  if (place.code != kSuccess || place.node->streams.count(stream) == 0) {
-    return place.code != kSuccess ? place.code : kFileNotFound;
+  if (usable(place) != kSuccess || place.node->streams.count(stream) == 0) {
+    return usable(place) != kSuccess ? usable(place) : kFileNotFound;
   }
   const SystemCode denied = changeable(place, Right::Change);
   if (denied == kSuccess) {

@@ -48,11 +48,11 @@ SystemCode Patience::change(const std::string& path, const std::function<SystemC
 bool Patience::isWorthWaiting(SystemCode code, const std::string& path,
                               const std::function<bool()>& lasts) const {
   const bool denied = code == system_code::kAccessDenied;
-  return !wasInVain(path) && !(denied && wasInVain(folderOf(path))) && !(denied && lasts());
+  return !wasInVain(path) && !(denied && wasDeniedBeside(path)) && !(denied && lasts());
 }
 
 void Patience::remember(SystemCode code, const std::string& path) {
-  inVain_.push_back(upperCase(code == system_code::kAccessDenied ? folderOf(path) : path));
+  inVain_.push_back({upperCase(path), code == system_code::kAccessDenied});
 }
 
 void Patience::forget(const std::string& path) {
@@ -60,13 +60,28 @@ void Patience::forget(const std::string& path) {
   if (inVain_.empty()) {
     return;
   }
-  std::erase(inVain_, upperCase(path));
-  std::erase(inVain_, upperCase(folderOf(path)));
+  std::erase_if(inVain_, [file = upperCase(path)](const Refusal& refusal) -> bool {
+    return refusal.path == file || (refusal.denied && folderOf(refusal.path) == folderOf(file));
+  });
 }
 
 bool Patience::wasInVain(const std::string& path) const {
+  return !inVain_.empty() && std::any_of(inVain_.begin(), inVain_.end(),
+                                         [file = upperCase(path)](const Refusal& refusal) -> bool {
+                                           return refusal.path == file;
+                                         });
+}
+
+bool Patience::wasDeniedBeside(const std::string& path) const {
   return !inVain_.empty() &&
-         std::find(inVain_.begin(), inVain_.end(), upperCase(path)) != inVain_.end();
+         std::any_of(inVain_.begin(), inVain_.end(),
+                     [folder = folderOf(upperCase(path))](const Refusal& refusal) -> bool {
+                       return refusal.denied && folderOf(refusal.path) == folder;
+                     });
+}
+
+void Patience::expectInVain(const std::string& path) {
+  remember(system_code::kSharingViolation, path);
 }
 
 }  // namespace trelv

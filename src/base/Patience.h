@@ -13,9 +13,9 @@ namespace trelv {
 /// just written, an index, another workstation. A change that the system refuses with 5, 32 or 145
 /// is tried again for 3 s, after pauses that grow; only then is it refused.
 ///
-/// Whom it was refused to for all of that time does not wait again: a refused right (5) counts for
-/// the whole folder, a file in use (32, 145) for itself, until something there can be changed. So
-/// who may not write somewhere loses 3 s there once, not with each call.
+/// Whom it was refused to for all of that time does not wait again: a file in use counts for
+/// itself, a refused right (5) for the whole folder, until something there can be changed. So who
+/// may not write somewhere loses 3 s there once, not with each call.
 class Patience {
  public:
   using Pause = std::function<void(std::uint32_t milliseconds)>;
@@ -29,16 +29,27 @@ class Patience {
   SystemCode change(const std::string& path, const std::function<SystemCode()>& attempt,
                     const std::function<bool()>& lasts);
 
+  /// Was a change of just this file waited for in vain?
+  bool wasInVain(const std::string& path) const;
+  /// From now on no change of this file is waited for, as if one had been in vain.
+  void expectInVain(const std::string& path);
+
  private:
+  struct Refusal {
+    /// In upper case.
+    std::string path;
+    /// A refused right, which others in the same folder will meet too.
+    bool denied = false;
+  };
+
   bool isWorthWaiting(SystemCode code, const std::string& path,
                       const std::function<bool()>& lasts) const;
+  bool wasDeniedBeside(const std::string& path) const;
   void remember(SystemCode code, const std::string& path);
   void forget(const std::string& path);
-  bool wasInVain(const std::string& path) const;
 
   Pause pause_;
-  /// Upper case: files, and folders that something was refused in.
-  std::vector<std::string> inVain_;
+  std::vector<Refusal> inVain_;
 };
 
 }  // namespace trelv

@@ -264,7 +264,8 @@ bool ZipScan::open(const machine::FolderEntry& pack, bool removePacks) {
   if (elsewhere_) {
     copySetupTree();
   }
-  if (!removed) {
+  // One that somebody has open is listed until he closes it, deleted as it is.
+  if (!removed || program_.fileSystem.mayExist(zipPath)) {
     program_.state.packs.settled.push_back(identityOf(pack));
   }
   return true;

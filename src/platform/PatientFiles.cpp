@@ -1,5 +1,10 @@
 #include "platform/PatientFiles.h"
 
+#include <algorithm>
+
+#include "base/Text.h"
+#include "platform/FileSystemObject.h"
+
 namespace trelv {
 namespace {
 
@@ -20,6 +25,21 @@ bool isFolder(machine::Files& files, const std::string& path) {
 bool isFolderOrReadOnly(machine::Files& files, const std::string& path) {
   const FileFacts facts = factsOf(files, path);
   return facts.folder || facts.readOnly;
+}
+
+/// Its folder still lists a file that is being deleted, but even a look at it is refused: who may
+/// list a folder may look at all that is in it.
+bool isBeingDeleted(machine::Files& files, const std::string& path) {
+  FileFacts facts;
+  std::vector<machine::FolderEntry> entries;
+  const std::string name = path.substr(path.rfind('\\') + 1);
+  return files.look(path, facts) == system_code::kAccessDenied &&
+         files.list(FileSystemObject::parentFolderName(path), name, entries) ==
+             system_code::kSuccess &&
+         std::any_of(entries.begin(), entries.end(),
+                     [&](const machine::FolderEntry& entry) -> bool {
+                       return equalNoCase(entry.name, name);
+                     });
 }
 
 bool refusesCopies(machine::Files& files, const std::string& path) {
@@ -51,11 +71,20 @@ SystemCode PatientFiles::readPart(const std::string& path, std::uint64_t offset,
 }
 
 SystemCode PatientFiles::write(const std::string& path, std::string_view bytes) {
-  return files_.write(path, bytes);
+  return makeAnew(path, [&]() -> SystemCode { return files_.write(path, bytes); });
 }
 
 SystemCode PatientFiles::append(const std::string& path, std::string_view bytes) {
-  return files_.append(path, bytes);
+  return makeAnew(path, [&]() -> SystemCode { return files_.append(path, bytes); });
+}
+
+// What is written many times over a share must not wait where it is simply refused.
+SystemCode PatientFiles::makeAnew(const std::string& path,
+                                  const std::function<SystemCode()>& attempt) {
+  const SystemCode code = attempt();
+  return code == system_code::kAccessDenied && isBeingDeleted(files_, path)
+             ? patience_.change(path, attempt, []() -> bool { return false; })
+             : code;
 }
 
 SystemCode PatientFiles::removeFile(const std::string& path) {
@@ -98,9 +127,15 @@ SystemCode PatientFiles::replaceFile(const std::string& source, const std::strin
 }
 
 SystemCode PatientFiles::moveFile(const std::string& source, const std::string& target) {
-  return patience_.change(
+  const bool inUse = patience_.wasInVain(source);
+  const SystemCode code = patience_.change(
       source, [&]() -> SystemCode { return files_.moveFile(source, target); },
       [&]() -> bool { return isFolder(files_, source); });
+  if (inUse && code == system_code::kSuccess) {
+    // A program that runs and was put aside: it runs on under its new name.
+    patience_.expectInVain(target);
+  }
+  return code;
 }
 
 SystemCode PatientFiles::copyRights(const std::string& source, const std::string& target) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,7 +12,8 @@
 namespace trelv {
 
 /// The files of a machine, with patience in all that deletes, copies, renames, puts in place or
-/// makes a folder: who else has a file in hand for a moment does not make it fail. The one place of
+/// makes a folder: who else has a file in hand for a moment does not make it fail. Writing and
+/// appending wait only for a file of that name to go that is still being deleted. The one place of
 /// the program that tries again; all its parts work with these files. Every other call is handed
 /// on, also where it is refused.
 class PatientFiles : public machine::Files {
@@ -39,6 +41,8 @@ class PatientFiles : public machine::Files {
   SystemCode removeStream(const std::string& path, const std::string& stream) override;
 
  private:
+  SystemCode makeAnew(const std::string& path, const std::function<SystemCode()>& attempt);
+
   machine::Files& files_;
   Patience patience_;
 };

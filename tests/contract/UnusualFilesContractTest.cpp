@@ -138,9 +138,13 @@ TEST_F(UnusualFiles, AFileThatIsDeletedWhileItIsOpenGoesWhenItIsClosed) {
   {
     const auto held = world().hold(file, {.read = true, .write = true, .remove = true});
     ASSERT_EQ(files().removeFile(file), system_code::kSuccess);
-    std::string content;
+    std::string content = "text";
     // Windows refuses every use of it. Wine refuses only to put another one in its place.
     const auto refusedOrWine = testing::AnyOf(system_code::kSuccess, 5U);
+    EXPECT_THAT(look(file), refusedOrWine);
+    EXPECT_THAT(namesIn(path("sub")), ElementsAre("a.txt"));
+    EXPECT_THAT(files().copyRights(file, other), refusedOrWine);
+    EXPECT_THAT(files().readPart(file, 0, 1, content), refusedOrWine);
     EXPECT_THAT(files().read(file, kNoLimit, content), refusedOrWine);
     EXPECT_THAT(files().write(file, "x"), refusedOrWine);
     EXPECT_THAT(files().removeFile(file), refusedOrWine);

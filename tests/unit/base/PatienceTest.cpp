@@ -103,6 +103,19 @@ TEST_F(PatienceTest, AFileInUseIsWaitedForOnce) {
   EXPECT_EQ(inVain("C:\\d\\b", kSharingViolation), kAll);
 }
 
+TEST_F(PatienceTest, AFileThatWasDeniedIsNotWaitedForWhenItIsCalledInUse) {
+  EXPECT_EQ(inVain("C:\\d\\a", kAccessDenied), kAll);
+  EXPECT_EQ(inVain("C:\\d\\a", kSharingViolation), 0U);
+}
+
+TEST_F(PatienceTest, AFileThatIsKnownToBeInUseIsNotWaitedFor) {
+  EXPECT_FALSE(patience_.wasInVain("C:\\d\\a"));
+  patience_.expectInVain("C:\\d\\a");
+  EXPECT_TRUE(patience_.wasInVain("c:\\D\\A"));
+  EXPECT_EQ(inVain("C:\\d\\a", kAccessDenied), 0U);
+  EXPECT_EQ(inVain("C:\\d\\b", kAccessDenied), kAll) << "it says nothing of others";
+}
+
 TEST_F(PatienceTest, WhatCouldBeChangedIsWaitedForAgain) {
   EXPECT_EQ(inVain("C:\\d\\a", kAccessDenied), kAll);
   EXPECT_EQ(change("C:\\d\\b", kAccessDenied, 0), kSuccess);

@@ -591,6 +591,21 @@ TEST_F(PackExtraction, APackThatCannotBeRemovedIsReportedCopiedAndNotOpenedAgain
   EXPECT_EQ(machine_.fileText("T:\\Altro\\prg\\com\\setup\\aggdovra\\a.ini"), "a");
 }
 
+TEST_F(PackExtraction, APackThatAScannerReadsWhileItIsDeletedIsOpenedOnce) {
+  putPacks("a");
+  sim::SimDisk& disk = machine_.diskOf("S:\\");
+  disk.holdOpen(inSetup("a.zip"), sim::Sharing::All);
+  EXPECT_TRUE(scan());
+  EXPECT_THAT(waiting(), ElementsAre("a.zip")) << "it goes when the scanner closes it";
+  EXPECT_TRUE(scan());
+  EXPECT_EQ(started(), commandsFor("a.zip"));
+  EXPECT_THAT(boxes(), IsEmpty());
+  EXPECT_THAT(program_.reportTexts(), IsEmpty());
+  EXPECT_EQ(brought("a.ini"), "a");
+  disk.release(inSetup("a.zip"));
+  EXPECT_THAT(waiting(), IsEmpty());
+}
+
 // --- What the user does while lines are logged
 
 class PackScanWithAForm : public PackExtraction, public testing::WithParamInterface<std::size_t> {};

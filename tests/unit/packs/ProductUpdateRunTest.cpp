@@ -341,6 +341,20 @@ TEST_F(UpdateRun, TakesTheLockOnceAndOnlyForWork) {
   EXPECT_EQ(machine().openings("S:\\Lumo\\prg\\tempterm").files(), 0U);
 }
 
+// The scanner of a server reads what has just been written; the lock of the product before may
+// still be on its way out.
+TEST_F(UpdateRun, LockThatIsStillBeingDeletedIsNobodysAndTakenAgain) {
+  share().put(kLock, "x");
+  share().holdOpen(kLock, sim::Sharing::All);
+  ASSERT_EQ(machine().files().removeFile(kLock), system_code::kSuccess);
+  machine().clock().after(1500, [this] { share().release(kLock); });
+  configure(section("Update01", "01.00", "a.exe"));
+  EXPECT_TRUE(updateServer());
+  EXPECT_EQ(programs(), "a.exe");
+  EXPECT_THAT(boxes(), IsEmpty());
+  EXPECT_FALSE(machine().fileExists(kLock));
+}
+
 TEST_F(UpdateRun, LockPathJoinsWithoutBackslashOnTheClientOnly) {
   using modProdTrelvManager::LockPath;
   EXPECT_EQ(LockPath(program(), Side::Server, "\\\\srv\\Lumo"),

@@ -262,6 +262,20 @@ TEST_F(SelfUpdate, RunningCopyIsPutAsideAndReplacedAndGoesAtTheNextSelfUpdate) {
   EXPECT_THAT(putAsides(), IsEmpty());
 }
 
+/// Whoever installs waits for what may pass, and once.
+TEST_F(SelfUpdate, WaitsOnceForACopyInUseAndOnceForAnEnvironmentFileInUse) {
+  const auto running = share().run(kClientCopy);
+  update();
+  EXPECT_EQ(clientCopy(), "il nuovo");
+  EXPECT_EQ(machine().clock().paused(), 3000U);
+  putOwn("il terzo", {2009, 3, 4, 12, 0, 0});
+  share().holdOpen(kClientCopy, sim::Sharing::Read);
+  share().holdOpen(kAmbver, sim::Sharing::Read);
+  update();
+  expectFailed(70);
+  EXPECT_LE(machine().clock().paused(), 9000U) << "one put aside, the copy, the environment file";
+}
+
 TEST_F(SelfUpdate, CopyThatIsReadForLongIsPutAsideAndGoesWhenItIsClosed) {
   share().holdOpen(kClientCopy, sim::Sharing::All);
   update();
@@ -733,6 +747,15 @@ TEST_F(SelfUpdate, NewLineIsMadeInAScratchCopyAndAnOldOneIsDeletedFirst) {
   EXPECT_EQ(machine().fileText(kScratch), "AMB000105/03/09 09:07\r\n");
   EXPECT_EQ(lines().back(),
             "Cancellazione file: C:\\Users\\mario\\Temp\\ambver effettuata con successo");
+}
+
+TEST_F(SelfUpdate, ScratchCopyOfAnEarlierOneThatAScannerReadsIsMadeAnew) {
+  machine().putFile(kScratch, "di ieri");
+  disk().holdOpen(kScratch, sim::Sharing::All);
+  machine().clock().after(1500, [this] { disk().release(kScratch); });
+  update();
+  EXPECT_THAT(reports(), IsEmpty());
+  EXPECT_EQ(ambver(), "AMB000105/03/09 09:07\r\n");
 }
 
 TEST_F(SelfUpdate, NothingStandsBetweenTemporaryFolderAndScratchCopy) {

@@ -128,6 +128,36 @@ TEST_F(PatientFilesTest, AFileThatIsBeingDeletedIsWaitedForBeforeAnotherTakesIts
   EXPECT_EQ(machine_.fileText(kFile), "new");
 }
 
+TEST_F(PatientFilesTest, AFileThatIsBeingDeletedIsWaitedForBeforeOneIsMadeAnew) {
+  for (const std::string& path : {std::string(kFile), std::string("C:\\a.txt")}) {
+    for (const bool append : {false, true}) {
+      machine_.putFile(path, "old");
+      holdFor(path, 1500, Sharing::All);
+      ASSERT_EQ(files_.removeFile(path), kSuccess);
+      EXPECT_EQ(append ? files_.append(path, "new") : files_.write(path, "new"), kSuccess) << path;
+      EXPECT_EQ(machine_.fileText(path), "new");
+    }
+  }
+}
+
+TEST_F(PatientFilesTest, WritingWaitsForNothingElse) {
+  holdFor(kFile, 1500);
+  EXPECT_EQ(files_.write(kFile, "x"), kSharingViolation);
+  EXPECT_EQ(files_.append(kFile, "x"), kSharingViolation);
+  disk_.denyWriting("C:\\d");
+  EXPECT_EQ(files_.write("C:\\d\\none.txt", "x"), kAccessDenied);
+  EXPECT_EQ(files_.append(kOther, "x"), kAccessDenied);
+  EXPECT_EQ(paused(), 0U);
+}
+
+TEST_F(PatientFilesTest, AProgramThatRunsIsWaitedForOnceUnderBothItsNames) {
+  const auto running = disk_.run(kFile);
+  EXPECT_EQ(files_.replaceFile(kOther, kFile), kAccessDenied);
+  EXPECT_EQ(files_.moveFile(kFile, "C:\\e.txt"), kSuccess);
+  EXPECT_EQ(files_.removeFile("C:\\e.txt"), kAccessDenied);
+  EXPECT_EQ(paused(), kAll);
+}
+
 TEST_F(PatientFilesTest, WhatALookShowsToBeRefusedForGoodIsNotWaitedFor) {
   disk_.setReadOnly(kFile);
   machine_.makeFolders("C:\\d\\folder");

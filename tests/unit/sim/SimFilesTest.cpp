@@ -152,6 +152,31 @@ TEST_F(SimFilesTest, WhatIsDeniedAnswersItsCodeAndNothingBesideIt) {
   EXPECT_EQ(write(file), kSuccess);
 }
 
+TEST_F(SimFilesTest, AFileThatIsBeingDeletedRefusesEveryUseAndIsStillListed) {
+  machine_.putFile("C:\\d\\a.txt", "a");
+  machine_.putFile("C:\\b.txt", "b");
+  disk_.putStream("C:\\d\\a.txt", "Zone.Identifier", "3");
+  disk_.holdOpen("C:\\d\\a.txt", Sharing::All);
+  machine::Files& files = machine_.files();
+  machine::FileIdentity identity;
+  ASSERT_EQ(files.removeFile("C:\\d\\a.txt"), kSuccess);
+  for (const SystemCode code :
+       {look("C:\\d\\a.txt"), read("C:\\d\\a.txt"), files.identify("C:\\d\\a.txt", identity),
+        files.readPart("C:\\d\\a.txt", 0, 1, content_), write("C:\\d\\a.txt"),
+        append("C:\\d\\a.txt"), files.setReadOnly("C:\\d\\a.txt", true),
+        files.removeFile("C:\\d\\a.txt"), copy("C:\\d\\a.txt", "C:\\c.txt"),
+        copy("C:\\b.txt", "C:\\d\\a.txt"), replace("C:\\d\\a.txt", "C:\\c.txt"),
+        replace("C:\\b.txt", "C:\\d\\a.txt"), files.moveFile("C:\\d\\a.txt", "C:\\c.txt"),
+        files.copyRights("C:\\d\\a.txt", "C:\\b.txt"),
+        files.copyRights("C:\\b.txt", "C:\\d\\a.txt"),
+        files.removeStream("C:\\d\\a.txt", "Zone.Identifier")}) {
+    EXPECT_EQ(code, kAccessDenied);
+  }
+  EXPECT_THAT(listed("C:\\d"), ElementsAre("a.txt"));
+  disk_.release("C:\\d\\a.txt");
+  EXPECT_EQ(look("C:\\d\\a.txt"), kFileNotFound);
+}
+
 // --- Links
 
 TEST_F(SimFilesTest, LinksAreFollowedOnTheWayAndShownAtTheEnd) {
@@ -255,6 +280,9 @@ TEST_F(SimFilesTest, WhoMadeAFileMayAlwaysChangeItsRights) {
   EXPECT_EQ(disk_.rights("C:\\own.txt"), readers);
   EXPECT_EQ(machine_.files().copyRights("C:\\g.txt", "C:\\own.txt"), kSuccess);
   EXPECT_EQ(machine_.files().copyRights("C:\\g.txt", "C:\\f.txt"), kAccessDenied);
+  disk_.setRights("C:\\g.txt", {{"anna", Right::All}});
+  EXPECT_EQ(machine_.files().copyRights("C:\\g.txt", "C:\\own.txt"), kAccessDenied)
+      << "a list that the user may not look at";
 }
 
 TEST_F(SimFilesTest, AStreamTravelsWithCopiesAndIsRemovedAlone) {
