@@ -60,6 +60,13 @@ void setRightsBelow(SimNode& node, const RightsList& rights) {
   }
 }
 
+void encryptBelow(SimNode& node, const std::string& user) {
+  node.encryptedFor = user;
+  for (const auto& child : node.children) {
+    encryptBelow(*child, user);
+  }
+}
+
 void dumpTree(const SimNode& folder, const std::string& prefix, std::string& text) {
   for (const auto& child : folder.children) {
     const std::string path = prefix + child->name;
@@ -104,6 +111,10 @@ bool SimNode::allows(const std::string& user, Right right) const {
   const auto found = named != rights.end() ? named : rights.find("*");
   const Right given = found != rights.end() ? found->second : Right::None;
   return rights.empty() || (static_cast<unsigned>(given) & static_cast<unsigned>(right)) != 0;
+}
+
+bool SimNode::opensFor(const std::string& user) const {
+  return folder || encryptedFor.empty() || encryptedFor == user;
 }
 
 bool SimNode::running() const {
@@ -163,6 +174,7 @@ SimNode& SimDisk::addChild(SimNode& folder, const std::string& name, bool isFold
   node->parent = &folder;
   node->modified = ticksOf(kDefaultTime);
   node->rights = folder.rights;
+  node->encryptedFor = folder.encryptedFor;
   folder.children.push_back(std::move(node));
   return *folder.children.back();
 }
@@ -289,6 +301,12 @@ void SimDisk::setRights(const std::string& path, const RightsList& rights) {
 }
 
 const RightsList& SimDisk::rights(const std::string& path) const { return get(path).rights; }
+
+void SimDisk::encrypt(const std::string& path, const std::string& user) {
+  encryptBelow(get(path), user);
+}
+
+bool SimDisk::isEncrypted(const std::string& path) const { return !get(path).encryptedFor.empty(); }
 
 void SimDisk::putStream(const std::string& path, const std::string& stream,
                         std::string_view bytes) {

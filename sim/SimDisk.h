@@ -58,6 +58,9 @@ struct SimNode {
   /// What runs when the file is started, and its version resource; both travel with copies.
   ProgramScript program;
   std::optional<machine::FileVersion> version;
+  /// Not empty: only this user can read or write the file, or what others make in the folder only
+  /// those who make it. Travels with a rename; a new entry has that of its folder.
+  std::string encryptedFor;
   /// Travels with a rename; a new entry has that of its folder.
   RightsList rights;
   /// Who made it: may always change its rights list. Empty: nobody in particular.
@@ -74,6 +77,8 @@ struct SimNode {
 
   SimNode* child(std::string_view childName) const;
   bool allows(const std::string& user, Right right) const;
+  /// False for the file of another user, encrypted.
+  bool opensFor(const std::string& user) const;
   bool running() const;
   /// A process runs from the file as long as the answer lives.
   [[nodiscard]] std::shared_ptr<void> run();
@@ -128,6 +133,9 @@ class SimDisk {
   /// over from their folder.
   void setRights(const std::string& path, const RightsList& rights);
   const RightsList& rights(const std::string& path) const;
+  /// Encrypts this file or folder and everything below it for a user.
+  void encrypt(const std::string& path, const std::string& user);
+  bool isEncrypted(const std::string& path) const;
   void putStream(const std::string& path, const std::string& stream, std::string_view bytes);
   bool hasStream(const std::string& path, const std::string& stream) const;
   /// Puts the named entries of a folder first, in this order; the others keep theirs behind.

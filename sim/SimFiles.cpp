@@ -327,7 +327,7 @@ SystemCode SimFiles::quietRead(const std::string& path, std::string& content) {
   if (place.node->folder || place.node->leaving) {
     return kAccessDenied;
   }
-  if (!place.node->allows(volumes_.user(), Right::Read)) {
+  if (!place.node->allows(volumes_.user(), Right::Read) || !place.node->opensFor(volumes_.user())) {
     return kAccessDenied;
   }
   if (!shares(*place.node, Sharing::Read)) {
@@ -363,7 +363,7 @@ SystemCode SimFiles::writable(const std::string& path, SimVolumes::Place& place)
     if (refusal != kSuccess) {
       return refusal;
     }
-    return changeable(place, Right::Change);
+    return place.node->opensFor(volumes_.user()) ? changeable(place, Right::Change) : kAccessDenied;
   }
   return addable(place);
 }
@@ -385,6 +385,9 @@ SystemCode SimFiles::addable(const SimVolumes::Place& place) const {
 SimNode& SimFiles::add(SimVolumes::Place& place, bool folder) {
   SimNode& made = place.disk->addChild(*place.folder, place.name, folder);
   made.owner = volumes_.user();
+  if (!made.encryptedFor.empty()) {
+    made.encryptedFor = volumes_.user();
+  }
   return made;
 }
 

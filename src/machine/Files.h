@@ -94,8 +94,8 @@ class Files {
   /// Copies one file with its last-modified time and its attributes onto `target` (full path of a
   /// file), overwriting. A target that is read-only, or hidden or system where the source is not,
   /// and a folder on either side answer 5, a target that is open without write sharing, runs, or is
-  /// the source itself 32. Where the target's volume cannot encrypt, the copy of an encrypted file
-  /// is not encrypted.
+  /// the source itself 32. The copy of an encrypted file, which only its user can read, is
+  /// encrypted where its folder is, and nowhere else.
   virtual SystemCode copyFile(const std::string& source, const std::string& target) = 0;
 
   /// Puts `source` in the place of `target` on the same volume in one step, replacing it. A target

@@ -53,6 +53,60 @@ void flush(const std::string& path) {
   }
 }
 
+SystemCode copyBytes(const OwnedFile& from, const OwnedFile& to) {
+  std::vector<char> piece(0x10000);
+  DWORD got = 0;
+  SystemCode code = system_code::kSuccess;
+  do {
+    code =
+        codeOf(ReadFile, from.get(), piece.data(), static_cast<DWORD>(piece.size()), &got, nullptr);
+    if (code == system_code::kSuccess) {
+      code = writeAll(to, {piece.data(), got});
+    }
+  } while (code == system_code::kSuccess && got > 0);
+  return code;
+}
+
+constexpr DWORD kCopiedAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
+                                    FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
+
+/// Copies a file without its encryption, which the system's own copy keeps where it can: nobody
+/// else could read what was put on the share. Its alternate streams stay behind. What a failure
+/// leaves is removed.
+SystemCode copyDecrypted(const std::string& source, const std::string& target) {
+  // Nobody writes to it meanwhile, and it cannot be its own target.
+  OwnedFile from;
+  SystemCode code = open(from, source, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
+  BY_HANDLE_FILE_INFORMATION data{};
+  if (code == system_code::kSuccess) {
+    code = codeOf(GetFileInformationByHandle, from.get(), &data);
+  }
+  if (code != system_code::kSuccess) {
+    return code;
+  }
+  OwnedFile to;
+  code = obtain(to, CreateFileW, filePath(target), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                data.dwFileAttributes & kCopiedAttributes, nullptr);
+  if (code != system_code::kSuccess) {
+    return code;
+  }
+  code = copyBytes(from, to);
+  if (code == system_code::kSuccess) {
+    code = codeOf(SetFileTime, to.get(), nullptr, nullptr, &data.ftLastWriteTime);
+  }
+  if (code != system_code::kSuccess) {
+    to = OwnedFile();
+    SetFileAttributesW(filePath(target).c_str(), FILE_ATTRIBUTE_NORMAL);
+    DeleteFileW(filePath(target).c_str());
+  }
+  return code;
+}
+
+bool isEncrypted(const std::string& path) {
+  const DWORD attributes = GetFileAttributesW(filePath(path).c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_ENCRYPTED) != 0;
+}
+
 /// Reads to the end or the limit. A file's read that gives less than was asked for has met the
 /// end, so that a usual file costs one call.
 SystemCode readAll(const OwnedFile& file, std::size_t limit, std::string& content) {
@@ -244,8 +298,8 @@ SystemCode Win32Files::list(const std::string& folder, const std::string& ending
 }
 
 SystemCode Win32Files::copyFile(const std::string& source, const std::string& target) {
-  return codeOf(CopyFileExW, filePath(source), filePath(target), nullptr, nullptr, nullptr,
-                COPY_FILE_ALLOW_DECRYPTED_DESTINATION);
+  return isEncrypted(source) ? copyDecrypted(source, target)
+                             : codeOf(CopyFileW, filePath(source), filePath(target), FALSE);
 }
 
 SystemCode Win32Files::replaceFile(const std::string& source, const std::string& target) {

@@ -606,6 +606,22 @@ TEST_F(PackExtraction, APackThatAScannerReadsWhileItIsDeletedIsOpenedOnce) {
   EXPECT_THAT(waiting(), IsEmpty());
 }
 
+// A server may encrypt too: what kept its encryption there could be read by nobody else.
+TEST_F(PackExtraction, APackThatWasUnpackedInAnEncryptedTemporaryFolderIsReadByEveryone) {
+  putPacks("a");
+  machine_.makeFolders(kWork);
+  machine_.diskOf(kWork).encrypt(kWork, "mario");
+  programs_.onFile = [this](const std::string& path) {
+    EXPECT_TRUE(machine_.diskOf(path).isEncrypted(path)) << path;
+  };
+  EXPECT_TRUE(scan("C:\\Lumo"));
+  EXPECT_THAT(program_.reportTexts(), IsEmpty());
+  machine_.volumes().setUser("anna");
+  std::string text;
+  EXPECT_EQ(machine_.files().read("C:\\Lumo\\" + kTree + "a.ini", 10, text), system_code::kSuccess);
+  EXPECT_EQ(text, "a");
+}
+
 // --- What the user does while lines are logged
 
 class PackScanWithAForm : public PackExtraction, public testing::WithParamInterface<std::size_t> {};

@@ -626,6 +626,17 @@ TEST_F(SelfUpdate, CopyThatVanishesMeanwhileIsMadeAnew) {
   EXPECT_THAT(reports(), IsEmpty());
 }
 
+TEST_F(SelfUpdate, WhatComesFromEncryptedFoldersIsReadByEveryone) {
+  disk().encrypt("C:\\Lumo\\Programmi", "mario");
+  machine().makeFolders("C:\\Users\\mario\\Temp");
+  disk().encrypt("C:\\Users\\mario\\Temp", "mario");
+  update();
+  EXPECT_THAT(reports(), IsEmpty());
+  EXPECT_TRUE(disk().isEncrypted(kScratch));
+  EXPECT_FALSE(share().isEncrypted(kClientCopy));
+  EXPECT_FALSE(share().isEncrypted(kAmbver));
+}
+
 // --- The mark of a download
 
 TEST_F(SelfUpdate, LeavesTheMarkOfADownloadBehind) {

@@ -285,6 +285,26 @@ TEST_F(SimFilesTest, WhoMadeAFileMayAlwaysChangeItsRights) {
       << "a list that the user may not look at";
 }
 
+TEST_F(SimFilesTest, AnEncryptedFileIsItsUsersAloneAndItsCopyElsewhereEverybodys) {
+  machine_.putFile("C:\\a\\f.txt", "text");
+  disk_.encrypt("C:\\a", "mario");
+  ASSERT_EQ(write("C:\\a\\g.txt"), kSuccess);
+  ASSERT_EQ(copy("C:\\a\\f.txt", "C:\\copy.txt"), kSuccess);
+  ASSERT_EQ(copy("C:\\copy.txt", "C:\\a\\h.txt"), kSuccess);
+  ASSERT_EQ(replace("C:\\a\\g.txt", "C:\\moved.txt"), kSuccess);
+  EXPECT_FALSE(disk_.isEncrypted("C:\\copy.txt"));
+  machine_.volumes().setUser("anna");
+  EXPECT_EQ(textOf("C:\\copy.txt"), "text");
+  for (const char* const path : {"C:\\a\\f.txt", "C:\\a\\h.txt", "C:\\moved.txt"}) {
+    EXPECT_TRUE(disk_.isEncrypted(path)) << path;
+    EXPECT_EQ(read(path), kAccessDenied) << path;
+    EXPECT_EQ(append(path), kAccessDenied) << path;
+    EXPECT_EQ(look(path), kSuccess) << path;
+  }
+  EXPECT_EQ(write("C:\\a\\annas.txt", "own"), kSuccess);
+  EXPECT_EQ(textOf("C:\\a\\annas.txt"), "own");
+}
+
 TEST_F(SimFilesTest, AStreamTravelsWithCopiesAndIsRemovedAlone) {
   machine_.putFile("C:\\a.exe", "x");
   disk_.putStream("C:\\a.exe", "Zone.Identifier", "3");
