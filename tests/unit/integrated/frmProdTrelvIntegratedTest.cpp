@@ -5,18 +5,10 @@
 #include <utility>
 
 #include "integrated/frmProdTrelvIntegrated.h"
-#include "support/FakeProgram.h"
-#include "support/SessionForms.h"
+#include "support/SessionFormTest.h"
 
 namespace trelv::tests {
 namespace {
-
-using machine::BoxIcon;
-using modProdTrelvInteractive::Help;
-using sim::SimFormWindow;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
 
 constexpr const char* kForm = "frmProdTrelvIntegrated";
 constexpr const char* kList = "ListProd";
@@ -24,10 +16,9 @@ constexpr int kNerio = 1;
 constexpr int kTarsena2 = 2;
 constexpr int kBilancio = 3;
 
-class IntegratedForm : public testing::Test {
+class IntegratedForm : public SessionFormTest<FakeProgram> {
  protected:
   IntegratedForm() {
-    declareSessionForms(machine_.desktop());
     offer({{"LUDA", "Luda", "packs\\luda", {"a.exe"}},
            {"nerio", "Nerio", "packs\\nerio"},
            {"q2", "Tarsena2", "packs\\q2"},
@@ -38,12 +29,9 @@ class IntegratedForm : public testing::Test {
     program_.state.session.offeredProducts = std::move(products);
   }
   void show(sim::SimDesktop::UserAction user) {
-    machine_.desktop().onForm(kForm, std::move(user));
-    form_.showModal();
-    EXPECT_EQ(machine_.desktop().forcedCloses(), 0U);
+    play(kForm, std::move(user), [this] { form_.showModal(); });
   }
   UserAction action() const { return program_.state.session.userAction; }
-  const std::vector<OfferedProduct>& selection() { return program_.state.selectedProducts; }
   std::vector<std::string> selectedCaptions() {
     std::vector<std::string> captions;
     for (const OfferedProduct& product : selection()) {
@@ -52,9 +40,6 @@ class IntegratedForm : public testing::Test {
     return captions;
   }
 
-  sim::SimMachine machine_;
-  FakeProgram program_{machine_};
-  Help help_{program_};
   frmProdTrelvIntegrated form_{program_, help_};
 };
 
@@ -172,10 +157,7 @@ TEST_F(IntegratedForm, WithNothingSelectedItStaysAndTheResultIsUnchanged) {
     EXPECT_TRUE(form.isOpen());
     EXPECT_EQ(action(), UserAction::None);
   });
-  ASSERT_THAT(machine_.boxes(), SizeIs(1));
-  EXPECT_EQ(machine_.boxes()[0].text, "Selezionare almeno una voce");
-  EXPECT_EQ(machine_.boxes()[0].title, "TrelvManager");
-  EXPECT_EQ(machine_.boxes()[0].icon, BoxIcon::Critical);
+  EXPECT_THAT(boxes(), ElementsAre(isBox(BoxIcon::Critical, "Selezionare almeno una voce")));
   EXPECT_THAT(selection(), IsEmpty());
 }
 

@@ -1,36 +1,25 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/FakeProgram.h"
-#include "support/SessionForms.h"
+#include "support/SessionFormTest.h"
 #include "ui/FrmInfo.h"
 
 namespace trelv::tests {
 namespace {
 
-using sim::SimFormWindow;
-using testing::IsEmpty;
-using testing::SizeIs;
-
 constexpr const char* kProgram = "C:\\Lumo\\Programmi\\TrelvManager.exe";
 
-class InformationDialog : public testing::Test {
+class InformationDialog : public SessionFormTest<FakeProgram> {
  protected:
   InformationDialog() {
-    declareSessionForms(machine_.desktop());
     machine_.setFileVersion(kProgram, {1, 2, 3, 40});
     machine_.diskOf("C:\\").setModified(kProgram, {2009, 3, 5, 23, 59, 59});
   }
 
   void show(sim::SimDesktop::UserAction user) {
-    machine_.desktop().onForm("FrmInfo", std::move(user));
     FrmInfo form(program_);
-    EXPECT_TRUE(machine_.desktop().showModal(form));
-    EXPECT_EQ(machine_.desktop().forcedCloses(), 0U);
+    play("FrmInfo", std::move(user), [&] { EXPECT_TRUE(machine_.desktop().showModal(form)); });
   }
-
-  sim::SimMachine machine_;
-  FakeProgram program_{machine_};
 };
 
 TEST_F(InformationDialog, TellsProgramDayOfItsChangeAndVersionInFourNumbers) {

@@ -4,27 +4,19 @@
 #include <functional>
 #include <utility>
 
-#include "support/FakeProgram.h"
-#include "support/SessionForms.h"
+#include "support/SessionFormTest.h"
 #include "ui/frmProdTrelvSinglePack.h"
 
 namespace trelv::tests {
 namespace {
 
-using machine::BoxIcon;
-using sim::SimFormWindow;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
-
 constexpr const char* kForm = "frmProdTrelvSinglePack";
 constexpr const char* kList = "ListProd";
 constexpr const char* kFolder = "E:\\packs\\zb";
 
-class VersionForm : public testing::Test {
+class VersionForm : public SessionFormTest<FakeProgram> {
  protected:
   VersionForm() {
-    declareSessionForms(machine_.desktop());
     machine_.mount("E:");
     machine_.makeFolders(kFolder);
   }
@@ -36,16 +28,11 @@ class VersionForm : public testing::Test {
   }
   /// Shows a new form; true when it was confirmed.
   bool show(sim::SimDesktop::UserAction user) {
-    machine_.desktop().onForm(kForm, std::move(user));
     frmProdTrelvSinglePack form(program_, "Bilancio", kFolder);
-    EXPECT_TRUE(machine_.desktop().showModal(form));
-    EXPECT_EQ(machine_.desktop().forcedCloses(), 0U);
+    play(kForm, std::move(user), [&] { EXPECT_TRUE(machine_.desktop().showModal(form)); });
     return form.confirmed();
   }
   const std::vector<ChosenVersion>& chosen() { return program_.state.session.chosenVersions; }
-
-  sim::SimMachine machine_;
-  FakeProgram program_{machine_};
 };
 
 TEST_F(VersionForm, ListsThePacksByFileNameInTheirOrderWithNothingSelected) {
@@ -93,10 +80,7 @@ TEST_F(VersionForm, ConfirmingNothingShowsTheMessageAndStays) {
     EXPECT_TRUE(form.isOpen());
     EXPECT_THAT(chosen(), IsEmpty()) << "emptied at the beginning";
   }));
-  ASSERT_THAT(machine_.boxes(), SizeIs(1));
-  EXPECT_EQ(machine_.boxes()[0].text, "Selezionare almeno una voce");
-  EXPECT_EQ(machine_.boxes()[0].title, "TrelvManager");
-  EXPECT_EQ(machine_.boxes()[0].icon, BoxIcon::Critical);
+  EXPECT_THAT(boxes(), ElementsAre(isBox(BoxIcon::Critical, "Selezionare almeno una voce")));
 }
 
 TEST_F(VersionForm, AFolderWithoutPacksGivesAnEmptyListThatCannotBeConfirmed) {

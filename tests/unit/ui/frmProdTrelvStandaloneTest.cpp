@@ -3,22 +3,12 @@
 
 #include <utility>
 
-#include "support/RealProgram.h"
 #include "support/Refusals.h"
-#include "support/SessionForms.h"
+#include "support/SessionFormTest.h"
 #include "ui/frmProdTrelvStandalone.h"
 
 namespace trelv::tests {
 namespace {
-
-using machine::BoxAnswer;
-using machine::BoxButtons;
-using machine::BoxIcon;
-using modProdTrelvInteractive::Help;
-using sim::SimFormWindow;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
 
 constexpr const char* kForm = "frmProdTrelvStandalone";
 constexpr const char* kVersions = "frmProdTrelvSinglePack";
@@ -33,10 +23,9 @@ constexpr const char* kVersionLine =
 
 /// A medium in E: with Nerio and Bilancio (two versions) on the first page, Zeltomodelli and an
 /// entry that leaves on the third.
-class StandaloneForm : public testing::Test {
+class StandaloneForm : public SessionFormTest<RealProgram> {
  protected:
   StandaloneForm() {
-    declareSessionForms(machine_.desktop());
     machine_.makeFolders("C:\\Users\\mario\\Temp\\log");
     machine_.mount("E:");
     for (const char* const pack :
@@ -51,12 +40,8 @@ class StandaloneForm : public testing::Test {
     machine_.desktop().setDefaultAnswer(BoxButtons::YesNo, BoxAnswer::Yes);
   }
 
-  SessionState& session() { return program_.state().session; }
-  const std::vector<OfferedProduct>& selection() { return program_.state().selectedProducts; }
   void show(sim::SimDesktop::UserAction user) {
-    machine_.desktop().onForm(kForm, std::move(user));
-    form_.showModal();
-    EXPECT_EQ(machine_.desktop().forcedCloses(), 0U);
+    play(kForm, std::move(user), [this] { form_.showModal(); });
   }
   void confirm(int item) {
     show([item](SimFormWindow& form) {
@@ -64,12 +49,8 @@ class StandaloneForm : public testing::Test {
       form.click("cmdExec");
     });
   }
-  std::vector<std::string> boxTexts() { return machine_.desktop().boxTexts(); }
   std::vector<std::string> lines() { return program_.logLines(); }
 
-  sim::SimMachine machine_;
-  RealProgram program_{machine_};
-  Help help_{program_};
   frmProdTrelvStandalone form_{program_, help_};
 };
 
@@ -162,12 +143,9 @@ TEST_F(StandaloneForm, WithNothingSelectedEitherWayHasItsOwnMessage) {
     form.doubleClick(kList, -1);
     EXPECT_TRUE(form.isOpen());
   });
-  ASSERT_THAT(machine_.boxes(), SizeIs(2));
-  EXPECT_EQ(machine_.boxes()[0].text, "Selezionare almeno una voce");
-  EXPECT_EQ(machine_.boxes()[0].title, "TrelvManager");
-  EXPECT_EQ(machine_.boxes()[0].icon, BoxIcon::Critical);
-  EXPECT_EQ(machine_.boxes()[1].text, "Selezionare preliminarmente una voce");
-  EXPECT_EQ(machine_.boxes()[1].icon, BoxIcon::Critical);
+  EXPECT_THAT(boxes(),
+              ElementsAre(isBox(BoxIcon::Critical, "Selezionare almeno una voce"),
+                          isBox(BoxIcon::Critical, "Selezionare preliminarmente una voce")));
   EXPECT_THAT(lines(), IsEmpty());
 }
 
@@ -178,10 +156,7 @@ TEST_F(StandaloneForm, GoingOnRecordsTheProductAndItsLinesStandInTheirOrder) {
   confirm(0);
   EXPECT_THAT(before, ElementsAre(kLooking, k32Bit)) << "the question comes after these";
   EXPECT_THAT(lines(), ElementsAre(kLooking, k32Bit, kVersionLine));
-  ASSERT_THAT(machine_.boxes(), SizeIs(1));
-  EXPECT_EQ(machine_.boxes()[0].text, kQuestion);
-  EXPECT_EQ(machine_.boxes()[0].title, "TrelvManager");
-  EXPECT_EQ(machine_.boxes()[0].buttons, BoxButtons::YesNo);
+  EXPECT_THAT(boxes(), ElementsAre(isBox(BoxIcon::Question, kQuestion, BoxButtons::YesNo)));
   EXPECT_EQ(session().userAction, UserAction::Execute);
   ASSERT_THAT(selection(), SizeIs(1));
   EXPECT_EQ(selection()[0].identifier, "NERIO");
@@ -264,13 +239,11 @@ TEST_F(StandaloneForm, Under64BitNothingIsAskedAndTheFormStays) {
       EXPECT_TRUE(form.isOpen());
     });
   }
-  ASSERT_THAT(machine_.boxes(), SizeIs(2));
-  EXPECT_EQ(machine_.boxes()[0].text,
-            "La procedura non può essere avviata su sistemi a 64 Bit\r\nPremere Ok per "
-            "interrompere l'esecuzione");
-  EXPECT_EQ(machine_.boxes()[0].title, "TrelvManager");
-  EXPECT_EQ(machine_.boxes()[0].icon, BoxIcon::Critical);
-  EXPECT_EQ(machine_.boxes()[0].buttons, BoxButtons::Ok);
+  EXPECT_THAT(boxes(),
+              AllOf(SizeIs(2),
+                    Each(isBox(BoxIcon::Critical,
+                               "La procedura non può essere avviata su sistemi a 64 Bit\r\nPremere "
+                               "Ok per interrompere l'esecuzione"))));
   EXPECT_THAT(lines(), ElementsAre(kLooking, k64Bit, kLooking, k64Bit));
   EXPECT_THAT(selection(), IsEmpty());
 }

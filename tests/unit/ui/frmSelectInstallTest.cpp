@@ -3,23 +3,11 @@
 
 #include <utility>
 
-#include "support/RealProgram.h"
-#include "support/SessionForms.h"
+#include "support/SessionFormTest.h"
 #include "ui/frmSelectInstall.h"
 
 namespace trelv::tests {
 namespace {
-
-using machine::BoxAnswer;
-using machine::BoxButtons;
-using machine::BoxIcon;
-using modProdTrelvInteractive::Help;
-using sim::SimFormWindow;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
-using testing::SizeIs;
 
 constexpr const char* kForm = "frmSelectInstall";
 constexpr const char* kList = "ListAmb";
@@ -32,10 +20,9 @@ constexpr int kStandard = 0;
 constexpr int kIntegrated = 1;
 
 /// A machine without products, a host on S:\Lumo, one integrated installation without a path.
-class SelectInstall : public testing::Test {
+class SelectInstall : public SessionFormTest<RealProgram> {
  protected:
   SelectInstall() {
-    declareSessionForms(machine_.desktop());
     machine_.makeFolders("C:\\Users\\mario\\Temp\\log");
     machine_.mount("S:");
     machine_.putFile("S:\\Lumo\\prg\\applidir", "x");
@@ -45,11 +32,8 @@ class SelectInstall : public testing::Test {
     machine_.desktop().setDefaultAnswer(BoxButtons::YesNo, BoxAnswer::Yes);
   }
 
-  SessionState& session() { return program_.state().session; }
   void show(sim::SimDesktop::UserAction user) {
-    machine_.desktop().onForm(kForm, std::move(user));
-    form_.showModal();
-    EXPECT_EQ(machine_.desktop().forcedCloses(), 0U);
+    play(kForm, std::move(user), [this] { form_.showModal(); });
   }
   /// Chooses an item and presses the button; the form is left afterwards.
   void confirm(int item) {
@@ -61,7 +45,6 @@ class SelectInstall : public testing::Test {
   void putStandalone(const std::string& ini, const std::string& section, const std::string& key) {
     machine_.setIniValue("C:\\WINDOWS\\" + ini, section, key, "C:\\Prodotto");
   }
-  std::vector<std::string> boxTexts() { return machine_.desktop().boxTexts(); }
   std::vector<std::string> promptTitles() {
     std::vector<std::string> titles;
     for (const sim::SimInput& input : machine_.desktop().inputs()) {
@@ -71,9 +54,6 @@ class SelectInstall : public testing::Test {
   }
   std::vector<std::string> lines() { return program_.logLines(); }
 
-  sim::SimMachine machine_;
-  RealProgram program_{machine_};
-  Help help_{program_};
   frmSelectInstall form_{program_, help_};
 };
 
@@ -124,21 +104,19 @@ TEST_F(SelectInstall, WithNothingSelectedOnlyTheMessageIsShown) {
     form.doubleClick(kList, -1);
     EXPECT_TRUE(form.isOpen());
   });
-  ASSERT_THAT(machine_.boxes(), SizeIs(2));
-  EXPECT_EQ(machine_.boxes()[0].text, "Selezionare preliminarmente una voce");
-  EXPECT_EQ(machine_.boxes()[0].title, "TrelvManager");
-  EXPECT_EQ(machine_.boxes()[0].icon, BoxIcon::Information);
-  EXPECT_EQ(machine_.boxes()[1].text, "Selezionare preliminarmente una voce");
+  EXPECT_THAT(
+      boxes(),
+      AllOf(SizeIs(2), Each(isBox(BoxIcon::Information, "Selezionare preliminarmente una voce"))));
 }
 
 TEST_F(SelectInstall, StandardAsksOnceAndNeitherForAPathNorForOtherProducts) {
   putStandalone("NERIO.INI", "Pathnames", "Homedir");
   session().userAction = UserAction::Back;
   confirm(kStandard);
-  ASSERT_THAT(machine_.boxes(), SizeIs(1));
-  EXPECT_EQ(machine_.boxes()[0].text, "Confermi l'avvio della procedura \rInstallazione Standard");
-  EXPECT_EQ(machine_.boxes()[0].title, "TrelvManager");
-  EXPECT_EQ(machine_.boxes()[0].buttons, BoxButtons::YesNo);
+  EXPECT_THAT(boxes(),
+              ElementsAre(isBox(BoxIcon::Question,
+                                "Confermi l'avvio della procedura \rInstallazione Standard",
+                                BoxButtons::YesNo)));
   EXPECT_TRUE(session().confirmed);
   EXPECT_EQ(session().installationType, "Installazione Standard");
   EXPECT_EQ(session().serverPath, "");
