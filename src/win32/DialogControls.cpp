@@ -7,6 +7,7 @@
 
 #include "win32/ButtonControl.h"
 #include "win32/ControlNames.h"
+#include "win32/TextBox.h"
 #include "win32/Win32Text.h"
 #include "win32/WindowClass.h"
 #include "win32/WindowItems.h"
@@ -61,7 +62,7 @@ std::string DialogControls::text(const std::string& control) const {
 
 void DialogControls::setText(const std::string& control, const std::string& text) {
   if (HWND const window = windowOf(control)) {
-    SetWindowTextW(window, wide(text).c_str());
+    setWindowText(window, wide(text).c_str());
   }
 }
 

@@ -8,6 +8,7 @@
 #include "win32/KeyFilter.h"
 #include "win32/ListControl.h"
 #include "win32/TabControl.h"
+#include "win32/TextBox.h"
 #include "win32/Win32Text.h"
 #include "win32/WindowClass.h"
 #include "win32/resource.h"
@@ -97,6 +98,7 @@ INT_PTR Win32FormWindow::receive(UINT message, WPARAM first, LPARAM second) {
 /// Answers whether the dialog manager shall choose the first focus itself.
 bool Win32FormWindow::loadForm() {
   setWindowIcons(dialog());
+  hideScrollBars(dialog());
   KeyFilter::watch(dialog());
   guarded([this] { form_.loaded(*this); });
   return !focusSet();

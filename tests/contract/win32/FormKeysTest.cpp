@@ -11,6 +11,7 @@
 
 #include "contract/ContractMachine.h"
 #include "contract/win32/TestForm.h"
+#include "win32/TextSize.h"
 #include "win32/Win32Desktop.h"
 
 // Work by keyboard alone, in lists of several choices and tab controls.
@@ -270,6 +271,82 @@ TEST_F(FormKeys, TheSpaceBarSelectsAndDeselectsTheItemThatTheArrowsGoTo) {
   });
   EXPECT_EQ(Names(3, std::string("changed ") + kMultiList), form_.events);
 }
+
+// --- Long texts
+
+const std::string kLongPath = "\\\\SRVLUMO\\" + std::string(200, 'c');
+
+bool hasScrollBar(HWND box) { return (GetWindowLongW(box, GWL_STYLE) & WS_VSCROLL) != 0; }
+
+/// The number of the line that the box shows at its top, from 0.
+int firstLine(HWND box) {
+  return static_cast<int>(SendMessageW(box, EM_GETFIRSTVISIBLELINE, 0, 0));
+}
+
+/// How many lines a box shows at once.
+int linesOf(HWND box) {
+  RECT room{};
+  SendMessageW(box, EM_GETRECT, 0, reinterpret_cast<LPARAM>(&room));
+  return static_cast<int>((room.bottom - room.top) / textSize(box, L"X").cy);
+}
+
+/// What a form with the progress controls shows of a text.
+class LongTexts : public FormKeys, public testing::WithParamInterface<const char*> {
+ protected:
+  void look(const std::function<void(machine::FormWindow& window, HWND box)>& user) {
+    lookAt(desktop_, GetParam(), [&user](machine::FormWindow& window) {
+      ShowWindow(handleOf(window), SW_SHOW);
+      user(window, controlOf(window, kBox));
+    });
+  }
+
+  static constexpr const char* kBox = "txtProgress";
+};
+
+TEST_P(LongTexts, ABoxHasAScrollBarWhereItsTextHasMoreLinesThanItShows) {
+  look([](machine::FormWindow& window, HWND box) {
+    EXPECT_FALSE(hasScrollBar(box)) << "empty at first";
+    window.setText(kBox, "Apro lo zip " + kLongPath + " in  " + kLongPath);
+    EXPECT_TRUE(hasScrollBar(box));
+    EXPECT_GE(linesOf(box), 3);
+    window.setText(kBox, "Avvio apertura pacco.");
+    EXPECT_FALSE(hasScrollBar(box));
+    window.setText(
+        kBox,
+        "Apro lo zip D:\\prodotti\\packs\\bilancio\\bilancio-09.94.00.00.zip in  "
+        "C:\\Documents and Settings\\mario.rossi\\Impostazioni locali\\Temp\\~pacchi1.tmp");
+    EXPECT_FALSE(hasScrollBar(box)) << "two paths of daily use have room";
+  });
+}
+
+TEST_P(LongTexts, ArrowsAndTheScrollBarReachTheLastLine) {
+  look([this](machine::FormWindow& window, HWND box) {
+    window.setText(kBox, "Apro lo zip " + kLongPath + kLongPath + " in  " + kLongPath);
+    const auto count = static_cast<int>(SendMessageW(box, EM_GETLINECOUNT, 0, 0));
+    const int last = count - linesOf(box);
+    ASSERT_LE(1, last);
+    SCROLLINFO bar{};
+    bar.cbSize = sizeof bar;
+    bar.fMask = SIF_RANGE | SIF_PAGE;
+    ASSERT_TRUE(GetScrollInfo(box, SB_VERT, &bar));
+    EXPECT_GT(bar.nMax - bar.nMin + 1, static_cast<int>(bar.nPage)) << "something can be scrolled";
+    EXPECT_EQ(0, firstLine(box));
+    SendMessageW(box, WM_VSCROLL, SB_BOTTOM, 0);
+    EXPECT_EQ(last, firstLine(box));
+    SendMessageW(box, WM_VSCROLL, SB_TOP, 0);
+    for (int i = 1; i < count; ++i) {
+      press(window, kBox, VK_DOWN);
+    }
+    EXPECT_EQ(last, firstLine(box));
+    window.setText(kBox, kLongPath + kLongPath + kLongPath);
+    EXPECT_EQ(0, firstLine(box)) << "each text begins at its top";
+  });
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, LongTexts,
+                         testing::Values("frmSelectInstall", "frmProdTrelvStandalone",
+                                         "frmProdTrelvIntegrated", "frmProdTrelvSinglePack",
+                                         "frmProdTrelvMaintain"));
 
 // --- Long items
 

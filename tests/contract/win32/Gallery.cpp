@@ -53,6 +53,13 @@ const std::string kLongName =
 const std::map<std::string, std::string> kLongTexts{
     {"lblHeading", kLongName + ". Selezionare le versioni da installare"},
     {"lblServerPath", "\\\\SERVER-DELLO-STUDIO\\" + std::string(170, 'c') + "\\Lumo"},
+    {"txtProgress", "Apro lo zip D:\\" + std::string(200, 'c') +
+                        "\\bilancio-09.94.00.00.zip in  C:\\" + std::string(200, 'd') +
+                        "\\~pacchi1.tmp"},
+    {"txtErrLabel",
+     "Si \u00E8 verificato un errore imprevisto. " + kLongName + ". " + kLongName + "."},
+    {"txtErrDescrizione", "Impossibile trovare il file specificato: \\\\?\\UNC\\" +
+                              std::string(400, 'c') + "\\manca.exe"},
     {"lblClientVersion", "versione registrata non leggibile"},
     {"lblServerVersion", "versione registrata: 09.93.00.00.00.00"},
     {"lblRemove",

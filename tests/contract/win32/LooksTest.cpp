@@ -81,10 +81,17 @@ std::string nameOf(HWND control) {
   return name.empty() ? utf8(textOf(control)) : name;
 }
 
-/// Labels and buttons whose text is larger than they are.
+bool isBoxOfLines(HWND control) {
+  return isOfClass(control, L"Edit") && (styleOf(control) & ES_MULTILINE) != 0;
+}
+
+/// Labels, buttons and text boxes whose text is larger than they are.
 Names cutIn(HWND dialog) {
   Names cut;
   for (HWND const child : childrenOf(dialog)) {
+    if (isBoxOfLines(child) && hidesLines(child)) {
+      cut.push_back(nameOf(child));
+    }
     const ButtonKind kind = buttonKind(child);
     if (!isLabel(child) && kind == ButtonKind::None) {
       continue;

@@ -10,6 +10,7 @@
 
 #include "machine/Form.h"
 #include "win32/ControlNames.h"
+#include "win32/TextSize.h"
 #include "win32/Win32Desktop.h"
 #include "win32/Win32FormWindow.h"
 
@@ -35,6 +36,15 @@ inline std::wstring textOf(HWND window) {
   std::wstring text(2000, L'\0');
   text.resize(static_cast<std::size_t>(GetWindowTextW(window, text.data(), 2000)));
   return text;
+}
+
+/// Does a text box have lines that it shows neither at once nor by scrolling?
+inline bool hidesLines(HWND box) {
+  RECT room{};
+  SendMessageW(box, EM_GETRECT, 0, reinterpret_cast<LPARAM>(&room));
+  const auto lines = static_cast<LONG>(SendMessageW(box, EM_GETLINECOUNT, 0, 0));
+  const bool scrolls = (GetWindowLongW(box, GWL_STYLE) & WS_VSCROLL) != 0;
+  return !scrolls && lines * win32::textSize(box, L"X").cy > room.bottom - room.top;
 }
 
 /// Controls of a dialog, from above.
