@@ -10,6 +10,7 @@
 #include "base/ProductName.h"
 #include "base/Text.h"
 #include "base/Trap.h"
+#include "interactive/EntryFolder.h"
 #include "packs/DirectSetup.h"
 #include "packs/PackExtraction.h"
 #include "packs/PackOrder.h"
@@ -31,36 +32,6 @@ std::string withoutTrailingBackslash(std::string folder) {
     folder.pop_back();
   }
   return folder;
-}
-
-/// Makes a folder in the temporary folder, new and empty: takes the first number that no folder
-/// has, another session's or one that was left over. Raises when it cannot be made.
-std::string makeWorkFolder(Program& program) {
-  constexpr int kMost = 1000;
-  const std::string temporary = withoutTrailingBackslash(modLibrary::GetTempDirectory(program));
-  if (temporary.empty()) {
-    throw RuntimeError(runtime_number::kPathNotFound, "TrelvManager",
-                       "Cartella temporanea non disponibile");
-  }
-  for (int number = 1;; ++number) {
-    std::string path = temporary + "\\~pacchi" + std::to_string(number) + ".tmp";
-    const SystemCode code = program.machine.files.makeFolder(path);
-    if (code == system_code::kSuccess) {
-      return path;
-    }
-    if (code != system_code::kAlreadyExists || number == kMost) {
-      throw failureFromSystemCode(code, path);
-    }
-  }
-}
-
-/// Removes it with everything in it; a failure is told in one log line.
-void removeWorkFolder(Program& program, const std::string& path) {
-  resumeNext([&]() -> void { program.fileSystem.deleteFolder(path, true); },
-             [&](const RuntimeError& failure) -> void {
-               program.log.WriteLog("Gestione ProdTrelv - Cartella temporanea non rimossa: " +
-                                    path + " (" + failure.description() + ")");
-             });
 }
 
 /// Names of what could not be opened, one a line.
@@ -168,18 +139,18 @@ void Installation::install(const OfferedProduct& entry) {
 
 void Installation::openPacks(const OfferedProduct& entry) {
   const std::vector<std::string> zips = orderedPacks(entry);
-  std::string work;
+  std::unique_ptr<EntryFolder> work;
   resumeNext(
-      [&]() -> void { work = makeWorkFolder(program_); },
+      [&]() -> void { work = std::make_unique<EntryFolder>(program_); },
       [&](const RuntimeError& failure) -> void {
         log("Gestione ProdTrelv - Cartella temporanea non creata (" + failure.description() + ")");
         unopened().insert(unopened().end(), zips.begin(), zips.end());
       });
-  if (work.empty()) {
+  if (work == nullptr) {
     log("Apro il/i pacchi in " + unpackFolder_);
   } else {
-    openThrough(work, entry, zips);
-    removeWorkFolder(program_, work);
+    openThrough(work->path(), entry, zips);
+    work->remove();
   }
 }
 

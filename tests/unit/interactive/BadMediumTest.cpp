@@ -488,12 +488,32 @@ TEST_F(BadMedium, WhileAnotherSessionWorksInTheTemporaryFolderNothingIsInstalled
       "mario, STAZIONE, sessione 2)");
 }
 
-TEST_F(BadMedium, AWorkFolderThatIsTakenIsLeftAlone) {
+TEST_F(BadMedium, TheFolderOfAnotherSessionsPacksIsLeftAlone) {
+  const auto mark =
+      machine().exclusion().takeForAnother("C:\\Users\\mario\\Temp\\~pacchi1.lck", "");
   machine().putFile("C:\\Users\\mario\\Temp\\~pacchi1.tmp\\vecchio.gz", "x");
   installStandard({"Nerio"});
   EXPECT_THAT(endsOf(lines(), "Apro lo zip "), ElementsAre(HasSubstr("~pacchi2.tmp")));
   EXPECT_EQ(endsOf(lines(), "Gestione ProdTrelv - Apertura pacco :").size(), 1U);
-  EXPECT_THAT(leftovers(), ElementsAre("prg", "~pacchi1.tmp"));
+  EXPECT_THAT(leftovers(), ElementsAre("prg", "~pacchi1.lck", "~pacchi1.tmp"));
+}
+
+TEST_F(BadMedium, WhatSessionsLeftThatWereEndedByForceIsRemovedAndItsNumberNotUsedAtOnce) {
+  for (const char* const left : {"~pacchi1.tmp\\vecchio.gz", "~pacchi2.tmp\\a\\vecchio.gz"}) {
+    machine().putFile(std::string("C:\\Users\\mario\\Temp\\") + left, "x");
+  }
+  installStandard({"Nerio"});
+  EXPECT_THAT(endsOf(lines(), "Apro lo zip "), ElementsAre(HasSubstr("~pacchi3.tmp")));
+  EXPECT_EQ(endsOf(lines(), "Gestione ProdTrelv - Apertura pacco :").size(), 1U);
+  EXPECT_THAT(leftovers(), ElementsAre("prg"));
+}
+
+TEST_F(BadMedium, WhatWasLeftAndCannotBeRemovedKeepsNothingFromBeingInstalled) {
+  machine().putFile("C:\\Users\\mario\\Temp\\~pacchi1.tmp\\vecchio.gz", "x");
+  machine().diskOf("C:\\").denyWriting("C:\\Users\\mario\\Temp\\~pacchi1.tmp");
+  installStandard({"Nerio"});
+  EXPECT_THAT(endsOf(lines(), "Apro lo zip "), ElementsAre(HasSubstr("~pacchi2.tmp")));
+  EXPECT_THAT(station_.setups(), ElementsAre(std::string(kTree) + "\\nerio\\setup.exe"));
 }
 
 TEST_F(BadMedium, AWorkFolderThatCannotBeRemovedIsTold) {
