@@ -244,10 +244,9 @@ TEST(Looks, TheKeyboardGoesFromWhatIsChosenToTheButtons) {
 
 // --- Colours
 
-/// How often each colour stands in a control as it was painted.
-std::map<COLORREF, int> coloursOf(HWND control) {
-  const RECT area = roomOf(control);
-  const SIZE room{area.right, area.bottom};
+/// How often each colour stands in a part of a control as it was painted.
+std::map<COLORREF, int> coloursOf(HWND control, const RECT& area) {
+  const SIZE room{area.right - area.left, area.bottom - area.top};
   HDC const window = GetDC(control);
   HDC const memory = CreateCompatibleDC(window);
   BITMAPINFO format{};
@@ -255,7 +254,7 @@ std::map<COLORREF, int> coloursOf(HWND control) {
   void* bits = nullptr;
   HBITMAP const bitmap = CreateDIBSection(window, &format, DIB_RGB_COLORS, &bits, nullptr, 0);
   HGDIOBJ const before = SelectObject(memory, bitmap);
-  BitBlt(memory, 0, 0, room.cx, room.cy, window, 0, 0, SRCCOPY);
+  BitBlt(memory, 0, 0, room.cx, room.cy, window, area.left, area.top, SRCCOPY);
   GdiFlush();
   std::map<COLORREF, int> found;
   for (LONG i = 0; i < room.cx * room.cy; ++i) {
@@ -277,10 +276,10 @@ double lightness(COLORREF colour) {
   return 0.2126 * part(16) + 0.7152 * part(8) + 0.0722 * part(0);
 }
 
-/// Of the colours that differ most from the ground, which is what most of the control has: 1 for
-/// the same, 21 for black on white. A few points do not count.
-double contrastIn(HWND control) {
-  const std::map<COLORREF, int> colours = coloursOf(control);
+/// Of the colours that differ most from the ground, which is what most of the area has: 1 for the
+/// same, 21 for black on white. A few points do not count.
+double contrastIn(HWND control, const RECT& area) {
+  const std::map<COLORREF, int> colours = coloursOf(control, area);
   const auto ground = std::max_element(
       colours.begin(), colours.end(),
       [](const auto& one, const auto& other) { return one.second < other.second; });
@@ -296,8 +295,37 @@ double contrastIn(HWND control) {
 bool showsText(HWND control) {
   return !textOf(control).empty() && IsWindowEnabled(control) != FALSE &&
          (isLabel(control) || buttonKind(control) != ButtonKind::None ||
-          isOfClass(control, L"Edit") || isOfClass(control, L"ListBox") ||
-          isOfClass(control, WC_TABCONTROLW));
+          isOfClass(control, L"Edit") || isOfClass(control, L"ListBox"));
+}
+
+/// Half of a group box's caption, from a quarter on: where no line of the box is.
+RECT captionOf(HWND box) {
+  constexpr LONG kIndent = 9;
+  const SIZE size = textSize(box, withoutMarks(textOf(box)));
+  return {kIndent + size.cx / 4, 0, kIndent + size.cx * 3 / 4, size.cy};
+}
+
+/// The inner parts of the tabs of all pages.
+std::vector<RECT> pagesOf(HWND tabs) {
+  std::vector<RECT> pages;
+  const auto count = SendMessageW(tabs, TCM_GETITEMCOUNT, 0, 0);
+  for (int i = 0; i < count; ++i) {
+    RECT& place = pages.emplace_back();
+    SendMessageW(tabs, TCM_GETITEMRECT, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(&place));
+    InflateRect(&place, -3, -3);
+  }
+  return pages;
+}
+
+/// Where a control shows texts.
+std::vector<RECT> textsOf(HWND control) {
+  if (isOfClass(control, WC_TABCONTROLW)) {
+    return pagesOf(control);
+  }
+  if (holdsOthers(control)) {
+    return {captionOf(control)};
+  }
+  return showsText(control) ? std::vector<RECT>{roomOf(control)} : std::vector<RECT>{};
 }
 
 TEST(Looks, EachTextStandsOutFromItsGround) {
@@ -306,8 +334,10 @@ TEST(Looks, EachTextStandsOutFromItsGround) {
     RedrawWindow(dialog, nullptr, nullptr,
                  RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
     for (HWND const child : childrenOf(dialog)) {
-      if (showsText(child)) {
-        EXPECT_LE(4.5, contrastIn(child)) << name << ": " << nameOf(child);
+      for (const RECT& area : textsOf(child)) {
+        // Disabled pages are as grey as the system's own.
+        const double least = isOfClass(child, WC_TABCONTROLW) ? 2 : 4.5;
+        EXPECT_LE(least, contrastIn(child, area)) << name << ": " << nameOf(child);
       }
     }
   });
@@ -315,15 +345,15 @@ TEST(Looks, EachTextStandsOutFromItsGround) {
 
 // --- Other settings of the user
 
-/// A value below HKEY_CURRENT_USER, "Control Panel", as long as this lives.
+/// A value below HKEY_CURRENT_USER, as long as this lives.
 class UserSetting {
  public:
   UserSetting(const std::wstring& key, const wchar_t* name, DWORD type, const void* data,
               DWORD size)
       : name_(name) {
     HKEY opened = nullptr;
-    RegCreateKeyExW(HKEY_CURRENT_USER, (L"Control Panel\\" + key).c_str(), 0, nullptr, 0,
-                    KEY_QUERY_VALUE | KEY_SET_VALUE, nullptr, &opened, nullptr);
+    RegCreateKeyExW(HKEY_CURRENT_USER, key.c_str(), 0, nullptr, 0, KEY_QUERY_VALUE | KEY_SET_VALUE,
+                    nullptr, &opened, nullptr);
     key_ = OwnedKey(opened);
     had_ = RegQueryValueExW(key_.get(), name, nullptr, &type_, before_.data(), &length_) ==
            ERROR_SUCCESS;
@@ -390,7 +420,7 @@ class LooksAtResolution : public testing::TestWithParam<DWORD> {};
 
 TEST_P(LooksAtResolution, NothingIsCutOrCrowded) {
   const DWORD dots = GetParam();
-  const UserSetting setting(L"Desktop", L"LogPixels", REG_DWORD, &dots, sizeof dots);
+  const UserSetting setting(L"Control Panel\\Desktop", L"LogPixels", REG_DWORD, &dots, sizeof dots);
   SetEnvironmentVariableW(kExpected, std::to_wstring(dots).c_str());
   EXPECT_EQ(0U, outcomeOf(L"LooksElsewhere.*:Looks.NoTextIsCut:Looks.NothingLiesOverAnything:"
                           L"Looks.EachDialogFits*"));
@@ -409,11 +439,14 @@ TEST(LooksInHighContrast, EachTextStandsOut) {
         L"ButtonShadow", L"ButtonLight", L"ButtonDkShadow", L"HilightText"}},
       {L"0 255 0", {L"GrayText"}},
       {L"0 0 255", {L"Hilight"}}};
+  // The colours are not those of a theme: the system draws without one.
+  const UserSetting withoutTheme(L"Software\\Microsoft\\Windows\\CurrentVersion\\ThemeManager",
+                                 L"ThemeActive", REG_SZ, L"0", 2 * sizeof(wchar_t));
   std::vector<std::unique_ptr<UserSetting>> settings;
   for (const auto& [value, names] : colours) {
     for (const wchar_t* const name : names) {
       settings.push_back(std::make_unique<UserSetting>(
-          L"Colors", name, REG_SZ, value,
+          L"Control Panel\\Colors", name, REG_SZ, value,
           static_cast<DWORD>((std::wcslen(value) + 1) * sizeof(wchar_t))));
     }
   }
