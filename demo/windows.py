@@ -262,8 +262,8 @@ class Prefix:
     def run(self, program, arguments, *, limit=30, kill_when="", restricted=False,
             folder="", answers=(), on_box=None, on_missing=None):
         """Starts a program (Windows path) with raw arguments and answers its boxes: "OK", or the
-        captions in `answers` in turn. `kill_when` is a file (Windows path) whose appearance ends
-        the program; `restricted` takes the administrators from its user. `on_box` is called with
+        captions in `answers` in turn. `kill_when` is a file (Windows path, its name may be a
+        pattern) whose appearance ends the program; `restricted` takes the administrators from its user. `on_box` is called with
         each box before it is answered, `on_missing` with a button that a box does not have: then
         its close box is pressed."""
         boxes, notices, late = [], [], False

@@ -5,6 +5,7 @@ import os
 import pathlib
 import re
 import shutil
+import subprocess
 import sys
 
 import pytest
@@ -15,6 +16,7 @@ import installation  # noqa: E402
 import windows  # noqa: E402
 
 MANAGER_FOLDER = "C:\\Lumo\\Manager"
+SMALL_DISK = 4 << 20
 INTEGRATED = f"INTEGRATEDRUN {installation.HOST_FOLDER} {installation.HOST_FOLDER}"
 UPDATED_ALL = "Gestione ProdTrelv - Termine procedura UpdateAllProdottiComplementari"
 NO_RIGHTS = ("Errore", "Per il corretto funzionamento il sistema richiede l'aggiornamento di alcuni "
@@ -72,10 +74,34 @@ KINDS = [pytest.param(kind, marks=pytest.mark.xdist_group(kind)) for kind in ("w
 @pytest.fixture(scope="session", params=KINDS)
 def prefix(request, build, screen, tmp_path_factory):
     folder = tmp_path_factory.mktemp("wine") / request.param
+    small_disk = folder.with_name("small disk")
+    # Wine sees what is mounted before its first program starts.
+    mounted = mount_small_disk(small_disk)
     prefix = windows.Prefix(folder, request.param, build, screen)
+    prefix.small_disk = small_disk if mounted else None
     yield prefix
     prefix.close()
+    if mounted:
+        subprocess.run(["umount", small_disk], check=True)
     shutil.rmtree(folder)
+
+
+def mount_small_disk(folder):
+    """Mounts a disk of SMALL_DISK bytes; false where the system does not let us."""
+    folder.mkdir()
+    return subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={SMALL_DISK}", "tmpfs", folder],
+                          check=False, capture_output=True).returncode == 0
+
+
+@pytest.fixture
+def small_disk(prefix):
+    """An empty disk with next to no room, in drive T."""
+    if not prefix.small_disk:
+        pytest.skip("nothing can be mounted here: run the tests as root, where the system allows it")
+    for each in prefix.small_disk.iterdir():
+        shutil.rmtree(each)
+    prefix.map_drive("t", prefix.small_disk)
+    return prefix.small_disk
 
 
 class Workstation(installation.Installation):

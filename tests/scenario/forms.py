@@ -13,6 +13,8 @@ import windows
 
 # How long a manager may be worked in.
 SECONDS = 400
+# Its exit code where the driver ended it.
+ENDED_BY_FORCE = 99
 
 
 class Dialog:
@@ -180,14 +182,15 @@ class Hand(windows.Prefix):
 
 
 @contextlib.contextmanager
-def running(station, arguments, title):
+def running(station, arguments, title, kill_when=""):
     """Runs the manager, which shows the form of the title, while the body works with a Hand in it. The
-    manager must end by itself soon after the body; where the body fails it is ended by force."""
+    manager must end by itself soon after the body, or by the appearance of the file that `kill_when`
+    names (as `Prefix.run` takes it); where the body fails it is ended by force."""
     hand = Hand(station.prefix)
     runs = []
     thread = threading.Thread(
         target=lambda: runs.append(station.prefix.run(station.manager, arguments, answers=["-"] * 100,
-                                                      limit=SECONDS)))
+                                                      limit=SECONDS, kill_when=kill_when)))
     thread.start()
     try:
         hand.dialog(title)
@@ -199,3 +202,4 @@ def running(station, arguments, title):
         hand.close()
         thread.join(timeout=SECONDS + 60)
     assert runs and not runs[0].late, "the manager did not end"
+    assert (runs[0].exit_code == ENDED_BY_FORCE) == bool(kill_when), "the manager ended otherwise"

@@ -51,8 +51,8 @@ class Drive:
     def pack(self, name, version):
         return self.root / f"prodotti/packs/{name}/{name}-{version}.zip"
 
-    def session(self):
-        return forms.running(self.station, "INTERACTIVE", SELECTION)
+    def session(self, kill_when=""):
+        return forms.running(self.station, "INTERACTIVE", SELECTION, kill_when)
 
     def refused(self):
         """The box with which a session ends before its first form."""
@@ -343,24 +343,6 @@ def test_f10_tells_the_build_and_is_pictured(standalone):
         hand.picture(INFORMATION, "informazioni")
         hand.press(INFORMATION, "Command1")
         hand.press(SELECTION, "cmdExit")
-
-
-def test_the_manual_opens_in_the_registered_reader(standalone):
-    station = standalone.station
-    reader = station.disk / "Lumo/Lettore/lettore.exe"
-    reader.parent.mkdir(parents=True)
-    shutil.copy(station.programs / "product.exe", reader)
-    station.prefix.set_value("HKLM", READER_KEY, "", "C:\\Lumo\\Lettore\\lettore.exe")
-    try:
-        with standalone.session() as hand:
-            hand.press(SELECTION, "cmdhelp")
-            report = reader.with_name("lettore.avvio.txt")
-            assert windows.wait_for_file(report)
-            hand.press(SELECTION, "cmdExit")
-    finally:
-        station.prefix.delete_key("HKLM", READER_KEY)
-    line = report.read_text(encoding="utf-8").splitlines()[0]
-    assert line.lower().endswith('prodotti\\docs\\kodamuri.pdf"')
 
 
 def test_without_a_reader_the_help_says_what_to_install(standalone):

@@ -4,13 +4,13 @@
 //
 //   run LIMIT KILL RESTRICTED PAUSE FOLDER ANSWERS PROGRAM COMMANDLINE
 //       starts PROGRAM with the raw COMMANDLINE in FOLDER (empty: the driver's own) and answers
-//       its boxes. LIMIT: seconds after which it is ended. KILL: a file; the program is ended as
-//       soon as it exists (empty: never). RESTRICTED: 1 takes the administrators from its token.
-//       PAUSE: milliseconds that a box stays before it is answered. ANSWERS: captions of buttons
-//       to press, one for each box, separated by "|"; "OK" when there are no more; "-" leaves a
-//       box to whoever sits before the screen.
-//       One line for each box as it shows ({"box": true, …}) and one for each window without
-//       buttons, which is not answered ({"notice": true, …}), then
+//       its boxes. LIMIT: seconds after which it is ended. KILL: a file, or a pattern of its name;
+//       the program is ended as soon as it exists (empty: never). RESTRICTED: 1 takes the
+//       administrators from its token. PAUSE: milliseconds that a box stays before it is answered.
+//       ANSWERS: captions of buttons to press, one for each box, separated by "|"; "OK" when there
+//       are no more; "-" leaves a box to whoever sits before the screen. One line for each box as
+//       it shows ({"box": true, …}) and one for each window without buttons, which is not answered
+//       ({"notice": true, …}), then
 //       {"done": true, "exit": …, "milliseconds": …}.
 //   registry-set HIVE KEY NAME VALUE      a text; the key is made
 //   registry-get HIVE KEY NAME            {"done": true, "value": text or null}
@@ -38,6 +38,8 @@
 namespace {
 
 using Words = std::vector<std::wstring>;
+
+constexpr UINT kEndedByForce = 99;
 
 std::string utf8(const std::wstring& text) {
   const int length = static_cast<int>(text.size());
@@ -290,19 +292,56 @@ void press(HWND box, const std::wstring& caption) {
   }
 }
 
-/// Ends the process at its limit or when the file exists that says so.
-bool endIfDue(const Run& run, HANDLE process, DWORD began) {
-  const bool late = GetTickCount() - began > run.limit * 1000;
-  const bool told =
-      !run.killFile.empty() && GetFileAttributesW(run.killFile.c_str()) != INVALID_FILE_ATTRIBUTES;
-  if (!late && !told) {
-    return false;
+bool isThere(const std::wstring& pattern) {
+  WIN32_FIND_DATAW found;
+  const HANDLE search = FindFirstFileW(pattern.c_str(), &found);
+  if (search != INVALID_HANDLE_VALUE) {
+    FindClose(search);
   }
+  return search != INVALID_HANDLE_VALUE;
+}
+
+/// Ends a process as soon as a file exists, whatever its boxes are asked or answered meanwhile, as
+/// long as this lives.
+class Executioner {
+ public:
+  Executioner(std::wstring pattern, HANDLE process)
+      : pattern_(std::move(pattern)), process_(process) {
+    thread_ = pattern_.empty() ? nullptr : CreateThread(nullptr, 0, watch, this, 0, nullptr);
+  }
+  Executioner(const Executioner&) = delete;
+  Executioner& operator=(const Executioner&) = delete;
+  /// The process has ended.
+  ~Executioner() {
+    if (thread_ != nullptr) {
+      WaitForSingleObject(thread_, INFINITE);
+      CloseHandle(thread_);
+    }
+  }
+
+ private:
+  static DWORD WINAPI watch(void* self) {
+    const auto& own = *static_cast<const Executioner*>(self);
+    while (WaitForSingleObject(own.process_, 3) == WAIT_TIMEOUT) {
+      if (isThere(own.pattern_)) {
+        TerminateProcess(own.process_, kEndedByForce);
+      }
+    }
+    return 0;
+  }
+
+  std::wstring pattern_;
+  HANDLE process_;
+  HANDLE thread_;
+};
+
+bool endIfLate(const Run& run, HANDLE process, DWORD began) {
+  const bool late = GetTickCount() - began > run.limit * 1000;
   if (late) {
     answer("{\"late\": true}");
+    TerminateProcess(process, kEndedByForce);
   }
-  TerminateProcess(process, 99);
-  return true;
+  return late;
 }
 
 /// The first dialog of the process that asks something. Those that do not are told once each.
@@ -337,8 +376,9 @@ void attend(const Run& run, const PROCESS_INFORMATION& process) {
   const DWORD began = GetTickCount();
   std::size_t next = 0;
   std::vector<HWND> told;
+  const Executioner executioner(run.killFile, process.hProcess);
   while (WaitForSingleObject(process.hProcess, 10) == WAIT_TIMEOUT) {
-    if (endIfDue(run, process.hProcess, began)) {
+    if (endIfLate(run, process.hProcess, began)) {
       WaitForSingleObject(process.hProcess, 5000);
       break;
     }
@@ -595,7 +635,7 @@ void endProgramOf(HWND form) {
   DWORD process = 0;
   GetWindowThreadProcessId(form, &process);
   const HANDLE handle = OpenProcess(PROCESS_TERMINATE, FALSE, process);
-  TerminateProcess(handle, 99);
+  TerminateProcess(handle, kEndedByForce);
   CloseHandle(handle);
   done();
 }
