@@ -11,7 +11,6 @@ import pytest
 import forms
 import installation
 import medium
-import windows
 from conftest import INTEGRATED
 
 ZB, NERIO = installation.ZB, installation.NERIO
