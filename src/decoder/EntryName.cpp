@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "base/Text.h"
+#include "decoder/WideText.h"
 
 namespace trelv::decoder {
 namespace {
@@ -21,47 +22,6 @@ constexpr const char* kDevice = "nome di un dispositivo";
 constexpr const char* kShortName = "nome che può valere come nome breve di un altro";
 constexpr const char* kTooLong = "nome troppo lungo";
 constexpr const char* kReserved = "nome riservato ai file temporanei";
-
-/// How many bytes follow this first byte of a character; nothing when it begins none.
-std::optional<std::size_t> following(unsigned char first) {
-  if (first < 0x80) {
-    return 0;
-  }
-  if (first >= 0xC2 && first <= 0xDF) {
-    return 1;
-  }
-  if (first >= 0xE0 && first <= 0xEF) {
-    return 2;
-  }
-  if (first >= 0xF0 && first <= 0xF4) {
-    return 3;
-  }
-  return std::nullopt;
-}
-
-/// Takes the next character off the text; nothing when it is not well-formed UTF-8.
-std::optional<std::uint32_t> takeCharacter(std::string_view& text) {
-  const auto first = static_cast<unsigned char>(text.front());
-  const std::optional<std::size_t> more = following(first);
-  if (!more || text.size() <= *more) {
-    return std::nullopt;
-  }
-  std::uint32_t character = *more == 0 ? first : first & (0x3FU >> *more);
-  for (std::size_t index = 1; index <= *more; ++index) {
-    const auto next = static_cast<unsigned char>(text[index]);
-    if ((next & 0xC0U) != 0x80U) {
-      return std::nullopt;
-    }
-    character = (character << 6U) | (next & 0x3FU);
-  }
-  const bool overlong = (*more == 2 && character < 0x800) || (*more == 3 && character < 0x10000);
-  const bool surrogate = character >= 0xD800 && character <= 0xDFFF;
-  if (overlong || surrogate || character > 0x10FFFF) {
-    return std::nullopt;
-  }
-  text.remove_prefix(*more + 1);
-  return character;
-}
 
 /// Length in UTF-16 units; nothing for what is not UTF-8.
 std::optional<std::size_t> utf16Length(std::string_view text) {

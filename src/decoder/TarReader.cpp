@@ -4,9 +4,9 @@
 #include <archive_entry.h>
 
 #include <new>
-#include <type_traits>
 
 #include "decoder/Refusal.h"
+#include "decoder/WideText.h"
 
 namespace trelv::decoder {
 namespace {
@@ -29,49 +29,6 @@ constexpr std::uint64_t kEndMark = 1024;
 constexpr std::int64_t kSecondsTo1970 = 11644473600;
 constexpr std::int64_t kLastSecond = 900000000000;
 constexpr std::uint64_t kTicksPerSecond = 10000000;
-
-void append(std::string& text, std::uint32_t character) {
-  const auto put = [&text](std::uint32_t byte) { text += static_cast<char>(byte); };
-  if (character < 0x80) {
-    put(character);
-  } else if (character < 0x800) {
-    put(0xC0U | (character >> 6U));
-    put(0x80U | (character & 0x3FU));
-  } else if (character < 0x10000) {
-    put(0xE0U | (character >> 12U));
-    put(0x80U | ((character >> 6U) & 0x3FU));
-    put(0x80U | (character & 0x3FU));
-  } else {
-    put(0xF0U | (character >> 18U));
-    put(0x80U | ((character >> 12U) & 0x3FU));
-    put(0x80U | ((character >> 6U) & 0x3FU));
-    put(0x80U | (character & 0x3FU));
-  }
-}
-
-bool isHighSurrogate(std::uint32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
-bool isLowSurrogate(std::uint32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
-
-/// Its sign, where wide characters have one, tells nothing.
-std::uint32_t codeOf(wchar_t unit) {
-  return static_cast<std::uint32_t>(static_cast<std::make_unsigned_t<wchar_t>>(unit));
-}
-
-/// Wide text is UTF-16 on Windows and UTF-32 elsewhere. A lone surrogate stays one: its three bytes
-/// are no UTF-8 and are refused as a name.
-std::string utf8(const wchar_t* text) {
-  std::string result;
-  for (; *text != L'\0'; ++text) {
-    std::uint32_t character = codeOf(*text);
-    const std::uint32_t next = codeOf(text[1]);
-    if (isHighSurrogate(character) && isLowSurrogate(next)) {
-      character = 0x10000 + ((character - 0xD800) << 10U) + (next - 0xDC00);
-      ++text;
-    }
-    append(result, character);
-  }
-  return result;
-}
 
 EntryKind kindOf(archive_entry* header) {
   if (archive_entry_hardlink_w(header) != nullptr || archive_entry_hardlink(header) != nullptr) {
@@ -142,7 +99,7 @@ void TarReader::fillIn(TarEntry& entry, archive_entry* header) {
   if (name == nullptr) {
     refuse(kNameNotUtf8);
   }
-  entry.name = utf8(name);
+  entry.name = utf8Of(name);
   entry.kind = kindOf(header);
   entry.size = static_cast<std::uint64_t>(archive_entry_size(header));
   entry.modified = modifiedOf(header);

@@ -1,5 +1,7 @@
 #include "kit/Verbs.h"
 
+#include "kit/Publish.h"
+
 namespace trelv::kit {
 namespace {
 
@@ -12,7 +14,9 @@ std::unique_ptr<Verb> make() {
 }  // namespace
 
 const std::vector<VerbRow>& verbs() {
-  static const std::vector<VerbRow> table{};
+  static const std::vector<VerbRow> table{
+      {"publish", "pubblica pacchi sul server, li annulla, elenca le pubblicazioni", make<Publish>},
+  };
   return table;
 }
 

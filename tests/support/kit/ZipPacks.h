@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "kit/ArchiveReader.h"
+#include "kit/ArchiveWriter.h"
+#include "sim/SimMachine.h"
+
+namespace trelv::tests {
+
+/// A zip pack of these files: path below the set-up folder with "/", content.
+inline std::string zipPack(const std::vector<std::pair<std::string, std::string>>& files) {
+  std::vector<kit::ArchiveFile> packed;
+  for (const auto& [path, content] : files) {
+    packed.push_back({"prg/com/setup/aggdovra/" + path, content});
+  }
+  constexpr kit::Moment kMoment = 1795255200;
+  return kit::zipArchive(packed, kMoment);
+}
+
+/// 7-Zip beside the manager of a simulated machine, which opens real zip packs.
+inline void putSevenZip(sim::SimMachine& machine) {
+  machine.programs().define(
+      "C:\\Lumo\\Programmi\\7z.exe", [](sim::SimProcess& process) -> std::uint32_t {
+        sim::SimMachine& station = process.machine();
+        const std::string output = process.arguments().at(2).substr(2);
+        kit::ArchiveReader reader(kit::textSource(station.fileText(process.arguments().at(3))),
+                                  kit::ArchiveKind::Zip);
+        for (kit::ArchivedEntry entry; reader.next(entry);) {
+          station.putFile(output + "\\" + replaceAll(entry.name, "/", "\\"), reader.content());
+        }
+        return 0;
+      });
+}
+
+}  // namespace trelv::tests

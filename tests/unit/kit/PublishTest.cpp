@@ -1,0 +1,603 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "kit/Failure.h"
+#include "kit/HostShare.h"
+#include "kit/Publication.h"
+#include "kit/Verbs.h"
+#include "packs/PackExtraction.h"
+#include "sim/FailingMachine.h"
+#include "sim/KilledMachine.h"
+#include "support/Installation.h"
+#include "support/kit/Trelv.h"
+#include "support/kit/ZipPacks.h"
+
+namespace trelv::tests {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char* kHost = "S:\\Lumo";
+constexpr const char* kSetup = "S:\\Lumo\\prg\\com\\setup\\aggdovra";
+constexpr const char* kShelf = "S:\\Lumo\\prg\\tempterm\\trelv";
+constexpr const char* kPack = "C:\\Consegne\\zb-09.95.zip";
+constexpr const char* kOther = "C:\\Consegne\\nerio-03.21.zip";
+constexpr const char* kOldConfiguration = "[Update01]\r\nversion=09.94.00.00\r\n";
+constexpr const char* kNewConfiguration = "[Update01]\r\nversion=09.95.00.00\r\n";
+
+using Tree = std::map<std::string, std::string>;
+
+void gather(sim::SimDisk& disk, const std::string& folder, Tree& tree) {
+  for (const std::string& name : disk.names(folder)) {
+    const std::string path = folder + "\\" + name;
+    if (disk.folderExists(path)) {
+      tree[path] = "<cartella>";
+      gather(disk, path, tree);
+    } else {
+      tree[path] = disk.text(path);
+    }
+  }
+}
+
+/// A host, a station on which trelv runs, a pack that replaces one file and adds two, and another
+/// one.
+class Delivery {
+ public:
+  Delivery() {
+    putSevenZip(machine());
+    share().put(setup("zb.ini"), kOldConfiguration);
+    share().put(setup("zb\\setup.exe"), "vecchio");
+    share().put(setup("agdvcomp.ini"),
+                "[prod01]\r\nid=ZB\r\nname=Bilancio\r\nconf=prg\\com\\setup\\aggdovra\\zb.ini\r\n");
+    installation.putServerRecord("[ZB]\r\nversion=09.94.00.00\r\n");
+    machine().putFile(kPack, zipPack({{"zb.ini", kNewConfiguration},
+                                      {"zb/setup.exe", "vecchio"},
+                                      {"zb/novità/leggimi.txt", "nuovo"},
+                                      {"zb/perché.txt", "nuovo"}}));
+    machine().putFile(kOther, zipPack({{"nerio.ini", "nerio"}, {"nerio/setup.exe", "nerio"}}));
+  }
+
+  static std::string setup(const std::string& path) { return std::string(kSetup) + "\\" + path; }
+
+  sim::SimMachine& machine() { return station.machine(); }
+  sim::SimDisk& share() { return installation.share(); }
+  Tree tree() {
+    Tree tree;
+    gather(share(), kSetup, tree);
+    return tree;
+  }
+
+  int publish(const std::vector<std::string>& packs = {kPack}) {
+    std::vector<std::string> words{"publish", kHost, "--json"};
+    words.insert(words.end(), packs.begin(), packs.end());
+    return trelv.run(words);
+  }
+  int undo(const std::vector<std::string>& journal = {}) {
+    std::vector<std::string> words{"publish", kHost, "--undo", "--json"};
+    words.insert(words.end(), journal.begin(), journal.end());
+    return trelv.run(words);
+  }
+  Json result() { return Json::parse(trelv.console.output).at("result"); }
+
+  /// A start on the station opens what waits.
+  void open() {
+    modProdTrelvManager::OpenZipPacksInFolder(station.program(), kSetup, kHost, true);
+    station.endProgram();
+  }
+
+  Installation installation;
+  Station station{installation};
+  Trelv trelv{station.machine()};
+};
+
+class Publish : public testing::Test, public Delivery {};
+
+TEST_F(Publish, PackWaitsUnderItsOwnName) {
+  const Tree before = tree();
+  ASSERT_EQ(publish(), 0) << trelv.console.errors;
+  Tree expected = before;
+  expected[setup("zb-09.95.zip")] = machine().fileText(kPack);
+  EXPECT_EQ(tree(), expected);
+  EXPECT_EQ(result()["published"], Json({"zb-09.95.zip"}));
+  EXPECT_EQ(result()["replaces"], Json({"zb.ini", "zb\\setup.exe"}));
+  EXPECT_EQ(result()["adds"], Json({"zb\\novità\\leggimi.txt", "zb\\perché.txt"}));
+}
+
+TEST_F(Publish, RepeatedWhileThePackWaitsDoesNothing) {
+  publish();
+  const Tree before = tree();
+  const std::vector<std::string> journals = share().names(kShelf);
+  EXPECT_EQ(publish(), 0);
+  EXPECT_EQ(tree(), before);
+  EXPECT_EQ(share().names(kShelf), journals);
+  EXPECT_EQ(result()["journal"], Json(nullptr));
+  EXPECT_EQ(result()["present"], Json({"zb-09.95.zip"}));
+}
+
+TEST_F(Publish, RepeatedBehindTheOpeningDoesNothing) {
+  publish();
+  open();
+  ASSERT_FALSE(machine().fileExists(setup("zb-09.95.zip")));
+  const Tree before = tree();
+  EXPECT_EQ(publish(), 0);
+  EXPECT_EQ(tree(), before);
+}
+
+TEST_F(Publish, UndoTakesAnUnopenedPackAway) {
+  const Tree before = tree();
+  publish();
+  ASSERT_EQ(undo(), 0) << trelv.console.errors;
+  EXPECT_EQ(tree(), before);
+  EXPECT_EQ(result()["withdrawn"], Json({"zb-09.95.zip"}));
+}
+
+TEST_F(Publish, UndoPutsBackWhatWasThereAndRemovesWhatThePackBrought) {
+  const Tree before = tree();
+  publish();
+  open();
+  ASSERT_EQ(share().text(setup("zb.ini")), kNewConfiguration);
+  ASSERT_EQ(undo(), 0) << trelv.console.errors;
+  EXPECT_EQ(tree(), before);
+  EXPECT_EQ(result()["restored"], Json({"zb.ini"}));
+  EXPECT_EQ(result()["removed"], Json({"zb\\novità\\leggimi.txt", "zb\\perché.txt"}));
+  EXPECT_EQ(result()["left"], Json::array());
+}
+
+TEST_F(Publish, UndoOverwritesReadOnlyFiles) {
+  const Tree before = tree();
+  share().setReadOnly(setup("zb.ini"));
+  publish();
+  open();
+  share().setReadOnly(setup("zb.ini"));
+  share().setReadOnly(setup("zb\\perché.txt"));
+  ASSERT_EQ(undo(), 0) << trelv.console.errors;
+  EXPECT_EQ(tree(), before);
+}
+
+TEST_F(Publish, UndoLeavesWhatWasChangedSinceAndKeepsItsOldContent) {
+  publish();
+  const std::string journal = result()["journal"];
+  open();
+  share().put(setup("zb.ini"), "corretto a mano");
+  share().put(setup("zb\\novità\\altro.txt"), "di altri");
+  ASSERT_EQ(undo(), 0);
+  EXPECT_EQ(share().text(setup("zb.ini")), "corretto a mano");
+  EXPECT_TRUE(share().fileExists(setup("zb\\novità\\altro.txt")));
+  EXPECT_EQ(result()["left"], Json({"zb.ini"}));
+  EXPECT_EQ(share().text(std::string(kShelf) + "\\" + journal + "\\file\\2"), kOldConfiguration);
+}
+
+TEST_F(Publish, UndoTellsTheVersionsThatStayRaised) {
+  publish();
+  open();
+  installation.putServerRecord("[ZB]\r\nversion=09.95.00.00\r\n");
+  ASSERT_EQ(undo(), 0);
+  EXPECT_EQ(result()["raised"], Json::array({{{"product", "ZB"},
+                                              {"side", "Server"},
+                                              {"recorded", "09.95.00.00"},
+                                              {"before", "09.94.00.00"}}}));
+  EXPECT_EQ(installation.serverRecord(), "[ZB]\r\nversion=09.95.00.00\r\n");
+}
+
+TEST_F(Publish, UndoOfUndoneGoesToTheOneBeforeAndThenFindsNothing) {
+  const Tree before = tree();
+  publish();
+  publish({kOther});
+  const std::string last = result()["journal"];
+  EXPECT_EQ(undo(), 0);
+  EXPECT_EQ(result()["journal"], last);
+  EXPECT_EQ(undo(), 0);
+  EXPECT_EQ(tree(), before);
+  EXPECT_EQ(undo(), 0);
+  EXPECT_EQ(result()["journal"], Json(nullptr));
+  EXPECT_EQ(undo({last}), 0);
+  EXPECT_EQ(tree(), before);
+}
+
+TEST_F(Publish, UndoOfANamedJournalLeavesTheOthers) {
+  publish();
+  const std::string first = result()["journal"];
+  publish({kOther});
+  ASSERT_EQ(undo({first}), 0) << trelv.console.errors;
+  EXPECT_FALSE(share().exists(setup("zb-09.95.zip")));
+  EXPECT_TRUE(share().exists(setup("nerio-03.21.zip")));
+}
+
+TEST_F(Publish, UndoIsRefusedWhileALaterPublicationHasTheSameFiles) {
+  publish();
+  const std::string first = result()["journal"];
+  machine().putFile("C:\\Consegne\\zb-09.96.zip", zipPack({{"ZB.INI", "09.96"}}));
+  publish({"C:\\Consegne\\zb-09.96.zip"});
+  const Tree before = tree();
+  EXPECT_EQ(undo({first}), 2);
+  EXPECT_NE(trelv.console.errors.find("prima va annullata la pubblicazione 0002-"),
+            std::string::npos);
+  EXPECT_EQ(tree(), before);
+}
+
+TEST_F(Publish, UndoOfAnUnknownJournalIsTold) {
+  publish();
+  EXPECT_EQ(undo({"0009-niente"}), 2);
+  EXPECT_NE(trelv.console.errors.find("0009-niente: nessuna pubblicazione"), std::string::npos);
+}
+
+TEST_F(Publish, WaitingPackOfTheSameNameIsReplacedAndComesBack) {
+  publish();
+  const std::string old = machine().fileText(kPack);
+  machine().putFile(kPack, zipPack({{"zb.ini", "09.95 bis"}}));
+  ASSERT_EQ(publish(), 0);
+  EXPECT_EQ(share().text(setup("zb-09.95.zip")), machine().fileText(kPack));
+  ASSERT_EQ(undo(), 0);
+  EXPECT_EQ(share().text(setup("zb-09.95.zip")), old);
+}
+
+TEST_F(Publish, ReplacedPackComesBackAlsoBehindTheOpening) {
+  publish();
+  const Tree before = tree();
+  machine().putFile(kPack, zipPack({{"zb.ini", "09.95 bis"}}));
+  publish();
+  open();
+  ASSERT_EQ(undo(), 0) << trelv.console.errors;
+  EXPECT_EQ(tree(), before);
+}
+
+TEST_F(Publish, WhatAWaitingPackBringsIsWhatWasThere) {
+  machine().putFile("C:\\Consegne\\a.zip", zipPack({{"zb.ini", "dal primo"}}));
+  publish({"C:\\Consegne\\a.zip"});
+  publish();
+  open();
+  ASSERT_EQ(share().text(setup("zb.ini")), kNewConfiguration);
+  undo();
+  EXPECT_EQ(share().text(setup("zb.ini")), "dal primo");
+}
+
+TEST_F(Publish, PacksInAPackAreTakenBackToo) {
+  const Tree before = tree();
+  machine().putFile(kPack, zipPack({{"interno.zip", zipPack({{"zb.ini", "interno"}})},
+                                    {"zb.ini", kNewConfiguration}}));
+  ASSERT_EQ(publish(), 0);
+  open();
+  open();
+  ASSERT_EQ(share().text(setup("zb.ini")), "interno");
+  ASSERT_EQ(undo(), 0);
+  EXPECT_EQ(tree(), before);
+}
+
+TEST_F(Publish, ListTellsEachPublicationAndChangesNothing) {
+  EXPECT_EQ(trelv.run({"publish", kHost, "--list"}), 0);
+  EXPECT_EQ(trelv.console.output, "Nessuna pubblicazione.\n");
+  EXPECT_FALSE(share().exists(kShelf));
+  publish();
+  publish({kOther});
+  undo();
+  open();
+  const std::size_t writes = machine().openings("S:\\").writes;
+  ASSERT_EQ(trelv.run({"publish", kHost, "--list", "--json"}), 0);
+  const Json journals = result()["journals"];
+  ASSERT_EQ(journals.size(), 2U);
+  EXPECT_EQ(journals[0]["state"], "opened");
+  EXPECT_EQ(journals[0]["packs"], Json({"zb-09.95.zip"}));
+  EXPECT_EQ(journals[1]["state"], "undone");
+  EXPECT_EQ(machine().openings("S:\\").writes, writes);
+}
+
+TEST_F(Publish, ErrorOfTheJudgeChangesNothing) {
+  const Tree before = tree();
+  kit::HostShare host(machine().machine(), kHost);
+  kit::Progress progress(trelv.console, false);
+  const auto judge = [](const std::vector<std::string>& packs) {
+    return std::vector<kit::Finding>{
+        {"TK505", kit::Severity::Warning, packs.at(0), std::nullopt, "a", "b"},
+        {"TK502", kit::Severity::Error, packs.at(0), std::nullopt, "a", "b"}};
+  };
+  const kit::PublicationResult told = kit::publish(host, {kPack}, judge, progress);
+  EXPECT_TRUE(told.refused);
+  EXPECT_EQ(told.findings.size(), 2U);
+  EXPECT_EQ(tree(), before);
+  EXPECT_TRUE(host.shelf().names().empty());
+}
+
+TEST_F(Publish, ShareThatCannotBeWrittenIsTold) {
+  share().setRights("S:\\Lumo", {{"*", sim::Right::Read}});
+  const Tree before = tree();
+  EXPECT_EQ(publish(), 2);
+  EXPECT_NE(trelv.console.errors.find("S:\\Lumo\\prg\\tempterm\\trelv"), std::string::npos);
+  EXPECT_EQ(tree(), before);
+}
+
+TEST_F(Publish, SetupFolderThatCannotBeWrittenLeavesNoJournal) {
+  share().denyWriting(kSetup);
+  const Tree before = tree();
+  EXPECT_EQ(publish(), 2);
+  EXPECT_EQ(tree(), before);
+  EXPECT_EQ(trelv.run({"publish", kHost, "--list"}), 0);
+  EXPECT_EQ(trelv.console.output, "Nessuna pubblicazione.\n");
+}
+
+TEST_F(Publish, FullShareIsLeftAsItWas) {
+  const Tree before = tree();
+  share().setCapacity(share().usedBytes() + 100);
+  EXPECT_EQ(publish(), 2);
+  EXPECT_EQ(tree(), before);
+}
+
+TEST_F(Publish, WhatIsMissingIsTold) {
+  EXPECT_EQ(publish({"C:\\Consegne\\niente.zip"}), 2);
+  EXPECT_NE(trelv.console.errors.find("C:\\Consegne\\niente.zip"), std::string::npos);
+  EXPECT_EQ(trelv.run({"publish", "S:\\Altro", kPack}), 2);
+  EXPECT_NE(trelv.console.errors.find("S:\\Altro"), std::string::npos);
+}
+
+TEST_F(Publish, TwoPacksOfOneNameAreRefused) {
+  machine().putFile("C:\\Altro\\ZB-09.95.zip", "x");
+  const Tree before = tree();
+  EXPECT_EQ(publish({kPack, "C:\\Altro\\ZB-09.95.zip"}), 2);
+  EXPECT_EQ(tree(), before);
+}
+
+TEST_F(Publish, PackThatNoStartWouldOpenIsRefused) {
+  machine().putFile("C:\\Consegne\\zb.gz", "x");
+  machine().putFile("C:\\Consegne\\zb.ZIP", machine().fileText(kPack));
+  const Tree before = tree();
+  EXPECT_NE(publish({"C:\\Consegne\\zb.gz"}), 0);
+  EXPECT_NE(publish({"C:\\Consegne\\zb.ZIP"}), 0);
+  EXPECT_EQ(tree(), before);
+}
+
+TEST_F(Publish, WrongUsageIsTold) {
+  EXPECT_EQ(trelv.run({"publish"}), 64);
+  EXPECT_EQ(trelv.run({"publish", kHost}), 64);
+  EXPECT_EQ(trelv.run({"publish", kHost, "--undo", "--list"}), 64);
+  EXPECT_EQ(trelv.run({"publish", kHost, "--undo", "a", "b"}), 64);
+  EXPECT_EQ(trelv.run({"publish", kHost, "--list", kPack}), 64);
+}
+
+TEST_F(Publish, AnotherPublicationUnderWayIsWaitedForAndTold) {
+  share().makeFolders(kShelf);
+  const auto held = machine().exclusion().takeForAnother(
+      std::string(kShelf) + "\\pubblicazione.lck", "anna@PC7\r\n");
+  const Tree before = tree();
+  EXPECT_EQ(publish(), 2);
+  EXPECT_NE(trelv.console.errors.find("un'altra pubblicazione è in corso (anna@PC7)"),
+            std::string::npos);
+  EXPECT_EQ(tree(), before);
+}
+
+// --- Killed, failing, and two at once, at each call
+
+using MakeDelivery = std::function<void(Delivery&)>;
+
+struct Work {
+  const char* name;
+  /// What happened before.
+  MakeDelivery prepare;
+  /// What is disturbed; its exit code.
+  std::function<int(Delivery&)> work;
+};
+
+int publishTwo(Delivery& delivery) { return delivery.publish({kPack, kOther}); }
+int undoLatest(Delivery& delivery) { return delivery.undo(); }
+
+void publishAnotherOfTheName(Delivery& delivery) {
+  const std::string bytes = delivery.machine().fileText(kPack);
+  delivery.machine().putFile(kPack, zipPack({{"zb.ini", "prima"}}));
+  delivery.publish();
+  delivery.machine().putFile(kPack, bytes);
+}
+
+const std::vector<Work>& works() {
+  static const std::vector<Work> all{
+      {"publish", [](Delivery&) {}, [](Delivery& delivery) { return delivery.publish(); }},
+      {"publish two", [](Delivery&) {}, publishTwo},
+      {"replace a waiting pack", publishAnotherOfTheName,
+       [](Delivery& delivery) { return delivery.publish(); }},
+      {"undo of a waiting pack", [](Delivery& delivery) { delivery.publish(); }, undoLatest},
+      {"undo of an opened pack",
+       [](Delivery& delivery) {
+         delivery.publish();
+         delivery.open();
+       },
+       undoLatest},
+      {"undo of a replaced pack",
+       [](Delivery& delivery) {
+         publishAnotherOfTheName(delivery);
+         delivery.publish();
+       },
+       undoLatest},
+  };
+  return all;
+}
+
+std::unique_ptr<Delivery> prepared(const Work& work) {
+  auto delivery = std::make_unique<Delivery>();
+  work.prepare(*delivery);
+  return delivery;
+}
+
+/// What a start sees: no file under another name than its own.
+Tree seen(Delivery& delivery) {
+  Tree tree = delivery.tree();
+  std::erase_if(tree, [](const auto& each) { return each.first.ends_with(".trelv"); });
+  return tree;
+}
+
+/// Each file stands as it did before or as it does afterwards, whole.
+void expectOldOrNew(const Tree& found, const Tree& before, const Tree& after,
+                    const std::string& where) {
+  for (const auto& [path, text] : found) {
+    const auto old = before.find(path);
+    const auto made = after.find(path);
+    EXPECT_TRUE((old != before.end() && old->second == text) ||
+                (made != after.end() && made->second == text))
+        << where << ": " << path;
+  }
+  for (const auto& [path, text] : before) {
+    EXPECT_TRUE(!after.contains(path) || found.contains(path)) << where << ": " << path;
+  }
+}
+
+struct Ends {
+  Tree before;
+  Tree after;
+};
+
+Ends undisturbed(const Work& work) {
+  const std::unique_ptr<Delivery> delivery = prepared(work);
+  Ends ends;
+  ends.before = delivery->tree();
+  EXPECT_EQ(work.work(*delivery), 0) << work.name << delivery->trelv.console.errors;
+  ends.after = delivery->tree();
+  return ends;
+}
+
+bool isUndo(const Work& work) { return std::string(work.name).starts_with("undo"); }
+
+class PublishDisturbed : public testing::TestWithParam<Work> {};
+
+INSTANTIATE_TEST_SUITE_P(Works, PublishDisturbed, testing::ValuesIn(works()),
+                         [](const testing::TestParamInfo<Work>& row) -> std::string {
+                           return replaceAll(row.param.name, " ", "_");
+                         });
+
+/// How far each call can have come when the program is killed in it.
+std::vector<std::vector<sim::Unfinished>> waysToLeave(const Work& work) {
+  const std::unique_ptr<Delivery> delivery = prepared(work);
+  delivery->machine().callLog().clear();
+  work.work(*delivery);
+  std::vector<std::vector<sim::Unfinished>> ways;
+  for (const sim::SimCall& call : delivery->machine().callLog().all()) {
+    ways.push_back({sim::Unfinished::NotBegun});
+    if (sim::KilledMachine::canBeLeftBegun(call.kind)) {
+      ways.back().insert(ways.back().end(), {sim::Unfinished::Empty, sim::Unfinished::Half});
+    }
+  }
+  return ways;
+}
+
+TEST_P(PublishDisturbed, KilledInAnyCallLeavesOldOrNewAndIsRepeatedSafely) {
+  const Work& work = GetParam();
+  const Ends ends = undisturbed(work);
+  const auto kinds = waysToLeave(work);
+  bool reached = true;
+  for (std::size_t number = 1; reached; ++number) {
+    for (const sim::Unfinished left : kinds.at(std::min(number, kinds.size()) - 1)) {
+      const std::unique_ptr<Delivery> delivery = prepared(work);
+      std::string where;
+      {
+        sim::KilledMachine killed(delivery->machine(), number, left);
+        try {
+          work.work(*delivery);
+        } catch (const sim::Killed&) {
+        }
+        reached = killed.reached();
+        where = std::string(work.name) + ", " + killed.killedCall();
+      }
+      if (!reached) {
+        break;
+      }
+      expectOldOrNew(seen(*delivery), ends.before, ends.after, where);
+      // Behind the last change an undo would be one of an earlier publication.
+      if (isUndo(work) && seen(*delivery) == ends.after) {
+        continue;
+      }
+      EXPECT_EQ(work.work(*delivery), 0) << where << delivery->trelv.console.errors;
+      EXPECT_EQ(delivery->tree(), ends.after) << where;
+      if (!isUndo(work)) {
+        EXPECT_EQ(delivery->undo(), 0) << where << delivery->trelv.console.errors;
+      }
+      EXPECT_EQ(delivery->tree(), isUndo(work) ? ends.after : ends.before) << where;
+    }
+  }
+}
+
+TEST_P(PublishDisturbed, FailureInAnyCallLeavesOldOrNewAndIsRepeatedSafely) {
+  const Work& work = GetParam();
+  const Ends ends = undisturbed(work);
+  bool reached = true;
+  for (std::size_t number = 1; reached; ++number) {
+    for (const sim::FailureSpan span : {sim::FailureSpan::Once, sim::FailureSpan::FromThenOn}) {
+      const std::unique_ptr<Delivery> delivery = prepared(work);
+      std::string where;
+      int exitCode = 0;
+      {
+        sim::FailingMachine failing(delivery->machine(), number, span);
+        exitCode = work.work(*delivery);
+        reached = failing.reached();
+        where = std::string(work.name) + ", " + failing.failedCall();
+      }
+      EXPECT_TRUE(exitCode == 0 || exitCode == 2) << where;
+      const Tree found = seen(*delivery);
+      expectOldOrNew(found, ends.before, ends.after, where);
+      if (exitCode == 0) {
+        EXPECT_EQ(found, ends.after) << where;
+      } else if (span == sim::FailureSpan::Once && !isUndo(work)) {
+        EXPECT_EQ(found, ends.before) << where;
+      }
+      if (exitCode == 0 || (isUndo(work) && found == ends.after)) {
+        continue;
+      }
+      EXPECT_EQ(work.work(*delivery), 0) << where << delivery->trelv.console.errors;
+      EXPECT_EQ(delivery->tree(), ends.after) << where;
+    }
+  }
+}
+
+std::size_t callsOf(const Work& work) {
+  const std::unique_ptr<Delivery> delivery = prepared(work);
+  const std::size_t before = delivery->machine().callCount();
+  work.work(*delivery);
+  return delivery->machine().callCount() - before;
+}
+
+TEST_P(PublishDisturbed, TwoAtOnceDoNotMix) {
+  const Work& work = GetParam();
+  const Ends ends = undisturbed(work);
+  const std::size_t calls = callsOf(work);
+  for (std::size_t number = 1; number <= calls; ++number) {
+    const std::unique_ptr<Delivery> delivery = prepared(work);
+    Station second(delivery->installation);
+    Trelv other(second.machine());
+    second.machine().putFile(kOther, delivery->machine().fileText(kOther));
+    int othersCode = -1;
+    delivery->machine().onCall(delivery->machine().callCount() + number, [&]() {
+      othersCode = other.run({"publish", kHost, kOther});
+    });
+    const std::string where = std::string(work.name) + " " + std::to_string(number);
+    EXPECT_EQ(work.work(*delivery), 0) << where << delivery->trelv.console.errors;
+    EXPECT_TRUE(othersCode == 0 || othersCode == 2) << where;
+    EXPECT_EQ(other.run({"publish", kHost, kOther}), 0) << where << other.console.errors;
+    Tree expected = isUndo(work) && othersCode == 0 ? delivery->tree() : ends.after;
+    expected[Delivery::setup("nerio-03.21.zip")] = delivery->machine().fileText(kOther);
+    EXPECT_EQ(delivery->tree(), expected) << where;
+  }
+}
+
+TEST_P(PublishDisturbed, StartMeanwhileSeesOldOrNewAndUndoBringsTheOldBack) {
+  const Work& work = GetParam();
+  const std::size_t calls = callsOf(work);
+  const Tree original = Delivery().tree();
+  for (std::size_t number = 1; number <= calls; ++number) {
+    const std::unique_ptr<Delivery> delivery = prepared(work);
+    Station second(delivery->installation);
+    putSevenZip(second.machine());
+    delivery->machine().onCall(delivery->machine().callCount() + number, [&]() {
+      modProdTrelvManager::OpenZipPacksInFolder(second.program(), kSetup, kHost, true);
+    });
+    const std::string where = std::string(work.name) + " " + std::to_string(number);
+    EXPECT_EQ(work.work(*delivery), 0) << where << delivery->trelv.console.errors;
+    for (int left = 0; left < 3; ++left) {
+      EXPECT_EQ(delivery->undo(), 0) << where << delivery->trelv.console.errors;
+    }
+    EXPECT_EQ(delivery->tree(), original) << where;
+  }
+}
+
+}  // namespace
+}  // namespace trelv::tests
