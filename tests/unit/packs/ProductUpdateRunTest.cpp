@@ -127,6 +127,36 @@ TEST_F(UpdateRun, PackThatCannotBeCopiedEndsTheRunAndIsTold) {
   EXPECT_EQ(version_, "");
 }
 
+// docs/deployment.md tells it so.
+TEST_F(UpdateRun, UserWhoMayOnlyReadGetsOneFormForAPackThatWaitsAndChangesNothing) {
+  const PackPrograms programs(machine());
+  configure(section("Update01", "01", "a.exe"));
+  share().put(kPack, packBytes({{"prg\\com\\setup\\aggdovra\\nerio.ini", "x"}}));
+  share().setRights("S:\\Lumo", {{"*", sim::Right::Read}});
+  const std::string before = share().tree();
+  EXPECT_FALSE(run(Operation::Update, Side::Server, RunKind::UpdateAll, "S:\\Lumo"));
+  EXPECT_EQ(share().tree(), before);
+  EXPECT_THAT(program().reportTexts(), ElementsAre("Errore in cancellazione file: "));
+  EXPECT_THAT(boxes(), IsEmpty());
+  EXPECT_EQ(lines().back(),
+            std::string("Gestione ProdTrelv - Comando non eseguito:  (Autorizzazione negata: ") +
+                kConfiguration + ")");
+  EXPECT_EQ(machine().clock().paused(), 3000U) << "he waits once";
+}
+
+TEST_F(UpdateRun, UserWhoMayOnlyReadGetsALineForAnUpdateThatWaitsAndChangesNothing) {
+  configure(section("Update01", "01", "a.exe"));
+  share().setRights("S:\\Lumo", {{"*", sim::Right::Read}});
+  const std::string before = share().tree();
+  EXPECT_FALSE(updateServer());
+  EXPECT_EQ(share().tree(), before);
+  EXPECT_THAT(reports(), IsEmpty());
+  EXPECT_THAT(boxes(), IsEmpty());
+  EXPECT_THAT(told(), ElementsAre(std::string("Gestione ProdTrelv - Comando non eseguito: "
+                                              "S:\\Lumo\\a.exe (Autorizzazione negata: ") +
+                                  kLock + ")"));
+}
+
 // --- Which commands run
 
 /// A configuration file, the version before a run of the server's side; the programs that ran and
