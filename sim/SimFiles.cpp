@@ -375,6 +375,12 @@ SystemCode SimFiles::changeable(const SimVolumes::Place& place, Right right) con
   return denied != kSuccess || allowed ? denied : kAccessDenied;
 }
 
+// Why a file may not be renamed, whatever its new name.
+SystemCode SimFiles::renamable(const SimVolumes::Place& place) const {
+  return shares(*place.node, Sharing::Delete) ? changeable(place, Right::Remove)
+                                              : kSharingViolation;
+}
+
 // Why nothing may be made at the place.
 SystemCode SimFiles::addable(const SimVolumes::Place& place) const {
   const SystemCode denied = place.disk->denied(place.diskPath, true);
@@ -624,12 +630,12 @@ SystemCode SimFiles::doReplace(const std::string& source, const std::string& tar
   if (from.disk != to.disk) {
     return kNotSameDevice;
   }
-  if (!shares(*from.node, Sharing::Delete)) {
-    return kSharingViolation;
+  const SystemCode kept = renamable(from);
+  if (kept != kSuccess) {
+    return kept;
   }
   const bool other = to.node != nullptr && to.node != from.node;
-  const SystemCode denied = std::max({changeable(from, Right::Remove), addable(to),
-                                      other ? changeable(to, Right::Remove) : kSuccess});
+  const SystemCode denied = std::max(addable(to), other ? changeable(to, Right::Remove) : kSuccess);
   const SystemCode refusal = other ? replaceRefusal(*to.node) : kSuccess;
   if (denied != kSuccess || refusal != kSuccess) {
     return denied != kSuccess ? denied : refusal;
@@ -650,7 +656,9 @@ SystemCode SimFiles::doMove(const std::string& source, const std::string& target
   const SimVolumes::Place from = volumes_.find(source, false);
   const SimVolumes::Place to = volumes_.find(target, false);
   if (from.code == kSuccess && to.code == kSuccess && to.node != from.node) {
-    return kAlreadyExists;
+    // The file is opened before its new name is looked at.
+    const SystemCode kept = renamable(from);
+    return kept != kSuccess ? kept : kAlreadyExists;
   }
   return doReplace(source, target);
 }

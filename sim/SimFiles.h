@@ -106,6 +106,7 @@ class SimFiles : public machine::Files {
   SystemCode doProbe(const std::string& folder);
   SystemCode doRemoveStream(const std::string& path, const std::string& stream);
   SystemCode changeable(const SimVolumes::Place& place, Right right) const;
+  SystemCode renamable(const SimVolumes::Place& place) const;
   SystemCode addable(const SimVolumes::Place& place) const;
   SimNode& add(SimVolumes::Place& place, bool folder);
   SimNode& nodeToWrite(SimVolumes::Place& place);

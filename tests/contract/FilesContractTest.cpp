@@ -84,6 +84,13 @@ SystemCode read(machine::Files& files, const std::string& path, const std::strin
   return code;
 }
 
+SystemCode readPart(machine::Files& files, const std::string& path, const std::string&) {
+  std::string content = "old";
+  const SystemCode code = files.readPart(path, 0, 4, content);
+  EXPECT_EQ(content, "old");
+  return code;
+}
+
 SystemCode list(machine::Files& files, const std::string& path, const std::string&) {
   std::vector<FolderEntry> entries = {{"old", {}}};
   const SystemCode code = files.list(path, "", entries);
@@ -108,6 +115,7 @@ SystemCode onto(machine::Files& files, const std::string& path, const std::strin
 using machine::Files;
 constexpr Call kLook{"look", look};
 constexpr Call kRead{"read", read};
+constexpr Call kReadPart{"readPart", readPart};
 constexpr Call kList{"list", list};
 constexpr Call kWrite{"write", from<&Files::write>};
 constexpr Call kAppend{"append", from<&Files::append>};
@@ -119,6 +127,11 @@ constexpr Call kCopyFrom{"copyFile from there", from<&Files::copyFile>};
 constexpr Call kCopyOnto{"copyFile to there", onto<&Files::copyFile>};
 constexpr Call kReplaceFrom{"replaceFile from there", from<&Files::replaceFile>};
 constexpr Call kReplaceOnto{"replaceFile to there", onto<&Files::replaceFile>};
+
+constexpr Call kMoveFrom{"moveFile from there", from<&Files::moveFile>};
+constexpr Call kMoveOnto{"moveFile to there", onto<&Files::moveFile>};
+constexpr Call kRightsFrom{"copyRights from there", from<&Files::copyRights>};
+constexpr Call kRightsOnto{"copyRights to there", onto<&Files::copyRights>};
 
 class RefusedCalls : public FilesContract {
  protected:
@@ -151,13 +164,15 @@ class RefusedCalls : public FilesContract {
 
 TEST_F(RefusedCalls, OfWhatIsMissingAnswer2) {
   expectRefused(2, path("none"),
-                {kLook, kRead, kRemoveFile, kSetReadOnly, kRemoveFolder, kCopyFrom, kReplaceFrom});
+                {kLook, kRead, kReadPart, kRemoveFile, kSetReadOnly, kRemoveFolder, kCopyFrom,
+                 kReplaceFrom, kMoveFrom, kRightsFrom, kRightsOnto});
 }
 
 TEST_F(RefusedCalls, BelowAMissingFolderAnswer3) {
   expectRefused(3, path("none\\a.txt"),
-                {kLook, kRead, kWrite, kAppend, kRemoveFile, kSetReadOnly, kMakeFolder,
-                 kRemoveFolder, kList, kCopyFrom, kCopyOnto, kReplaceOnto});
+                {kLook, kRead, kReadPart, kWrite, kAppend, kRemoveFile, kSetReadOnly, kMakeFolder,
+                 kRemoveFolder, kList, kCopyFrom, kCopyOnto, kReplaceOnto, kMoveOnto, kRightsFrom,
+                 kRightsOnto});
   EXPECT_FALSE(world().exists(path("none")));
 }
 
@@ -169,8 +184,9 @@ TEST_F(RefusedCalls, OfAnEmptyPathAMissingFolderOrAFileOnTheWayAnswer3) {
 
 TEST_F(RefusedCalls, ForFilesAnswer5OfAFolder) {
   world().putFolder(path("sub"));
-  expectRefused(5, path("sub"),
-                {kRead, kWrite, kAppend, kRemoveFile, kCopyFrom, kCopyOnto, kReplaceOnto});
+  expectRefused(
+      5, path("sub"),
+      {kRead, kReadPart, kWrite, kAppend, kRemoveFile, kCopyFrom, kCopyOnto, kReplaceOnto});
 }
 
 TEST_F(RefusedCalls, ForFoldersAnswer267OfAFile) {
@@ -180,6 +196,12 @@ TEST_F(RefusedCalls, ForFoldersAnswer267OfAFile) {
 TEST_F(RefusedCalls, MakeFolderAnswers183OfWhatIsThere) {
   expectRefused(183, world().folder(), {kMakeFolder});
   expectRefused(183, putFile("a.txt", "x"), {kMakeFolder});
+}
+
+TEST_F(RefusedCalls, MoveFileAnswers183OntoWhatIsThere) {
+  expectRefused(183, putFile("a.txt", "x"), {kMoveOnto});
+  world().putFolder(path("sub"));
+  expectRefused(183, path("sub"), {kMoveOnto});
 }
 
 TEST_F(RefusedCalls, RemoveFolderAnswers145OfAFullOne) {
@@ -195,7 +217,8 @@ TEST_F(RefusedCalls, OntoAReadOnlyFileAnswer5) {
 }
 
 TEST_F(RefusedCalls, OfAFileHeldWithoutReadSharingAnswer32) {
-  expectRefusedWhileHeld({.read = false, .write = true, .remove = true}, 32, {kRead, kCopyFrom});
+  expectRefusedWhileHeld({.read = false, .write = true, .remove = true}, 32,
+                         {kRead, kReadPart, kCopyFrom});
 }
 
 TEST_F(RefusedCalls, OntoAFileHeldWithoutWriteSharingAnswer32) {
@@ -205,7 +228,7 @@ TEST_F(RefusedCalls, OntoAFileHeldWithoutWriteSharingAnswer32) {
 
 TEST_F(RefusedCalls, OfAnOpenFileAnswer32AndOntoIt5) {
   const Sharing open{.read = true, .write = true, .remove = false};
-  expectRefusedWhileHeld(open, 32, {kRemoveFile, kReplaceFrom});
+  expectRefusedWhileHeld(open, 32, {kRemoveFile, kReplaceFrom, kMoveFrom});
   expectRefusedWhileHeld(open, 5, {kReplaceOnto});
 }
 
@@ -591,14 +614,6 @@ TEST_F(FilesContract, APartOfAFileIsRead) {
   EXPECT_EQ(part, "");
 }
 
-TEST_F(FilesContract, APartOfWhatIsNoFileLeavesTheContent) {
-  std::string part = "old";
-  EXPECT_EQ(files().readPart(path("missing"), 0, 4, part), system_code::kFileNotFound);
-  world().putFolder(path("sub"));
-  EXPECT_EQ(files().readPart(path("sub"), 0, 4, part), system_code::kAccessDenied);
-  EXPECT_EQ(part, "old");
-}
-
 // --- moveFile
 
 TEST_F(FilesContract, MoveFileMovesToANewName) {
@@ -606,30 +621,6 @@ TEST_F(FilesContract, MoveFileMovesToANewName) {
   EXPECT_EQ(files().moveFile(putFile("a.txt", "new"), path("sub\\b.txt")), system_code::kSuccess);
   EXPECT_FALSE(world().exists(path("a.txt")));
   EXPECT_EQ(world().fileBytes(path("sub\\b.txt")), "new");
-}
-
-TEST_F(FilesContract, MoveFileNeverReplaces) {
-  const std::string source = putFile("a.txt", "new");
-  putFile("b.txt", "old");
-  world().putFolder(path("sub"));
-  EXPECT_EQ(files().moveFile(source, path("b.txt")), 183U);
-  EXPECT_EQ(files().moveFile(source, path("sub")), 183U);
-  EXPECT_EQ(world().fileBytes(path("b.txt")), "old");
-  EXPECT_EQ(world().fileBytes(source), "new");
-}
-
-TEST_F(FilesContract, MoveFileOfOrToWhatIsMissingAnswers2And3) {
-  EXPECT_EQ(files().moveFile(path("none.txt"), path("b.txt")), 2U);
-  EXPECT_EQ(files().moveFile(putFile("a.txt", "x"), path("none\\b.txt")), 3U);
-  EXPECT_TRUE(world().exists(path("a.txt")));
-}
-
-TEST_F(FilesContract, MoveFileOfAnOpenOneAnswers32) {
-  CONTRACT_NEEDS(Ability::HoldFiles, "files cannot be held against others here");
-  const std::string source = putFile("a.txt", "new");
-  const auto held = world().hold(source, {.read = true, .write = true, .remove = false});
-  EXPECT_EQ(files().moveFile(source, path("b.txt")), 32U);
-  EXPECT_TRUE(world().exists(source));
 }
 
 TEST_F(FilesContract, MoveFilePutsARunningProgramAside) {
@@ -666,14 +657,6 @@ TEST_F(FilesContract, RightsAreCopied) {
   ASSERT_EQ(files().copyRights(source, target), system_code::kSuccess) << "equal ones";
   ASSERT_EQ(files().replaceFile(target, source), system_code::kSuccess);
   EXPECT_EQ(world().rights(source), wanted);
-}
-
-TEST_F(FilesContract, RightsOfWhatIsMissingAnswer2And3) {
-  const std::string file = putFile("a.txt", "1");
-  EXPECT_EQ(files().copyRights(path("none.txt"), file), 2U);
-  EXPECT_EQ(files().copyRights(path("none\\a.txt"), file), 3U);
-  EXPECT_EQ(files().copyRights(file, path("none.txt")), 2U);
-  EXPECT_FALSE(world().exists(path("none.txt")));
 }
 
 TEST_F(FilesContract, AFolderIsAskedWhetherFilesMayBeMadeInIt) {
