@@ -79,7 +79,7 @@ if(WIN32)
   # tools/bench: what the manager is compared with. The naive peer is the manager itself, except for
   # the unit that keeps ini files: the linker takes its own instead of the one in the library.
   set(benches "${PROJECT_BINARY_DIR}/tests/bench")
-  foreach(bench IN ITEMS empty starter log_only form runner)
+  foreach(bench IN ITEMS empty starter log_only sketch form runner)
     set(source "${PROJECT_SOURCE_DIR}/tests/bench/${bench}.cpp")
     add_executable(bench_${bench} "${source}")
     trelv_entry_point(bench_${bench} "${source}")

@@ -1,8 +1,10 @@
 #include "packs/ProductUpdateRun.h"
 
 #include <algorithm>
+#include <charconv>
 #include <limits>
 #include <set>
+#include <system_error>
 
 #include "base/ProductName.h"
 #include "base/Text.h"
@@ -26,7 +28,7 @@ class ProductUpdate {
       : program_(program),
         runKind_(runKind),
         paths_(paths),
-        configuration_(configuration),
+        configuration_{configuration, "", ""},
         currentVersion_(currentVersion),
         recordSoFar_(recordSoFar) {}
   ProductUpdate(const ProductUpdate&) = delete;
@@ -40,6 +42,7 @@ class ProductUpdate {
  private:
   std::string lockPath(Side side);
   Procedure runSection(const std::string& section);
+  std::string setting(const std::string& section, const std::string& key);
   Procedure update(const std::string& sectionVersion);
   bool takeLock();
   void writeLock();
@@ -52,7 +55,8 @@ class ProductUpdate {
   Program& program_;
   const RunKind runKind_;
   const InstallationPaths& paths_;
-  const std::string& configuration_;
+  /// Section and key are those of the value that was read last.
+  IniAddress configuration_;
   std::string& currentVersion_;
   const std::function<void()>& recordSoFar_;
   std::string kindName_;
@@ -68,10 +72,10 @@ Procedure ProductUpdate::run(Operation operation, Side side) {
   sideName_ = modProdTrelvLibrary::ConvertClientServerToString(side);
   lockPath_ = lockPath(side);
   OpenZipPacksInFolder(program_, hostPaths::setupFolder(paths_.server), paths_.integration, true);
-  if (!modLibrary::FileExists(program_, configuration_)) {
+  if (!modLibrary::FileExists(program_, configuration_.file)) {
     program_.log.WriteLog(
         "Gestione ProdTrelv - Prodotto non rilevato, file di config non presente " +
-        configuration_);
+        configuration_.file);
     return Procedure::GoesOn;
   }
   for (int section = 1; section <= kMostSections; ++section) {
@@ -94,16 +98,14 @@ std::string ProductUpdate::lockPath(Side side) {
 
 Procedure ProductUpdate::runSection(const std::string& section) {
   for (int index = 1; index <= kMostCommands; ++index) {
-    command_ =
-        modLibrary::ReadSetting(program_, {configuration_, section, sideName_ + twoDigits(index)});
+    command_ = setting(section, sideName_ + twoDigits(index));
     if (command_.empty()) {
       return Procedure::GoesOn;
     }
     if (runKind_ == RunKind::ProgramOnly) {
       command_.resize(std::min(command_.find(' '), command_.size()));
     }
-    const std::string version =
-        modLibrary::ReadSetting(program_, {configuration_, section, "version"});
+    const std::string version = setting(section, "version");
     // Kept: the first command that ran brings the version up to the section's, and the others of
     // the side are passed over here. Configuration files have one for a side.
     if (VersionNumber(currentVersion_) >= VersionNumber(version)) {
@@ -114,6 +116,12 @@ Procedure ProductUpdate::runSection(const std::string& section) {
     }
   }
   return Procedure::GoesOn;
+}
+
+std::string ProductUpdate::setting(const std::string& section, const std::string& key) {
+  configuration_.section = section;
+  configuration_.key = key;
+  return modLibrary::ReadSetting(program_, configuration_);
 }
 
 Procedure ProductUpdate::update(const std::string& sectionVersion) {
@@ -264,16 +272,12 @@ bool RunCommand(Program& program, std::string& command, const InstallationPaths&
 }
 
 std::uint64_t VersionNumber(const std::string& version) {
-  constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+  std::string digits = version;
+  std::erase(digits, '.');
   std::uint64_t number = 0;
-  for (const char c : replaceAll(version, ".", "")) {
-    if (c < '0' || c > '9') {
-      break;
-    }
-    const auto digit = static_cast<std::uint64_t>(c - '0');
-    number = number > (kMost - digit) / 10 ? kMost : number * 10 + digit;
-  }
-  return number;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  return error == std::errc::result_out_of_range ? std::numeric_limits<std::uint64_t>::max()
+                                                 : number;
 }
 
 std::string LockPath(Program& program, Side side, const std::string& serverPath) {

@@ -85,13 +85,30 @@ struct ConfigurationFiles::Kept {
   }
 
   const File& file(machine::Machine& machine, const std::string& path) {
-    const std::string name = upperCase(path);
-    const auto known = files.find(name);
-    if (known != files.end()) return known->second;
-    return files.emplace(name, open(machine, path)).first->second;
+    if (last == nullptr || path != lastPath) {
+      const std::string name = upperCase(path);
+      auto known = files.find(name);
+      if (known == files.end()) known = files.emplace(name, open(machine, path)).first;
+      last = &known->second;
+      lastPath = path;
+    }
+    return *last;
+  }
+
+  void forget(const std::string& path) {
+    last = nullptr;
+    files.erase(upperCase(path));
+  }
+
+  void forgetAll() {
+    last = nullptr;
+    files.clear();
   }
 
   std::unordered_map<std::string, File> files;
+  /// The file that was asked for last: many values of one are read one after the other.
+  const File* last = nullptr;
+  std::string lastPath;
 };
 
 ConfigurationFiles::ConfigurationFiles(machine::Machine& machine)
@@ -118,9 +135,9 @@ bool ConfigurationFiles::holds(const IniAddress& address) {
   return kept.document && kept.document->value(address.section, address.key).has_value();
 }
 
-void ConfigurationFiles::forget() { kept_->files.clear(); }
+void ConfigurationFiles::forget() { kept_->forgetAll(); }
 
-void ConfigurationFiles::forget(const std::string& file) { kept_->files.erase(upperCase(file)); }
+void ConfigurationFiles::forget(const std::string& file) { kept_->forget(file); }
 
 void ConfigurationFiles::written(const IniAddress& address, const std::string& value) {
   const auto known = kept_->files.find(upperCase(address.file));

@@ -1,6 +1,7 @@
 #include "records/IniDocument.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -79,6 +80,9 @@ struct IniDocument::Content {
   };
 
   explicit Content(std::string text) : bytes(std::move(text)) {
+    // Enough for most files: shorter lines are rare.
+    constexpr std::size_t kBytesForAPlace = 16;
+    makePlaces(std::bit_ceil(bytes.size() / kBytesForAPlace));
     std::uint32_t section = addSection("");
     std::string_view rest = bytes;
     while (!rest.empty()) takeIn(withoutBlanks(takeLine(rest)), section);
@@ -110,7 +114,7 @@ struct IniDocument::Content {
 
   /// Number of the new entry, or kNoEntry when there is one of the same owner and name.
   std::uint32_t add(const Entry& entry) {
-    if (entries.size() * 2 >= slots.size()) enlarge();
+    if (entries.size() * 2 >= slots.size()) makePlaces(slots.size() * 2);
     std::uint32_t& slot = slotOf(entry.owner, entry.name);
     if (slot != kNoEntry) return kNoEntry;
     slot = static_cast<std::uint32_t>(entries.size());
@@ -118,8 +122,9 @@ struct IniDocument::Content {
     return slot;
   }
 
-  void enlarge() {
-    slots.assign(std::max<std::size_t>(64, slots.size() * 2), kNoEntry);
+  /// `count` is a power of two.
+  void makePlaces(std::size_t count) {
+    slots.assign(std::max<std::size_t>(64, count), kNoEntry);
     for (std::uint32_t number = 0; number < entries.size(); ++number) {
       slotOf(entries[number].owner, entries[number].name) = number;
     }

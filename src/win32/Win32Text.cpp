@@ -5,11 +5,15 @@
 namespace trelv::win32 {
 namespace {
 
+/// In any code page, GB 18030 included.
+constexpr std::size_t kMostBytesOfACharacter = 4;
+
 std::wstring decode(UINT codePage, std::string_view bytes) {
+  // No code page makes more characters than bytes.
   const int length = static_cast<int>(bytes.size());
-  const int needed = MultiByteToWideChar(codePage, 0, bytes.data(), length, nullptr, 0);
-  std::wstring result(static_cast<std::size_t>(needed), L'\0');
-  MultiByteToWideChar(codePage, 0, bytes.data(), length, result.data(), needed);
+  std::wstring result(bytes.size(), L'\0');
+  const int made = MultiByteToWideChar(codePage, 0, bytes.data(), length, result.data(), length);
+  result.resize(static_cast<std::size_t>(made));
   return result;
 }
 
@@ -19,12 +23,11 @@ std::string encode(UINT codePage, std::wstring_view text) {
   const bool all = codePage == CP_UTF8 || GetACP() == CP_UTF8;
   const DWORD flags = all ? 0 : WC_NO_BEST_FIT_CHARS;
   const char* const substitute = all ? nullptr : "?";
-  const int length = static_cast<int>(text.size());
-  const int needed =
-      WideCharToMultiByte(codePage, flags, text.data(), length, nullptr, 0, substitute, nullptr);
-  std::string result(static_cast<std::size_t>(needed), '\0');
-  WideCharToMultiByte(codePage, flags, text.data(), length, result.data(), needed, substitute,
-                      nullptr);
+  std::string result(text.size() * kMostBytesOfACharacter, '\0');
+  const int made =
+      WideCharToMultiByte(codePage, flags, text.data(), static_cast<int>(text.size()),
+                          result.data(), static_cast<int>(result.size()), substitute, nullptr);
+  result.resize(static_cast<std::size_t>(made));
   return result;
 }
 
