@@ -10,6 +10,7 @@ import pytest
 
 import installation
 import packs
+import windows
 from conftest import KINDS
 from test_media import answer_until, choose_server, put_menu
 from test_session import (INTEGRATION, NEW_VERSION, QUESTION, SELECTION, STANDARD, VERSIONS, ZB,
@@ -275,3 +276,75 @@ def test_two_sessions_of_one_user_at_once_both_install_all(hosted):
     assert (station.client_copy / "TrelvManager.exe").read_bytes() == manager.read_bytes()
     assert temporaries(station) == [] and left_of_packs(station) == set()
     assert list((station.server / "prg/tempterm").iterdir()) == []
+
+
+# --- A user who does not wait
+
+@ON_32_BIT
+def test_what_is_pressed_while_a_set_up_runs_does_nothing(standalone):
+    station = standalone.station
+    put_slow_setup(standalone)
+    at_work = STANDARD + " - Installazione in corso"
+    with standalone.session() as hand:
+        start_standard(hand)
+        assert windows.wait_for_file(station.share / "running", 60)
+        form = hand.dialog(at_work)
+        assert [name for name in form.controls if form.enabled(name)
+                and name in ("labTab", "ListProd", "cmdExec", "cmdback", "cmdExit", "cmdhelp")] == []
+        for name in ("cmdExit", "cmdExec", "cmdback"):
+            hand.mouse(form.place(name), clicks=2)
+        hand.mouse(form.row("ListProd", 0), clicks=2)
+        hand.point_at(form)
+        hand.keys("Escape", "Return", "alt+e", "space", "alt+F4")
+        (station.share / "go-on").touch()
+        form = wait_until(hand, STANDARD, lambda form: form.enabled("cmdExec"))
+        assert form.chosen("ListProd") == [] and hand.titles() == [STANDARD]
+        hand.press(STANDARD, "cmdExit")
+    assert station.texts().count("Avvio apertura pacco.") == 1
+
+
+def test_a_double_click_on_the_button_begins_one_installation(hosted):
+    offer(hosted, ("altro", 0))
+    with hosted.session() as hand:
+        choose_server(hand)
+        press_all_rows(hand)
+        hand.mouse(hand.dialog(INTEGRATION).place("cmdExec"), clicks=4)
+        assert completed(answer_until(hand, "Installazione")[-1])
+    assert hosted.station.texts().count("Avvio apertura pacco.") == 1
+
+
+def test_esc_leaves_each_form_as_its_exit_does(standalone):
+    with standalone.session() as hand:
+        choose_mode(hand, STANDARD)
+        turn_to(hand, STANDARD, "Bilancio")
+        hand.press_row(STANDARD, "ListProd", 0)
+        if standalone.station.prefix.kind == "win32":
+            hand.press(STANDARD, "cmdExec")
+            hand.box("Sì")
+            hand.point_at(hand.dialog(VERSIONS))
+            hand.keys("Escape")
+            wait_until(hand, STANDARD, lambda _: hand.titles() == [STANDARD])
+        hand.point_at(hand.dialog(STANDARD))
+        hand.keys("Escape")
+    with standalone.session() as hand:
+        hand.point_at(hand.dialog(SELECTION))
+        hand.keys("Escape")
+    assert "Avvio apertura pacco." not in standalone.station.texts()
+
+
+def test_a_thousand_products_with_long_names_are_listed_and_the_last_is_installed(hosted):
+    long = "Aggiornamento dei modelli & delle tabelle, periodo d'imposta " + "x" * 300
+    put_menu(hosted.root, *[f"#PRIMA_LISTA#{number} {long}|prodotti\\packs\\manca|NERIO"
+                            for number in range(999)],
+             "#QUARTA_LISTA#Ultimo|prodotti\\packs\\nerio|NERIO")
+    with hosted.session() as hand:
+        choose_server(hand)
+        form = hand.dialog(INTEGRATION)
+        assert len(form.items("ListProd")) == 1000 and form.items("ListProd")[998] == f"998 {long}"
+        hand.point_at(form)
+        hand.keys("End", "space")
+        assert hand.dialog(INTEGRATION).chosen("ListProd") == ["Ultimo"]
+        hand.picture(INTEGRATION, "mille")
+        hand.keys("Return")
+        assert completed(answer_until(hand, "Installazione")[-1])
+    assert (hosted.station.setups / "nerio.ini").exists()
