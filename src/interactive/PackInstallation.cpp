@@ -1,7 +1,6 @@
 #include "interactive/PackInstallation.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -19,6 +18,7 @@
 #include "platform/modLibrary.h"
 #include "startup/IntegrationRecord.h"
 #include "startup/modProdTrelvLibrary.h"
+#include "ui/NameList.h"
 #include "ui/frmSelectInstall.h"
 
 namespace trelv::modProdTrelvInteractive {
@@ -32,18 +32,6 @@ std::string withoutTrailingBackslash(std::string folder) {
     folder.pop_back();
   }
   return folder;
-}
-
-/// Names of what could not be opened, one a line.
-std::string listOf(const std::vector<std::string>& names) {
-  constexpr std::size_t kMost = 10;
-  std::string list;
-  for (std::size_t i = 0; i < std::min(names.size(), kMost); ++i) {
-    list += kCrLf + names[i];
-  }
-  return names.size() <= kMost
-             ? list
-             : list + kCrLf + "... e altri " + std::to_string(names.size() - kMost);
 }
 
 /// One installation of the selected products.
@@ -245,7 +233,7 @@ void Installation::tellOutcome() {
     program_.machine.desktop.messageBox(
         TRELV_PRODUCT_NAME,
         std::string("Installazione non completata.") + kCrLf + kCrLf +
-            "Non è stato possibile aprire i seguenti pacchi:" + listOf(failed_) + next,
+            "Non è stato possibile aprire i seguenti pacchi:" + namesByLine(failed_, kCrLf) + next,
         BoxIcon::Exclamation, BoxButtons::Ok);
   } else if (!standard_) {
     program_.machine.desktop.messageBox(TRELV_PRODUCT_NAME, "Installazione completata." + next,

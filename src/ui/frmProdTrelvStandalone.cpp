@@ -6,6 +6,7 @@
 #include "base/Text.h"
 #include "packs/PackOrder.h"
 #include "platform/modLibrary.h"
+#include "ui/NameList.h"
 #include "ui/frmProdTrelvSinglePack.h"
 
 namespace trelv {
@@ -26,11 +27,12 @@ std::string pageCaption(const MenuPage& page, int index) {
 }
 
 std::string questionFor(const std::vector<OfferedProduct>& products) {
-  std::string question = "Confermi l'avvio della procedura ";
+  std::vector<std::string> captions;
+  captions.reserve(products.size());
   for (const OfferedProduct& product : products) {
-    question += "\r" + product.caption;
+    captions.push_back(product.caption);
   }
-  return question;
+  return "Confermi l'avvio della procedura " + namesByLine(captions, "\r");
 }
 
 }  // namespace

@@ -204,6 +204,27 @@ TEST_F(StandaloneForm, TheSelectedProductsOfAllPagesAreTakenPageByPage) {
   EXPECT_THAT(lines(), ElementsAre(kLooking, k32Bit, kVersionLine, kVersionLine));
 }
 
+TEST_F(StandaloneForm, OfMoreThanTenProductsTheQuestionNamesTheFirstTenAndHowManyOthers) {
+  for (const int others : {0, 1, 4}) {
+    const int count = 10 + others;
+    session().menu[0].entries.assign(static_cast<std::size_t>(count),
+                                     {"NERIO", "N", "packs\\nerio"});
+    show([count](SimFormWindow& form) {
+      for (int i = 0; i < count; ++i) {
+        form.toggle(kList, i);
+      }
+      form.click("cmdExec");
+    });
+    std::string names;
+    for (int i = 0; i < 10; ++i) {
+      names += "\rN";
+    }
+    names += others == 0 ? "" : "\r... e altri " + std::to_string(others);
+    EXPECT_EQ(boxTexts().back(), "Confermi l'avvio della procedura " + names);
+    EXPECT_THAT(selection(), SizeIs(static_cast<std::size_t>(count))) << "all are taken";
+  }
+}
+
 TEST_F(StandaloneForm, TheEntryExitAloneGoesOnWithNothingToInstall) {
   program_.state().selectedProducts = {{"altro"}};
   show([](SimFormWindow& form) {
