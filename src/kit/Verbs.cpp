@@ -1,6 +1,9 @@
 #include "kit/Verbs.h"
 
+#include "kit/Explain.h"
+#include "kit/Locks.h"
 #include "kit/Publish.h"
+#include "kit/Verify.h"
 
 namespace trelv::kit {
 namespace {
@@ -16,6 +19,10 @@ std::unique_ptr<Verb> make() {
 const std::vector<VerbRow>& verbs() {
   static const std::vector<VerbRow> table{
       {"publish", "pubblica pacchi sul server, li annulla, elenca le pubblicazioni", make<Publish>},
+      {"verify", "confronta registrato, configurato e trovato di ogni prodotto", make<Verify>},
+      {"explain", "dice che cosa ha fermato un prodotto, dal registro di un avvio", make<Explain>},
+      {"locks", "mostra i blocchi di aggiornamento e chi li attende, li rimuove su richiesta",
+       make<Locks>},
   };
   return table;
 }

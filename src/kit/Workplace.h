@@ -1,6 +1,7 @@
 #pragma once
 
 #include "machine/Console.h"
+#include "machine/FileUse.h"
 #include "machine/GivenPaths.h"
 #include "machine/Machine.h"
 
@@ -11,6 +12,7 @@ struct Workplace {
   machine::Machine& machine;
   machine::Console& console;
   machine::GivenPaths& paths;
+  machine::FileUse& fileUse;
 };
 
 }  // namespace trelv::kit

@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "kit/CommandLine.h"
+#include "posix/PosixFileUse.h"
 #include "posix/PosixMachine.h"
 #include "posix/PosixPath.h"
 
@@ -10,7 +11,8 @@ int main(int count, char** arguments) {
   trelv::posix::PosixMachine system;
   trelv::posix::PosixConsole console;
   trelv::posix::PosixGivenPaths paths;
+  trelv::posix::PosixFileUse fileUse;
   trelv::machine::Machine machine = system.machine();
-  trelv::kit::Workplace workplace{machine, console, paths};
+  trelv::kit::Workplace workplace{machine, console, paths, fileUse};
   return trelv::kit::run(std::vector<std::string>(arguments + 1, arguments + count), workplace);
 }

@@ -6,6 +6,7 @@
 #include "platform/XmlStore.h"
 #include "win32/LibrarySearch.h"
 #include "win32/Win32Console.h"
+#include "win32/Win32FileUse.h"
 #include "win32/Win32Machine.h"
 #include "win32/Win32Text.h"
 
@@ -27,6 +28,7 @@ int wmain(int count, wchar_t** arguments) {
   trelv::win32::Win32Machine windows;
   trelv::win32::Win32Console console;
   trelv::win32::Win32GivenPaths paths;
+  trelv::win32::Win32FileUse fileUse;
   trelv::PatientFiles files(windows.files, windows.clock);
   trelv::XmlStore ownStore(files, windows.registry, windows.locale, windows.system);
   const bool hostsStore = windows.hostConfiguration.stands();
@@ -34,6 +36,6 @@ int wmain(int count, wchar_t** arguments) {
       files, hostsStore
                  ? static_cast<trelv::machine::ConfigurationLibrary&>(windows.hostConfiguration)
                  : ownStore);
-  trelv::kit::Workplace workplace{machine, console, paths};
+  trelv::kit::Workplace workplace{machine, console, paths, fileUse};
   return trelv::kit::run(texts(count, arguments), workplace);
 }

@@ -9,6 +9,7 @@
 #include "kit/CommandLine.h"
 #include "machine/Console.h"
 #include "machine/GivenPaths.h"
+#include "sim/SimFileUse.h"
 #include "sim/SimMachine.h"
 
 namespace trelv::tests {
@@ -59,19 +60,21 @@ class FakeGivenPaths : public machine::GivenPaths {
 /// The second program on a simulated machine.
 class Trelv {
  public:
-  explicit Trelv(sim::SimMachine& machine) : machine_(machine) {}
+  explicit Trelv(sim::SimMachine& machine)
+      : fileUse(machine.volumes(), machine.files(), machine.callLog()), machine_(machine) {}
 
   /// Runs it with these arguments; answers its exit code.
   int run(const std::vector<std::string>& arguments) { return run(arguments, kit::verbs()); }
   int run(const std::vector<std::string>& arguments, const std::vector<kit::VerbRow>& table) {
     console.output.clear();
     console.errors.clear();
-    kit::Workplace workplace{machine_.machine(), console, paths};
+    kit::Workplace workplace{machine_.machine(), console, paths, fileUse};
     return kit::run(arguments, workplace, table);
   }
 
   FakeConsole console;
   FakeGivenPaths paths;
+  sim::SimFileUse fileUse;
 
  private:
   sim::SimMachine& machine_;

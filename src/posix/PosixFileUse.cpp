@@ -1,0 +1,101 @@
+#include "posix/PosixFileUse.h"
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+#include "posix/PosixPath.h"
+
+namespace trelv::posix {
+namespace {
+
+namespace fs = std::filesystem;
+
+SystemCode factsOf(const std::string& path, std::string& hostName, struct stat& facts) {
+  const SystemCode code = hostPath(path, hostName);
+  if (code != system_code::kSuccess) {
+    return code;
+  }
+  return stat(hostName.c_str(), &facts) == 0 ? system_code::kSuccess : codeOf(errno, hostName);
+}
+
+bool isSameFile(const fs::path& descriptor, const struct stat& facts) {
+  struct stat other {};
+  return stat(descriptor.c_str(), &other) == 0 && other.st_dev == facts.st_dev &&
+         other.st_ino == facts.st_ino;
+}
+
+/// Has a process the file open, as far as this user may see its files?
+bool hasOpen(const fs::path& process, const struct stat& facts) {
+  std::error_code refused;
+  for (fs::directory_iterator each(process / "fd", refused), end; !refused && each != end;
+       each.increment(refused)) {
+    if (isSameFile(each->path(), facts)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool isSeenOpen(const struct stat& facts) {
+  std::error_code refused;
+  for (fs::directory_iterator each("/proc", refused), end; !refused && each != end;
+       each.increment(refused)) {
+    const std::string name = each->path().filename();
+    const bool isProcess = name.find_first_not_of("0123456789") == std::string::npos;
+    if (isProcess && name != std::to_string(getpid()) && hasOpen(each->path(), facts)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+SystemCode PosixFileUse::owner(const std::string& path, std::string& account) {
+  constexpr SystemCode kNoSuchAccount = 1332;
+  std::string hostName;
+  struct stat facts {};
+  const SystemCode code = factsOf(path, hostName, facts);
+  if (code != system_code::kSuccess) {
+    return code;
+  }
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread.
+  const passwd* const entry = getpwuid(facts.st_uid);
+  if (entry == nullptr) {
+    return kNoSuchAccount;
+  }
+  account = entry->pw_name;
+  return system_code::kSuccess;
+}
+
+std::optional<bool> PosixFileUse::isOpen(const std::string& path) {
+  std::string hostName;
+  struct stat facts {};
+  if (factsOf(path, hostName, facts) != system_code::kSuccess || !isSeenOpen(facts)) {
+    return std::nullopt;
+  }
+  return true;
+}
+
+SystemCode PosixFileUse::removeUnused(const std::string& path) {
+  std::string hostName;
+  struct stat facts {};
+  const SystemCode code = factsOf(path, hostName, facts);
+  if (code != system_code::kSuccess) {
+    return code;
+  }
+  if ((facts.st_mode & S_IWUSR) == 0 || !S_ISREG(facts.st_mode)) {
+    return system_code::kAccessDenied;
+  }
+  if (isSeenOpen(facts)) {
+    return system_code::kSharingViolation;
+  }
+  return unlink(hostName.c_str()) == 0 ? system_code::kSuccess : codeOf(errno, hostName);
+}
+
+}  // namespace trelv::posix
