@@ -64,12 +64,17 @@ if(WIN32)
   endif()
   trelv_small_programs(tests/scenario/programs "${PROJECT_BINARY_DIR}/tests/programs")
   trelv_small_libraries(tests/scenario/libraries "${PROJECT_BINARY_DIR}/tests/libraries")
-  # The product report without the forms that ask for it, for the scenarios.
+  # For the scenarios: the product report without the forms that ask for it, and a program that does
+  # nothing but write into the configuration store.
   add_executable(inventory_report tests/scenario/inventory/report.cpp src/app/WindowsProgram.cpp)
-  target_link_libraries(inventory_report PRIVATE main xmlstore win32 win32_resources)
-  target_link_options(inventory_report PRIVATE -s)
-  set_target_properties(inventory_report PROPERTIES OUTPUT_NAME report RUNTIME_OUTPUT_DIRECTORY
-                                                    "${PROJECT_BINARY_DIR}/tests/programs")
+  add_executable(store_writer tests/scenario/store/writer.cpp)
+  foreach(program IN ITEMS inventory_report store_writer)
+    string(REGEX REPLACE ".*_" "" file_name ${program})
+    target_link_libraries(${program} PRIVATE main xmlstore win32 win32_resources)
+    target_link_options(${program} PRIVATE -s)
+    set_target_properties(${program} PROPERTIES OUTPUT_NAME ${file_name} RUNTIME_OUTPUT_DIRECTORY
+                                                "${PROJECT_BINARY_DIR}/tests/programs")
+  endforeach()
   # Failures of the C++ library, with the manager's own functions that raise them.
   add_executable(library_failures_program tests/scenario/failures/failures.cpp)
   target_link_libraries(library_failures_program PRIVATE base library_failures)

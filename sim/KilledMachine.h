@@ -11,9 +11,9 @@ namespace trelv::sim {
 /// manager does: the call of number `number` (from 1, counted from here) throws Killed instead of
 /// being carried out. What the dying program still asks of the machine while the exception travels
 /// (in destructors and handlers) is refused with code 5, changes nothing, is not recorded and runs
-/// no hook; no message of it runs. Programs that it started live on. When this is destroyed the
-/// machine is ready for the program's next start: its windows are gone, the world is as it was
-/// left. Not together with a FailingMachine.
+/// no hook; no message of it runs. Programs that it started live on, but for those that are bound
+/// to it. When this is destroyed the machine is ready for the program's next start: its windows are
+/// gone, the world is as it was left. Not together with a FailingMachine.
 class KilledMachine {
  public:
   /// `left` tells how far a writing, appending or copying call had come; every other call is met

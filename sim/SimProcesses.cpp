@@ -42,6 +42,13 @@ std::vector<std::string> split(const std::string& text, char separator) {
 class SimRunning : public machine::RunningProcess {
  public:
   SimRunning(SimProcesses& processes, std::size_t index) : processes_(processes), index_(index) {}
+  SimRunning(const SimRunning&) = delete;
+  SimRunning& operator=(const SimRunning&) = delete;
+  ~SimRunning() override {
+    if (processes_.started_[index_].bound) {
+      processes_.end(index_);
+    }
+  }
   SystemCode wait() override { return processes_.waitFor(index_); }
   SystemCode waitUntilReady(std::uint32_t milliseconds) override {
     return processes_.waitUntilReady(index_, milliseconds);
@@ -97,12 +104,22 @@ SimProcesses::SimProcesses(SimMachine& simMachine, SimVolumes& volumes, SimSyste
 
 SystemCode SimProcesses::start(const std::string& commandLine, bool visible,
                                std::unique_ptr<machine::RunningProcess>& process) {
+  return startAny(commandLine, visible, false, process);
+}
+
+SystemCode SimProcesses::startBound(const std::string& commandLine, bool visible,
+                                    std::unique_ptr<machine::RunningProcess>& process) {
+  return startAny(commandLine, visible, true, process);
+}
+
+SystemCode SimProcesses::startAny(const std::string& commandLine, bool visible, bool bound,
+                                  std::unique_ptr<machine::RunningProcess>& process) {
   if (const auto injected = calls_.enter(CallKind::ProcessStart, "processes.start", commandLine)) {
     return *injected;
   }
   Found found;
   const SystemCode code = resolve(commandLine, found);
-  return code == kSuccess ? startFound(commandLine, visible, found, process) : code;
+  return code == kSuccess ? startFound(commandLine, visible, bound, found, process) : code;
 }
 
 SystemCode SimProcesses::startTool(const std::string& commandLine, bool visible,
@@ -112,10 +129,10 @@ SystemCode SimProcesses::startTool(const std::string& commandLine, bool visible,
   }
   Found found;
   const SystemCode code = resolveTool(commandLine, found);
-  return code == kSuccess ? startFound(commandLine, visible, found, process) : code;
+  return code == kSuccess ? startFound(commandLine, visible, false, found, process) : code;
 }
 
-SystemCode SimProcesses::startFound(const std::string& commandLine, bool visible,
+SystemCode SimProcesses::startFound(const std::string& commandLine, bool visible, bool bound,
                                     const Found& found,
                                     std::unique_ptr<machine::RunningProcess>& process) {
   const SystemCode refused = refusal(found.program);
@@ -127,6 +144,7 @@ SystemCode SimProcesses::startFound(const std::string& commandLine, bool visible
   record.program = found.program;
   record.arguments = splitArguments(found.argumentText);
   record.visible = visible;
+  record.bound = bound;
   record.environment = environment_.snapshot();
   started_.push_back(std::move(record));
   SimNode& node = *volumes_.find(found.program, true).node;
@@ -311,6 +329,8 @@ SystemCode SimProcesses::refusal(const std::string& program) const {
 }
 
 // --- What runs
+
+void SimProcesses::end(std::size_t index) { running_[index] = Running{}; }
 
 void SimProcesses::run(std::size_t index) {
   Running taken = std::exchange(running_[index], Running{});

@@ -26,6 +26,8 @@ struct StartedProgram {
   /// What follows the program, split as programs split it, quotes removed.
   std::vector<std::string> arguments;
   bool waited = false;
+  /// Was started to end with the program that started it.
+  bool bound = false;
   bool visible = true;
   /// Its script has run to the end.
   bool ended = false;
@@ -67,6 +69,9 @@ class SimProcesses : public machine::Processes {
                    std::unique_ptr<machine::RunningProcess>& process) override;
   SystemCode startTool(const std::string& commandLine, bool visible,
                        std::unique_ptr<machine::RunningProcess>& process) override;
+
+  SystemCode startBound(const std::string& commandLine, bool visible,
+                        std::unique_ptr<machine::RunningProcess>& process) override;
 
   bool isRunning(std::uint32_t processId) override;
   void whenSessionEnds(const std::string& reason, std::function<void()> action) override;
@@ -123,12 +128,15 @@ class SimProcesses : public machine::Processes {
   SystemCode resolveQuoted(const std::string& commandLine, Found& found) const;
   SystemCode resolveByCuts(const std::string& commandLine, Found& found) const;
   SystemCode candidate(const std::string& name, std::string& program) const;
-  SystemCode startFound(const std::string& commandLine, bool visible, const Found& found,
-                        std::unique_ptr<machine::RunningProcess>& process);
+  SystemCode startAny(const std::string& commandLine, bool visible, bool bound,
+                      std::unique_ptr<machine::RunningProcess>& process);
+  SystemCode startFound(const std::string& commandLine, bool visible, bool bound,
+                        const Found& found, std::unique_ptr<machine::RunningProcess>& process);
   std::string search(const std::string& name) const;
   std::string existing(const std::string& path) const;
   SystemCode refusal(const std::string& program) const;
   void run(std::size_t index);
+  void end(std::size_t index);
   SystemCode waitFor(std::size_t index);
   SystemCode waitUntilReady(std::size_t index, std::uint32_t milliseconds);
   SystemCode exitCodeOf(std::size_t index, std::uint32_t& code);

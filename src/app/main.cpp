@@ -12,7 +12,8 @@ int main() {
   try {
     trelv::win32::Win32Machine windows;
     trelv::PatientFiles files(windows.files, windows.clock);
-    trelv::XmlStore ownStore(files, windows.registry, windows.locale, windows.system);
+    trelv::XmlStore ownStore(files, windows.registry, windows.locale, windows.system,
+                             windows.exclusion);
     const bool hostsStore = windows.hostConfiguration.stands();
     trelv::app::WindowsProgram program(windows.machine(
         files, hostsStore

@@ -83,7 +83,7 @@ void Installation::run() {
   log("Gestione ProdTrelv - Path di scarico pacchi: " + unpackFolder_);
   const std::vector<OfferedProduct> selection = program_.state.selectedProducts;
   const std::unique_ptr<modProdTrelvManager::WorkFolder> alone = takeUnpackFolder();
-  if (alone != nullptr && !alone->isOurs()) {
+  if (alone != nullptr && !(alone->isOurs() && alone->isFreeOfLinks())) {
     for (const OfferedProduct& entry : selection) {
       failed_.push_back(entry.caption + ": cartella di lavoro non disponibile (" +
                         alone->refusal() + ")");

@@ -46,6 +46,12 @@ class Processes {
   virtual SystemCode startTool(const std::string& commandLine, bool visible,
                                std::unique_ptr<RunningProcess>& process) = 0;
 
+  /// The same as start() for a program that does a part of our own work: it ends with us, however
+  /// we end, and when `process` is destroyed. Where the system does not allow that (before Windows
+  /// 8, when we are ourselves bound to somebody in this way) it goes on like any other.
+  virtual SystemCode startBound(const std::string& commandLine, bool visible,
+                                std::unique_ptr<RunningProcess>& process) = 0;
+
   /// What is to be done when Windows ends the session (log-off, restart) while this program waits
   /// for another one. `action` has to be short; the program ends with it, whatever it was about to
   /// do. `reason` is what Windows Vista and later tell a user who ends the session meanwhile. In

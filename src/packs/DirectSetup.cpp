@@ -8,6 +8,7 @@
 #include "base/Trap.h"
 #include "inventory/PresenceChecks.h"
 #include "packs/ProductUpdateRun.h"
+#include "packs/WorkFolder.h"
 #include "platform/modLibrary.h"
 #include "startup/HostPaths.h"
 #include "startup/modProdTrelvLibrary.h"
@@ -90,7 +91,13 @@ void ExecuteDirectSetup(Program& program, const std::string& rootFolder) {
                program.log.WriteLog(
                    "Gestione ProdTrelv - Avvio lancio setup per prodotti complementari in modalità "
                    "standalone");
-               walkCatalogue(program, rootFolder);
+               // What a link leads to is not what the pack brought.
+               const std::string link = LinkOnTheWay(program, rootFolder);
+               if (link.empty()) {
+                 walkCatalogue(program, rootFolder);
+               } else {
+                 program.log.WriteLog("Gestione ProdTrelv - Nessun setup eseguito (" + link + ")");
+               }
                return true;
              });
 }

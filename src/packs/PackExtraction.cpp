@@ -71,13 +71,28 @@ void tellUnopened(Program& program, const std::string& pack) {
   }
 }
 
-/// Would 7-Zip wait for a password, in a console of its own and for ever? One log line tells it.
-bool mayAskForPassword(Program& program, const std::string& zipPath) {
-  if (!NeedsPassword(program.machine.files, zipPath)) {
-    return false;
+/// The box for a pack that could not be opened.
+void tellFailed(Program& program, const std::string& zipPath, const std::string& command) {
+  tellUnopened(program, zipPath);
+  program.machine.desktop.messageBox(TRELV_PRODUCT_NAME, "Errore in esecuzione comando: " + command,
+                                     machine::BoxIcon::Critical, machine::BoxButtons::Ok);
+}
+
+/// Would 7-Zip wait for a password, in a console of its own and for ever, or be at work on folders
+/// in folders for hours? One log line tells it.
+bool isRefused(Program& program, const std::string& zipPath) {
+  switch (FindObstacle(program.machine.files, zipPath)) {
+    case ZipObstacle::None:
+      return false;
+    case ZipObstacle::Password:
+      program.log.WriteLog("Gestione ProdTrelv - Pacco zip protetto o incompleto, non aperto: " +
+                           zipPath);
+      break;
+    case ZipObstacle::Levels:
+      program.log.WriteLog(
+          "Gestione ProdTrelv - Pacco zip con troppi livelli di cartelle, non aperto: " + zipPath);
+      break;
   }
-  program.log.WriteLog("Gestione ProdTrelv - Pacco zip protetto o incompleto, non aperto: " +
-                       zipPath);
   return true;
 }
 
@@ -86,14 +101,11 @@ bool openWithSevenZip(Program& program, const std::string& zipPath, const std::s
   const std::string command = zipCommand(program, zipPath, output);
   program.log.WriteLog("Gestione ProdTrelv - Apertura pacco zip con comando: " + command);
   std::uint32_t exitCode = kUnknownExitCode;
-  if (!mayAskForPassword(program, zipPath) &&
-      modLibrary::Execute(program, command, true, std::nullopt, &exitCode) &&
+  if (!isRefused(program, zipPath) && modLibrary::ExecuteBound(program, command, exitCode) &&
       exitCode < kFirstFailure) {
     return true;
   }
-  tellUnopened(program, zipPath);
-  program.machine.desktop.messageBox(TRELV_PRODUCT_NAME, "Errore in esecuzione comando: " + command,
-                                     machine::BoxIcon::Critical, machine::BoxButtons::Ok);
+  tellFailed(program, zipPath, command);
   return false;
 }
 
@@ -154,8 +166,9 @@ class ZipScan {
   bool mayWork(WorkFolder& workFolder);
   bool isOfHost(WorkFolder& workFolder);
   bool clearedOfEarlierRuns();
-  bool openAll(bool removePacks);
-  bool open(const machine::FolderEntry& pack, bool removePacks);
+  bool openAll(WorkFolder& workFolder, bool removePacks);
+  bool open(WorkFolder& workFolder, const machine::FolderEntry& pack, bool removePacks);
+  bool unpack(const std::string& zipPath);
   void copySetupTree();
   bool clearedOfFailedPack();
   void clearLeftovers(const std::string& folder);
@@ -192,7 +205,8 @@ void ZipScan::run(bool removePacks) {
   packs_ = zipPacksOf(program_, folder_);
   // Kept: what a pack holds beside this folder stays in the temporary folder. Packs of the products
   // hold nothing there.
-  if (clearedOfEarlierRuns() && openAll(removePacks) && elsewhere_ && !isWithinAnother()) {
+  if (clearedOfEarlierRuns() && openAll(workFolder, removePacks) && elsewhere_ &&
+      !isWithinAnother()) {
     RemoveUnpacked(program_, work_);
   }
 }
@@ -235,25 +249,29 @@ bool ZipScan::clearedOfEarlierRuns() {
   if (!elsewhere_ || decoded_ || isWithinAnother()) {
     return true;
   }
-  if (IsUnpacked(program_, work_)) {
+  if (IsUnpacked(program_, work_) && LinkOnTheWay(program_, work_).empty()) {
     RemoveCopiesUnderWay(program_, hostPaths::setupFolder(work_), hostPaths::setupFolder(target_));
   }
   return RemoveUnpacked(program_, work_);
 }
 
-bool ZipScan::openAll(bool removePacks) {
+bool ZipScan::openAll(WorkFolder& workFolder, bool removePacks) {
   return std::all_of(packs_.begin(), packs_.end(), [&](const machine::FolderEntry& pack) {
-    return isSettled(pack) || open(pack, removePacks);
+    return isSettled(pack) || open(workFolder, pack, removePacks);
   });
 }
 
 // Kept: the pack is removed before its content is copied. A copy that fails, or a process that ends
 // between the two, loses it: the next scan removes the unpacked tree. The pack has to be delivered
 // again then; whoever delivers packs relies on an opened one being gone.
-// False when the search cannot go on: what a failed pack left would be copied with the next one.
-bool ZipScan::open(const machine::FolderEntry& pack, bool removePacks) {
+// False when the search cannot go on: what a failed pack left would be copied with the next one, or
+// a link leads elsewhere.
+bool ZipScan::open(WorkFolder& workFolder, const machine::FolderEntry& pack, bool removePacks) {
+  if (!workFolder.isFreeOfLinks()) {
+    return false;
+  }
   const std::string zipPath = folder_ + "\\" + pack.name;
-  if (!openWithSevenZip(program_, zipPath, work_)) {
+  if (!unpack(zipPath)) {
     program_.state.packs.settled.push_back(identityOf(pack));
     return !elsewhere_ || clearedOfFailedPack();
   }
@@ -271,6 +289,21 @@ bool ZipScan::open(const machine::FolderEntry& pack, bool removePacks) {
   return true;
 }
 
+/// False, after a box, when the pack could not be opened or has brought a link in the place of a
+/// folder that all packs have.
+bool ZipScan::unpack(const std::string& zipPath) {
+  if (!openWithSevenZip(program_, zipPath, work_)) {
+    return false;
+  }
+  const std::string link = LinkOnTheWay(program_, work_);
+  if (!link.empty()) {
+    program_.log.WriteLog("Gestione ProdTrelv - Pacco zip con un collegamento, non aperto: " +
+                          zipPath + " (" + link + ")");
+    tellFailed(program_, zipPath, zipCommand(program_, zipPath, work_));
+  }
+  return link.empty();
+}
+
 // Kept: the whole tree is copied, what earlier packs left there and packs that still wait in it
 // included. Packs opened later thus overwrite what earlier ones brought.
 void ZipScan::copySetupTree() {
@@ -281,6 +314,11 @@ void ZipScan::copySetupTree() {
   shown = program_.machine.desktop.showModeless(form);
   const std::string target = hostPaths::setupFolder(target_);
   modLibrary::CreaCartella(program_, target);
+  const std::string link = LinkOnTheWay(program_, work_);
+  if (!link.empty()) {
+    throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",
+                       "Cartella non copiata, " + link);
+  }
   CopySetupTree(program_, hostPaths::setupFolder(work_), target);
 }
 
@@ -298,12 +336,14 @@ bool ZipScan::clearedOfFailedPack() {
 }
 
 /// Removes what a failed pack left below `folder`: the next copy would take it along. The packs of
-/// this scan stay, since the decoder puts them below the work folder too.
+/// this scan stay, since the decoder puts them below the work folder too; behind a link there are
+/// none of them, and it goes itself.
 void ZipScan::clearLeftovers(const std::string& folder) {
-  if (!modLibrary::FolderExists(program_, folder)) {
+  machine::FileFacts facts;
+  if (program_.machine.files.look(folder, facts) != system_code::kSuccess || !facts.folder) {
     return;
   }
-  if (!FileSystemObject::liesAtOrIn(folder_, folder)) {
+  if (facts.reparsePoint || !FileSystemObject::liesAtOrIn(folder_, folder)) {
     program_.fileSystem.deleteFolder(folder, true);
     return;
   }
@@ -346,18 +386,21 @@ void openSinglePack(Program& program, const std::string& packPath, const std::st
     tellUnopened(program, packPath);
     return;
   }
-  const WorkFolder workFolder(program, work);
-  if (!workFolder.isOurs()) {
+  WorkFolder workFolder(program, work);
+  if (!workFolder.isOurs() || !workFolder.isFreeOfLinks()) {
     tellUnopened(program, packPath);
     return;
   }
   // Kept: a decoder that fails is not told, only one that cannot be started. The search then tells
   // a missing folder, or opens what an earlier pack left: what counts is what lies there.
   std::uint32_t exitCode = kUnknownExitCode;
-  if (!modLibrary::Execute(program, decoderCommand(program, packPath, work), true, std::nullopt,
-                           &exitCode) ||
+  if (!modLibrary::ExecuteBound(program, decoderCommand(program, packPath, work), exitCode) ||
       exitCode != 0) {
     tellUnopened(program, packPath);
+  }
+  if (!workFolder.isFreeOfLinks()) {
+    tellUnopened(program, packPath);
+    return;
   }
   const std::string decoded = hostPaths::setupFolder(work);
   forgetSettled(program, decoded);

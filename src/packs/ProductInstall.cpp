@@ -53,13 +53,14 @@ bool openPackAlone(Program& program, const std::string& packName, const std::str
     openPack(program, packName, target);
     return true;
   }
-  const WorkFolder workFolder(program, path);
-  if (workFolder.isOurs()) {
+  WorkFolder workFolder(program, path);
+  const bool ours = workFolder.isOurs() && workFolder.isFreeOfLinks();
+  if (ours) {
     openPack(program, packName, target);
   } else {
     refuse(program, path, workFolder);
   }
-  return workFolder.isOurs();
+  return ours;
 }
 
 void installIntegrated(Program& program, const std::string& productName, std::string& targetFolder,
@@ -86,8 +87,8 @@ void installStandAlone(Program& program, const std::string& productId,
   const std::string path = WorkFolderPath(program);
   program.log.WriteLog("Apertura pacchi in: " + path);
   requireFolder(path, "Cartella temporanea non disponibile");
-  const WorkFolder workFolder(program, path);
-  if (!workFolder.isOurs()) {
+  WorkFolder workFolder(program, path);
+  if (!workFolder.isOurs() || !workFolder.isFreeOfLinks()) {
     refuse(program, path, workFolder);
     return;
   }

@@ -7,6 +7,7 @@
 
 #include "base/RuntimeError.h"
 #include "base/Text.h"
+#include "packs/ZipProtection.h"
 #include "platform/modLibrary.h"
 #include "startup/HostPaths.h"
 
@@ -95,7 +96,7 @@ class SetupTreeCopy {
   void run();
 
  private:
-  void gather(const std::string& folder);
+  void gather(const std::string& folder, int level);
   void makeFolder(const std::string& folder);
   void put(const std::string& path);
   SystemCode putOnce(const std::string& from, const std::string& made, const std::string& to);
@@ -114,7 +115,7 @@ class SetupTreeCopy {
 };
 
 void SetupTreeCopy::run() {
-  gather("");
+  gather("", 0);
   for (const std::string& folder : folders_) {
     makeFolder(target_ + folder);
   }
@@ -126,7 +127,11 @@ void SetupTreeCopy::run() {
   }
 }
 
-void SetupTreeCopy::gather(const std::string& folder) {
+void SetupTreeCopy::gather(const std::string& folder, int level) {
+  if (level > kMostPackLevels) {
+    throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",
+                       "Troppi livelli di cartelle: " + source_ + folder);
+  }
   std::vector<machine::FolderEntry> entries;
   require(files_.list(source_ + folder, "", entries), source_ + folder);
   folders_.push_back(folder);
@@ -138,7 +143,7 @@ void SetupTreeCopy::gather(const std::string& folder) {
                          "Collegamento non copiato: " + source_ + path);
     }
     if (entry.facts.folder) {
-      gather(path);
+      gather(path, level + 1);
     } else {
       treeFiles_.push_back({path, turnOf(folder, entry.name)});
     }
@@ -241,15 +246,20 @@ RuntimeError SetupTreeCopy::failureOf(SystemCode code, const std::string& from,
   return failureFromSystemCode(code, sourceIsGone ? from : to);
 }
 
-/// The folders of the tree, its own first; those that cannot be listed have none.
+/// The folders of the tree, its own first; those that cannot be listed have none, and deeper ones
+/// than a copy has are not looked at.
 void removeTemporariesBelow(machine::Files& files, const std::string& source,
-                            const std::string& target) {
+                            const std::string& target, int level) {
+  if (level > kMostPackLevels) {
+    return;
+  }
   removeTemporaries(files, target);
   std::vector<machine::FolderEntry> entries;
   files.list(source, "", entries);
   for (const machine::FolderEntry& entry : entries) {
     if (entry.facts.folder && !entry.facts.reparsePoint) {
-      removeTemporariesBelow(files, source + "\\" + entry.name, target + "\\" + entry.name);
+      removeTemporariesBelow(files, source + "\\" + entry.name, target + "\\" + entry.name,
+                             level + 1);
     }
   }
 }
@@ -261,7 +271,7 @@ void CopySetupTree(Program& program, const std::string& source, const std::strin
 }
 
 void RemoveCopiesUnderWay(Program& program, const std::string& source, const std::string& target) {
-  removeTemporariesBelow(program.machine.files, source, target);
+  removeTemporariesBelow(program.machine.files, source, target, 0);
 }
 
 }  // namespace trelv::modProdTrelvManager

@@ -16,7 +16,8 @@ namespace trelv::modProdTrelvManager {
 /// name there is the old one or the new one, whole, whenever somebody looks and wherever the copy
 /// ends. A file that is in use and has the same content already counts as copied. Raises before
 /// anything is changed 76 when the source is missing, 75 for a link or junction in it, which is
-/// never followed; later 58 where a file stands in the place of a folder, 70 for a target that is
+/// never followed, or too many levels of folders (kMostPackLevels); later 58 where a file stands in
+/// the place of a folder, 70 for a target that is
 /// in use, protected by rights or a folder, and what the system answers else, with the path of the
 /// target, or of the source when that is what is missing. The first failure ends it.
 void CopySetupTree(Program& program, const std::string& source, const std::string& target);

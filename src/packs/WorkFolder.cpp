@@ -1,5 +1,6 @@
 #include "packs/WorkFolder.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 
@@ -35,6 +36,21 @@ std::string ownName(Program& program) {
          generalDate(program.machine.locale, program.machine.clock.now());
 }
 
+/// Why nothing is done at this level of a path; empty where it is a plain folder or file, or
+/// missing. A trailing backslash would let the system follow a link.
+std::string linkAt(Program& program, std::string path) {
+  while (path.size() > 1 && path.back() == '\\') {
+    path.pop_back();
+  }
+  machine::FileFacts facts;
+  const SystemCode code =
+      FileSystemObject::isRoot(path) ? 0 : program.machine.files.look(path, facts);
+  if (code != system_code::kSuccess && !meansMissing(code)) {
+    return failureFromSystemCode(code, path).description();
+  }
+  return facts.reparsePoint ? "collegamento non seguito: " + path : std::string();
+}
+
 }  // namespace
 
 std::string WorkFolderPath(Program& program) {
@@ -47,8 +63,14 @@ std::string WorkFolderPath(Program& program) {
 
 WorkFolder::WorkFolder(Program& program, std::string path)
     : program_(program), path_(std::move(path)), markPath_(path_ + "\\" + kMarkName) {
-  if (program_.state.packs.workFolderOwner.empty()) {
+  if (!program_.state.packs.workFolderOwner.empty()) {
+    return;
+  }
+  const std::string link = linkAt(program_, path_);
+  if (link.empty()) {
     refuse(take());
+  } else {
+    refuse(link);
   }
 }
 
@@ -79,14 +101,25 @@ void WorkFolder::refuse(SystemCode code) {
   if (code == system_code::kSuccess) {
     return;
   }
-  refusal_ = code == system_code::kSharingViolation
-                 ? "in uso da un'altra sessione: " + holder()
-                 : failureFromSystemCode(code, path_).description();
+  refuse(code == system_code::kSharingViolation ? "in uso da un'altra sessione: " + holder()
+                                                : failureFromSystemCode(code, path_).description());
+}
+
+void WorkFolder::refuse(const std::string& why) {
+  refusal_ = why;
   bool& told = program_.state.packs.workFolderRefused;
   if (!std::exchange(told, true)) {
     program_.log.WriteLog("Gestione ProdTrelv - Cartella di lavoro " + path_ +
                           " non disponibile, nessun pacco viene aperto (" + refusal_ + ")");
   }
+}
+
+bool WorkFolder::isFreeOfLinks() {
+  const std::string link = LinkOnTheWay(program_, path_);
+  if (!link.empty()) {
+    refuse(link);
+  }
+  return link.empty();
 }
 
 std::string WorkFolder::holder() {
@@ -111,6 +144,17 @@ bool WorkFolder::isAlso(const std::string& folder) {
   }
   // A full disk has left it without its text.
   return bytes.empty() || bytes == program_.state.packs.workFolderOwner;
+}
+
+std::string LinkOnTheWay(Program& program, const std::string& folder) {
+  const std::string tree = hostPaths::setupFolder(folder);
+  std::string link;
+  for (std::size_t end = folder.size(); link.empty() && end != std::string::npos;
+       end = end < tree.size() ? std::min(tree.find('\\', end + 1), tree.size())
+                               : std::string::npos) {
+    link = linkAt(program, tree.substr(0, end));
+  }
+  return link;
 }
 
 bool IsUnpacked(Program& program, const std::string& workFolder) {

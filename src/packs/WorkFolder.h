@@ -20,7 +20,8 @@ class WorkFolder {
  public:
   /// Takes the folder (made when missing). While another process has it this waits 120 s at most
   /// and shows nothing; not again in a process that has waited in vain. A folder that could not be
-  /// had is told in one log line, once per process. This process may take it again meanwhile.
+  /// had is told in one log line, once per process. A link or junction in its place is not
+  /// followed: such a folder cannot be had. This process may take it again meanwhile.
   WorkFolder(Program& program, std::string path);
   WorkFolder(const WorkFolder&) = delete;
   WorkFolder& operator=(const WorkFolder&) = delete;
@@ -28,7 +29,13 @@ class WorkFolder {
 
   /// Otherwise nothing may be opened, copied or deleted there.
   bool isOurs() const { return refusal_.empty(); }
-  /// Why it could not be had, for the user: which other session has it, or what the system says.
+  /// False where the folder or one of the four levels of its set-up tree is a link or junction, or
+  /// cannot be looked at: what is unpacked, copied or removed there would be somewhere else. It is
+  /// not ours then, and one log line tells it, once per process. Asked right before each use: who
+  /// may write there may put a link there at any time.
+  bool isFreeOfLinks();
+  /// Why it could not be had, for the user: which other session has it, a link, or what the system
+  /// says.
   const std::string& refusal() const { return refusal_; }
 
   /// Is this folder (full path, may be missing) the work folder, by whatever name: case, drive and
@@ -38,6 +45,7 @@ class WorkFolder {
  private:
   SystemCode take();
   void refuse(SystemCode code);
+  void refuse(const std::string& why);
   std::string holder();
 
   Program& program_;
@@ -46,6 +54,11 @@ class WorkFolder {
   std::string refusal_;
   std::unique_ptr<machine::Mark> mark_;
 };
+
+/// Why the set-up tree of a folder cannot be trusted to lie in it: the first link or junction among
+/// the folder and the four levels of the tree, or what the system says of one that cannot be looked
+/// at. Empty where nothing speaks against it, a missing level neither. A root is no link.
+std::string LinkOnTheWay(Program& program, const std::string& folder);
 
 /// Does any unpacked tree, or a file in its place, stand in the work folder?
 bool IsUnpacked(Program& program, const std::string& workFolder);

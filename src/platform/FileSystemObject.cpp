@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "base/RuntimeError.h"
@@ -35,15 +36,6 @@ std::string bareFolder(std::string path) {
   return path;
 }
 
-/// The root of a drive, with or without its backslash, or of a share.
-bool isRoot(const std::string& folder) {
-  if (folder.rfind("\\\\", 0) == 0) {
-    const std::size_t share = folder.find('\\', 2);
-    return share == std::string::npos || folder.find('\\', share + 1) == std::string::npos;
-  }
-  return isDriveRoot(folder) || (folder.size() == 2 && folder[1] == ':');
-}
-
 std::string child(const std::string& folder, const std::string& name) {
   return endsWithSeparator(folder) ? folder + name : folder + "\\" + name;
 }
@@ -55,33 +47,67 @@ void removeOneFile(machine::Files& files, const std::string& path, bool readOnly
   require(files.removeFile(path), path);
 }
 
-void removeTree(machine::Files& files, const std::string& folder, const machine::FileFacts& facts,
-                bool force);
+/// Removes a folder with everything in it, in the order of its listing. A pack may bring thousands
+/// of folders in each other: one path grows and shrinks with them.
+class TreeRemoval {
+ public:
+  TreeRemoval(machine::Files& files, std::string folder, bool force)
+      : files_(files), path_(std::move(folder)), force_(force) {}
 
-void removeContent(machine::Files& files, const std::string& folder, bool force) {
-  std::vector<machine::FolderEntry> entries;
-  require(files.list(folder, "", entries), folder);
-  for (const machine::FolderEntry& entry : entries) {
-    const std::string path = child(folder, entry.name);
-    if (entry.facts.folder) {
-      removeTree(files, path, entry.facts, force);
-    } else {
-      removeOneFile(files, path, entry.facts.readOnly, force);
+  void run(const machine::FileFacts& facts) {
+    enter(facts);
+    while (!levels_.empty()) {
+      Level& level = levels_.back();
+      if (level.next == level.entries.size()) {
+        leave();
+        continue;
+      }
+      const machine::FolderEntry entry = std::move(level.entries[level.next++]);
+      path_ = child(path_, entry.name);
+      if (entry.facts.folder) {
+        enter(entry.facts);
+      } else {
+        removeOneFile(files_, path_, entry.facts.readOnly, force_);
+        path_.resize(level.length);
+      }
     }
   }
-}
 
-void removeTree(machine::Files& files, const std::string& folder, const machine::FileFacts& facts,
-                bool force) {
-  // What a link points to belongs to somebody else.
-  if (!facts.reparsePoint) {
-    removeContent(files, folder, force);
+ private:
+  /// A folder on the way to where the work is, and what of it is still to be removed.
+  struct Level {
+    /// Of its path.
+    std::size_t length = 0;
+    bool readOnly = false;
+    std::vector<machine::FolderEntry> entries;
+    std::size_t next = 0;
+  };
+
+  void enter(const machine::FileFacts& facts) {
+    Level level{path_.size(), facts.readOnly, {}, 0};
+    // What a link points to belongs to somebody else.
+    if (!facts.reparsePoint) {
+      require(files_.list(path_, "", level.entries), path_);
+    }
+    levels_.push_back(std::move(level));
   }
-  if (facts.readOnly && force) {
-    require(files.setReadOnly(folder, false), folder);
+
+  void leave() {
+    if (levels_.back().readOnly && force_) {
+      require(files_.setReadOnly(path_, false), path_);
+    }
+    require(files_.removeFolder(path_), path_);
+    levels_.pop_back();
+    if (!levels_.empty()) {
+      path_.resize(levels_.back().length);
+    }
   }
-  require(files.removeFolder(folder), folder);
-}
+
+  machine::Files& files_;
+  std::string path_;
+  const bool force_;
+  std::vector<Level> levels_;
+};
 
 /// Full path of the copy: a target with a trailing backslash is the folder that gets it.
 std::string copyPath(const std::string& source, const std::string& target) {
@@ -154,7 +180,7 @@ void FileSystemObject::deleteFolder(const std::string& path, bool force) {
     throw failureFromSystemCode(system_code::kPathNotFound, path);
   }
   require(code, path);
-  removeTree(files_, folder, facts, force);
+  TreeRemoval(files_, folder, force).run(facts);
 }
 
 void FileSystemObject::copyFile(const std::string& source, const std::string& target,
@@ -225,6 +251,14 @@ bool FileSystemObject::liesAtOrIn(const std::string& path, const std::string& fo
   return equalNoCase(path.substr(0, folder.size()), folder) &&
          (path.size() == folder.size() || endsWithSeparator(folder) ||
           isSeparator(path[folder.size()]));
+}
+
+bool FileSystemObject::isRoot(const std::string& folder) {
+  if (folder.rfind("\\\\", 0) == 0) {
+    const std::size_t share = folder.find('\\', 2);
+    return share == std::string::npos || folder.find('\\', share + 1) == std::string::npos;
+  }
+  return isDriveRoot(folder) || (folder.size() == 2 && folder[1] == ':');
 }
 
 std::string FileSystemObject::parentFolderName(const std::string& path) {

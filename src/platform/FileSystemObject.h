@@ -36,7 +36,8 @@ class FileSystemObject {
 
   /// Deletes a folder with everything in it, read-only content included when `force`. A link or
   /// junction, the folder itself included, is removed and what it points to left alone. Raises 76
-  /// when missing, 70 for a root; the first failure ends it.
+  /// when missing, 70 for a root; the first failure ends it. However deep it is: the stack does not
+  /// grow with it.
   void deleteFolder(const std::string& path, bool force);
 
   /// Copies one file, its last-modified time and its attributes included. `target` names the copy;
@@ -69,6 +70,9 @@ class FileSystemObject {
   /// Does the path name the folder, or something in it? Told from the texts, without regard to
   /// case.
   static bool liesAtOrIn(const std::string& path, const std::string& folder);
+
+  /// The root of a drive, with or without its backslash, or of a share?
+  static bool isRoot(const std::string& folder);
 
   /// Parent of a path, as text only: C:\a\b gives C:\a, C:\a gives C:\,
   /// \\srv\share\x gives \\srv\share, that gives \\srv;

@@ -23,6 +23,9 @@ constexpr std::size_t kMostBytes = std::size_t{4} * 1024 * 1024;
 /// square of their number.
 constexpr int kMostLevels = 100;
 
+/// As long as a change of a file is tried. Whoever has its turn needs milliseconds.
+constexpr std::uint32_t kLongestWait = 3000;
+
 namespace code {
 constexpr std::int32_t kDone = 0;
 constexpr std::int32_t kDocumentEmpty = -1000;
@@ -368,13 +371,9 @@ std::int32_t locate(machine::Files& files, machine::Registry& registry, machine:
   return code::kDone;
 }
 
-/// Finds the XML file and reads it into the document; 0 or a code.
-std::int32_t open(machine::Files& files, machine::Registry& registry, machine::Locale& locale,
-                  std::string& configFile, pugi::xml_document& document) {
-  const std::int32_t located = locate(files, registry, locale, configFile);
-  if (located != code::kDone) {
-    return located;
-  }
+/// Reads the XML file into the document; 0 or a code.
+std::int32_t read(machine::Files& files, const std::string& configFile,
+                  pugi::xml_document& document) {
   std::string bytes;
   const SystemCode answer = files.read(configFile, kMostBytes + 1, bytes);
   if (answer != system_code::kSuccess) {
@@ -383,11 +382,18 @@ std::int32_t open(machine::Files& files, machine::Registry& registry, machine::L
   return load(bytes, document);
 }
 
+/// Finds the XML file and reads it into the document; 0 or a code.
+std::int32_t open(machine::Files& files, machine::Registry& registry, machine::Locale& locale,
+                  std::string& configFile, pugi::xml_document& document) {
+  const std::int32_t located = locate(files, registry, locale, configFile);
+  return located == code::kDone ? read(files, configFile, document) : located;
+}
+
 }  // namespace
 
 XmlStore::XmlStore(machine::Files& files, machine::Registry& registry, machine::Locale& locale,
-                   machine::SystemFacts& system)
-    : files_(files), registry_(registry), locale_(locale), system_(system) {}
+                   machine::SystemFacts& system, machine::Exclusion& exclusion)
+    : files_(files), registry_(registry), locale_(locale), system_(system), exclusion_(exclusion) {}
 
 std::int32_t XmlStore::getParameter(const std::string& product, const std::string& section,
                                     const std::string& key, const std::string& attribute,
@@ -423,15 +429,25 @@ std::int32_t XmlStore::setParameter(const std::string& product, const std::strin
   if (!isValue(value)) {
     return code::kValueInvalid;
   }
-  // Read anew for every write: another program may have written meanwhile.
   std::string configFile;
-  pugi::xml_document document;
-  answer = open(files_, registry_, locale_, configFile, document);
+  pugi::xml_document asItStands;
+  answer = open(files_, registry_, locale_, configFile, asItStands);
   if (answer != code::kDone) {
     return answer;
   }
   const std::string whose =
       std::to_string(system_.sessionId()) + "-" + std::to_string(system_.processId());
+  // Without its turn a write could undo another one; refused, it is told and can be repeated.
+  std::unique_ptr<machine::Mark> turn;
+  if (exclusion_.take(configFile + ".lck", whose, kLongestWait, turn) != system_code::kSuccess) {
+    return code::kInsertFailed;
+  }
+  // Another program may have written meanwhile.
+  pugi::xml_document document;
+  answer = read(files_, configFile, document);
+  if (answer != code::kDone) {
+    return answer;
+  }
   return setElement(findOrMake(document, address), type, value) &&
                  replaceContent(files_, configFile, whose, textOf(document))
              ? code::kDone

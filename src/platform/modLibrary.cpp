@@ -76,17 +76,16 @@ void tellNotStarted(Program& program, const std::string& commandLine, SystemCode
                        " " + failure.description() + ")");
 }
 
-enum class Searched { AsEver, NotInCurrentFolder };
+/// Which of the machine's ways of starting a program.
+using Start = SystemCode (machine::Processes::*)(const std::string&, bool,
+                                                 std::unique_ptr<machine::RunningProcess>&);
 
 /// Starts a program; null, after it was told why, when it could not be started.
 std::unique_ptr<machine::RunningProcess> startProgram(Program& program,
                                                       const std::string& commandLine, bool visible,
-                                                      Searched searched) {
+                                                      Start start) {
   std::unique_ptr<machine::RunningProcess> process;
-  machine::Processes& processes = program.machine.processes;
-  const SystemCode code = searched == Searched::AsEver
-                              ? processes.start(commandLine, visible, process)
-                              : processes.startTool(commandLine, visible, process);
+  const SystemCode code = (program.machine.processes.*start)(commandLine, visible, process);
   if (code != system_code::kSuccess) {
     tellNotStarted(program, commandLine, code);
   }
@@ -125,15 +124,23 @@ bool Execute(Program& program, const std::string& commandLine, bool wait,
              std::optional<bool> visible, std::uint32_t* exitCode) {
   return guarded(program, "Execute", startMessage(commandLine), false, [&]() -> bool {
     const std::unique_ptr<machine::RunningProcess> process =
-        startProgram(program, commandLine, visible.value_or(true), Searched::AsEver);
+        startProgram(program, commandLine, visible.value_or(true), &machine::Processes::start);
     return process != nullptr && letRun(program, *process, wait, exitCode);
+  });
+}
+
+bool ExecuteBound(Program& program, const std::string& commandLine, std::uint32_t& exitCode) {
+  return guarded(program, "Execute", startMessage(commandLine), false, [&]() -> bool {
+    const std::unique_ptr<machine::RunningProcess> process =
+        startProgram(program, commandLine, true, &machine::Processes::startBound);
+    return process != nullptr && letRun(program, *process, true, &exitCode);
   });
 }
 
 bool ExecuteTool(Program& program, const std::string& commandLine, bool wait) {
   return guarded(program, "Execute", startMessage(commandLine), false, [&]() -> bool {
     const std::unique_ptr<machine::RunningProcess> process =
-        startProgram(program, commandLine, true, Searched::NotInCurrentFolder);
+        startProgram(program, commandLine, true, &machine::Processes::startTool);
     return process != nullptr && letRun(program, *process, wait, nullptr);
   });
 }
@@ -142,7 +149,7 @@ bool ExecuteUntilReady(Program& program, const std::string& commandLine) {
   constexpr std::uint32_t kLongest = 5000;
   return guarded(program, "Execute", startMessage(commandLine), false, [&]() -> bool {
     const std::unique_ptr<machine::RunningProcess> process =
-        startProgram(program, commandLine, true, Searched::NotInCurrentFolder);
+        startProgram(program, commandLine, true, &machine::Processes::startTool);
     if (process == nullptr) {
       return false;
     }

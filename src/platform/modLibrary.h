@@ -17,6 +17,10 @@ namespace trelv::modLibrary {
 bool Execute(Program& program, const std::string& commandLine, bool wait,
              std::optional<bool> visible = std::nullopt, std::uint32_t* exitCode = nullptr);
 
+/// The same, shown and waited for, for a program that does a part of our own work: it ends with us,
+/// however we end. `exitCode` stays as it was where there is none.
+bool ExecuteBound(Program& program, const std::string& commandLine, std::uint32_t& exitCode);
+
 /// The same, shown, for a program that the system or the site provides and that is named without a
 /// folder: one of that name in the current folder is never taken.
 bool ExecuteTool(Program& program, const std::string& commandLine, bool wait);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "win32/GrowingText.h"
@@ -43,9 +44,13 @@ Called<DWORD> waitForEnd(HANDLE process) {
              : called(WaitForSingleObject, process, INFINITE);
 }
 
+using OwnedJob = Owned<ProcessKind>;
+
 class Win32RunningProcess : public machine::RunningProcess {
  public:
-  explicit Win32RunningProcess(HANDLE process) : process_(process) {}
+  /// `job`: what the process lies in, if it is to end with us.
+  explicit Win32RunningProcess(OwnedProcess process, OwnedJob job = {})
+      : process_(std::move(process)), job_(std::move(job)) {}
 
   SystemCode wait() override {
     const Called<DWORD> outcome = waitForEnd(process_.get());
@@ -68,11 +73,18 @@ class Win32RunningProcess : public machine::RunningProcess {
 
  private:
   OwnedProcess process_;
+  OwnedJob job_;
+};
+
+/// A process that was made, and its first thread.
+struct Started {
+  OwnedProcess process;
+  OwnedProcess thread;
 };
 
 /// Starts a command line; `program` is its program's full path, null where Windows looks for it.
 SystemCode createProcess(const wchar_t* program, const std::string& commandLine, bool visible,
-                         std::unique_ptr<machine::RunningProcess>& process) {
+                         DWORD flags, Started& made) {
   std::wstring writable = wide(commandLine);
   if (writable.size() > kLongestCommandLine) {
     return system_code::kInvalidParameter;
@@ -83,14 +95,34 @@ SystemCode createProcess(const wchar_t* program, const std::string& commandLine,
   startup.wShowWindow = visible ? SW_SHOWNORMAL : SW_HIDE;
   PROCESS_INFORMATION started{};
   const OwnLibrarySearchSuspended suspended;
-  const SystemCode code = codeOf(CreateProcessW, program, writable.data(), nullptr, nullptr, FALSE,
-                                 NORMAL_PRIORITY_CLASS, nullptr, nullptr, &startup, &started);
-  if (code != system_code::kSuccess) {
-    return code;
+  const SystemCode code =
+      codeOf(CreateProcessW, program, writable.data(), nullptr, nullptr, FALSE,
+             NORMAL_PRIORITY_CLASS | flags, nullptr, nullptr, &startup, &started);
+  if (code == system_code::kSuccess) {
+    made = {OwnedProcess(started.hProcess), OwnedProcess(started.hThread)};
   }
-  const OwnedProcess thread(started.hThread);
-  process = std::make_unique<Win32RunningProcess>(started.hProcess);
-  return system_code::kSuccess;
+  return code;
+}
+
+SystemCode startFreely(const wchar_t* program, const std::string& commandLine, bool visible,
+                       std::unique_ptr<machine::RunningProcess>& process) {
+  Started made;
+  const SystemCode code = createProcess(program, commandLine, visible, 0, made);
+  if (code == system_code::kSuccess) {
+    process = std::make_unique<Win32RunningProcess>(std::move(made.process));
+  }
+  return code;
+}
+
+/// A job that takes what is in it along when its last handle goes, as the system closes those of a
+/// process that is ended by force. None where the system refuses it.
+OwnedJob makeEndingJob() {
+  OwnedJob job(CreateJobObjectW(nullptr, nullptr));
+  JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+  limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+  const bool set = job && SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation,
+                                                  &limits, sizeof(limits)) != FALSE;
+  return set ? std::move(job) : OwnedJob();
 }
 
 /// Does the path mean the same whatever folder and drive are the current ones?
@@ -133,7 +165,29 @@ std::wstring findTool(const std::wstring& name) {
 
 SystemCode Win32Processes::start(const std::string& commandLine, bool visible,
                                  std::unique_ptr<machine::RunningProcess>& process) {
-  return createProcess(nullptr, commandLine, visible, process);
+  return startFreely(nullptr, commandLine, visible, process);
+}
+
+SystemCode Win32Processes::startBound(const std::string& commandLine, bool visible,
+                                      std::unique_ptr<machine::RunningProcess>& process) {
+  // It must not do anything before it is bound.
+  Started made;
+  SystemCode code = createProcess(nullptr, commandLine, visible, CREATE_SUSPENDED, made);
+  if (code != system_code::kSuccess) {
+    return code;
+  }
+  OwnedJob job = makeEndingJob();
+  if (job) {
+    AssignProcessToJobObject(job.get(), made.process.get());
+  }
+  const Called<DWORD> resumed = called(ResumeThread, made.thread.get());
+  if (resumed.answer == static_cast<DWORD>(-1)) {
+    code = resumed.failure();
+    TerminateProcess(made.process.get(), 1);
+    return code;
+  }
+  process = std::make_unique<Win32RunningProcess>(std::move(made.process), std::move(job));
+  return code;
 }
 
 SystemCode Win32Processes::startTool(const std::string& commandLine, bool visible,
@@ -144,7 +198,7 @@ SystemCode Win32Processes::startTool(const std::string& commandLine, bool visibl
   }
   const std::wstring program = findTool(name);
   return program.empty() ? system_code::kFileNotFound
-                         : createProcess(program.c_str(), commandLine, visible, process);
+                         : startFreely(program.c_str(), commandLine, visible, process);
 }
 
 void Win32Processes::whenSessionEnds(const std::string& reason, std::function<void()> action) {

@@ -176,6 +176,19 @@ TEST_F(ProcessesContract, AProgramGoesOnWhenItsHandleIsDropped) {
   EXPECT_EQ(run(file + " 3"), 3U);
 }
 
+TEST_F(ProcessesContract, ABoundProgramRunsLikeAnyOther) {
+  const std::string file = program();
+  std::unique_ptr<machine::RunningProcess> process;
+  ASSERT_EQ(machine().processes.startBound(file + " 7 " + report(), true, process),
+            system_code::kSuccess);
+  EXPECT_EQ(process->wait(), system_code::kSuccess);
+  std::uint32_t code = 0;
+  EXPECT_EQ(process->exitCode(code), system_code::kSuccess);
+  EXPECT_EQ(code, 7U);
+  EXPECT_EQ(world().fileBytes(report()), file + " 7 " + report());
+  EXPECT_EQ(machine().processes.startBound(path("none.exe"), true, process), 2U);
+}
+
 TEST_F(ProcessesContract, WaitingUntilReadyEndsWithTheProgramAtTheLatest) {
   ASSERT_EQ(start(program() + " 6"), system_code::kSuccess);
   process().waitUntilReady(60000);

@@ -10,7 +10,8 @@
 
 int main(int count, char** words) {
   trelv::win32::Win32Machine windows;
-  trelv::XmlStore store(windows.files, windows.registry, windows.locale, windows.system);
+  trelv::XmlStore store(windows.files, windows.registry, windows.locale, windows.system,
+                        windows.exclusion);
   trelv::app::WindowsProgram program(windows.machine(windows.files, store));
   trelv::modProdTrelvInfo::CreateProductReport(program.program());
   int standalone = 0;

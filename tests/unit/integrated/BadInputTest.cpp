@@ -287,7 +287,8 @@ class BadStore : public BadInput {
   }
 
   XmlStore store_{machine().machine().files, machine().machine().registry,
-                  machine().machine().locale, machine().machine().system};
+                  machine().machine().locale, machine().machine().system,
+                  machine().machine().exclusion};
 };
 
 TEST_F(BadStore, ThatIsWholeIsUsed) {

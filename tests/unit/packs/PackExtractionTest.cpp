@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "packs/PackExtraction.h"
+#include "platform/modLibrary.h"
 #include "support/Matchers.h"
 #include "support/PackPrograms.h"
 #include "support/RealProgram.h"
@@ -530,6 +531,66 @@ TEST_F(PackExtraction, APackThatAsksForAPasswordIsKeptAndToldWithoutStarting7Zip
   EXPECT_EQ(brought("b.ini"), "b");
   scan();
   EXPECT_EQ(boxes().size(), 1U);
+}
+
+TEST_F(PackExtraction, APackWithThousandsOfFoldersInEachOtherIsKeptAndToldWithoutStarting7Zip) {
+  std::string name;
+  for (int level = 0; level < 3000; ++level) {
+    name += "a/";
+  }
+  const std::string header = "PK\3\4" + std::string(26, '\0');
+  std::string entry = "PK\1\2" + std::string(42, '\0') + name;
+  entry[28] = static_cast<char>(name.size() & 0xFFU);
+  entry[29] = static_cast<char>(name.size() >> 8U);
+  std::string end = "PK\5\6" + std::string(18, '\0');
+  end[8] = end[10] = 1;
+  end[12] = static_cast<char>(entry.size() & 0xFFU);
+  end[13] = static_cast<char>(entry.size() >> 8U);
+  end[16] = static_cast<char>(header.size());
+  put("a.zip", header + entry + end);
+  putPacks("b");
+  EXPECT_TRUE(scan());
+  EXPECT_EQ(started(), commandsFor("b.zip"));
+  EXPECT_EQ(endsOf(boxes(), "Errore in esecuzione comando: "), commandsFor("a.zip"));
+  EXPECT_THAT(
+      lines(),
+      Contains("Gestione ProdTrelv - Pacco zip con troppi livelli di cartelle, non aperto: " +
+               inSetup("a.zip")));
+  EXPECT_THAT(waiting(), ElementsAre("a.zip"));
+}
+
+// --- Programs that end with the manager
+
+TEST_F(PackExtraction, WhatOpensPacksEndsWithTheManagerAndSetUpsDoNot) {
+  putPacks("a");
+  machine_.putFile("D:\\p\\b.gz", packBytes({{kTree + "b.zip", zipOf("b.ini", "b")}}));
+  scan();
+  OpenSinglePacks(program_, "D:\\p\\b.gz", kTarget);
+  machine_.programs().define("D:\\setup.exe");
+  modLibrary::Execute(program_, "D:\\setup.exe", true);
+  std::vector<bool> bound;
+  for (const sim::StartedProgram& program : machine_.started()) {
+    bound.push_back(program.bound);
+  }
+  EXPECT_EQ(bound, std::vector<bool>({true, true, true, false}));
+}
+
+TEST_F(PackExtraction, A7ZipWhoseManagerWasEndedDoesNotUnpackIntoTheNextOnesWork) {
+  putPacks("a");
+  machine_.programs().setDeferred(true);
+  machine_.callLog().setInjector([this](const sim::SimCall& call) -> std::optional<SystemCode> {
+    if (call.kind == CallKind::ProcessWait) {
+      machine_.callLog().setDead(true);
+      throw sim::Killed(sim::Unfinished::NotBegun);
+    }
+    return std::nullopt;
+  });
+  EXPECT_THROW(scan(), sim::Killed);
+  machine_.callLog().setInjector(nullptr);
+  machine_.startSession();
+  machine_.programs().runDeferred();
+  EXPECT_TRUE(nothingUnpacked());
+  EXPECT_THAT(waiting(), ElementsAre("a.zip"));
 }
 
 TEST_F(PackExtraction, AMissingSevenZipIsReportedAndShownForEachPack) {

@@ -93,6 +93,23 @@ TEST_F(SetupTreeCopy, FilesKeepTheirDates) {
             machine_.diskOf("C:\\").modifiedTicks("C:\\w\\a.txt"));
 }
 
+TEST_F(SetupTreeCopy, MoreThanAHundredFoldersInEachOtherAreNotCopied) {
+  std::string deep;
+  for (int level = 0; level < 100; ++level) {
+    deep += "d\\";
+  }
+  bring(deep + "a.txt");
+  EXPECT_EQ(copy().number(), 0);
+  EXPECT_EQ(brought(deep + "a.txt"), "new");
+  bring("b.txt " + deep + "d\\a.txt");
+  const std::string before = share().tree();
+  const RuntimeError failure = copy();
+  EXPECT_EQ(failure.number(), 75);
+  EXPECT_EQ(failure.description(), "Troppi livelli di cartelle: C:\\w\\" + deep + "d");
+  EXPECT_EQ(share().tree(), before);
+  RemoveCopiesUnderWay(program_, kSource, kTarget);
+}
+
 // --- The order
 
 TEST_F(SetupTreeCopy, WhatNamesAVersionArrivesBehindWhatItStarts) {

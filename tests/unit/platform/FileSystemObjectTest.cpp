@@ -3,6 +3,7 @@
 
 #include "base/RuntimeError.h"
 #include "platform/FileSystemObject.h"
+#include "platform/PatientFiles.h"
 #include "sim/SimMachine.h"
 
 namespace trelv {
@@ -169,6 +170,44 @@ TEST_F(FileSystemObjectTest, NeverFollowsALinkOutOfAFolderNorInItsPlace) {
   EXPECT_FALSE(machine.folderExists("C:\\d"));
   EXPECT_FALSE(disk.exists("C:\\link"));
   EXPECT_EQ(text("C:\\keep\\a.txt") + text("C:\\keep.txt"), "xx");
+}
+
+/// Folders in each other, as deep as a hostile pack makes them: each but the last holds one.
+class DeepFolders : public PatientFiles {
+ public:
+  static constexpr std::size_t kLevels = 20000;
+
+  explicit DeepFolders(sim::SimMachine& machine)
+      : PatientFiles(machine.machine().files, machine.machine().clock) {}
+
+  SystemCode look(const std::string& /*path*/, machine::FileFacts& facts) override {
+    facts.folder = true;
+    return system_code::kSuccess;
+  }
+  SystemCode list(const std::string& folder, const std::string& /*ending*/,
+                  std::vector<machine::FolderEntry>& entries) override {
+    entries.clear();
+    if (folder.size() < std::string("C:\\d").size() + 2 * kLevels) {
+      entries.push_back({"a", {}});
+      entries.back().facts.folder = true;
+    }
+    return system_code::kSuccess;
+  }
+  SystemCode removeFolder(const std::string& path) override {
+    removed.push_back(path.size());
+    return system_code::kSuccess;
+  }
+
+  /// Lengths of their paths.
+  std::vector<std::size_t> removed;
+};
+
+TEST_F(FileSystemObjectTest, DeletesAnyNumberOfFoldersInEachOther) {
+  DeepFolders files(machine);
+  FileSystemObject(files).deleteFolder("C:\\d", true);
+  ASSERT_EQ(files.removed.size(), DeepFolders::kLevels + 1);
+  EXPECT_EQ(files.removed.front(), 4 + 2 * DeepFolders::kLevels);
+  EXPECT_EQ(files.removed.back(), 4U);
 }
 
 TEST_F(FileSystemObjectTest, NeverDeletesARoot) {

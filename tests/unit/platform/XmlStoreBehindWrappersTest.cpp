@@ -40,7 +40,8 @@ class OwnStoreTest : public testing::Test {
 
   FakeProgram program;
   XmlStore store{program.sim.machine().files, program.sim.machine().registry,
-                 program.sim.machine().locale, program.sim.machine().system};
+                 program.sim.machine().locale, program.sim.machine().system,
+                 program.sim.machine().exclusion};
   bool done = false;
 };
 

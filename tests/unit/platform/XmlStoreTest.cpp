@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "platform/XmlStore.h"
+#include "sim/KilledMachine.h"
 #include "sim/SimMachine.h"
 #include "support/Refusals.h"
 
@@ -92,7 +94,7 @@ class XmlStoreTest : public testing::Test {
   static constexpr const char* kSection = "Complementary_Products";
   sim::SimMachine sim;
   XmlStore store{sim.machine().files, sim.machine().registry, sim.machine().locale,
-                 sim.machine().system};
+                 sim.machine().system, sim.machine().exclusion};
 };
 
 // --- Reading
@@ -389,7 +391,7 @@ TEST_F(XmlStoreTest, ValuesAndNamesComeBackAsTheyWereWritten) {
 
 TEST_F(XmlStoreTest, ReadsTheFileAnewBeforeEachWrite) {
   XmlStore other{sim.machine().files, sim.machine().registry, sim.machine().locale,
-                 sim.machine().system};
+                 sim.machine().system, sim.machine().exclusion};
   EXPECT_EQ(set("A", "s", "k", "a", "1"), 0);
   EXPECT_EQ(other.setParameter("B", "s", "k", "a", 1, "2"), 0);
   EXPECT_EQ(set("C", "s", "k", "a", "3"), 0);
@@ -434,18 +436,110 @@ TEST_F(XmlStoreTest, KeepsTheRightsOfTheFile) {
   EXPECT_EQ(sim.diskOf(kFile).rights(kFile), rights);
 }
 
-TEST_F(XmlStoreTest, TwoProcessesDoNotMeetInATemporaryFile) {
+TEST_F(XmlStoreTest, TheTemporaryFileIsOfThisProcess) {
   bool seen = false;
-  sim.onCall("files.replaceFile", [&] {
-    seen = sim.fileExists(std::string(kFile) + "-1-4711.tmp");
-    sim.system().setProcessId(815);
-    EXPECT_EQ(set("DOVRA", "s", "k", "a", "dell'altro"), 0);
-    sim.system().setProcessId(4711);
-  });
+  sim.onCall("files.replaceFile",
+             [&] { seen = sim.fileExists(std::string(kFile) + "-1-4711.tmp"); });
   EXPECT_EQ(setPath("T:\\Nuovo"), 0);
   EXPECT_TRUE(seen);
-  EXPECT_EQ(getPath(), Answer(0, "T:\\Nuovo"));
   expectNoOtherFile();
+}
+
+// --- Two writers
+
+/// A store on a share, and a second workstation that uses it.
+class TwoWriters : public XmlStoreTest {
+ protected:
+  TwoWriters() {
+    other_.mount("C:", sim.volumes().diskOf("C:\\"));
+    other_.registry().setText(kHive, kPointers, "Schema", kSchemaFile);
+    other_.registry().setText(kHive, kPointers, "Config", kFile);
+  }
+  std::int32_t setTheirs() { return theirs_.setParameter("DOVRA", "s", "k", "a", 1, "loro"); }
+  void expectBoth() {
+    EXPECT_EQ(getPath(), Answer(0, "T:\\Nuovo"));
+    EXPECT_EQ(get("DOVRA", "s", "k", "a"), Answer(0, "loro"));
+    expectNoOtherFile();
+  }
+
+  static constexpr const char* kTurn = "C:\\Lumo\\Conf\\config.xml.lck";
+  sim::SimMachine other_;
+  XmlStore theirs_{other_.machine().files, other_.machine().registry, other_.machine().locale,
+                   other_.machine().system, other_.machine().exclusion};
+};
+
+TEST_F(TwoWriters, LoseNeithersValueWhereverTheyMeet) {
+  std::size_t refused = 0;
+  std::size_t number = 1;
+  for (bool reached = true; reached; ++number) {
+    put(kDocument);
+    std::int32_t answer = -1;
+    sim.callLog().clear();
+    sim.onCall(number, [&] { answer = setTheirs(); });
+    EXPECT_EQ(setPath("T:\\Nuovo"), 0) << number;
+    reached = answer != -1;
+    if (answer != 0) {
+      // It waited in vain, was told so and does it again.
+      EXPECT_TRUE(answer == -2000 || !reached) << number;
+      refused += reached ? 1U : 0U;
+      EXPECT_EQ(setTheirs(), 0) << number;
+    }
+    SCOPED_TRACE(number);
+    expectBoth();
+  }
+  EXPECT_GT(refused, 3U) << "from the turn on to the renaming";
+  EXPECT_GT(number, refused + 3) << "before it both can write";
+}
+
+TEST_F(TwoWriters, TheSecondWaitsAndReadsWhatTheFirstWrote) {
+  std::unique_ptr<machine::Mark> turn = other_.exclusion().takeForAnother(kTurn, "");
+  sim.exclusion().onWait([&] {
+    turn.reset();
+    EXPECT_EQ(setTheirs(), 0);
+  });
+  EXPECT_EQ(setPath("T:\\Nuovo"), 0);
+  expectBoth();
+}
+
+TEST_F(TwoWriters, AWriteWithoutItsTurnIsRefusedAfterThreeSecondsAndChangesNothing) {
+  const std::unique_ptr<machine::Mark> turn = other_.exclusion().takeForAnother(kTurn, "");
+  const int before = sim.clock().now().second;
+  EXPECT_EQ(setPath("T:\\Nuovo"), -2000);
+  EXPECT_EQ(sim.clock().now().second - before, 3);
+  EXPECT_EQ(text(), kDocument);
+}
+
+TEST_F(TwoWriters, ReadingNeedsNoTurn) {
+  const std::unique_ptr<machine::Mark> turn = other_.exclusion().takeForAnother(kTurn, "");
+  EXPECT_EQ(getPath(), Answer(0, "S:\\Lumo"));
+  EXPECT_EQ(configPath(), Answer(0, "C:\\Lumo\\Conf"));
+}
+
+TEST_F(TwoWriters, AWriterThatIsEndedByForceKeepsNobodyOut) {
+  std::size_t number = 1;
+  for (bool reached = true; reached; ++number) {
+    put(kDocument);
+    {
+      const sim::KilledMachine kill(sim, number);
+      try {
+        setPath("T:\\Nuovo");
+      } catch (const sim::Killed&) {
+      }
+      reached = kill.reached();
+    }
+    EXPECT_EQ(setTheirs(), 0) << number;
+    EXPECT_EQ(setPath("T:\\Nuovo"), 0) << number;
+    EXPECT_EQ(get("DOVRA", "s", "k", "a"), Answer(0, "loro")) << number;
+    EXPECT_FALSE(sim.fileExists(kTurn)) << number;
+  }
+  EXPECT_GT(number, 8U);
+}
+
+TEST_F(TwoWriters, ATurnThatAPowerFailureLeftIsTaken) {
+  sim.putFile(kTurn, "1-99");
+  EXPECT_EQ(setPath("T:\\Nuovo"), 0);
+  EXPECT_EQ(setTheirs(), 0);
+  expectBoth();
 }
 
 }  // namespace
