@@ -93,11 +93,11 @@ void ExecuteDirectSetup(Program& program, const std::string& rootFolder) {
                    "standalone");
                // What a link leads to is not what the pack brought.
                const std::string link = LinkOnTheWay(program, rootFolder);
-               if (link.empty()) {
-                 walkCatalogue(program, rootFolder);
-               } else {
-                 program.log.WriteLog("Gestione ProdTrelv - Nessun setup eseguito (" + link + ")");
+               if (!link.empty()) {
+                 throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",
+                                    "Nessun setup eseguito, " + link);
                }
+               walkCatalogue(program, rootFolder);
                return true;
              });
 }

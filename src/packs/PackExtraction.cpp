@@ -267,10 +267,11 @@ bool ZipScan::openAll(WorkFolder& workFolder, bool removePacks) {
 // False when the search cannot go on: what a failed pack left would be copied with the next one, or
 // a link leads elsewhere.
 bool ZipScan::open(WorkFolder& workFolder, const machine::FolderEntry& pack, bool removePacks) {
+  const std::string zipPath = folder_ + "\\" + pack.name;
   if (!workFolder.isFreeOfLinks()) {
+    tellUnopened(program_, zipPath);
     return false;
   }
-  const std::string zipPath = folder_ + "\\" + pack.name;
   if (!unpack(zipPath)) {
     program_.state.packs.settled.push_back(identityOf(pack));
     return !elsewhere_ || clearedOfFailedPack();

@@ -33,6 +33,11 @@ SystemCode NoPrograms::startTool(const std::string& /*commandLine*/, bool /*visi
   return system_code::kFileNotFound;
 }
 
+SystemCode NoPrograms::startBound(const std::string& /*commandLine*/, bool /*visible*/,
+                                  std::unique_ptr<machine::RunningProcess>& /*process*/) {
+  return system_code::kFileNotFound;
+}
+
 void NoPrograms::whenSessionEnds(const std::string& /*reason*/, std::function<void()> /*action*/) {}
 
 bool NoPrograms::isRunning(std::uint32_t processId) {

@@ -28,6 +28,8 @@ class NoPrograms : public machine::Processes {
                    std::unique_ptr<machine::RunningProcess>& process) override;
   SystemCode startTool(const std::string& commandLine, bool visible,
                        std::unique_ptr<machine::RunningProcess>& process) override;
+  SystemCode startBound(const std::string& commandLine, bool visible,
+                        std::unique_ptr<machine::RunningProcess>& process) override;
   void whenSessionEnds(const std::string& reason, std::function<void()> action) override;
   bool isRunning(std::uint32_t processId) override;
 };

@@ -146,3 +146,18 @@ def test_an_accented_path_is_recorded_and_found_again(with_bilancio):
         assert shown(station.run(f"INTEGRATEDRUN {folder} {folder} MVBIL")) == []
         assert line in station.texts()
         assert folder in station.store.read_text(encoding="utf-8")
+
+
+def test_two_writers_at_once_lose_neithers_value(installed):
+    """Real programs, 50 values each; a write that is refused would count in the exit code."""
+    writer = "Z:" + str(installed.prefix.build.test_programs / "writer.exe").replace("/", "\\")
+    writers = [installed.prefix.start(writer, name, "50") for name in ("uno", "due")]
+    assert [each.wait(timeout=120) for each in writers] == [0, 0]
+    text = installed.store.read_text(encoding="utf-8")
+    lost = [f"{name}{number}" for name in ("uno", "due") for number in range(1, 51)
+            if f'<key name="{name}{number}">' not in text]
+    assert lost == []
+    assert sorted(path.name for path in installed.client.iterdir()
+                  if path.name.startswith(installed.store.name)) == [installed.store.name]
+    installed.start()
+    assert FOUND in installed.texts()

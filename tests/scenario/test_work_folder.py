@@ -1,9 +1,12 @@
 """Starts of one user share the temporary folder that packs pass through: they take turns, a start
 that is ended by force leaves nothing half, and nothing that it left reaches the share."""
 
+import io
+import stat
 import subprocess
 import threading
 import time
+import zipfile
 
 import pytest
 
@@ -142,10 +145,23 @@ def test_a_file_in_the_place_of_the_unpacked_tree_keeps_no_pack_closed(station):
     assert arrived(station, many_files("uno", 5))
 
 
-# --- Packs that ask for a password
+def test_a_7_zip_whose_start_is_ended_unpacks_no_further(station):
+    station.put_test_program("unpacker", station.manager_folder / "7z.exe")
+    put_pack(station, "uno.zip", many_files("uno", 5))
+    unpacked = station.work_folder / SETUP
+    station.run(f"{INTEGRATED} MVBIL", kill_when=station.work_folder_name
+                + "\\prg\\com\\setup\\aggdovra\\3.txt")
+    found = len(list(unpacked.iterdir()))
+    assert 3 < found < 100, "it was ended in the middle"
+    time.sleep(1)
+    assert len(list(unpacked.iterdir())) - found < 3
+    assert (station.setups / "uno.zip").exists()
 
-@pytest.mark.parametrize("method", ["ZipCrypto", "AES256"])
-def test_a_pack_with_a_password_is_told_and_kept_and_does_not_wait_for_it(station, method):
+
+# --- Packs that are not given to 7-Zip
+
+def put_protected(station, method):
+    """A pack with a password, a.zip."""
     source = station.disk / "Lumo/Sorgente"
     (source / SETUP).mkdir(parents=True)
     (source / SETUP / "segreto.txt").write_bytes(b"1")
@@ -153,6 +169,19 @@ def test_a_pack_with_a_password_is_told_and_kept_and_does_not_wait_for_it(statio
                               f'a -tzip -mem={method} -psegreto "{SETUP_ON_SHARE}\\a.zip" prg',
                               folder="C:\\Lumo\\Sorgente")
     assert done.exit_code == 0
+
+
+def hide_protection(station):
+    """Only the headers before the contents say that a password is needed, as 7-Zip goes by."""
+    pack = bytearray((station.setups / "a.zip").read_bytes())
+    at = pack.find(b"PK\1\2")
+    while at >= 0:
+        pack[at + 8] &= 0xFE
+        at = pack.find(b"PK\1\2", at + 1)
+    (station.setups / "a.zip").write_bytes(pack)
+
+
+def assert_a_is_kept_and_b_arrives(station):
     put_pack(station, "b.zip", many_files("uno", 5))
     run = station.run(f"{INTEGRATED} MVBIL")
     assert [box.text for box in run.boxes] == [
@@ -162,6 +191,124 @@ def test_a_pack_with_a_password_is_told_and_kept_and_does_not_wait_for_it(statio
     assert not (station.setups / "segreto.txt").exists()
     assert arrived(station, many_files("uno", 5))
     station.started("bilancio.exe")
+
+
+@pytest.mark.parametrize("method", ["ZipCrypto", "AES256"])
+@pytest.mark.parametrize("change", [lambda station: None, hide_protection], ids=["told", "hidden"])
+def test_a_pack_with_a_password_is_told_and_kept_and_does_not_wait_for_it(station, method, change):
+    put_protected(station, method)
+    change(station)
+    assert_a_is_kept_and_b_arrives(station)
+
+
+def test_a_pack_with_thousands_of_folders_in_each_other_is_told_and_kept(station):
+    put_pack(station, "a.zip", {"a/" * 3000 + "x.txt": b"1"})
+    assert_a_is_kept_and_b_arrives(station)
+
+
+def test_a_pack_that_brings_a_link_to_another_folder_changes_nothing_there(station):
+    other = station.disk / "Lumo/Altrove"
+    other.mkdir()
+    (other / "x.txt").write_bytes(b"1")
+    (station.setups / "a.zip").write_bytes(
+        packs_with_link({f"{SETUP}/y.txt": b"1"}, "prg/com/setup", "../../../Lumo/Altrove"))
+    assert_a_is_kept_and_b_arrives(station)
+    assert [path.name for path in other.iterdir()] == ["x.txt"]
+    assert not (station.setups / "y.txt").exists()
+
+
+def packs_with_link(files, link, target):
+    """A zip pack whose first entry is a link, as Unix programs write it."""
+    buffer = io.BytesIO()
+    with zipfile.ZipFile(buffer, "w") as archive:
+        entry = zipfile.ZipInfo(link)
+        entry.create_system = 3
+        entry.external_attr = (stat.S_IFLNK | 0o777) << 16
+        archive.writestr(entry, target)
+        for name, content in files.items():
+            archive.writestr(name, content)
+    return buffer.getvalue()
+
+
+# --- Links
+
+@pytest.fixture
+def elsewhere(station):
+    """A folder that looks as the work folder does while a pack is opened."""
+    folder = station.disk / "Lumo/Altrove"
+    (folder / SETUP).mkdir(parents=True)
+    (folder / SETUP / "altro.zip").write_bytes(packs.zip_bytes({f"{SETUP}/altro.txt": b"1"}))
+    (folder / SETUP / "altro.ini").write_bytes(b"1")
+    return folder
+
+
+def content(folder):
+    return {path.relative_to(folder): path.read_bytes() for path in folder.rglob("*")
+            if path.is_file() and "log" not in path.relative_to(folder).parts}
+
+
+def put_link(station, level, elsewhere):
+    """A link in the place of a level of the work folder's tree, to the same level elsewhere."""
+    link = station.work_folder / level
+    link.parent.mkdir(parents=True, exist_ok=True)
+    link.symlink_to(elsewhere / level)
+    return link
+
+
+LEVELS = ["prg", "prg/com", "prg/com/setup", SETUP]
+
+
+@pytest.mark.parametrize("level", LEVELS)
+def test_a_single_installation_does_not_go_through_a_link(station, elsewhere, level):
+    before = content(elsewhere)
+    (station.manager_folder / "due.gz").write_bytes(packs.gz_bytes(
+        {"due.zip": packs.zip_bytes({f"{SETUP}/due.txt": b"1"})}))
+    link = put_link(station, level, elsewhere)
+    try:
+        run = station.run("SINGLEINSTALL ZB due.gz")
+    finally:
+        link.unlink()
+    name = level.replace("/", "\\")
+    assert [box.text.split("\r\n")[2] for box in run.boxes] == [
+        f"(collegamento non seguito: {station.work_folder_name}\\{name})"]
+    assert content(elsewhere) == before
+    assert not (station.setups / "due.txt").exists()
+    assert not (station.setups / "altro.txt").exists()
+
+
+@pytest.mark.parametrize("level", LEVELS)
+def test_a_start_removes_nothing_behind_a_link(station, elsewhere, level):
+    """Windows removes the link itself and opens the pack; Wine cannot, and all stays closed."""
+    before = content(elsewhere)
+    put_pack(station, "uno.zip", many_files("uno", 5))
+    link = put_link(station, level, elsewhere)
+    try:
+        run = station.run(f"{INTEGRATED} MVBIL")
+    finally:
+        link.unlink(missing_ok=True)
+    assert run.boxes == []
+    assert content(elsewhere) == before
+    assert not (station.setups / "altro.txt").exists()
+    assert (station.setups / "uno.zip").exists() != arrived(station, many_files("uno", 5))
+    station.started("bilancio.exe")
+
+
+def test_a_temporary_folder_that_is_a_link_is_not_worked_in(station, elsewhere):
+    (station.disk / "Lumo/Temp").symlink_to(elsewhere)
+    before = content(elsewhere)
+    script = station.share / "avvio.bat"
+    script.write_bytes(b"set TEMP=C:\\Lumo\\Temp\r\nset TMP=C:\\Lumo\\Temp\r\n"
+                       + f'"{station.manager}" {INTEGRATED} MVBIL\r\n'.encode())
+    put_pack(station, "uno.zip", many_files("uno", 5))
+    done = subprocess.run(
+        [windows.PROJECT / "tools/wine", "cmd", "/c", "S:\\avvio.bat"], check=False, timeout=90,
+        env=station.prefix.environment, cwd=station.disk)
+    assert done.returncode == 0
+    assert (station.setups / "uno.zip").exists()
+    assert content(elsewhere) == before
+    log = "\n".join(windows.log_lines(elsewhere / "log/TrelvManager.log"))
+    assert log.count("(collegamento non seguito: C:\\Lumo\\Temp)") == 1
+    assert log.count("Cartella di lavoro") == 1
 
 
 # --- The work folder is the host's folder

@@ -30,7 +30,8 @@ int wmain(int count, wchar_t** arguments) {
   trelv::win32::Win32GivenPaths paths;
   trelv::win32::Win32FileUse fileUse;
   trelv::PatientFiles files(windows.files, windows.clock);
-  trelv::XmlStore ownStore(files, windows.registry, windows.locale, windows.system);
+  trelv::XmlStore ownStore(files, windows.registry, windows.locale, windows.system,
+                           windows.exclusion);
   const bool hostsStore = windows.hostConfiguration.stands();
   trelv::machine::Machine machine = windows.machine(
       files, hostsStore

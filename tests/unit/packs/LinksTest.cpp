@@ -190,9 +190,9 @@ TEST_P(Links, AreNotFollowedBySetUps) {
   program_.state.selectedProducts = {{"LUDA"}};
   ExecuteDirectSetup(program_, kWork);
   EXPECT_THAT(started(), IsEmpty());
-  EXPECT_THAT(program_.lines(), Contains("Gestione ProdTrelv - Nessun setup eseguito (collegamento "
-                                         "non seguito: " +
-                                         level() + ")"));
+  ASSERT_EQ(program_.reports().size(), 1U);
+  EXPECT_EQ(program_.reports()[0].failure.description(),
+            "Nessun setup eseguito, collegamento non seguito: " + level());
   expectNothingElsewhereChanged();
 }
 
@@ -268,6 +268,7 @@ TEST_P(LinkedLevels, ThatAppearBeforeSevenZipKeepThePackClosed) {
   });
   OpenSinglePacks(program_, pack, "S:\\Lumo");
   EXPECT_EQ(started().size(), 1U) << "the decoder alone";
+  EXPECT_THAT(program_.state.packs.unopened, ElementsAre(kWork + "\\" + kTree + "luda.zip"));
   EXPECT_EQ(linesThatBegin(kRefused + level() + ")"), 1U);
   expectNothingElsewhereChanged();
 }
