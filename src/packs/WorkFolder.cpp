@@ -43,8 +43,8 @@ std::string linkAt(Program& program, std::string path) {
     path.pop_back();
   }
   machine::FileFacts facts;
-  const SystemCode code =
-      FileSystemObject::isRoot(path) ? 0 : program.machine.files.look(path, facts);
+  const SystemCode code = FileSystemObject::isRoot(path) ? system_code::kSuccess
+                                                         : program.machine.files.look(path, facts);
   if (code != system_code::kSuccess && !meansMissing(code)) {
     return failureFromSystemCode(code, path).description();
   }

@@ -108,18 +108,25 @@ class EntryHeaders {
 
   /// Does one stand here that says nothing of encryption?
   bool isPlain(std::uint64_t offset) {
-    if (offset < offset_ || offset - offset_ + kEntryLength > bytes_.size()) {
+    if (!isRead(offset)) {
       offset_ = offset;
       bytes_.clear();
       files_.readPart(path_, offset, kPiece, bytes_);
     }
+    if (!isRead(offset)) {
+      return false;
+    }
     const auto at = static_cast<std::size_t>(offset - offset_);
-    return bytes_.size() >= at + kEntryLength &&
-           bytes_.compare(at, kEntrySignature.size(), kEntrySignature) == 0 &&
+    return bytes_.compare(at, kEntrySignature.size(), kEntrySignature) == 0 &&
            (numberAt(bytes_, at + 6, 2) & (kEncrypted | kDirectoryEncrypted)) == 0;
   }
 
  private:
+  bool isRead(std::uint64_t offset) const {
+    return offset >= offset_ && offset - offset_ <= bytes_.size() &&
+           bytes_.size() - (offset - offset_) >= kEntryLength;
+  }
+
   machine::Files& files_;
   const std::string& path_;
   /// What was read last, and where it stands in the file.

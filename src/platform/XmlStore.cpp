@@ -437,6 +437,10 @@ std::int32_t XmlStore::setParameter(const std::string& product, const std::strin
   }
   const std::string whose =
       std::to_string(system_.sessionId()) + "-" + std::to_string(system_.processId());
+  // Who may make no file there is not to wait for a turn that he never gets.
+  if (files_.mayAddFile(modLibrary::ParentPath(configFile)) == system_code::kAccessDenied) {
+    return code::kInsertFailed;
+  }
   // Without its turn a write could undo another one; refused, it is told and can be repeated.
   std::unique_ptr<machine::Mark> turn;
   if (exclusion_.take(configFile + ".lck", whose, kLongestWait, turn) != system_code::kSuccess) {

@@ -96,6 +96,13 @@ std::string zip64(const std::vector<Entry>& entries) {
          "PK\6\7" + number(0, 4) + number(at, 8) + number(1, 4) + end(kIn64Record, kIn64Record);
 }
 
+/// An entry that is to stand at this place.
+std::string zip64Leading(std::uint64_t offset) {
+  const std::string entry = localHeader({"a", "a"});
+  const std::string directory = directoryEntry({"a", "a"}, offset, true);
+  return entry + directory + end(directory.size(), entry.size());
+}
+
 const std::vector<Entry> kPlain{{"prg/", ""}, {"prg/a.ini", "a"}, {"prg/b.ini", "b", 8}};
 const std::vector<Entry> kSecret{{"prg/", ""}, {"prg/a.ini", "a"}, {"prg/b.ini", "b", kEncrypted}};
 
@@ -138,6 +145,9 @@ const std::vector<Pack> kPacks{
     {"PlaceOfTheDirectoryBeforeTheTrueOne", zip(kPlain, "", "MZ", true, {~std::uint64_t{0}, 0}),
      true},
     {"PlaceOfTheDirectoryBehindTheTrueOne", zip(kPlain, "", "", true, {7, 0}), true},
+    {"AnEntryThatStandsNowhere", zip64Leading(~std::uint64_t{0} - 10), true},
+    {"AnEntryBehindTheEnd", zip64Leading(0x1'0000'0000), true},
+    {"AnEntryWherePlaceIsInTheExtraField", zip64Leading(0), false},
     {"ManyLargeEntries",
      zip({{"a", std::string(20000, 'x')}, {"b", std::string(20000, 'x')}, {"c", "c"}}), false},
     {"TheLastOfManyLargeEntries",

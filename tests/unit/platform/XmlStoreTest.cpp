@@ -509,6 +509,15 @@ TEST_F(TwoWriters, AWriteWithoutItsTurnIsRefusedAfterThreeSecondsAndChangesNothi
   EXPECT_EQ(text(), kDocument);
 }
 
+TEST_F(TwoWriters, WhoMayMakeNoFileThereDoesNotWaitForATurn) {
+  const sim::RightsList rights{{"*", sim::Right::Read}};
+  sim.diskOf(kFile).setRights("Lumo\\Conf", rights);
+  sim.callLog().clear();
+  EXPECT_EQ(setPath("T:\\Nuovo"), -2000);
+  EXPECT_EQ(sim.callLog().countOf("exclusion.take"), 0U);
+  EXPECT_EQ(text(), kDocument);
+}
+
 TEST_F(TwoWriters, ReadingNeedsNoTurn) {
   const std::unique_ptr<machine::Mark> turn = other_.exclusion().takeForAnother(kTurn, "");
   EXPECT_EQ(getPath(), Answer(0, "S:\\Lumo"));
