@@ -69,7 +69,7 @@ class Links : public testing::TestWithParam<std::string> {
     machine_.putFile(kSetup + name + ".zip", packBytes({{kTree + name + ".ini", name}}));
   }
   std::string putGzPack() {
-    const std::string path = "C:\\Lumo\\Programmi\\luda.gz";
+    std::string path = "C:\\Lumo\\Programmi\\luda.gz";
     machine_.putFile(path, packBytes({{kTree + "luda.zip", packBytes({{kTree + "1.txt", "1"}})}}));
     return path;
   }
