@@ -119,6 +119,7 @@ else()
   # These read the sources, the documents and whole logs.
   set_source_files_properties(
     "${PROJECT_SOURCE_DIR}/tests/support/Golden.cpp"
+    "${PROJECT_SOURCE_DIR}/tests/unit/kit/LintTest.cpp"
     "${PROJECT_SOURCE_DIR}/tests/unit/win32/DialogControlsTest.cpp"
     "${PROJECT_SOURCE_DIR}/tests/unit/records/MediumFilesTest.cpp"
     PROPERTIES COMPILE_DEFINITIONS TRELV_PROJECT_FOLDER="${PROJECT_SOURCE_DIR}")

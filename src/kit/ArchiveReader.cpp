@@ -130,6 +130,9 @@ bool ArchiveReader::next(ArchivedEntry& entry) {
   const auto kind = archive_entry_filetype(header);
   entry.folder = kind == AE_IFDIR;
   entry.other = kind != AE_IFDIR && kind != AE_IFREG;
+  entry.link = kind == AE_IFLNK || archive_entry_hardlink_w(header) != nullptr;
+  entry.encrypted = archive_entry_is_encrypted(header) != 0;
+  entry.size = static_cast<std::uint64_t>(std::max<la_int64_t>(0, archive_entry_size(header)));
   entry.moment = archive_entry_mtime(header);
   return true;
 }

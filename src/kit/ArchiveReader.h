@@ -35,6 +35,11 @@ struct ArchivedEntry {
   bool folder = false;
   /// Neither a file nor a folder.
   bool other = false;
+  /// Leads to another file; also a second name of one.
+  bool link = false;
+  /// What is in it cannot be read.
+  bool encrypted = false;
+  std::uint64_t size = 0;
   Moment moment = 0;
 };
 

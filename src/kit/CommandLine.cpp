@@ -7,6 +7,7 @@
 
 #include "base/RuntimeError.h"
 #include "kit/Failure.h"
+#include "kit/ProgramVersion.h"
 #include "kit/Syntax.h"
 
 namespace trelv::kit {
@@ -130,8 +131,6 @@ int runArguments(std::vector<std::string> arguments, Workplace& workplace,
 }
 
 }  // namespace
-
-std::string programVersion() { return TRELV_VERSION_TEXT; }
 
 int run(const std::vector<std::string>& arguments, Workplace& workplace,
         const std::vector<VerbRow>& table) {

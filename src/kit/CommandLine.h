@@ -8,9 +8,6 @@
 
 namespace trelv::kit {
 
-/// The version of the project, "1.0.0.0".
-std::string programVersion();
-
 /// The whole program: reads the arguments (UTF-8, without the program's own name), runs the verb
 /// that they name and prints what it hands back. Answers the exit code. Never raises.
 int run(const std::vector<std::string>& arguments, Workplace& workplace,

@@ -150,12 +150,17 @@ SystemCode PosixSystemFacts::userName(std::uint32_t size, std::string& name) {
   return textOfLength(user != nullptr ? user->pw_name : std::to_string(geteuid()), size, name);
 }
 
-SystemCode PosixSystemFacts::systemWindowsFolder(std::string& /*folder*/) {
-  return system_code::kPathNotFound;
+SystemCode PosixSystemFacts::systemWindowsFolder(std::string& folder) {
+  folder = "C:\\WINDOWS";
+  return system_code::kSuccess;
 }
 
-SystemCode PosixSystemFacts::shellFolder(int /*number*/, std::string& /*folder*/) {
-  return system_code::kPathNotFound;
+SystemCode PosixSystemFacts::shellFolder(int number, std::string& folder) {
+  if (number != machine::kProgramFilesFolder) {
+    return system_code::kPathNotFound;
+  }
+  folder = "C:\\Program Files";
+  return system_code::kSuccess;
 }
 
 SystemCode PosixSystemFacts::temporaryFolder(std::string& folder) {

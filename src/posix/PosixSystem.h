@@ -26,7 +26,9 @@ class PosixEnvironment : public machine::Environment {
   bool set(const std::string& name, const std::string& value) override;
 };
 
-/// No edition of Windows, no folders of a shell; one fixed drive, which is the file system.
+/// No edition of Windows; one fixed drive, which is the file system. The folders of Windows and of
+/// its programs have their usual names, on a drive that is not there: commands that name them can
+/// be told from others.
 class PosixSystemFacts : public machine::SystemFacts {
  public:
   bool queryVersion(VersionRecord& record) override;

@@ -1,3 +1,4 @@
+#include <clocale>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,8 @@
 
 // The composition root of the second program on Linux.
 int main(int count, char** arguments) {
+  // The archive library asks for it where names are no plain letters.
+  std::setlocale(LC_CTYPE, "C.UTF-8");
   trelv::posix::PosixMachine system;
   trelv::posix::PosixConsole console;
   trelv::posix::PosixGivenPaths paths;

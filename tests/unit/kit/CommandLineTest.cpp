@@ -5,6 +5,7 @@
 #include "kit/CommandLine.h"
 #include "kit/Failure.h"
 #include "kit/GivenPath.h"
+#include "kit/ProgramVersion.h"
 #include "support/kit/Trelv.h"
 
 namespace trelv::tests {
