@@ -89,7 +89,7 @@ void Syntax::read(const std::vector<std::string>& arguments) const {
                      nullptr, static_cast<int>(known.size()) + 1});
   }
   known.push_back({nullptr, 0, nullptr, 0});
-  ArgumentVector vector(arguments);
+  ArgumentVector vector(argumentsEndOptions_ ? optionsFirst(arguments) : arguments);
   const char* const kinds = argumentsEndOptions_ ? "+:" : ":";
   restart();
   for (;;) {
@@ -107,6 +107,30 @@ void Syntax::read(const std::vector<std::string>& arguments) const {
     options_[static_cast<std::size_t>(found) - 1].take(optarg != nullptr ? optarg : "");
   }
   place(vector.from(optind));
+}
+
+/// The declared options, written in full, before all other arguments; up to "--", which stays.
+std::vector<std::string> Syntax::optionsFirst(const std::vector<std::string>& arguments) const {
+  std::vector<std::string> options;
+  std::vector<std::string> others;
+  for (auto at = arguments.begin(); at != arguments.end(); ++at) {
+    if (*at == "--") {
+      others.insert(others.end(), at, arguments.end());
+      break;
+    }
+    const std::string name = at->substr(0, at->find('='));
+    const auto known =
+        std::find_if(options_.begin(), options_.end(),
+                     [&name](const Option& option) -> bool { return "--" + option.name == name; });
+    std::vector<std::string>& group = known == options_.end() ? others : options;
+    group.push_back(*at);
+    const bool valueFollows = known != options_.end() && !known->valueName.empty() && name == *at;
+    if (valueFollows && at + 1 != arguments.end()) {
+      group.push_back(*++at);
+    }
+  }
+  options.insert(options.end(), others.begin(), others.end());
+  return options;
 }
 
 void Syntax::place(const std::vector<std::string>& arguments) const {

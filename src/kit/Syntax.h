@@ -25,7 +25,8 @@ class Syntax {
   /// All further arguments, at least so many.
   void rest(const std::string& name, const std::string& help, std::size_t least,
             std::vector<std::string>& place);
-  /// Whatever stands behind the first argument is an argument, also where it begins with "--".
+  /// What stands behind the first argument and is none of the declared options is an argument, also
+  /// where it begins with a hyphen: it is meant for another program.
   void argumentsEndOptions() { argumentsEndOptions_ = true; }
 
   /// Reads the arguments; raises WrongUsage.
@@ -50,6 +51,7 @@ class Syntax {
     std::function<void(const std::string&)> take;
   };
 
+  std::vector<std::string> optionsFirst(const std::vector<std::string>& arguments) const;
   void place(const std::vector<std::string>& arguments) const;
 
   std::vector<Option> options_;

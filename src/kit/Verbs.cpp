@@ -3,6 +3,7 @@
 #include "kit/Explain.h"
 #include "kit/Lint.h"
 #include "kit/Locks.h"
+#include "kit/Plan.h"
 #include "kit/Publish.h"
 #include "kit/Verify.h"
 
@@ -20,6 +21,7 @@ std::unique_ptr<Verb> make() {
 const std::vector<VerbRow>& verbs() {
   static const std::vector<VerbRow> table{
       {"lint", "cerca errori in installazioni, supporti, pacchetti e configurazioni", make<Lint>},
+      {"plan", "che cosa farebbe un avvio del gestore", make<PlanVerb>},
       {"publish", "pubblica pacchi sul server, li annulla, elenca le pubblicazioni", make<Publish>},
       {"verify", "confronta registrato, configurato e trovato di ogni prodotto", make<Verify>},
       {"explain", "dice che cosa ha fermato un prodotto, dal registro di un avvio", make<Explain>},

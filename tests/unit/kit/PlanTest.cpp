@@ -1,0 +1,145 @@
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "support/StationTest.h"
+#include "support/kit/Trelv.h"
+
+namespace trelv::tests {
+namespace {
+
+using Json = nlohmann::ordered_json;
+using Names = std::vector<std::string>;
+
+/// The five products as they are delivered.
+class PlanVerbs : public StationTest {
+ protected:
+  PlanVerbs() {
+    putFiveProducts(installation_);
+    installation_.putPrograms({"mv\\nerio\\nerio", "mv\\zb\\mvbil", "mv\\q2\\q2"});
+    share().put("S:\\Lumo\\mv\\nerio\\nerio.ini", "[a]\r\nb=c\r\n");
+    machine().putFile("C:\\WINDOWS\\nerio.ini", "x");
+    installation_.putServerRecord(deliveredVersions());
+    station_.putClientRecord(deliveredVersions());
+  }
+
+  int plan(Names arguments) {
+    arguments.insert(arguments.begin(), {"plan", "--json"});
+    const int code = trelv_.run(arguments);
+    result_ =
+        trelv_.console.output.empty() ? Json() : Json::parse(trelv_.console.output).at("result");
+    return code;
+  }
+
+  Names texts(const char* kind, const char* field) {
+    Names found;
+    for (const Json& step : result_.at("steps")) {
+      if (step.at("kind") == kind) {
+        found.push_back(step.at(field));
+      }
+    }
+    return found;
+  }
+
+  Json row(const std::string& product, const std::string& side) {
+    for (const Json& one : result_.at("updates")) {
+      if (one.at("product") == product && one.at("side") == side) {
+        return one;
+      }
+    }
+    return {};
+  }
+
+  Trelv trelv_{machine()};
+  Json result_;
+};
+
+const Names kRun{"INTEGRATEDRUN", "S:\\Lumo", "S:\\Lumo", "NERIO"};
+
+TEST_F(PlanVerbs, AnswerZeroWhenOnlyTheProgramIsLeftToBeStarted) {
+  machine().removeTree("C:\\Users\\mario\\Temp\\log");
+  EXPECT_EQ(plan(kRun), 0) << trelv_.console.output;
+  EXPECT_EQ(result_.at("starts"), "S:\\Lumo\\mv\\nerio\\nerio.exe ");
+  EXPECT_THAT(texts("command", "line"), ElementsAre("S:\\Lumo\\mv\\nerio\\nerio.exe "));
+  EXPECT_THAT(texts("log", "text"), Contains("Gestione ProdTrelv - Inizio procedura"));
+  EXPECT_EQ(row("NERIO", "Server").dump(),
+            Json({{"product", "NERIO"},
+                  {"side", "Server"},
+                  {"recorded", "03.20.30.00"},
+                  {"becomes", "03.20.30.00"},
+                  {"because",
+                   "Lato Server la versione: 03.20.30.00 è minore o uguale a quella "
+                   "corrente: 03.20.30.00"}})
+                .dump());
+  EXPECT_EQ(result_.at("updates").size(), 10U);
+}
+
+TEST_F(PlanVerbs, TellWhatBecomesOfEachProductAndWhy) {
+  installation_.putServerRecord("[NERIO]\r\nversion=01.00.00.00\r\n");
+  EXPECT_EQ(plan(kRun), 1);
+  EXPECT_EQ(row("NERIO", "Server").at("recorded"), "01.00.00.00");
+  EXPECT_EQ(row("NERIO", "Server").at("becomes"), "03.20.30.00");
+  EXPECT_EQ(row("NERIO", "Server").at("because"),
+            "esecuzione effettuata: Tipo=Update - Oggetto=Server - "
+            "Comando=S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio\\update.exe -S");
+  EXPECT_EQ(row("LUDA", "Server").at("recorded"), "");
+  EXPECT_EQ(row("LUDA", "Server").at("becomes"), "07.10.00.00");
+  EXPECT_EQ(row("LUDA", "Client").at("becomes"), "07.10.00.00");
+  EXPECT_EQ(installation_.serverRecord(), "[NERIO]\r\nversion=01.00.00.00\r\n");
+  EXPECT_THAT(started(), IsEmpty());
+}
+
+TEST_F(PlanVerbs, LetAProgramFailAndAUserHaveFewRights) {
+  installation_.putServerRecord("[NERIO]\r\nversion=01.00.00.00\r\n");
+  EXPECT_EQ(plan({"--fails", "1", "INTEGRATEDRUN", "S:\\Lumo", "S:\\Lumo", "NERIO"}), 1);
+  EXPECT_EQ(row("NERIO", "Server").at("becomes"), "01.00.00.00");
+  EXPECT_THAT(row("NERIO", "Server").at("because").get<std::string>(),
+              StartsWith("Esecuzione non effettuata di: "));
+  EXPECT_EQ(row("LUDA", "Server").at("becomes"), "07.10.00.00");
+  EXPECT_EQ(plan({"INTEGRATEDRUN", "S:\\Lumo", "S:\\Lumo", "NERIO", "--as-user"}), 1);
+  EXPECT_EQ(row("LUDA", "Server").at("becomes"), "");
+  EXPECT_THAT(texts("box", "title"), Contains("Errore"));
+}
+
+TEST_F(PlanVerbs, SayWhyAProductWasNotReached) {
+  share().put(Installation::kServerLock, "16/11/2026 09:30:00\r\n");
+  installation_.putServerRecord("");
+  EXPECT_EQ(plan(kRun), 1);
+  EXPECT_THAT(row("NERIO", "Server").at("because").get<std::string>(),
+              StartsWith("esecuzione non effettuata per presenza altre sessioni"));
+  EXPECT_EQ(row("ZM", "Client").at("because"), row("NERIO", "Server").at("because"));
+  machine().configuration().put("SYSTEM", "Complementary_Products", "Integration", "Path",
+                                "T:\\Altro");
+  EXPECT_EQ(plan(kRun), 1);
+  EXPECT_EQ(row("ZM", "Client").at("because"),
+            "Integrazione disponibile ma su altro server - Impossibile proseguire");
+}
+
+TEST_F(PlanVerbs, PassOnWhatIsMeantForTheProgram) {
+  EXPECT_EQ(plan({"INTEGRATEDRUN", "S:\\Lumo", "S:\\Lumo", "NERIO", "--vista", "-x", "due parole"}),
+            0);
+  EXPECT_EQ(result_.at("starts"), "S:\\Lumo\\mv\\nerio\\nerio.exe --vista -x due parole");
+}
+
+TEST_F(PlanVerbs, RefuseWhatIsNoNumberAndASystemThatIsNoWindows) {
+  EXPECT_EQ(plan({"--fails", "zero", "INTEGRATEDRUN"}), 64);
+  EXPECT_EQ(plan({"--fails", "0", "INTEGRATEDRUN"}), 64);
+  EXPECT_EQ(plan({}), 64);
+  machine().system().failVersionQuery();
+  EXPECT_EQ(plan(kRun), 2);
+  EXPECT_THAT(trelv_.console.errors, HasSubstr("soltanto su Windows"));
+}
+
+TEST_F(PlanVerbs, ShowPeopleStepsAndVersions) {
+  installation_.putServerRecord("[NERIO]\r\nversion=01.00.00.00\r\n");
+  EXPECT_EQ(trelv_.run({"plan", "INTEGRATEDRUN", "S:\\Lumo", "S:\\Lumo", "NERIO"}), 1);
+  EXPECT_THAT(
+      trelv_.console.output,
+      AllOf(HasSubstr("  esegue      S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio\\update.exe "
+                      "-S\n"),
+            HasSubstr("  NERIO Server: 01.00.00.00 -> 03.20.30.00 (esecuzione effettuata: "),
+            HasSubstr("Programma richiesto: S:\\Lumo\\mv\\nerio\\nerio.exe \n")));
+}
+
+}  // namespace
+}  // namespace trelv::tests

@@ -1,0 +1,136 @@
+#include <gtest/gtest.h>
+
+#include "overlay/ProgramSearch.h"
+#include "support/Matchers.h"
+#include "unit/overlay/OverlaidMachine.h"
+
+namespace trelv::tests {
+namespace {
+
+using overlay::Step;
+using overlay::StepKind;
+using overlay::Unpacking;
+
+std::unique_ptr<machine::RunningProcess> started(OverlaidMachine& over, const std::string& line,
+                                                 SystemCode expected = 0) {
+  std::unique_ptr<machine::RunningProcess> process;
+  EXPECT_EQ(over.top().processes.start(line, true, process), expected) << line;
+  return process;
+}
+
+TEST(AnOverlaysPrograms, AreNotedInsteadOfStarted) {
+  sim::SimMachine machine;
+  machine.programs().define("C:\\Setup\\a.exe");
+  OverlaidMachine over(machine);
+  const auto process = started(over, "C:\\Setup\\a.exe -S");
+  EXPECT_EQ(process->wait(), 0U);
+  std::uint32_t code = 9;
+  EXPECT_EQ(process->exitCode(code), 0U);
+  EXPECT_EQ(code, 0U);
+  started(over, "C:\\Setup\\a.exe ");
+  EXPECT_THAT(
+      over.steps(),
+      ElementsAre(Step{.kind = StepKind::Command, .subject = "C:\\Setup\\a.exe -S", .waits = true},
+                  Step{.kind = StepKind::Command, .subject = "C:\\Setup\\a.exe "}));
+  EXPECT_THAT(machine.programs().startedCommandLines(), IsEmpty());
+}
+
+TEST(AnOverlaysPrograms, AreThoseThatTheMachineWouldFind) {
+  sim::SimMachine machine;
+  machine.programs().define("C:\\due parole\\a b.exe");
+  machine.programs().define("C:\\WINDOWS\\system32\\solo.exe");
+  machine.putFile("C:\\testo.exe", "no program");
+  machine.putFile("C:\\comandi.bat", "rem");
+  machine.putFile("C:\\due", "MZ");
+  machine.makeFolders("C:\\cartella.exe");
+  OverlaidMachine over(machine);
+  overlay::ProgramSearch search(over.files(), machine.system(), machine.environment());
+  for (const char* const line :
+       {"C:\\due parole\\a b.exe x", "\"C:\\due parole\\a b.exe\" x", "C:\\due parole\\a b y",
+        "solo.exe", "solo x", "\"solo\"", "C:\\testo.exe", "C:\\comandi.bat x", "C:\\manca.exe",
+        "C:\\manca\\a.exe", "", " solo", "\"\"", "\"C:\\testo.exe", "C:\\cartella.exe", "Z:\\a.exe",
+        "C:/WINDOWS/system32/solo.exe"}) {
+    sim::SimProcesses::Found found;
+    std::string program;
+    const SystemCode code = machine.programs().resolve(line, found);
+    EXPECT_EQ(search.find(line, program), code) << line;
+    sim::SimProcesses::Found tool;
+    EXPECT_EQ(search.findTool(line, program), machine.programs().resolveTool(line, tool)) << line;
+  }
+}
+
+TEST(AnOverlaysPrograms, MayStandOnTopOnly) {
+  sim::SimMachine machine;
+  OverlaidMachine over(machine);
+  over.files().write("C:\\nuovo.exe", "MZ");
+  started(over, "C:\\nuovo.exe");
+  over.files().removeFile("C:\\nuovo.exe");
+  started(over, "C:\\nuovo.exe", system_code::kFileNotFound);
+}
+
+TEST(AnOverlaysPrograms, FailWhenTold) {
+  sim::SimMachine machine;
+  machine.programs().define("C:\\a.exe");
+  OverlaidMachine over(machine, {.fails = 2});
+  started(over, "C:\\manca.exe", system_code::kFileNotFound);
+  started(over, "C:\\a.exe 1");
+  started(over, "C:\\a.exe 2", system_code::kFileNotFound);
+  started(over, "C:\\a.exe 3");
+  EXPECT_EQ(over.steps().size(), 2U);
+}
+
+/// "C:\apri.exe PACK OUTPUT" is what opens packs here.
+std::optional<Unpacking> unpackingOf(const std::string& line) {
+  const std::vector<std::string> words = sim::splitArguments(line);
+  if (words.size() != 3 || words[0] != "C:\\apri.exe") {
+    return std::nullopt;
+  }
+  return Unpacking{
+      words[0], words[1], words[2],
+      [](const std::string& program, const std::string& pack,
+         const std::string& output) -> std::string { return program + " " + pack + " " + output; }};
+}
+
+TEST(AnOverlaysPrograms, OpenPacksForRealAndWhatTheyWriteIsMounted) {
+  sim::SimMachine machine;
+  machine.putFile("C:\\uscita\\c\\vecchio.txt", "vecchio");
+  machine.putFile("C:\\pacco", "due");
+  machine.programs().define("C:\\apri.exe", [](sim::SimProcess& process) -> std::uint32_t {
+    const std::string text = process.machine().fileText(process.arguments()[0]);
+    process.machine().putFile(process.arguments()[1] + "\\c\\vecchio.txt", "nuovo " + text);
+    process.machine().putFile(process.arguments()[1] + "\\c\\d\\altro.txt", text);
+    return 1;
+  });
+  OverlaidMachine over(machine, {.findUnpacking = unpackingOf});
+  // A pack that is on top only.
+  over.files().write("C:\\pacco", "bytes");
+  const auto process = started(over, "C:\\apri.exe C:\\pacco C:\\uscita");
+  process->wait();
+  std::uint32_t code = 0;
+  process->exitCode(code);
+  EXPECT_EQ(code, 1U);
+  std::string content;
+  over.files().read("C:\\uscita\\c\\vecchio.txt", 100, content);
+  EXPECT_EQ(content, "nuovo bytes");
+  EXPECT_EQ(over.files().read("c:\\USCITA\\C\\d\\altro.txt", 100, content), 0U);
+  EXPECT_EQ(machine.fileText("C:\\uscita\\c\\vecchio.txt"), "vecchio");
+  EXPECT_FALSE(machine.folderExists("C:\\uscita\\c\\d"));
+  EXPECT_EQ(over.steps().size(), 1U) << "the write; opening packs is no step";
+}
+
+TEST(AnOverlaysPrivateFolder, IsNotSeenAndGoes) {
+  sim::SimMachine machine;
+  const std::string before = machine.diskOf("C:\\").tree();
+  {
+    OverlaidMachine over(machine);
+    EXPECT_NE(machine.diskOf("C:\\").tree(), before);
+    std::vector<machine::FolderEntry> entries;
+    over.files().list("C:\\Users\\mario\\Temp", "", entries);
+    EXPECT_THAT(entries, IsEmpty());
+    over.top().profiles.writeValue("a", "b", "c", "C:\\x.ini");
+  }
+  EXPECT_EQ(machine.diskOf("C:\\").tree(), before);
+}
+
+}  // namespace
+}  // namespace trelv::tests
