@@ -100,6 +100,7 @@ class SideConfiguration {
 
  private:
   Operation operation() const;
+  bool hasSetUp() const;
   std::string versionBehindRun() const;
   void addSection(const std::string& name);
   std::string setting(const std::string& section, const std::string& key) const {
@@ -114,6 +115,16 @@ class SideConfiguration {
   std::string current_;
 };
 
+bool SideConfiguration::hasSetUp() const {
+  const std::string kind = modProdTrelvLibrary::ConvertSetupUpdateToString(Operation::Setup);
+  for (int index = 1; index <= modProdTrelvManager::kMostSections; ++index) {
+    if (!setting(kind + twoDigits(index), command(1)).empty()) {
+      return true;
+    }
+  }
+  return false;
+}
+
 /// Set-up or update: what the run says, else what the record says, which such a run leaves alone.
 Operation SideConfiguration::operation() const {
   for (const LogLine& line : run_->lines) {
@@ -125,6 +136,10 @@ Operation SideConfiguration::operation() const {
     }
   }
   const LogLine* const line = run_->find(log_line::kNotHigher);
+  if (line == nullptr && hasSetUp()) {
+    // A set-up would have left a line.
+    return Operation::Update;
+  }
   const std::string recorded = line != nullptr ? currentVersion(*line) : history_.recorded(side_);
   return recorded.empty() ? Operation::Setup : Operation::Update;
 }

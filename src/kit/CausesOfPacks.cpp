@@ -4,6 +4,8 @@
 #include <functional>
 
 #include "base/Text.h"
+#include "base/Trap.h"
+#include "kit/ArchiveReader.h"
 #include "kit/CauseFinders.h"
 #include "platform/modLibrary.h"
 #include "startup/HostPaths.h"
@@ -22,6 +24,31 @@ std::vector<machine::FolderEntry> setupFiles(const ProductHistory& history) {
 
 bool isPack(const machine::FolderEntry& entry) {
   return modLibrary::Extension(entry.name) == "zip";
+}
+
+/// Does an entry of a pack bear on what a start would do with the product: the catalogue, its own
+/// configuration file, a pack inside?
+bool bearsOn(const ProductHistory& history, const std::string& entry) {
+  const std::string path = replaceAll(entry, "/", "\\");
+  return equalNoCase(path, std::string(hostPaths::kSetups) + "\\" + hostPaths::kCatalogueFile) ||
+         (history.place() && equalNoCase(path, history.entry().conf)) ||
+         equalNoCase(modLibrary::Extension(path), "zip");
+}
+
+/// A pack that cannot be read may hold anything.
+bool mayBearOn(const ProductHistory& history, const std::string& pack) {
+  const std::string path = hostPaths::setupFolder(history.serverPath()) + "\\" + pack;
+  return trap(
+      [&]() -> bool {
+        ArchiveReader reader(fileSource(history.program().machine.files, path), ArchiveKind::Zip);
+        for (ArchivedEntry entry; reader.next(entry);) {
+          if (bearsOn(history, entry.name)) {
+            return true;
+          }
+        }
+        return false;
+      },
+      [](const RuntimeError&) -> bool { return true; });
 }
 
 /// "gz" packs are opened on media only.
@@ -53,7 +80,7 @@ const LogLine* failedOpening(const ProductHistory& history) {
   };
   for (const LogLine& line : history.start().lines) {
     if (beginsWith(line.text, log_line::kPackOpening) && waits(packIn(line)) &&
-        !wasRemoved(history.start(), packIn(line))) {
+        !wasRemoved(history.start(), packIn(line)) && mayBearOn(history, packIn(line))) {
       return &line;
     }
   }
@@ -72,7 +99,10 @@ bool isHeld(const ProductHistory& history, const std::string& pack) {
 const LogLine* refusedLine(const ProductHistory& history,
                            const std::function<bool(const std::string&)>& says) {
   const std::vector<machine::FolderEntry> files = setupFiles(history);
-  if (std::none_of(files.begin(), files.end(), isPack)) {
+  if (std::none_of(files.begin(), files.end(),
+                   [&history](const machine::FolderEntry& entry) -> bool {
+                     return isPack(entry) && mayBearOn(history, entry.name);
+                   })) {
     return nullptr;
   }
   const std::vector<LogLine>& lines = history.start().lines;
@@ -118,7 +148,10 @@ Found packFailed(const ProductHistory& history, Side /*side*/) {
 
 Found packName(const ProductHistory& history, Side /*side*/) {
   const std::vector<machine::FolderEntry> files = setupFiles(history);
-  const auto found = std::find_if(files.begin(), files.end(), isMistakenForPack);
+  const auto found = std::find_if(
+      files.begin(), files.end(), [&history](const machine::FolderEntry& entry) -> bool {
+        return isMistakenForPack(entry) && mayBearOn(history, entry.name);
+      });
   if (found == files.end() || history.wasUpdated()) {
     return std::nullopt;
   }

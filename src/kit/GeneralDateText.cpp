@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <vector>
 
 #include "base/Text.h"
@@ -29,7 +28,7 @@ Numbers numbersOf(const std::string& text) {
       inNumber = true;
     } else {
       inNumber = false;
-      if (std::isalpha(static_cast<unsigned char>(c)) != 0) {
+      if ((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z')) {
         found.words += c;
       }
     }

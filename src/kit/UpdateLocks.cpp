@@ -45,15 +45,12 @@ bool LockedStart::hasWork(const CatalogueEntry& entry, Side side) {
       recordedVersion(program_, side == Side::Server ? serverRecord_ : clientRecord_, entry.id));
 }
 
-/// A run that finds no work removes a lock of its side, whoever took it. One that this user cannot
-/// remove stays.
+/// A run that finds no work removes a lock of its side, whoever took it; whose run that is, and
+/// what he may do, is not known here.
 bool LockedStart::canBeRemoved() {
   machine::FileFacts facts;
   return !lock_.open.value_or(false) &&
-         program_.machine.files.look(lock_.path, facts) == system_code::kSuccess &&
-         !facts.readOnly &&
-         program_.machine.files.mayAddFile(FileSystemObject::parentFolderName(lock_.path)) ==
-             system_code::kSuccess;
+         program_.machine.files.look(lock_.path, facts) == system_code::kSuccess && !facts.readOnly;
 }
 
 /// Does the start come by this product without being stopped? A missing configuration file asks

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "machine/FileUse.h"
 #include "machine/Machine.h"
 
 /// One suite over the interfaces of machine/, played on the simulated machine and on Windows.
@@ -72,6 +73,7 @@ class ContractMachine {
   virtual ~ContractMachine() = default;
 
   virtual machine::Machine& machine() = 0;
+  virtual machine::FileUse& fileUse() = 0;
   virtual bool can(Ability ability) const = 0;
 
   /// An empty folder of this test alone; the same one for the whole test, removed with its

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "contract/ContractMachine.h"
+#include "sim/SimFileUse.h"
 #include "sim/SimMachine.h"
 
 namespace trelv::contract {
@@ -75,6 +76,7 @@ class SimContractMachine : public ContractMachine {
   }
 
   machine::Machine& machine() override { return simulated_.machine(); }
+  machine::FileUse& fileUse() override { return fileUse_; }
   bool can(Ability) const override { return true; }
 
   std::string folder() override { return kFolder; }
@@ -195,6 +197,7 @@ class SimContractMachine : public ContractMachine {
   sim::SimDisk& disk() { return simulated_.diskOf(kFolder); }
 
   sim::SimMachine simulated_;
+  sim::SimFileUse fileUse_{simulated_.volumes(), simulated_.files(), simulated_.callLog()};
   bool clicksWait_ = false;
 };
 

@@ -18,6 +18,7 @@
 #include "contract/win32/TestProgram.h"
 #include "win32/ControlNames.h"
 #include "win32/Owned.h"
+#include "win32/Win32FileUse.h"
 #include "win32/Win32Machine.h"
 #include "win32/Win32Text.h"
 
@@ -313,6 +314,7 @@ class Win32ContractMachine : public ContractMachine {
   ~Win32ContractMachine() override;
 
   machine::Machine& machine() override { return machine_; }
+  machine::FileUse& fileUse() override { return fileUse_; }
   bool can(Ability ability) const override;
   std::string folder() override { return folder_; }
   void putFile(const std::string& path, std::string_view bytes) override {
@@ -385,6 +387,7 @@ class Win32ContractMachine : public ContractMachine {
   bool readOnlyRefusesWriting() const;
 
   win32::Win32Machine windows_;
+  win32::Win32FileUse fileUse_;
   machine::Machine machine_ = windows_.machine(windows_.files, windows_.hostConfiguration);
   std::string folder_;
   std::string otherFolder_;

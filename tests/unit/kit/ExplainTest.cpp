@@ -9,6 +9,7 @@
 #include "base/Text.h"
 #include "support/Cores.h"
 #include "support/kit/PlantedHost.h"
+#include "support/kit/ZipPacks.h"
 
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -601,6 +602,21 @@ TEST(Explain, UsersWhoMayOnlyReadGetTheSame) {
   host.share().setRights("S:\\Lumo", {{"*", sim::Right::Read}});
   host.machine().diskOf("C:\\").setRights("C:\\", {{"*", sim::Right::Read}});
   EXPECT_EQ(host.explain("ZM").dump(), all);
+}
+
+TEST(Explain, PackThatBearsOnAnotherProductIsNoCause) {
+  PlantedHost host;
+  for (const char* const name : {"AGG.ZIP", "agg.gz"}) {
+    host.share().put(PlantedHost::kSetups + std::string(name),
+                     zipPack({{"zb.ini", "nuovo"}, {"a.txt", "a"}}));
+    host.startFor("ZM");
+    EXPECT_EQ(host.explain("ZB")["cause"], "pack-name");
+    EXPECT_EQ(host.explain("ZM")["cause"], "up-to-date");
+    host.share().removeTree(PlantedHost::kSetups + std::string(name));
+  }
+  host.share().put(PlantedHost::kSetups + std::string("AGG.ZIP"),
+                   zipPack({{"AGDVCOMP.INI", "nuovo"}}));
+  EXPECT_EQ(host.explain("ZM")["cause"], "pack-name");
 }
 
 TEST(Explain, ProductThatStoppedTheOthersIsNamed) {
