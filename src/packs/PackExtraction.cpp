@@ -201,7 +201,9 @@ void ZipScan::run(bool removePacks) {
   if (!workFolder.isOurs() || !mayWork(workFolder)) {
     return;
   }
-  // Whoever had the work folder meanwhile has opened what was listed before.
+  // Whoever had the work folder meanwhile has opened what was listed before, and may have brought
+  // configuration files that belong to the set-ups which are there now.
+  program_.configurationFiles.forget();
   packs_ = zipPacksOf(program_, folder_);
   // Kept: what a pack holds beside this folder stays in the temporary folder. Packs of the products
   // hold nothing there.

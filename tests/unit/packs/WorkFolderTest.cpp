@@ -180,6 +180,24 @@ TEST_F(WorkFolderTest, WhatTheFirstHasOpenedMeanwhileIsNotOpenedAgain) {
   EXPECT_THAT(first_.boxes(), IsEmpty());
 }
 
+TEST_F(WorkFolderTest, WhatTheFirstHasBroughtMeanwhileIsReadAnew) {
+  const std::string file = kSetup + std::string("\\zb.ini");
+  first_.putFile(file, "[Setup01]\r\nversion=09.93\r\n");
+  const auto version = [&] {
+    return program_.configurationFiles.read({file, "Setup01", "version"}, 511);
+  };
+  EXPECT_EQ(version(), "09.93");
+  putPack("a.zip", {{kTree + "a.ini", "a"}});
+  std::unique_ptr<machine::Mark> mark = takenByAnother();
+  first_.exclusion().onWait([&] {
+    first_.removeTree(kSetup + std::string("\\a.zip"));
+    first_.putFile(file, "[Setup01]\r\nversion=09.94\r\n");
+    mark.reset();
+  });
+  search(program_);
+  EXPECT_EQ(version(), "09.94");
+}
+
 TEST_F(WorkFolderTest, AStartThatWaitedInVainLeavesPacksAndWhatIsUnpackedAlone) {
   putPack("a.zip", {{kTree + "a.ini", "a"}});
   first_.putFile(kUnpacked + std::string("b.ini"), "of the other one");
