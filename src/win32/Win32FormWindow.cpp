@@ -90,6 +90,8 @@ INT_PTR Win32FormWindow::receive(UINT message, WPARAM first, LPARAM second) {
       return FALSE;
     case WM_SETCURSOR:
       return showHourglass() ? TRUE : FALSE;
+    case WM_SYSCOMMAND:
+      return refusesMenu(first) ? TRUE : FALSE;
     default:
       return FALSE;
   }
@@ -187,14 +189,24 @@ bool Win32FormWindow::showHourglass() const {
   return hourglass_;
 }
 
+/// A menu that opens while the form works (Alt, F10, a click on the window's icon) would hold that
+/// work up until it is left.
+bool Win32FormWindow::refusesMenu(WPARAM command) const {
+  // The system uses the last four bits itself.
+  const WPARAM kind = command & 0xFFF0U;
+  return inEvents_ > 0 && (kind == SC_KEYMENU || kind == SC_MOUSEMENU);
+}
+
 template <class Handler>
 void Win32FormWindow::guarded(Handler&& handler) {
+  ++inEvents_;
   try {
     handler();
   } catch (...) {
     failure_ = std::current_exception();
     close();
   }
+  --inEvents_;
 }
 
 void Win32FormWindow::close() {

@@ -59,6 +59,7 @@ class Win32FormWindow : public DialogControls {
   void keyPressed(WPARAM key, HWND focused);
   void turnPages(bool forwards);
   bool showHourglass() const;
+  bool refusesMenu(WPARAM command) const;
   template <class Handler>
   void guarded(Handler&& handler);
 
@@ -66,6 +67,8 @@ class Win32FormWindow : public DialogControls {
   const bool& hourglass_;
   bool modeless_ = false;
   bool closed_ = false;
+  /// How many of the form's events go on, each in a step of the one before.
+  int inEvents_ = 0;
   std::exception_ptr failure_;
 };
 

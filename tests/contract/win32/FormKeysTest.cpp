@@ -105,6 +105,58 @@ TEST_F(FormKeys, F10OpensTheSystemMenuWhereTheFormDoesNotDealWithIt) {
   EXPECT_EQ((Names{heard, heard}), form_.events) << "Ctrl+F10 is another key";
 }
 
+// --- The window's menu
+
+int menusOpened = 0;
+
+LRESULT CALLBACK countMenus(HWND dialog, UINT message, WPARAM first, LPARAM second) {
+  if (message == WM_ENTERMENULOOP) {
+    ++menusOpened;
+  }
+  auto* const before = reinterpret_cast<WNDPROC>(GetPropW(dialog, L"before"));
+  return CallWindowProcW(before, dialog, message, first, second);
+}
+
+void CALLBACK leaveMenu(HWND, UINT, UINT_PTR, DWORD) { EndMenu(); }
+
+/// Asks for the window's menu by key and by mouse; whatever opens is left again.
+int menusThatOpen(HWND dialog) {
+  menusOpened = 0;
+  SetPropW(dialog, L"before",
+           reinterpret_cast<HANDLE>(
+               SetWindowLongPtrW(dialog, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&countMenus))));
+  const UINT_PTR timer = SetTimer(nullptr, 0, 50, &leaveMenu);
+  SendMessageW(dialog, WM_SYSCOMMAND, SC_KEYMENU, L' ');
+  SendMessageW(dialog, WM_SYSCOMMAND, SC_MOUSEMENU, 0);
+  KillTimer(nullptr, timer);
+  SetWindowLongPtrW(dialog, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(GetPropW(dialog, L"before")));
+  return menusOpened;
+}
+
+int menusOfWaitingForm = -1;
+
+/// Arrives when the form waits for its user.
+void CALLBACK askWaitingForm(HWND dialog, UINT, UINT_PTR timer, DWORD) {
+  KillTimer(dialog, timer);
+  menusOfWaitingForm = menusThatOpen(dialog);
+  PostMessageW(GetDlgItem(dialog, controlId("btnOk")), BM_CLICK, 0, 0);
+}
+
+TEST_F(FormKeys, TheWindowsMenuOpensUnlessTheFormWorks) {
+  int menusOfWorkingForm = -1;
+  TestForm form("frmError");
+  form.onLoaded = [](machine::FormWindow& window) {
+    SetTimer(handleOf(window), 1, 50, &askWaitingForm);
+  };
+  form.onClicked = [&menusOfWorkingForm](machine::FormWindow& window, const std::string&) {
+    menusOfWorkingForm = menusThatOpen(handleOf(window));
+    window.close();
+  };
+  EXPECT_TRUE(desktop_.showModal(form));
+  EXPECT_LT(0, menusOfWaitingForm);
+  EXPECT_EQ(0, menusOfWorkingForm);
+}
+
 TEST_F(FormKeys, AClosedFormHearsNoKey) {
   play([this](machine::FormWindow& window) {
     window.addItem(kTabs, "a");
