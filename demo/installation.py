@@ -103,6 +103,13 @@ def client_command(product, version):
             f' Client "%PROGRAMFILES%\\Lumo\\{product.name}" componenti.exe')
 
 
+def removal(product):
+    """The commands that take a product away, as they stand in the configuration file."""
+    setup = f'"%PATHSETUP%\\prg\\com\\setup\\aggdovra\\{product.folder}\\setup.exe" -rimuovi {product.id}'
+    return {"Server01": f'{setup} Server "%PATHWORK%\\mv\\{product.folder}" {" ".join(product.files)}',
+            "Client01": f'{setup} Client "%PROGRAMFILES%\\Lumo\\{product.name}" componenti.exe'}
+
+
 def configuration(product, updates=()):
     """Configuration file of a product as {section: {key: value}}. Its set-up brings it to the
     product's version; each version in `updates` is one update section more."""
@@ -116,6 +123,7 @@ def configuration(product, updates=()):
                                           "Client01": client_command(product, version)}
     sections["Exec"] = {code: f"%PATHWORK%\\mv\\{product.folder}\\{file}"
                         for code, file in product.programs.items()}
+    sections["Remove"] = removal(product)
     return sections
 
 

@@ -1,6 +1,7 @@
 // The set-up of the demonstration's products:
 //
 //   setup.exe PRODUCT VERSION SIDE FOLDER PROGRAM...
+//   setup.exe -rimuovi PRODUCT SIDE FOLDER PROGRAM...    takes them away again
 //   setup.exe                                            all of it as "setup.ini" beside it says
 //
 // puts each program into the folder (a copy of product.exe, which stands beside the set-up), notes
@@ -136,6 +137,17 @@ bool install(const std::vector<std::wstring>& words) {
          writeLine(parent(ownFolder) + L"\\installazioni.txt", GetCommandLineW(), true);
 }
 
+/// What is not there any more need not be removed; what else stands in the folder stays.
+bool uninstall(const std::vector<std::wstring>& words) {
+  const std::wstring& folder = words[3];
+  for (std::size_t i = 4; i < words.size(); ++i) {
+    DeleteFileW((folder + L"\\" + words[i]).c_str());
+  }
+  DeleteFileW((folder + L"\\versione.txt").c_str());
+  RemoveDirectoryW(folder.c_str());
+  return true;
+}
+
 }  // namespace
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, LPWSTR, int) {
@@ -143,5 +155,6 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, LPWSTR, int) {
   if (words.empty()) {
     words = configuredArguments();
   }
-  return words.size() >= 4 && install(words) ? 0 : 1;
+  const bool removal = !words.empty() && words[0] == L"-rimuovi";
+  return words.size() >= 4 && (removal ? uninstall(words) : install(words)) ? 0 : 1;
 }

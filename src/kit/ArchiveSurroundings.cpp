@@ -14,7 +14,8 @@ constexpr const char* kUniversal = "UTC0";
 // A text without value takes the name away.
 void setZone(const char* value) {
 #ifdef _WIN32
-  _putenv_s(kZone, value != nullptr ? value : "");
+  // The call with a length is not in the C library of Windows XP.
+  _putenv((std::string(kZone) + "=" + (value != nullptr ? value : "")).c_str());
   _tzset();
 #else
   if (value != nullptr) {

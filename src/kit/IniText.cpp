@@ -99,6 +99,14 @@ bool sameName(std::string_view left, std::string_view right) {
                     [&](char a, char b) -> bool { return lower(a) == lower(b); });
 }
 
+std::string smallName(std::string_view name) {
+  std::string small(name);
+  for (char& letter : small) {
+    letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ('a' - 'A')) : letter;
+  }
+  return small;
+}
+
 /// Calls `take(line, number)` for each line.
 template <class Take>
 void forEachLine(std::string_view text, Take&& take) {
@@ -131,6 +139,7 @@ void IniText::readLines(const std::string& bytes) {
     const std::size_t sign = line.find('=');
     if (bracket != std::string_view::npos) {
       const std::string name(withoutBlanks(line.substr(1, bracket - 1)));
+      byName_.emplace(smallName(locale_.fromAnsi(name)), sections_.size());
       sections_.push_back({locale_.fromAnsi(name), number, {}});
     } else if (!line.empty() && !line.starts_with(";") && sign != std::string_view::npos) {
       sections_.back().keys.push_back({std::string(withoutBlanks(line.substr(0, sign))),
@@ -148,10 +157,8 @@ std::string IniText::value(std::string_view section, std::string_view key) const
 }
 
 const IniText::Section* IniText::section(std::string_view name) const {
-  const auto found =
-      std::find_if(sections_.begin() + 1, sections_.end(),
-                   [&](const Section& one) -> bool { return sameName(one.name, name); });
-  return found == sections_.end() ? nullptr : &*found;
+  const auto found = byName_.find(smallName(name));
+  return found == byName_.end() ? nullptr : &sections_[found->second];
 }
 
 std::string IniText::written(std::string_view section, std::string_view key) const {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "machine/Locale.h"
@@ -58,6 +59,8 @@ class IniText {
   machine::Locale& locale_;
   std::optional<IniDocument> document_;
   std::vector<Section> sections_;
+  /// The first section of each name, in small ASCII letters.
+  std::unordered_map<std::string, std::size_t> byName_;
   std::optional<std::size_t> wrongEncoding_;
 };
 

@@ -123,9 +123,21 @@ bool conflict(const ReadVersion& one, const ReadVersion& other) {
   return order(one.fields, other.fields) != order(one.number, other.number);
 }
 
+/// Nothing stands against another where both orders are the same: told without comparing all pairs.
+bool allAgree(std::vector<ReadVersion> versions) {
+  std::sort(versions.begin(), versions.end(),
+            [](const ReadVersion& left, const ReadVersion& right) -> bool {
+              return left.fields < right.fields;
+            });
+  return std::adjacent_find(versions.begin(), versions.end(), conflict) == versions.end();
+}
+
 /// Takes those away that stand against most others, one after the other, until the rest agree.
 std::vector<const CommandSection*> oddOnes(std::vector<ReadVersion> versions) {
   std::vector<const CommandSection*> odd;
+  if (allAgree(versions)) {
+    return odd;
+  }
   for (;;) {
     for (ReadVersion& one : versions) {
       one.conflicts = static_cast<std::size_t>(
@@ -210,14 +222,17 @@ std::string resolved(const Configuration& configuration, std::string text) {
                                                   pathsOf(configuration));
 }
 
-bool isThere(const Host& host, const std::string& path) {
-  return modLibrary::FileExists(host.program, path) ||
-         std::find(host.arriving.begin(), host.arriving.end(), upperCase(path)) !=
-             host.arriving.end();
+bool isThere(Host& host, const std::string& path) {
+  const auto known = host.known.find(path);
+  const bool stands =
+      known != host.known.end() ? known->second : modLibrary::FileExists(host.program, path);
+  host.known[path] = stands;
+  return stands || std::find(host.arriving.begin(), host.arriving.end(), upperCase(path)) !=
+                       host.arriving.end();
 }
 
 /// Is it a path below the share at which no file stands? Programs elsewhere are not judged.
-bool isMissingBelow(const Host& host, const std::string& path) {
+bool isMissingBelow(Host& host, const std::string& path) {
   const std::string name = path.substr(path.find_last_of('\\') + 1);
   return FileSystemObject::liesAtOrIn(path, host.place.full()) && !isThere(host, path) &&
          (name.find('.') != std::string::npos || !isThere(host, path + ".exe"));
@@ -294,16 +309,20 @@ std::vector<std::string> programCodes(const std::string& product) {
   return codes;
 }
 
-bool isSectionThatIsRead(const std::string& name) {
+std::set<std::string> sectionsThatAreRead() {
+  std::set<std::string> names{"EXEC", "REMOVE"};
   for (const Operation operation : {Operation::Setup, Operation::Update, Operation::Exec}) {
     const std::string kind = modProdTrelvLibrary::ConvertSetupUpdateToString(operation);
     for (int index = 1; index <= kMostSections; ++index) {
-      if (equalNoCase(name, kind + twoDigits(index))) {
-        return true;
-      }
+      names.insert(upperCase(kind + twoDigits(index)));
     }
   }
-  return equalNoCase(name, "Exec") || equalNoCase(name, "Remove");
+  return names;
+}
+
+bool isSectionThatIsRead(const std::string& name) {
+  static const std::set<std::string> names = sectionsThatAreRead();
+  return names.count(upperCase(name)) > 0;
 }
 
 /// One of the four kinds, and nothing but a number behind it.
@@ -374,7 +393,13 @@ void commandGap(const Configuration& configuration, Report& report) {
       while (index <= kMostCommands && !text.value(section.name, side + twoDigits(index)).empty()) {
         ++index;
       }
-      for (int behind = index + 1; behind <= kMostCommands; ++behind) {
+      const IniText::Section* const written = text.section(section.name);
+      const bool more =
+          written != nullptr && std::count_if(written->keys.begin(), written->keys.end(),
+                                              [&](const IniText::Key& key) -> bool {
+                                                return equalNoCase(key.name.substr(0, 6), side);
+                                              }) >= index;
+      for (int behind = index + 1; more && behind <= kMostCommands; ++behind) {
         const std::string key = side + twoDigits(behind);
         if (!text.value(section.name, key).empty()) {
           report.add(configuration.file.shown, text.line(section.name, key),

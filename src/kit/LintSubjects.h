@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,6 +28,8 @@ struct Host {
   std::vector<std::string> arriving = {};
   /// At least one product's program, or a recorded version, is there.
   bool anythingInstalled = false;
+  /// What stands at the paths that were looked at: most commands start one program.
+  std::map<std::string, bool> known = {};
 };
 
 /// A text that is an ini file.

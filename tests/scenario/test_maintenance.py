@@ -144,6 +144,9 @@ def test_a_removal_on_the_client_leaves_the_server_alone(maintenance):
 
 
 def test_a_product_without_removal_commands_is_told_and_its_version_cleared(maintenance):
+    sections = installation.configuration(installation.NERIO)
+    del sections["Remove"]
+    maintenance.station.write_configuration(installation.NERIO, sections)
     with maintenance.form() as hand:
         hand.choose(TITLE, "cmbProduct", 0)
         press(hand, "btnRemove", "Procedere con la rimozione di: NERIO - Client?", NOTHING_REMOVED)
