@@ -12,6 +12,7 @@ import pathlib
 import select
 import shutil
 import subprocess
+import tempfile
 import time
 
 PROJECT = pathlib.Path(__file__).resolve().parent.parent
@@ -37,6 +38,10 @@ class Build:
     @property
     def manager(self):
         return self.release / "TrelvManager.exe"
+
+    @property
+    def trelv(self):
+        return self.release / "trelv.exe"
 
     @functools.cached_property
     def seven_zip(self):
@@ -192,6 +197,17 @@ class Prefix:
         return subprocess.Popen([*self._as_a_user(), PROJECT / "tools/wine", *words], cwd=self.disk,
                                 env=self.environment, stdout=subprocess.DEVNULL,
                                 stderr=subprocess.DEVNULL)
+
+    def console(self, *words):
+        """Runs a console program beside the driver (Windows path, arguments), its output caught. In
+        files: what Windows itself starts meanwhile would keep a pipe open."""
+        with tempfile.TemporaryFile() as output, tempfile.TemporaryFile() as errors:
+            done = subprocess.run([*self._as_a_user(), PROJECT / "tools/wine", *words], cwd=self.disk,
+                                  env=self.environment, stdin=subprocess.DEVNULL, stdout=output,
+                                  stderr=errors, timeout=120, check=False)
+            output.seek(0)
+            errors.seek(0)
+            return subprocess.CompletedProcess(words, done.returncode, output.read(), errors.read())
 
     def close(self):
         self.driver.stdin.close()

@@ -21,6 +21,10 @@ using machine::BoxIcon;
 using overlay::Step;
 using overlay::StepKind;
 
+/// 7-Zip writes nothing: the system lets programs of the console write where this one does, which
+/// would be into the document.
+constexpr const char* kSilent = " -bso0 -bse0 -bsp0";
+
 constexpr const char* kManagerFile = "\\TrelvManager.exe";
 
 std::size_t numberOf(const std::string& text) {
@@ -229,7 +233,11 @@ std::string planText(const Plan& plan) {
   for (const UpdateRow& row : plan.updates) {
     text += rowText(row);
   }
-  return text + "Programma richiesto: " + plan.starts.value_or("nessuno") + "\n";
+  text += "Programma richiesto: " + plan.starts.value_or("nessuno") + "\n";
+  const bool ran = std::any_of(plan.steps.begin(), plan.steps.end(), [](const Step& step) -> bool {
+    return step.kind == StepKind::Command && step.waits;
+  });
+  return text + (ran ? "Ciò che cambiano i programmi eseguiti non è compreso.\n" : "");
 }
 
 /// The manager asks which Windows this is; there is none to be asked elsewhere.
@@ -262,6 +270,7 @@ Answer PlanVerb::run(Workplace& workplace, Progress& progress) {
                           .arguments = arguments,
                           .fails = fails,
                           .asUser = asUser_,
+                          .sevenZipSwitches = kSilent,
                           .onStep = [&progress](const Step& step) -> void {
                             if (step.kind == StepKind::Log) {
                               progress.tell(oneLine(step.value.value_or("")));

@@ -32,12 +32,13 @@ std::string temporaryFolder(machine::SystemFacts& system) {
 }
 
 overlay::Settings settingsOf(const machine::Machine& below, const PlannedStart& start) {
-  return {.process = {start.manager, commandLineOf(start), start.asUser},
-          .privateParent = temporaryFolder(below.system),
-          .order = start.order,
-          .findUnpacking = packCommands(modLibrary::ParentPath(start.manager)),
-          .formUser = start.user,
-          .fails = start.fails};
+  return {
+      .process = {start.manager, commandLineOf(start), start.asUser},
+      .privateParent = temporaryFolder(below.system),
+      .order = start.order,
+      .findUnpacking = packCommands(modLibrary::ParentPath(start.manager), start.sevenZipSwitches),
+      .formUser = start.user,
+      .fails = start.fails};
 }
 
 /// The overlay as the manager gets its machine: with patience, and with a store of ours that works

@@ -25,6 +25,8 @@ struct PlannedStart {
   overlay::ListingOrder order = overlay::ListingOrder::ByName;
   /// What the user does in forms; without anything he closes them.
   overlay::FormUser user = {};
+  /// What 7-Zip is told besides, a blank before each switch.
+  std::string sevenZipSwitches = {};
   /// Hears each step as it is noted.
   std::function<void(const overlay::Step&)> onStep = {};
 };

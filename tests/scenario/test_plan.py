@@ -1,0 +1,189 @@
+"""What trelv.exe plans of a start is what the start then does, and planning changes nothing."""
+
+import contextlib
+import json
+import os
+import pathlib
+import re
+import subprocess
+
+from conftest import INTEGRATED, MANAGER_FOLDER
+import installation
+import packs
+import windows
+
+ZB = installation.ZB
+NEW = "09.94.00.00"
+SETUPS = "S:\\Lumo\\prg\\com\\setup\\aggdovra"
+TRELV = MANAGER_FOLDER + "\\trelv.exe"
+
+
+class Answer:
+    def __init__(self, done):
+        self.code = done.returncode
+        self.text = done.stdout.decode()
+        self.errors = done.stderr.decode()
+
+    @property
+    def result(self):
+        return json.loads(self.text)["result"]
+
+    def steps(self, kind):
+        return [step for step in self.result["steps"] if step["kind"] == kind]
+
+
+def plan(station, *arguments):
+    return Answer(station.prefix.console(TRELV, "plan", "--json", *arguments))
+
+
+def world(station):
+    """Every file of share, client folder and Windows folder with bytes and date, and the keys."""
+    files = {}
+    for top in (station.share, station.disk / "Lumo", station.windows_folder, station.work_folder):
+        for path in sorted(top.rglob("*")):
+            if path.is_file() and not path.is_symlink():
+                files[path] = (path.read_bytes(), path.stat().st_mtime_ns)
+            elif path.is_dir() and top in (station.share, station.disk / "Lumo"):
+                files[path] = path.stat().st_mtime_ns
+    key = station.prefix.value("HKLM", "SOFTWARE\\LUMO\\Programmi", "PathLocale")
+    return files, key, station.store.read_bytes()
+
+
+def assert_equals_run(station, planned, arguments=f"{INTEGRATED} MVBIL"):
+    """Runs what was planned and compares log, commands, versions and started program."""
+    station.log.unlink(missing_ok=True)
+    run = station.run(arguments)
+    assert [step["text"] for step in planned.steps("log")] == station.texts()
+    assert [step["text"] for step in planned.steps("box")] == [
+        box.text for box in run.boxes if "txtProcedura" not in box.texts]
+    rows = {(row["product"], row["side"]): row["becomes"] for row in planned.result["updates"]}
+    assert rows == {(product, side): version
+                    for product, versions in station.versions().items()
+                    for side, version in zip(("Server", "Client"), versions)}
+    last = station.texts()[-1]
+    start = "Gestione ProdTrelv - Esecuzione di: "
+    assert planned.result["starts"] == (last[len(start):] if last.startswith(start) else None)
+
+
+def assert_planned(station, *arguments):
+    """The plan, which has left everything as it was."""
+    before = world(station)
+    planned = plan(station, *arguments)
+    assert planned.errors == ""
+    assert world(station) == before
+    return planned
+
+
+ARGUMENTS = ["INTEGRATEDRUN", "S:\\Lumo", "S:\\Lumo", "MVBIL"]
+
+
+def test_of_a_start_with_nothing_to_do_only_the_program_is_left(installed):
+    planned = assert_planned(installed, *ARGUMENTS)
+    # The first start writes ini files of the Windows folder; the next one finds them.
+    assert_equals_run(installed, planned)
+    planned = assert_planned(installed, *ARGUMENTS)
+    assert planned.code == 0, planned.text
+    assert planned.result["starts"] == "S:\\Lumo\\mv\\bilancio\\bilancio.exe "
+    assert [step["line"] for step in planned.steps("command")] == [planned.result["starts"]]
+    assert_equals_run(installed, planned)
+
+
+def test_a_first_start_is_planned_as_it_runs(laid_out):
+    planned = assert_planned(laid_out, *ARGUMENTS)
+    assert planned.code == 1
+    assert len(planned.steps("command")) == 10
+    assert all(step["waits"] for step in planned.steps("command"))
+    assert planned.steps("store") == [{"kind": "store", "value": "S:\\Lumo"}]
+    # What the set-ups bring is not known before: the requested program, for one.
+    assert planned.result["starts"] is None
+    laid_out.put_programs()
+    planned = assert_planned(laid_out, *ARGUMENTS)
+    assert len(planned.steps("command")) == 11
+    assert_equals_run(laid_out, planned)
+
+
+def test_what_a_waiting_pack_brings_is_planned(installed, seven_zip):
+    files = installed.pack_files(ZB, NEW)
+    (installed.setups / "zb.zip").write_bytes(packs.zip_bytes(files))
+    planned = assert_planned(installed, *ARGUMENTS)
+    assert planned.code == 1
+    assert [row["becomes"] for row in planned.result["updates"] if row["product"] == "ZB"] == [NEW, NEW]
+    assert {"kind": "delete", "path": SETUPS + "\\zb.zip"} in planned.steps("delete")
+    assert not any("7z.exe" in step["line"] for step in planned.steps("command"))
+    assert_equals_run(installed, planned)
+
+
+def test_a_single_installation_is_planned_as_it_runs(installed, seven_zip):
+    pack = packs.zip_bytes(installed.pack_files(ZB, NEW))
+    (installed.manager_folder / "zb.gz").write_bytes(packs.gz_bytes({"bilancio.zip": pack}))
+    planned = assert_planned(installed, "SINGLEINSTALL", "ZB", "zb.gz")
+    assert planned.code == 1
+    assert {"kind": "delete", "path": installed.work_folder_name + "\\prg\\com\\setup\\aggdovra"
+            "\\bilancio.zip"} in planned.steps("delete")
+    assert planned.result["starts"] is None
+    run = installed.run("SINGLEINSTALL ZB zb.gz")
+    assert [step["text"] for step in planned.steps("log")] == installed.texts()
+    assert [step["text"] for step in planned.steps("box")] == [box.text for box in run.boxes]
+
+
+def test_a_lock_stops_the_planned_run_as_the_real_one(installed):
+    installed.offer(ZB, NEW)
+    installation.write_text(installed.server / "prg/tempterm/agdv.lck", "16/11/2026 09:30:00\n")
+    installed.write_catalogue(ZB)
+    planned = assert_planned(installed, *ARGUMENTS)
+    assert len(planned.steps("box")) == 1
+    assert all(row["recorded"] == row["becomes"] for row in planned.result["updates"])
+    assert "altre sessioni" in planned.result["updates"][0]["because"]
+
+
+def test_a_program_that_fails_and_a_user_of_few_rights_are_planned_when_told(installed):
+    installed.offer(ZB, NEW)
+    planned = assert_planned(installed, "--fails", "1", *ARGUMENTS)
+    rows = {row["side"]: row for row in planned.result["updates"] if row["product"] == "ZB"}
+    assert (rows["Server"]["becomes"], rows["Client"]["becomes"]) == (ZB.version, NEW)
+    assert rows["Server"]["because"].startswith("Esecuzione non effettuata di: ")
+    assert planned.steps("form") == [{"kind": "form", "name": "frmError"}]
+    planned = assert_planned(installed, "--as-user", *ARGUMENTS)
+    assert planned.steps("box")[0]["title"] == "Errore"
+    assert [step["line"] for step in planned.steps("command")] == [planned.result["starts"]]
+
+
+def wine_server(prefix):
+    """Number of the process that opens the files of the programs of this Windows."""
+    status = os.stat(prefix.folder)
+    folder = f"server-{status.st_dev:x}-{status.st_ino:x}"
+    for process in pathlib.Path("/proc").iterdir():
+        try:
+            if process.name.isdigit() and os.readlink(process / "cwd").endswith(folder) and \
+                    "wineserver" in (process / "cmdline").read_text():
+                return process.name
+        except OSError:
+            continue
+    raise AssertionError("no Wine server of this Windows runs")
+
+
+@contextlib.contextmanager
+def traced(prefix, trace):
+    """What the Wine server opens meanwhile is written into a file."""
+    strace = subprocess.Popen(["strace", "-f", "-y", "-s", "300", "-o", trace, "-e",
+                               "trace=open,openat,creat,rename,unlink,mkdir,rmdir,utimensat",
+                               "-p", wine_server(prefix)], stderr=subprocess.PIPE)
+    assert b"attached" in strace.stderr.readline()
+    yield
+    strace.terminate()
+    strace.wait(timeout=30)
+
+
+def test_nothing_on_the_share_is_opened_for_writing(installed, seven_zip):
+    installed.offer(ZB, NEW)
+    (installed.setups / "q2.zip").write_bytes(
+        packs.zip_bytes(installed.pack_files(installation.Q2, NEW)))
+    trace = installed.prefix.folder / "plan.strace"
+    with traced(installed.prefix, trace):
+        planned = plan(installed, *ARGUMENTS)
+    assert planned.code == 1, planned.errors
+    on_share = [line for line in trace.read_text(errors="replace").splitlines()
+                if "/share/Lumo" in line and "= -1" not in line]
+    assert any("agdvcomp.ini" in line for line in on_share), "the trace saw nothing of the share"
+    assert [line for line in on_share
+            if not re.search(r"open(at)?\(.*O_RDONLY", line)] == []
