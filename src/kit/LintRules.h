@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <variant>
 #include <vector>
@@ -11,7 +12,7 @@ namespace trelv::kit {
 
 // Not built yet: TK512, a pack that is larger than the room that there is.
 /// The one table of rules, by code.
-const std::vector<Rule>& lintRules();
+std::span<const Rule> lintRules();
 
 /// Which of the rules are asked for.
 class RuleChoice {
