@@ -29,7 +29,6 @@ class LockedStart {
 
  private:
   bool hasWork(const CatalogueEntry& entry, Side side);
-  bool passesBy(const CatalogueEntry& entry);
   bool canBeRemoved();
 
   Program& program_;
@@ -53,16 +52,11 @@ bool LockedStart::canBeRemoved() {
          program_.machine.files.look(lock_.path, facts) == system_code::kSuccess && !facts.readOnly;
 }
 
-/// Does the start come by this product without being stopped? A missing configuration file asks
-/// nothing of the lock.
-bool LockedStart::passesBy(const CatalogueEntry& entry) {
-  return !modLibrary::FileExists(program_, entry.configuration) || !hasWork(entry, lock_.side);
-}
-
 std::vector<std::string> LockedStart::productsLeft() {
   const std::vector<CatalogueEntry> entries = walkedEntries(program_, serverPath_);
   auto next = entries.begin();
-  for (; next != entries.end() && passesBy(*next); ++next) {
+  for (; next != entries.end() && !hasWork(*next, lock_.side); ++next) {
+    // A missing configuration file asks nothing of the lock.
     if (modLibrary::FileExists(program_, next->configuration) && canBeRemoved()) {
       return {};
     }

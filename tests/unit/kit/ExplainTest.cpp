@@ -629,6 +629,37 @@ TEST(Explain, ProductThatStoppedTheOthersIsNamed) {
   EXPECT_EQ(host.explain("LUDA")["cause"], "lock");
 }
 
+TEST(Explain, StopOfAnotherProductIsNoCauseOfOneThatTheCatalogueLacks) {
+  PlantedHost host;
+  host.order = {"LUDA", "ZB"};
+  host.putCatalogue();
+  host.record("LUDA", PlantedHost::kOld);
+  host.putLock(Side::Server);
+  host.startFor("ZM");
+  EXPECT_EQ(host.explain("ZM")["cause"], "not-in-catalogue");
+  EXPECT_EQ(host.explain("ZB")["cause"], "run-stopped-earlier");
+}
+
+TEST(Explain, CommandWhoseWorkTheSecondOneDidIsNoCause) {
+  PlantedHost host;
+  host.configure("ZB", {updateTo(PlantedHost::kNow, {"S:\\Lumo\\manca.exe", "S:\\Lumo\\server.exe"},
+                                 {"S:\\Lumo\\client.exe"})});
+  host.record("ZB", PlantedHost::kOld);
+  host.startFor("ZB");
+  EXPECT_EQ(host.explain("ZB")["cause"], "up-to-date");
+}
+
+TEST(Explain, SearchForPacksThatFailsStopsTheFirstProduct) {
+  PlantedHost host;
+  host.putFirst("LUDA");
+  host.machine().onCall("files.list S:\\Lumo\\prg\\com\\setup\\aggdovra",
+                        [&host]() -> void { host.share().disconnect(); });
+  host.startFor("ZM");
+  host.share().reconnect();
+  EXPECT_EQ(host.explain("LUDA")["cause"], "unknown");
+  EXPECT_EQ(host.explain("ZM")["cause"], "run-stopped-earlier");
+}
+
 TEST(Explain, LogThatEndsAnywhereIsNeverExplainedWrongly) {
   PlantedHost host;
   host.putFirst("ZM");
