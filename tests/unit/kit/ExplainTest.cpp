@@ -660,6 +660,15 @@ TEST(Explain, SearchForPacksThatFailsStopsTheFirstProduct) {
   EXPECT_EQ(host.explain("ZM")["cause"], "run-stopped-earlier");
 }
 
+TEST(Explain, SectionThatTheStartDidNotReadIsNoCauseWhenTheRecordIsGone) {
+  PlantedHost host;
+  host.configure("ZB", {{"Setup01", "", {"S:\\Lumo\\server.exe"}, {"S:\\Lumo\\client.exe"}}});
+  host.record("ZB", PlantedHost::kOld);
+  host.startFor("ZB");
+  host.record("ZB", "");
+  EXPECT_NE(host.explain("ZB")["cause"], "no-version");
+}
+
 TEST(Explain, LogThatEndsAnywhereIsNeverExplainedWrongly) {
   PlantedHost host;
   host.putFirst("ZM");
