@@ -188,6 +188,21 @@ void link(const Pack& pack, Report& report) {
   });
 }
 
+void tooLarge(const Pack& pack, Report& report) {
+  if (pack.host == nullptr || !pack.host->room) {
+    return;
+  }
+  std::uint64_t size = 0;
+  forEachEntry(pack, [&](const PackEntry& entry) {
+    // Hostile sizes do not turn over.
+    size += isInTree(entry) ? std::min(entry.size, UINT64_MAX - size) : 0;
+  });
+  if (size > *pack.host->room) {
+    report.add(pack.shown, std::nullopt,
+               std::to_string(size) + " byte, liberi " + std::to_string(*pack.host->room));
+  }
+}
+
 void refused(const Pack& pack, Report& report) {
   if (pack.opened && pack.kind == PackKind::Gz && !pack.refusal.empty()) {
     report.add(pack.shown, std::nullopt, pack.refusal);

@@ -16,6 +16,7 @@ void longPath(const Pack& pack, Report& report);
 void gzWhereZip(const Pack& pack, Report& report);
 void zipInTree(const Pack& pack, Report& report);
 void link(const Pack& pack, Report& report);
+void tooLarge(const Pack& pack, Report& report);
 void refused(const Pack& pack, Report& report);
 void olderThanShare(const Pack& pack, Report& report);
 

@@ -171,6 +171,8 @@ constexpr std::array kRules{
          "metterlo in una cartella del prodotto o toglierlo", lintPacks::zipInTree},
     Rule{"TK511", kError, "il pacchetto contiene un collegamento", "sostituirlo con il file",
          lintPacks::link},
+    Rule{"TK512", kError, "ciò che il pacchetto contiene non sta sulla condivisione",
+         "liberare spazio o dividere la consegna", lintPacks::tooLarge},
     Rule{"TK513", kError, "qalbunex rifiuta il pacchetto",
          "rifarlo con tar czf, senza ciò che è rifiutato", lintPacks::refused},
     Rule{"TK514", kWarning, "il pacchetto porta versioni più basse di quelle della condivisione",

@@ -10,7 +10,6 @@
 
 namespace trelv::kit {
 
-// Not built yet: TK512, a pack that is larger than the room that there is.
 /// The one table of rules, by code.
 std::span<const Rule> lintRules();
 

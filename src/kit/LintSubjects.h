@@ -26,6 +26,8 @@ struct Host {
   GivenPath place;
   /// Full paths, upper case, of files that a pack will put there.
   std::vector<std::string> arriving = {};
+  /// Bytes that can still be written there; none where that cannot be told.
+  std::optional<std::uint64_t> room = {};
   /// At least one product's program, or a recorded version, is there.
   bool anythingInstalled = false;
   /// What stands at the paths that were looked at: most commands start one program.

@@ -114,6 +114,10 @@ std::vector<Finding> Linting::run(const std::vector<std::string>& given) {
     things.push_back(recognise(path));
     if (things.back().kind == Kind::Host && !host_) {
       host_ = std::make_unique<Host>(Host{quiet_.program(), things.back().place});
+      std::uint64_t room = 0;
+      if (workplace_.paths.room(things.back().place.full(), room) == system_code::kSuccess) {
+        host_->room = room;
+      }
     }
   }
   for (const Thing& thing : things) {

@@ -142,4 +142,19 @@ SystemCode PosixGivenPaths::fullPath(const std::string& given, std::string& full
   return system_code::kSuccess;
 }
 
+SystemCode PosixGivenPaths::room(const std::string& full, std::uint64_t& bytes) {
+  std::string path;
+  const SystemCode code = hostPath(full, path);
+  if (code != system_code::kSuccess) {
+    return code;
+  }
+  std::error_code failed;
+  const std::filesystem::space_info space = std::filesystem::space(path, failed);
+  if (failed) {
+    return codeOf(failed.value(), path);
+  }
+  bytes = space.available;
+  return system_code::kSuccess;
+}
+
 }  // namespace trelv::posix

@@ -26,6 +26,7 @@ SystemCode codeOf(int error, const std::string& hostPath);
 class PosixGivenPaths : public machine::GivenPaths {
  public:
   SystemCode fullPath(const std::string& given, std::string& full) override;
+  SystemCode room(const std::string& full, std::uint64_t& bytes) override;
   char separator() const override { return '/'; }
 };
 

@@ -110,4 +110,15 @@ SystemCode Win32GivenPaths::fullPath(const std::string& given, std::string& full
   return code;
 }
 
+SystemCode Win32GivenPaths::room(const std::string& full, std::uint64_t& bytes) {
+  ULARGE_INTEGER free{};
+  // A share that is named by its own path wants a backslash behind it.
+  const std::wstring folder = wide(full) + (full.ends_with('\\') ? L"" : L"\\");
+  const SystemCode code = codeOf(GetDiskFreeSpaceExW, folder, &free, nullptr, nullptr);
+  if (code == system_code::kSuccess) {
+    bytes = free.QuadPart;
+  }
+  return code;
+}
+
 }  // namespace trelv::win32

@@ -22,6 +22,7 @@ class Win32Console : public machine::Console {
 class Win32GivenPaths : public machine::GivenPaths {
  public:
   SystemCode fullPath(const std::string& given, std::string& full) override;
+  SystemCode room(const std::string& full, std::uint64_t& bytes) override;
   char separator() const override { return '\\'; }
 };
 

@@ -52,8 +52,14 @@ class FakeGivenPaths : public machine::GivenPaths {
     }
     return system_code::kSuccess;
   }
+  SystemCode room(const std::string& /*full*/, std::uint64_t& bytes) override {
+    bytes = freeBytes;
+    return roomCode;
+  }
   char separator() const override { return '\\'; }
 
+  std::uint64_t freeBytes = 1U << 30U;
+  SystemCode roomCode = system_code::kSuccess;
   std::string currentFolder = "C:\\Lavoro";
 };
 

@@ -365,6 +365,26 @@ const std::vector<Row>& rows() {
       {"TK511", "in a gz pack", gzWith({{kTree + "link", "", "zb.zip"}}), "S:\\zb.gz" + kInner + "link",
        0},
       {"TK511", "a file", packWith({{kTree + "link", ""}}), ""},
+      {"TK512", "no room", [](LintWorld& world) -> void {
+         packWith({{kTree + "dati.bin", std::string(5000, 'x')}})(world);
+         world.trelv.paths.freeBytes = 5000;
+       },
+       kSetups + "zb.zip", 0},
+      {"TK512", "just fits", [](LintWorld& world) -> void {
+         std::size_t size = 5000;
+         for (const ArchiveFile& file : LintWorld::tree()) {
+           size += file.content.size();
+         }
+         packWith({{kTree + "dati.bin", std::string(5000, 'x')}})(world);
+         world.trelv.paths.freeBytes = size;
+       },
+       ""},
+      {"TK512", "room that is not known", [](LintWorld& world) -> void {
+         world.trelv.paths.freeBytes = 0;
+         world.trelv.paths.roomCode = system_code::kAccessDenied;
+         packWith({})(world);
+       },
+       ""},
       {"TK513", "no gz", put("S:\\zb.gz", "testo"), "S:\\zb.gz", 0},
       {"TK513", "a name that leads up", gzWith({{"../a.txt", ""}}), "S:\\zb.gz", 0},
       {"TK513", "good", gzWith({}), ""},

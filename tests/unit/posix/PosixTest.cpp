@@ -192,6 +192,14 @@ TEST_F(Posix, TakesPathsAsTheyAreGiven) {
   EXPECT_EQ(paths.fullPath("", full), system_code::kBadPathname);
 }
 
+TEST_F(Posix, TellsTheRoomThatIsLeft) {
+  posix::PosixGivenPaths paths;
+  std::uint64_t bytes = 0;
+  ASSERT_EQ(paths.room(shown_, bytes), 0U);
+  EXPECT_LT(0U, bytes);
+  EXPECT_NE(paths.room(shown_ + "\\manca", bytes), 0U);
+}
+
 TEST_F(Posix, WritesTextsInTheCodePage) {
   EXPECT_EQ(machine_.locale.toAnsi("è€Ω😀"), "\xE8\x80???");
   EXPECT_EQ(machine_.locale.fromAnsi("\xE8\x80"), "è€");
