@@ -41,11 +41,13 @@ std::vector<std::string> split(const std::string& text, char separator) {
 /// A started program as the starter holds it.
 class SimRunning : public machine::RunningProcess {
  public:
-  SimRunning(SimProcesses& processes, std::size_t index) : processes_(processes), index_(index) {}
+  SimRunning(SimProcesses& processes, std::size_t index)
+      : processes_(processes), index_(index), bound_(processes.started_[index].bound) {}
   SimRunning(const SimRunning&) = delete;
   SimRunning& operator=(const SimRunning&) = delete;
   ~SimRunning() override {
-    if (processes_.started_[index_].bound) {
+    // Only a bound one may not outlive the machine.
+    if (bound_) {
       processes_.end(index_);
     }
   }
@@ -58,6 +60,7 @@ class SimRunning : public machine::RunningProcess {
  private:
   SimProcesses& processes_;
   std::size_t index_;
+  bool bound_;
 };
 
 std::vector<std::string> splitArguments(const std::string& text) {
