@@ -383,6 +383,21 @@ void forgetSettled(Program& program, const std::string& folder) {
   });
 }
 
+/// The decoder unpacks in a folder of such a name, which stays where it is ended with its manager.
+/// Only who has the work folder unpacks there: what stands now is left over.
+void removeUnfinished(Program& program, const std::string& work) {
+  constexpr const char* kPrefix = "~QALBUNEX";
+  std::vector<machine::FolderEntry> entries;
+  program.machine.files.list(work, ".tmp", entries);
+  for (const machine::FolderEntry& entry : entries) {
+    if (entry.facts.folder && upperCase(entry.name).starts_with(kPrefix)) {
+      // The decoder takes another name where one stays.
+      resumeNext([&]() -> void { program.fileSystem.deleteFolder(work + "\\" + entry.name, true); },
+                 [](const RuntimeError&) -> void {});
+    }
+  }
+}
+
 void openSinglePack(Program& program, const std::string& packPath, const std::string& target) {
   const std::string work = workFolder(program);
   if (work.empty()) {
@@ -394,6 +409,7 @@ void openSinglePack(Program& program, const std::string& packPath, const std::st
     tellUnopened(program, packPath);
     return;
   }
+  removeUnfinished(program, work);
   // Kept: a decoder that fails is not told, only one that cannot be started. The search then tells
   // a missing folder, or opens what an earlier pack left: what counts is what lies there.
   std::uint32_t exitCode = kUnknownExitCode;

@@ -121,6 +121,7 @@ const CallTable<Outcome> kOutcomes{
      "Contenuto di un pacco non rimosso|Errore in Apertura Pacco |"
      "Errore in installazione prodotto",
      Work::EitherWay},
+    {"files.list C:\\Users\\mario\\Temp", nullptr, Work::Done, "what an ended decoder left stays"},
     {"files.removeFile C:\\Users\\mario\\Temp\\prg\\",
      "Contenuto di un pacco non rimosso|Errore in Apertura Pacco |"
      "Errore in installazione prodotto",

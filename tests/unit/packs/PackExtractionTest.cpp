@@ -215,6 +215,21 @@ TEST_F(PackExtraction, TheTemporaryFolderLosesOneTrailingBackslashOnly) {
   EXPECT_EQ(brought("a.ini"), "a");
 }
 
+TEST_F(PackExtraction, WhatADecoderLeftThatWasEndedByForceGoesBeforeTheNextOne) {
+  machine_.support().setTemporaryPath("D:\\T");
+  machine_.putFile("D:\\T\\~qalbunex1.tmp\\prg\\half.bin", "x");
+  machine_.putFile("D:\\T\\~Qalbunex2.tmp\\b", "x");
+  machine_.putFile("D:\\T\\~altro1.tmp\\keep.txt", "x");
+  machine_.putFile("D:\\T\\~qalbunex3.txt\\keep.txt", "x");
+  machine_.putFile("D:\\T\\~qalbunex4.tmp", "a file");
+  OpenSinglePacks(program_, "D:\\p\\nerio.gz", kTarget);
+  EXPECT_FALSE(machine_.folderExists("D:\\T\\~qalbunex1.tmp"));
+  EXPECT_FALSE(machine_.folderExists("D:\\T\\~Qalbunex2.tmp"));
+  EXPECT_TRUE(machine_.fileExists("D:\\T\\~altro1.tmp\\keep.txt"));
+  EXPECT_TRUE(machine_.fileExists("D:\\T\\~qalbunex3.txt\\keep.txt"));
+  EXPECT_TRUE(machine_.fileExists("D:\\T\\~qalbunex4.tmp"));
+}
+
 TEST_F(PackExtraction, WithoutATemporaryFolderOrATargetNothingIsDone) {
   putPacks("a");
   machine_.putFile("C:\\prg\\keep.txt", "x");
