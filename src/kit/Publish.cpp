@@ -1,5 +1,7 @@
 #include "kit/Publish.h"
 
+#include <algorithm>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <utility>
@@ -9,6 +11,7 @@
 #include "kit/Failure.h"
 #include "kit/GivenPath.h"
 #include "kit/HostShare.h"
+#include "kit/Linting.h"
 #include "kit/Publication.h"
 #include "kit/Withdrawal.h"
 
@@ -62,18 +65,63 @@ Json jsonOf(const PublicationResult& result) {
           {"adds", result.adds}};
 }
 
+/// Is it said of the pack itself, or of something in it?
+bool isOf(const Finding& finding, const std::string& pack) {
+  return finding.file == pack || finding.file.starts_with(pack + "!");
+}
+
+/// A start may open a pack that waits while lint reads the host: it is gone then.
+constexpr int kMostLooks = 3;
+
+std::vector<Finding> lint(Workplace& workplace, Progress& progress,
+                          const std::vector<std::string>& paths) {
+  const RuleChoice rules({}, {});
+  for (int look = 1;; ++look) {
+    try {
+      return Linting(workplace, rules, progress).run(paths);
+    } catch (const Failure&) {
+      if (look == kMostLooks) {
+        throw;
+      }
+    } catch (const RuntimeError&) {
+      if (look == kMostLooks) {
+        throw;
+      }
+    }
+  }
+}
+
+/// What lint says of packs, compared with the host as it is; what it says of the host alone has
+/// nothing to do with them.
+std::vector<Finding> judge(Workplace& workplace, Progress& progress, const std::string& host,
+                           const std::vector<std::string>& packs) {
+  std::vector<std::string> paths{host};
+  paths.insert(paths.end(), packs.begin(), packs.end());
+  std::vector<Finding> findings = lint(workplace, progress, paths);
+  std::erase_if(findings, [&](const Finding& finding) -> bool {
+    return std::none_of(packs.begin(), packs.end(),
+                        [&](const std::string& pack) -> bool { return isOf(finding, pack); });
+  });
+  return findings;
+}
+
 Answer publishPacks(Workplace& workplace, Progress& progress, const GivenPath& host,
                     const std::vector<std::string>& given) {
   std::vector<std::string> packs;
-  packs.reserve(given.size());
+  std::map<std::string, std::string> givenOf;
   for (const std::string& pack : given) {
     packs.push_back(GivenPath(workplace.paths, pack).full());
+    givenOf[packs.back()] = pack;
   }
   HostShare share(workplace.machine, host.full());
-  const PackJudge judge = [&](const std::vector<std::string>& /*outstanding*/) {
-    return std::vector<Finding>();
+  const PackJudge toJudge = [&](const std::vector<std::string>& outstanding) {
+    std::vector<std::string> asGiven;
+    for (const std::string& pack : outstanding) {
+      asGiven.push_back(givenOf[pack]);
+    }
+    return judge(workplace, progress, host.given(), asGiven);
   };
-  const PublicationResult result = publish(share, packs, judge, progress);
+  const PublicationResult result = publish(share, packs, toJudge, progress);
   Answer told = answer(result.refused ? exit_code::kFindings : exit_code::kGood, jsonOf(result),
                        textOf(result));
   told.findings = result.findings;

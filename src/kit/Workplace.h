@@ -2,6 +2,7 @@
 
 #include "machine/Console.h"
 #include "machine/FileUse.h"
+#include "machine/FinishedFiles.h"
 #include "machine/GivenPaths.h"
 #include "machine/Machine.h"
 
@@ -13,6 +14,7 @@ struct Workplace {
   machine::Console& console;
   machine::GivenPaths& paths;
   machine::FileUse& fileUse;
+  machine::FinishedFiles& finished;
 };
 
 }  // namespace trelv::kit

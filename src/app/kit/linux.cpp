@@ -4,6 +4,7 @@
 
 #include "kit/CommandLine.h"
 #include "posix/PosixFileUse.h"
+#include "posix/PosixFinishedFiles.h"
 #include "posix/PosixMachine.h"
 #include "posix/PosixPath.h"
 
@@ -15,7 +16,8 @@ int main(int count, char** arguments) {
   trelv::posix::PosixConsole console;
   trelv::posix::PosixGivenPaths paths;
   trelv::posix::PosixFileUse fileUse;
+  trelv::posix::PosixFinishedFiles finished;
   trelv::machine::Machine machine = system.machine();
-  trelv::kit::Workplace workplace{machine, console, paths, fileUse};
+  trelv::kit::Workplace workplace{machine, console, paths, fileUse, finished};
   return trelv::kit::run(std::vector<std::string>(arguments + 1, arguments + count), workplace);
 }

@@ -7,6 +7,7 @@
 #include "win32/LibrarySearch.h"
 #include "win32/Win32Console.h"
 #include "win32/Win32FileUse.h"
+#include "win32/Win32FinishedFiles.h"
 #include "win32/Win32Machine.h"
 #include "win32/Win32Text.h"
 
@@ -29,6 +30,7 @@ int wmain(int count, wchar_t** arguments) {
   trelv::win32::Win32Console console;
   trelv::win32::Win32GivenPaths paths;
   trelv::win32::Win32FileUse fileUse;
+  trelv::win32::Win32FinishedFiles finished;
   trelv::PatientFiles files(windows.files, windows.clock);
   trelv::XmlStore ownStore(files, windows.registry, windows.locale, windows.system,
                            windows.exclusion);
@@ -37,6 +39,6 @@ int wmain(int count, wchar_t** arguments) {
       files, hostsStore
                  ? static_cast<trelv::machine::ConfigurationLibrary&>(windows.hostConfiguration)
                  : ownStore);
-  trelv::kit::Workplace workplace{machine, console, paths, fileUse};
+  trelv::kit::Workplace workplace{machine, console, paths, fileUse, finished};
   return trelv::kit::run(texts(count, arguments), workplace);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -8,6 +9,7 @@
 #include "base/Text.h"
 #include "kit/CommandLine.h"
 #include "machine/Console.h"
+#include "machine/FinishedFiles.h"
 #include "machine/GivenPaths.h"
 #include "sim/SimFileUse.h"
 #include "sim/SimMachine.h"
@@ -63,6 +65,44 @@ class FakeGivenPaths : public machine::GivenPaths {
   std::string currentFolder = "C:\\Lavoro";
 };
 
+/// On the disks of a simulated machine; not among its calls.
+class FakeFinishedFiles : public machine::FinishedFiles {
+ public:
+  explicit FakeFinishedFiles(sim::SimMachine& simMachine) : machine_(simMachine) {}
+
+  SystemCode setModified(const std::string& path, std::uint64_t modified) override {
+    machine_.diskOf(path).setModifiedTicks(path, static_cast<sim::FileTicks>(modified));
+    return system_code::kSuccess;
+  }
+  SystemCode moveFolder(const std::string& source, const std::string& target) override {
+    sim::SimDisk& disk = machine_.diskOf(source);
+    if (disk.exists(target)) {
+      return system_code::kAlreadyExists;
+    }
+    copy(disk, source, target);
+    disk.removeTree(source);
+    return system_code::kSuccess;
+  }
+
+ private:
+  static void copy(sim::SimDisk& disk, const std::string& source, const std::string& target) {
+    disk.makeFolders(target);
+    for (const std::string& name : disk.names(source)) {
+      const std::string from = source + "\\" + name;
+      const std::string to = target + "\\" + name;
+      if (disk.folderExists(from)) {
+        copy(disk, from, to);
+        continue;
+      }
+      disk.put(to, disk.text(from));
+      disk.setModifiedTicks(to, disk.modifiedTicks(from));
+    }
+    disk.setModifiedTicks(target, disk.modifiedTicks(source));
+  }
+
+  sim::SimMachine& machine_;
+};
+
 /// The second program on a simulated machine.
 class Trelv {
  public:
@@ -74,7 +114,7 @@ class Trelv {
   int run(const std::vector<std::string>& arguments, const std::vector<kit::VerbRow>& table) {
     console.output.clear();
     console.errors.clear();
-    kit::Workplace workplace{machine_.machine(), console, paths, fileUse};
+    kit::Workplace workplace{machine_.machine(), console, paths, fileUse, finished};
     return kit::run(arguments, workplace, table);
   }
 
@@ -84,6 +124,7 @@ class Trelv {
 
  private:
   sim::SimMachine& machine_;
+  FakeFinishedFiles finished{machine_};
 };
 
 }  // namespace trelv::tests

@@ -29,8 +29,16 @@ constexpr const char* kSetup = "S:\\Lumo\\prg\\com\\setup\\aggdovra";
 constexpr const char* kShelf = "S:\\Lumo\\prg\\tempterm\\trelv";
 constexpr const char* kPack = "C:\\Consegne\\zb-09.95.zip";
 constexpr const char* kOther = "C:\\Consegne\\nerio-03.21.zip";
-constexpr const char* kOldConfiguration = "[Update01]\r\nversion=09.94.00.00\r\n";
-constexpr const char* kNewConfiguration = "[Update01]\r\nversion=09.95.00.00\r\n";
+
+/// A configuration file with which nothing is wrong.
+std::string configuration(const std::string& version) {
+  return "[Setup01]\r\nversion=" + version +
+         "\r\nServer01=%PATHSETUP%\\prg\\com\\setup\\aggdovra\\zb\\setup.exe -s\r\n"
+         "[Exec]\r\nMVBIL=%PATHWORK%\\mv\\zb\\mvbil.exe\r\n"
+         "[Remove]\r\nServer01=%PATHWORK%\\mv\\zb\\togli.exe -s\r\n";
+}
+const std::string kOldConfiguration = configuration("09.94.00.00");
+const std::string kNewConfiguration = configuration("09.95.00.00");
 
 using Tree = std::map<std::string, std::string>;
 
@@ -54,6 +62,8 @@ class Delivery {
     putSevenZip(machine());
     share().put(setup("zb.ini"), kOldConfiguration);
     share().put(setup("zb\\setup.exe"), "vecchio");
+    share().put("S:\\Lumo\\mv\\zb\\mvbil.exe", "programma");
+    share().put("S:\\Lumo\\mv\\zb\\togli.exe", "programma");
     share().put(setup("agdvcomp.ini"),
                 "[prod01]\r\nid=ZB\r\nname=Bilancio\r\nconf=prg\\com\\setup\\aggdovra\\zb.ini\r\n");
     installation.putServerRecord("[ZB]\r\nversion=09.94.00.00\r\n");
@@ -61,7 +71,7 @@ class Delivery {
                                       {"zb/setup.exe", "vecchio"},
                                       {"zb/novità/leggimi.txt", "nuovo"},
                                       {"zb/perché.txt", "nuovo"}}));
-    machine().putFile(kOther, zipPack({{"nerio.ini", "nerio"}, {"nerio/setup.exe", "nerio"}}));
+    machine().putFile(kOther, zipPack({{"nerio/a.txt", "nerio"}, {"nerio/setup.exe", "nerio"}}));
   }
 
   static std::string setup(const std::string& path) { return std::string(kSetup) + "\\" + path; }
@@ -101,7 +111,7 @@ class Publish : public testing::Test, public Delivery {};
 
 TEST_F(Publish, PackWaitsUnderItsOwnName) {
   const Tree before = tree();
-  ASSERT_EQ(publish(), 0) << trelv.console.errors;
+  ASSERT_EQ(publish(), 0) << trelv.console.errors << trelv.console.output;
   Tree expected = before;
   expected[setup("zb-09.95.zip")] = machine().fileText(kPack);
   EXPECT_EQ(tree(), expected);
@@ -213,7 +223,8 @@ TEST_F(Publish, UndoOfANamedJournalLeavesTheOthers) {
 TEST_F(Publish, UndoIsRefusedWhileALaterPublicationHasTheSameFiles) {
   publish();
   const std::string first = result()["journal"];
-  machine().putFile("C:\\Consegne\\zb-09.96.zip", zipPack({{"ZB.INI", "09.96"}}));
+  machine().putFile("C:\\Consegne\\zb-09.96.zip",
+                    zipPack({{"ZB.INI", configuration("09.96.00.00")}}));
   publish({"C:\\Consegne\\zb-09.96.zip"});
   const Tree before = tree();
   EXPECT_EQ(undo({first}), 2);
@@ -231,7 +242,7 @@ TEST_F(Publish, UndoOfAnUnknownJournalIsTold) {
 TEST_F(Publish, WaitingPackOfTheSameNameIsReplacedAndComesBack) {
   publish();
   const std::string old = machine().fileText(kPack);
-  machine().putFile(kPack, zipPack({{"zb.ini", "09.95 bis"}}));
+  machine().putFile(kPack, zipPack({{"zb.ini", configuration("09.95.00.01")}}));
   ASSERT_EQ(publish(), 0);
   EXPECT_EQ(share().text(setup("zb-09.95.zip")), machine().fileText(kPack));
   ASSERT_EQ(undo(), 0);
@@ -241,7 +252,7 @@ TEST_F(Publish, WaitingPackOfTheSameNameIsReplacedAndComesBack) {
 TEST_F(Publish, ReplacedPackComesBackAlsoBehindTheOpening) {
   publish();
   const Tree before = tree();
-  machine().putFile(kPack, zipPack({{"zb.ini", "09.95 bis"}}));
+  machine().putFile(kPack, zipPack({{"zb.ini", configuration("09.95.00.01")}}));
   publish();
   open();
   ASSERT_EQ(undo(), 0) << trelv.console.errors;
@@ -249,23 +260,24 @@ TEST_F(Publish, ReplacedPackComesBackAlsoBehindTheOpening) {
 }
 
 TEST_F(Publish, WhatAWaitingPackBringsIsWhatWasThere) {
-  machine().putFile("C:\\Consegne\\a.zip", zipPack({{"zb.ini", "dal primo"}}));
+  machine().putFile("C:\\Consegne\\a.zip", zipPack({{"zb.ini", configuration("09.94.00.01")}}));
   publish({"C:\\Consegne\\a.zip"});
   publish();
   open();
   ASSERT_EQ(share().text(setup("zb.ini")), kNewConfiguration);
   undo();
-  EXPECT_EQ(share().text(setup("zb.ini")), "dal primo");
+  EXPECT_EQ(share().text(setup("zb.ini")), configuration("09.94.00.01"));
 }
 
 TEST_F(Publish, PacksInAPackAreTakenBackToo) {
   const Tree before = tree();
-  machine().putFile(kPack, zipPack({{"interno.zip", zipPack({{"zb.ini", "interno"}})},
-                                    {"zb.ini", kNewConfiguration}}));
+  machine().putFile(kPack,
+                    zipPack({{"interno.zip", zipPack({{"zb.ini", configuration("09.96.00.00")}})},
+                             {"zb.ini", kNewConfiguration}}));
   ASSERT_EQ(publish(), 0);
   open();
   open();
-  ASSERT_EQ(share().text(setup("zb.ini")), "interno");
+  ASSERT_EQ(share().text(setup("zb.ini")), configuration("09.96.00.00"));
   ASSERT_EQ(undo(), 0);
   EXPECT_EQ(tree(), before);
 }
@@ -387,7 +399,7 @@ int undoLatest(Delivery& delivery) { return delivery.undo(); }
 
 void publishAnotherOfTheName(Delivery& delivery) {
   const std::string bytes = delivery.machine().fileText(kPack);
-  delivery.machine().putFile(kPack, zipPack({{"zb.ini", "prima"}}));
+  delivery.machine().putFile(kPack, zipPack({{"zb.ini", configuration("09.94.00.01")}}));
   delivery.publish();
   delivery.machine().putFile(kPack, bytes);
 }
@@ -532,7 +544,7 @@ TEST_P(PublishDisturbed, FailureInAnyCallLeavesOldOrNewAndIsRepeatedSafely) {
         reached = failing.reached();
         where = std::string(work.name) + ", " + failing.failedCall();
       }
-      EXPECT_TRUE(exitCode == 0 || exitCode == 2) << where;
+      EXPECT_TRUE(exitCode == 0 || exitCode == 2 || (exitCode == 1 && !isUndo(work))) << where;
       const Tree found = seen(*delivery);
       expectOldOrNew(found, ends.before, ends.after, where);
       if (exitCode == 0) {

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "machine/FinishedFiles.h"
+
+namespace trelv::posix {
+
+class PosixFinishedFiles : public machine::FinishedFiles {
+ public:
+  SystemCode setModified(const std::string& path, std::uint64_t modified) override;
+  SystemCode moveFolder(const std::string& source, const std::string& target) override;
+};
+
+}  // namespace trelv::posix
