@@ -231,6 +231,16 @@ bool isThere(Host& host, const std::string& path) {
                        host.arriving.end();
 }
 
+/// Does one of the product's programs stand on the share? Before its first set-up none does, nor
+/// what removes it.
+bool isInstalled(const Configuration& configuration) {
+  return std::any_of(configuration.programs.begin(), configuration.programs.end(),
+                     [&](const Command& command) -> bool {
+                       return isThere(*configuration.host,
+                                      programOf(resolved(configuration, command.text)));
+                     });
+}
+
 /// Is it a path below the share at which no file stands? Programs elsewhere are not judged.
 bool isMissingBelow(Host& host, const std::string& path) {
   const std::string name = path.substr(path.find_last_of('\\') + 1);
@@ -433,7 +443,11 @@ void programNotOnShare(const Configuration& configuration, Report& report) {
   if (configuration.host == nullptr) {
     return;
   }
-  forEachCommand(configuration, [&](const CommandSection&, const Command& command) {
+  const bool installed = isInstalled(configuration);
+  forEachCommand(configuration, [&](const CommandSection& section, const Command& command) {
+    if (section.operation == Operation::Remove && !installed) {
+      return;
+    }
     const std::string program = programOf(resolved(configuration, command.text));
     if (isMissingBelow(*configuration.host, program)) {
       tell(configuration, report, command, configuration.host->place.shown(program));

@@ -167,6 +167,15 @@ const std::vector<Row>& rows() {
       {"TK207", "behind the last", edit(kZb, "[Update02]", "[Update101]"), kZb, 10},
       {"TK207", "the last", edit(kZb, "[Update02]", "[Update100]"), ""},
       {"TK208", "no such program", removed(kSetups + "bilancio\\setup.exe"), kZb, 3},
+      {"TK208", "of the removal", edit(kZb, "Client01=" + kSetupExe + "-rimuovi Client",
+                                       "Client01=%PATHWORK%\\mv\\bilancio\\togli.exe"),
+       kZb, 21},
+      {"TK208", "of the removal, before the set-up", [](LintWorld& world) -> void {
+         edit(kZb, "Client01=" + kSetupExe + "-rimuovi Client",
+              "Client01=%PATHWORK%\\mv\\bilancio\\togli.exe")(world);
+         world.remove("S:\\Lumo\\mv\\bilancio");
+       },
+       ""},
       {"TK208", "elsewhere", edit(kZb, kServerSetup, "Server01=C:\\Strumenti\\a.exe"), ""},
       {"TK208", "without its ending",
        edit(kZb, kServerSetup, "Server01=%PATHSETUP%\\prg\\com\\setup\\aggdovra\\bilancio\\setup -s"),
