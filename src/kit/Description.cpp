@@ -209,7 +209,7 @@ std::string letterOutside(const std::string& text) {
   while (!rest.empty()) {
     const std::string_view before = rest;
     decoder::takeCharacter(rest);
-    const std::string letter(before.substr(0, before.size() - rest.size()));
+    std::string letter(before.substr(0, before.size() - rest.size()));
     if (!inCodePage(letter)) {
       return letter;
     }

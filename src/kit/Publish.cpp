@@ -108,6 +108,7 @@ std::vector<Finding> judge(Workplace& workplace, Progress& progress, const std::
 Answer publishPacks(Workplace& workplace, Progress& progress, const GivenPath& host,
                     const std::vector<std::string>& given) {
   std::vector<std::string> packs;
+  packs.reserve(given.size());
   std::map<std::string, std::string> givenOf;
   for (const std::string& pack : given) {
     packs.push_back(GivenPath(workplace.paths, pack).full());
@@ -116,6 +117,7 @@ Answer publishPacks(Workplace& workplace, Progress& progress, const GivenPath& h
   HostShare share(workplace.machine, host.full());
   const PackJudge toJudge = [&](const std::vector<std::string>& outstanding) {
     std::vector<std::string> asGiven;
+    asGiven.reserve(outstanding.size());
     for (const std::string& pack : outstanding) {
       asGiven.push_back(givenOf[pack]);
     }
