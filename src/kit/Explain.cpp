@@ -33,7 +33,7 @@ bool isKnownProduct(const std::string& identifier) {
 /// catalogue knows are updated all the same.
 std::string knownIdentifier(Program& program, const std::string& serverPath,
                             const std::string& given) {
-  const std::string upper = upperCase(given);
+  std::string upper = upperCase(given);
   if (isKnownProduct(upper)) {
     return upper;
   }

@@ -40,6 +40,6 @@ std::vector<PackedFile> packContent(machine::Files& files, const std::string& pa
 /// Bytes of one of those files as the opened pack leaves it; nothing where the pack has none of
 /// that name.
 std::optional<std::string> packedBytes(machine::Files& files, const std::string& pack,
-                                       const std::string& path);
+                                       const std::string& wanted);
 
 }  // namespace trelv::kit

@@ -147,6 +147,7 @@ bool Publication::isOpened(const GivenPack& pack) {
 
 bool Publication::isRefused(const std::vector<GivenPack>& packs) {
   std::vector<std::string> paths;
+  paths.reserve(packs.size());
   for (const GivenPack& pack : packs) {
     paths.push_back(pack.path);
   }
@@ -238,15 +239,13 @@ void Publication::keep(JournalFile& file) {
 }
 
 std::optional<std::string> Publication::bytesOfWaiting(const std::string& path) {
-  for (auto each = waiting_.rbegin(); each != waiting_.rend(); ++each) {
-    const bool holds =
-        std::any_of(each->second.begin(), each->second.end(),
-                    [&](const PackedFile& file) { return equalNoCase(file.path, path); });
-    if (holds) {
-      return packedBytes(files_, share_.setup(each->first), path);
-    }
-  }
-  return std::nullopt;
+  const auto last = std::find_if(waiting_.rbegin(), waiting_.rend(), [&](const auto& each) -> bool {
+    return std::any_of(each.second.begin(), each.second.end(), [&](const PackedFile& file) -> bool {
+      return equalNoCase(file.path, path);
+    });
+  });
+  return last == waiting_.rend() ? std::nullopt
+                                 : packedBytes(files_, share_.setup(last->first), path);
 }
 
 void Publication::noteFolders(const std::string& path) {

@@ -172,7 +172,7 @@ std::string JournalShelf::begin() {
   int number = all.empty() ? 0 : std::stoi(all.back().substr(0, 4));
   for (int tries = 0;; ++tries) {
     ++number;
-    const std::string name = nameOf(number, machine_.clock.now());
+    std::string name = nameOf(number, machine_.clock.now());
     const SystemCode code = machine_.files.makeFolder(path(name));
     if (code == system_code::kAlreadyExists && tries < kMostTries) {
       continue;

@@ -161,13 +161,15 @@ void Withdrawal::restore(const JournalFile& file) {
 
 /// One in which somebody else has put something stays.
 void Withdrawal::removeFolders() {
-  for (auto folder = journal_.folders.rbegin(); folder != journal_.folders.rend(); ++folder) {
-    const std::string path = share_.setup(*folder);
+  const auto remove = [&](const std::string& folder) -> void {
+    const std::string path = share_.setup(folder);
     const SystemCode code = files_.removeFolder(path);
     if (code != system_code::kDirectoryNotEmpty && !meansMissing(code)) {
       requireDone(code, path);
     }
-  }
+  };
+  // Inner ones first.
+  std::for_each(journal_.folders.rbegin(), journal_.folders.rend(), remove);
 }
 
 void Withdrawal::findLeft() {

@@ -34,7 +34,7 @@ struct WithdrawalResult {
 /// wait go; of what an opened one brought, files that were replaced are put back, others removed.
 /// One that is interrupted can be begun again. Raises Failure, also where a later publication has
 /// brought the same files, or RuntimeError.
-WithdrawalResult withdraw(HostShare& share, const std::optional<std::string>& journal,
+WithdrawalResult withdraw(HostShare& share, const std::optional<std::string>& name,
                           Progress& progress);
 
 /// A publication for the reader of a list.

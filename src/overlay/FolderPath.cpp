@@ -33,7 +33,7 @@ std::size_t endOfRoot(const std::string& path) {
 /// Full roots of drives have their backslash; a drive or nothing before a name means the current
 /// folder.
 std::string rootOf(const std::string& path, std::size_t end) {
-  const std::string begun = path.substr(0, end);
+  std::string begun = path.substr(0, end);
   const bool share = begun.compare(0, 2, "\\\\") == 0 && (begun.empty() || begun.back() != ':');
   if (share) {
     return begun;

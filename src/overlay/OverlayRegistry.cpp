@@ -151,6 +151,7 @@ class OverlayKey : public RegistryKey {
       names.emplace(upperCase(name), name);
     }
     std::vector<std::string> sorted;
+    sorted.reserve(names.size());
     for (const auto& [upper, spelt] : names) {
       sorted.push_back(spelt);
     }

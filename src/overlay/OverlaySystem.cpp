@@ -27,8 +27,9 @@ machine::LocalTime OverlayClock::now() {
   if (paused_ == 0) {
     return time;
   }
-  const local_days day = local_days{year{time.year} / static_cast<unsigned>(time.month) /
-                                    static_cast<unsigned>(time.day)};
+  const local_days day =
+      local_days{year_month_day{year{time.year}, month{static_cast<unsigned>(time.month)},
+                                std::chrono::day{static_cast<unsigned>(time.day)}}};
   const local_seconds moment = day + hours{time.hour} + minutes{time.minute} +
                                seconds{time.second} + duration_cast<seconds>(milliseconds{paused_});
   const local_days today = floor<days>(moment);

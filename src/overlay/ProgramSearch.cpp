@@ -130,7 +130,7 @@ std::string ProgramSearch::existing(const std::string& path) {
   const std::string name = path.substr(path.find_last_of("\\/") + 1);
   for (const char* const extension : {"", ".exe"}) {
     machine::FileFacts facts;
-    const std::string tried = path + extension;
+    std::string tried = path + extension;
     if (files_.look(tried, facts) == kSuccess && !facts.folder) {
       return tried;
     }

@@ -26,7 +26,7 @@ class ProgramSearch {
  private:
   SystemCode findQuoted(const std::string& commandLine, std::string& program);
   SystemCode findByCuts(const std::string& commandLine, std::string& program);
-  SystemCode candidate(const std::string& path, std::string& program);
+  SystemCode candidate(const std::string& name, std::string& program);
   std::string search(const std::string& name, bool currentFolder);
   std::string existing(const std::string& path);
 

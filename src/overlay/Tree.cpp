@@ -24,8 +24,8 @@ SystemCode asFolder(SystemCode code) { return code == kFileNotFound ? kPathNotFo
 std::uint64_t unitsOf(const machine::LocalTime& time) {
   using namespace std::chrono;
   constexpr sys_days kBegin = year{1601} / 1 / 1;
-  const sys_days day =
-      year{time.year} / static_cast<unsigned>(time.month) / static_cast<unsigned>(time.day);
+  const sys_days day = year_month_day{year{time.year}, month{static_cast<unsigned>(time.month)},
+                                      std::chrono::day{static_cast<unsigned>(time.day)}};
   const seconds passed =
       (day - kBegin) + hours{time.hour} + minutes{time.minute} + seconds{time.second};
   constexpr std::uint64_t kUnitsPerSecond = 10'000'000;
@@ -256,7 +256,7 @@ std::string Tree::realPath(const std::string& path) {
   }
   if (entry->kind == Entry::Kind::File && entry->source.empty()) {
     // With its name behind: a tool may go by the ending.
-    const std::string real = privateFolder_.newPath() + "-" + entry->name;
+    std::string real = privateFolder_.newPath() + "-" + entry->name;
     if (below_.write(real, entry->bytes) == kSuccess) {
       entry->source = real;
       entry->bytes.clear();
