@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
@@ -64,9 +65,12 @@ SystemCode PosixFileUse::owner(const std::string& path, std::string& account) {
   if (code != system_code::kSuccess) {
     return code;
   }
-  // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread.
-  const passwd* const entry = getpwuid(facts.st_uid);
-  if (entry == nullptr) {
+  // Longer than any entry of a directory service that has been seen.
+  std::array<char, 16384> texts{};
+  passwd record{};
+  passwd* entry = nullptr;
+  if (getpwuid_r(facts.st_uid, &record, texts.data(), texts.size(), &entry) != 0 ||
+      entry == nullptr) {
     return kNoSuchAccount;
   }
   account = entry->pw_name;

@@ -67,7 +67,6 @@ bool askProcesses(HANDLE file, ProcessesUsingFile& answer) {
     return false;
   }
   StatusBlock status{};
-  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): the function's real type.
   const auto query = reinterpret_cast<QueryFile>(reinterpret_cast<void*>(function));
   return query(file, &status, &answer, sizeof answer, kProcessesUsingFile) >= 0;
 }

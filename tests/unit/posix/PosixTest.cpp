@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
+#include "posix/PosixFileUse.h"
 #include "posix/PosixMachine.h"
 #include "posix/PosixPath.h"
 
@@ -190,6 +192,19 @@ TEST_F(Posix, TakesPathsAsTheyAreGiven) {
   ASSERT_EQ(paths.fullPath("demo", full), 0U);
   EXPECT_EQ(full, posix::shownPath((fs::current_path() / "demo").string()));
   EXPECT_EQ(paths.fullPath("", full), system_code::kBadPathname);
+}
+
+TEST_F(Posix, TellsWhoOwnsAFile) {
+  put("a.txt", "");
+  posix::PosixFileUse fileUse;
+  std::string account;
+  ASSERT_EQ(fileUse.owner(shown_ + "\\a.txt", account), 0U);
+  std::ifstream users("/etc/passwd");
+  const std::string all((std::istreambuf_iterator<char>(users)), {});
+  EXPECT_NE(("\n" + all).find("\n" + account + ":x:" + std::to_string(getuid()) + ":"),
+            std::string::npos)
+      << account;
+  EXPECT_EQ(fileUse.owner(shown_ + "\\manca", account), system_code::kFileNotFound);
 }
 
 TEST_F(Posix, TellsTheRoomThatIsLeft) {
