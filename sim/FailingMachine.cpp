@@ -107,7 +107,7 @@ bool isTried(CallKind kind) {
 
 FailingMachine::FailingMachine(SimMachine& simMachine, std::size_t number, FailureSpan span,
                                std::size_t variant)
-    : machine_(simMachine), number_(number), span_(span), variant_(variant) {
+    : machine_(simMachine), span_(span), failure_{number, variant, "", false} {
   machine_.callLog().setInjector([this](const SimCall& call) { return look(call); });
 }
 
@@ -121,23 +121,33 @@ std::size_t FailingMachine::variants(CallKind kind) {
   return count;
 }
 
+void FailingMachine::failAlso(std::size_t number, std::size_t variant) {
+  second_ = {number, variant, "", false};
+}
+
 std::optional<SystemCode> FailingMachine::look(const SimCall& call) {
   ++seen_;
-  const bool fails =
-      span_ == FailureSpan::Once ? seen_ == number_ || isTriedAgain(call) : seen_ >= number_;
+  const std::optional<SystemCode> code = lookFor(failure_, call);
+  return code || second_.number == 0 ? code : lookFor(second_, call);
+}
+
+std::optional<SystemCode> FailingMachine::lookFor(Failure& failure, const SimCall& call) const {
+  const bool fails = span_ == FailureSpan::Once
+                         ? seen_ == failure.number || isTriedAgain(failure, call)
+                         : seen_ >= failure.number;
   if (!fails) {
     return std::nullopt;
   }
-  if (failedCall_.empty()) {
-    failedCall_ = call.text;
-    stillTried_ = isTried(call.kind);
+  if (failure.call.empty()) {
+    failure.call = call.text;
+    failure.stillTried = isTried(call.kind);
   }
-  return codeFor(call.kind, variant_);
+  return codeFor(call.kind, failure.variant);
 }
 
-bool FailingMachine::isTriedAgain(const SimCall& call) {
-  const bool again = stillTried_ && call.text == failedCall_;
-  stillTried_ = again || (stillTried_ && call.kind == CallKind::FileLook);
+bool FailingMachine::isTriedAgain(Failure& failure, const SimCall& call) {
+  const bool again = failure.stillTried && call.text == failure.call;
+  failure.stillTried = again || (failure.stillTried && call.kind == CallKind::FileLook);
   return again;
 }
 

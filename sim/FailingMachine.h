@@ -27,28 +27,40 @@ class FailingMachine {
   FailingMachine(const FailingMachine&) = delete;
   FailingMachine& operator=(const FailingMachine&) = delete;
 
+  /// The call of this number fails too, and like the first one again where it is tried again.
+  void failAlso(std::size_t number, std::size_t variant);
+
   /// In how many ways a call of this kind can fail: variants 0 … less than this.
   static std::size_t variants(CallKind kind);
 
   /// Was there a call of that number? A sweep ends with the first run that answers false.
-  bool reached() const { return seen_ >= number_; }
+  bool reached() const { return seen_ >= failure_.number; }
   /// How many calls were made since.
   std::size_t calls() const { return seen_; }
   /// Text of the first call that failed; empty when none did.
-  const std::string& failedCall() const { return failedCall_; }
+  const std::string& failedCall() const { return failure_.call; }
+  /// The same of the call of failAlso().
+  const std::string& secondCall() const { return second_.call; }
 
  private:
+  struct Failure {
+    std::size_t number = 0;
+    std::size_t variant = 0;
+    /// Text of the call that it was.
+    std::string call;
+    /// Nothing else was done since the call failed.
+    bool stillTried = false;
+  };
+
   std::optional<SystemCode> look(const SimCall& call);
-  bool isTriedAgain(const SimCall& call);
+  std::optional<SystemCode> lookFor(Failure& failure, const SimCall& call) const;
+  static bool isTriedAgain(Failure& failure, const SimCall& call);
 
   SimMachine& machine_;
-  std::size_t number_;
   FailureSpan span_;
-  std::size_t variant_;
+  Failure failure_;
+  Failure second_;
   std::size_t seen_ = 0;
-  std::string failedCall_;
-  /// Nothing else was done since the call failed.
-  bool stillTried_ = false;
 };
 
 }  // namespace trelv::sim

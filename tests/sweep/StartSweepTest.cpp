@@ -1,6 +1,7 @@
 // A whole start, again and again: each time one more call of the machine fails, or everything from
 // it on, or the share vanishes there. Whatever fails, the requested program starts, versions stay
-// true, locks go and the log tells it, or it stands by name in one of the tables below.
+// true, locks go and the log tells it, or it stands by name in the table below or beside the
+// invariant (prove/Invariants).
 
 #include <gtest/gtest.h>
 
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "base/Text.h"
+#include "prove/Invariants.h"
 #include "support/Installation.h"
 #include "support/RealProgram.h"
 #include "sweep/ExpectSwept.h"
@@ -88,29 +90,6 @@ const CallTable<Telling> kTellings{
     {"environment.set", "Errore in settaggio variabili di ambiente Bilancio"},
     {"processes.start S:\\Lumo\\mv\\", kErrorForm}};
 
-const CallTable<Exception> kProgramDoesNotStart{
-    {"files.look S:\\Lumo\\mv\\zb\\mvbil.exe", "its own test"},
-    {"processes.start S:\\Lumo\\mv\\zb\\mvbil.exe", "its own start"}};
-
-const CallTable<Exception> kProgramIsNotInstalled{
-    {"configuration.getParameter", "the integration cannot be read: nothing is installed"},
-    {"files.look S:\\Lumo\\prg\\com\\setup\\aggdovra\\zb.ini", "no part of the installation"},
-    {"files.list S:\\Lumo\\prg\\com\\setup\\aggdovra", "the search for packs ends the update"},
-    {"files.look S:\\Lumo\\prg", "the lock's folder cannot be made: no command runs"},
-    {"files.makeFolder", "the lock's folder cannot be made: no command runs"},
-    {"files.write", "the lock cannot be taken: no command runs"},
-    {"files.removeFile S:\\Lumo\\prg\\tempterm\\agdv.lck",
-     "the lock that stayed stops the next product"},
-    {"files.removeFile C:\\Lumo\\Clientagdv.lck", "the lock that stayed stops the next product"},
-    {"files.look C:\\Lumo\\Clientagdv.lck", "the lock that stayed stops the next product"},
-    {"processes.start S:\\Lumo\\prg\\com\\setup\\aggdovra\\zb\\server.exe", "its own set-up"}};
-
-const CallTable<Exception> kLockStays{
-    {"files.removeFile S:\\Lumo\\prg\\tempterm\\agdv.lck", "its removal is what failed"},
-    {"files.removeFile C:\\Lumo\\Clientagdv.lck", "its removal is what failed"},
-    {"files.look S:\\Lumo\\prg\\tempterm\\agdv.lck", "a lock that cannot be seen is not removed"},
-    {"files.look C:\\Lumo\\Clientagdv.lck", "a lock that cannot be seen is not removed"}};
-
 /// Which start is swept.
 enum class StartKind {
   /// All five products at their versions.
@@ -154,10 +133,9 @@ class SweptStart : public SweptWorld {
  private:
   bool told(const std::string& parts) { return tellsOneOf(told_, parts); }
   bool programWasStarted();
-  void expectTold(const Fault& fault, Findings& findings);
-  void expectStarted(const Fault& fault, Findings& findings);
-  void expectNoLocks(const Fault& fault, Findings& findings);
-  void expectVersionsTrue(const char* record, const std::string& side, Findings& findings);
+  void expectTold(Judge& judge);
+  void expectStarted(Judge& judge);
+  void expectVersionsTrue(const char* record, const std::string& side, Judge& judge);
   bool commandWasStarted(const std::string& id, const std::string& side);
 
   const StartKind kind_;
@@ -210,63 +188,62 @@ bool SweptStart::commandWasStarted(const std::string& id, const std::string& sid
 }
 
 void SweptStart::judge(const Fault& fault, Findings& findings) {
-  expectVersionsTrue(Installation::kServerRecord, "Server", findings);
-  expectVersionsTrue(Station::kClientRecord, "Client", findings);
+  Judge judge(fault, findings, exceptionsOfTheStart);
+  expectVersionsTrue(Installation::kServerRecord, "Server", judge);
+  expectVersionsTrue(Station::kClientRecord, "Client", judge);
   switch (fault.trouble) {
     case Trouble::FailsFromThenOn:
       return;
     case Trouble::ShareVanishes:
-      findings.expect(
+      judge.demand(
+          Invariant::FailureTold,
           programWasStarted() || told(std::string(kErrorForm) + "|" + kNotOnDisk +
                                       "|Non è stato rilevato alcun programma per il prodotto: ZB"),
           "the program was not started and nobody told it");
       // The server's lock lies on the share that is gone: nobody can remove it.
-      findings.expect(!machine().fileExists(Station::kClientLock), "the client's lock stayed");
+      judge.demand(Invariant::LocksGo, !machine().fileExists(Station::kClientLock),
+                   "the client's lock stayed");
       return;
     default:
-      expectTold(fault, findings);
-      expectStarted(fault, findings);
-      expectNoLocks(fault, findings);
+      expectTold(judge);
+      expectStarted(judge);
+      judge.locksGone({}, pictureOf(machine(), {"C:", "S:"}));
   }
 }
 
-void SweptStart::expectTold(const Fault& fault, Findings& findings) {
-  const Telling* const row = kTellings.of(fault);
-  findings.expect(row != nullptr || fault.trouble == Trouble::None,
-                  "nobody says where this failure is told");
+void SweptStart::expectTold(Judge& judge) {
+  const Telling* const row = kTellings.of(judge.fault());
+  judge.demand(Invariant::FailureTold, row != nullptr || judge.fault().trouble == Trouble::None,
+               "nobody says where this failure is told");
   if (row != nullptr && row->told != nullptr) {
-    findings.expect(told(row->told), std::string("nobody told \"") + row->told + "\"");
+    judge.demand(Invariant::FailureTold, told(row->told),
+                 std::string("nobody told \"") + row->told + "\"");
   }
 }
 
-void SweptStart::expectStarted(const Fault& fault, Findings& findings) {
+void SweptStart::expectStarted(Judge& judge) {
   if (share().fileExists(kProgram)) {
-    findings.expect(programWasStarted() || kProgramDoesNotStart.holds(fault),
-                    "the program was not started");
+    judge.demand(Invariant::ProgramStarts, programWasStarted(), "the program was not started");
   } else {
-    findings.expect(kProgramIsNotInstalled.holds(fault), "the program was not installed");
-    findings.expect(told(kNotOnDisk), "nobody told that it is not installed");
+    judge.demand(Invariant::ProgramInstalled, false, "the program was not installed");
+    judge.demand(Invariant::FailureTold, told(kNotOnDisk), "nobody told that it is not installed");
   }
 }
 
-void SweptStart::expectNoLocks(const Fault& fault, Findings& findings) {
-  for (const char* const lock : {Installation::kServerLock, Station::kClientLock}) {
-    findings.expect(!machine().fileExists(lock) || kLockStays.holds(fault),
-                    std::string("left behind: ") + lock);
-  }
-}
-
-/// A version is the one before the start, or the delivered one where its command ran.
-void SweptStart::expectVersionsTrue(const char* record, const std::string& side,
-                                    Findings& findings) {
+void SweptStart::expectVersionsTrue(const char* record, const std::string& side, Judge& judge) {
+  Versions before;
+  Versions found;
   for (const auto& [id, delivered] : kDelivered) {
-    const std::string found = machine().iniValue(record, id, "version");
-    findings.expect(
-        found == versionBefore(kind_, id) || (found == delivered && commandWasStarted(id, side)),
-        side + " version of " + id + " is \"" + found + "\"");
+    before[id] = versionBefore(kind_, id);
+    found[id] = machine().iniValue(record, id, "version");
   }
-  findings.expect(machine().iniValue(record, "KXK", "version") == "01.02.03.04",
-                  side + " record lost another section");
+  judge.versionsTrue(side, before, found,
+                     [&](const std::string& id, const std::string& version) -> bool {
+                       return version == kDelivered.at(id) && commandWasStarted(id, side);
+                     });
+  judge.demand(Invariant::OthersSurvive,
+               machine().iniValue(record, "KXK", "version") == "01.02.03.04",
+               side + " record lost another section");
 }
 
 // The least number of calls says that a sweep did not end at once.
@@ -277,9 +254,9 @@ TEST(StartSweep, AFailureIsToldAndTheProgramStartsAllTheSame) {
     expectSwept<SweptStart>({Trouble::FailsOnce}, 80, kind);
   }
   expectEachRowMatched(kTellings);
-  expectEachRowMatched(kProgramDoesNotStart);
-  expectEachRowMatched(kProgramIsNotInstalled);
-  expectEachRowMatched(kLockStays);
+  expectEachRowMatched(exceptionsOfTheStart(Invariant::ProgramStarts));
+  expectEachRowMatched(exceptionsOfTheStart(Invariant::ProgramInstalled));
+  expectEachRowMatched(exceptionsOfTheStart(Invariant::LocksGo));
 }
 
 TEST(StartSweep, AShareThatVanishesIsToldAndDamagesNothing) {

@@ -23,11 +23,69 @@ std::vector<sim::Unfinished> waysToEnd(const sim::SimCall& call) {
              : std::vector<Unfinished>{Unfinished::NotBegun};
 }
 
-/// The ways in which a call can meet a trouble. Where one way is enough it is another from call to
-/// call.
+/// The text of the call that failed.
+std::string runFailing(SweptWorld& world, Fault& fault) {
+  const auto span =
+      fault.trouble == Trouble::FailsOnce ? sim::FailureSpan::Once : sim::FailureSpan::FromThenOn;
+  sim::FailingMachine failing(world.machine(), fault.number, span, fault.variant);
+  if (fault.secondNumber != 0) {
+    failing.failAlso(fault.secondNumber, fault.secondVariant);
+  }
+  world.run();
+  fault.secondCall = failing.secondCall();
+  return failing.failedCall();
+}
+
+/// The text of the call in which the program ended.
+std::string runKilled(SweptWorld& world, const Fault& fault) {
+  const sim::KilledMachine killed(world.machine(), fault.number, fault.left);
+  try {
+    world.run();
+  } catch (const sim::Killed&) {
+    // What it was killed in is asked for below.
+  }
+  return killed.reached() ? killed.killedCall() : "none: it lived on";
+}
+
+/// The text of the first call that did without the share.
+std::string runWithoutShare(SweptWorld& world, const Fault& fault) {
+  std::string met;
+  world.machine().onCall(fault.number, [&] {
+    met = world.machine().callLog().all().back().text;
+    world.share().disconnect(fault.variant % 2 == 0 ? system_code::kBadNetPath
+                                                    : system_code::kNetNameDeleted);
+  });
+  world.run();
+  world.share().reconnect();
+  return met;
+}
+
+/// Lets the program run into a fault; the text of the call that met it.
+std::string runInto(SweptWorld& world, Fault& fault) {
+  world.machine().callLog().clear();
+  switch (fault.trouble) {
+    case Trouble::FailsOnce:
+    case Trouble::FailsFromThenOn:
+      return runFailing(world, fault);
+    case Trouble::Killed:
+      return runKilled(world, fault);
+    case Trouble::ShareVanishes:
+      return runWithoutShare(world, fault);
+    default:
+      world.run();
+      return fault.call;
+  }
+}
+
+}  // namespace
+
 std::vector<Fault> faultsOf(const sim::SimCall& call, Trouble trouble) {
   std::vector<Fault> faults;
-  Fault fault{trouble, call.number, call.text, call.number};
+  Fault fault;
+  fault.trouble = trouble;
+  fault.number = call.number;
+  fault.call = call.text;
+  fault.variant = call.number;
   if (trouble == Trouble::FailsOnce) {
     for (std::size_t way = 0; way < waysToFail(call); ++way, ++fault.variant) {
       faults.push_back(fault);
@@ -47,7 +105,11 @@ std::string describe(const Fault& fault) {
   const std::string call = "call " + std::to_string(fault.number) + ", " + fault.call;
   switch (fault.trouble) {
     case Trouble::FailsOnce:
-      return call + ", failed (variant " + std::to_string(fault.variant) + ")";
+      return call + ", failed (variant " + std::to_string(fault.variant) + ")" +
+             (fault.secondNumber == 0
+                  ? ""
+                  : " and so did call " + std::to_string(fault.secondNumber) + " (variant " +
+                        std::to_string(fault.secondVariant) + ")");
     case Trouble::FailsFromThenOn:
       return "everything failed from " + call + " on";
     case Trouble::Killed:
@@ -63,72 +125,20 @@ std::string describe(const Fault& fault) {
   }
 }
 
-/// The text of the call that failed.
-std::string runFailing(SweptWorld& world, const Fault& fault) {
-  const auto span =
-      fault.trouble == Trouble::FailsOnce ? sim::FailureSpan::Once : sim::FailureSpan::FromThenOn;
-  sim::FailingMachine failing(world.machine(), fault.number, span, fault.variant);
-  world.run();
-  return failing.failedCall();
-}
-
-/// The text of the call in which the program ended.
-std::string runKilled(SweptWorld& world, const Fault& fault) {
-  const sim::KilledMachine killed(world.machine(), fault.number, fault.left);
-  try {
-    world.run();
-  } catch (const sim::Killed&) {
-    return killed.killedCall();
-  }
-  return "none: it lived on";
-}
-
-/// The text of the first call that did without the share.
-std::string runWithoutShare(SweptWorld& world, const Fault& fault) {
-  std::string met;
-  world.machine().onCall(fault.number, [&] {
-    met = world.machine().callLog().all().back().text;
-    world.share().disconnect(fault.variant % 2 == 0 ? system_code::kBadNetPath
-                                                    : system_code::kNetNameDeleted);
-  });
-  world.run();
-  world.share().reconnect();
-  return met;
-}
-
-/// Lets the program run into a fault; the text of the call that met it.
-std::string runInto(SweptWorld& world, const Fault& fault) {
-  world.machine().callLog().clear();
-  switch (fault.trouble) {
-    case Trouble::FailsOnce:
-    case Trouble::FailsFromThenOn:
-      return runFailing(world, fault);
-    case Trouble::Killed:
-      return runKilled(world, fault);
-    case Trouble::ShareVanishes:
-      return runWithoutShare(world, fault);
-    default:
-      world.run();
-      return fault.call;
-  }
-}
-
-/// One world from its making to its judgement. Gives the calls of the run.
 std::vector<sim::SimCall> runOnce(const MakeWorld& make, const Fault& fault, Findings& findings) {
   std::vector<sim::SimCall> calls;
   try {
     const std::unique_ptr<SweptWorld> world = make();
-    const std::string met = runInto(*world, fault);
+    Fault met = fault;
+    const std::string call = runInto(*world, met);
     calls = world->machine().callLog().all();
-    findings.expect(met == fault.call, "it was met by another call: " + met);
-    world->judge(fault, findings);
+    findings.expect(call == fault.call, "it was met by another call: " + call);
+    world->judge(met, findings);
   } catch (const std::exception& raised) {
     findings.expect(false, std::string("it was raised: ") + raised.what());
   }
   return calls;
 }
-
-}  // namespace
 
 sim::SimDisk& SweptWorld::share() { throw std::logic_error("a world without a share"); }
 
@@ -152,6 +162,22 @@ SweepResult sweep(const MakeWorld& make, std::initializer_list<Trouble> troubles
     }
   }
   return result;
+}
+
+bool beginsLike(std::string_view text, std::string_view beginning) {
+  const std::size_t star = beginning.find('*');
+  if (star == std::string_view::npos) {
+    return text.substr(0, beginning.size()) == beginning;
+  }
+  if (text.substr(0, star) != beginning.substr(0, star)) {
+    return false;
+  }
+  for (std::size_t at = star; at <= text.size(); ++at) {
+    if (beginsLike(text.substr(at), beginning.substr(star + 1))) {
+      return true;
+    }
+  }
+  return false;
 }
 
 bool tellsOneOf(const std::vector<std::string>& texts, const std::string& parts) {

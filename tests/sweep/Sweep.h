@@ -7,6 +7,7 @@
 #include <initializer_list>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "sim/SimMachine.h"
@@ -37,6 +38,11 @@ struct Fault {
   std::size_t variant = 0;
   /// Killed: how far the call had come.
   sim::Unfinished left = sim::Unfinished::NotBegun;
+  /// FailsOnce: a second call that fails, behind the first, counted like it, and its variant; 0 for
+  /// none. Its text is known when the run is over.
+  std::size_t secondNumber = 0;
+  std::size_t secondVariant = 0;
+  std::string secondCall{};
 };
 
 /// What a run did and may not, one sentence each.
@@ -73,6 +79,17 @@ class SweptWorld {
 
 using MakeWorld = std::function<std::unique_ptr<SweptWorld>()>;
 
+/// The faults by which a call meets a trouble: one for each way that differs. Where one way is
+/// enough it is another from call to call.
+std::vector<Fault> faultsOf(const sim::SimCall& call, Trouble trouble);
+
+/// The fault in words, the call included.
+std::string describe(const Fault& fault);
+
+/// Makes a world, runs it into a fault and has it judged. Gives the calls of the run. What the
+/// world raises is a finding.
+std::vector<sim::SimCall> runOnce(const MakeWorld& make, const Fault& fault, Findings& findings);
+
 struct SweepResult {
   /// Calls of the run that nothing disturbed.
   std::size_t calls = 0;
@@ -80,13 +97,15 @@ struct SweepResult {
   std::vector<std::string> findings;
 };
 
-/// Runs a fresh world for each trouble in each call that the work has, on all cores. Each trouble
-/// is met in the ways that differ: see faultsOf() in the source.
+/// Runs a fresh world for each trouble in each call that the work has, on all cores.
 SweepResult sweep(const MakeWorld& make, std::initializer_list<Trouble> troubles);
 
+/// Does a call's text begin like this? "*" in the beginning stands for any text.
+bool beginsLike(std::string_view text, std::string_view beginning);
+
 /// Calls whose trouble may have a consequence that others may not have, and why. A row has the
-/// members `call`, how the call's text begins, and `in`, the trouble that it is meant for. The
-/// first row that fits counts.
+/// members `call`, how the call's text begins (see beginsLike), and `in`, the trouble that it is
+/// meant for. The first row that fits counts.
 template <class Row>
 class CallTable {
  public:
@@ -95,7 +114,9 @@ class CallTable {
   /// Null where no row fits. Notes that the row was needed.
   const Row* of(const Fault& fault) const {
     for (std::size_t i = 0; i < rows_.size(); ++i) {
-      if (rows_[i].in == fault.trouble && fault.call.rfind(rows_[i].call, 0) == 0) {
+      if (rows_[i].in == fault.trouble &&
+          (beginsLike(fault.call, rows_[i].call) ||
+           (!fault.secondCall.empty() && beginsLike(fault.secondCall, rows_[i].call)))) {
         matched_[i] = true;
         return &rows_[i];
       }

@@ -1,23 +1,17 @@
 #pragma once
 
-#include <random>
 #include <string>
-#include <vector>
 
 #include "kit/PlanRun.h"
-#include "support/Installation.h"
-#include "support/PackPrograms.h"
+#include "support/GeneratedStation.h"
 
 namespace trelv::tests {
 
-/// A machine with an installation, made up from a number: catalogue, configurations, records,
-/// programs, packs, edition, rights, locks, broken files, and the command line of a start.
-class PlanWorld {
+/// A generated machine and the plan of the start that it was made for.
+class PlanWorld : public GeneratedStation {
  public:
-  explicit PlanWorld(unsigned seed);
+  explicit PlanWorld(unsigned seed) : GeneratedStation(seed) {}
 
-  sim::SimMachine& machine() { return station_.machine(); }
-  const std::vector<std::string>& arguments() const { return arguments_; }
   /// The arguments as a raw command line.
   std::string rawArguments() const;
   /// The plan of the start, on the machine as it is.
@@ -28,36 +22,6 @@ class PlanWorld {
   std::string text();
 
  private:
-  bool oneIn(unsigned count) { return random_() % count == 0; }
-  std::size_t below(std::size_t count) { return random_() % count; }
-  const std::string& oneOf(const std::vector<std::string>& texts) {
-    return texts[below(texts.size())];
-  }
-
-  void putSystem();
-  void putHost();
-  void putCatalogue();
-  void putConfiguration(const std::string& path);
-  std::string command();
-  std::string version();
-  void putRecords();
-  void putLocks();
-  void putPacks();
-  PackContent packContent();
-  void putClientCopy();
-  void putOdds();
-  void breakFiles();
-  void takeRights();
-  void chooseArguments();
-
-  std::mt19937 random_;
-  Installation installation_;
-  Station station_{installation_};
-  PackPrograms packPrograms_{station_.machine()};
-  std::vector<std::string> arguments_;
-  std::unique_ptr<machine::Mark> mark_;
-  std::size_t fails_ = 0;
-  bool asUser_ = false;
   std::size_t started_ = 0;
 };
 

@@ -1,0 +1,161 @@
+#include "prove/CommandLine.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <exception>
+#include <iostream>
+#include <stdexcept>
+#include <thread>
+
+#include "prove/Ledger.h"
+
+namespace trelv::tests {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// What a command line asks for.
+struct Wish {
+  unsigned first = 1;
+  unsigned last = 0;
+  std::string only;
+  std::size_t enough = 0;
+  Clock::time_point end = Clock::time_point::max();
+  std::string state;
+};
+
+unsigned today() {
+  constexpr int kHoursOfADay = 24;
+  const auto hours = std::chrono::duration_cast<std::chrono::hours>(
+      std::chrono::system_clock::now().time_since_epoch());
+  return static_cast<unsigned>(hours.count() / kHoursOfADay);
+}
+
+unsigned number(const std::string& text) { return static_cast<unsigned>(std::stoul(text)); }
+
+void takeSeeds(Wish& wish, const std::string& text) {
+  const std::size_t dash = text.find('-');
+  wish.first = number(text);
+  wish.last = dash == std::string::npos ? wish.first : number(text.substr(dash + 1));
+}
+
+void takeToday(Wish& wish, const Proof& proof) {
+  wish.first = today() * static_cast<unsigned>(proof.seedsOfADay);
+  wish.last = wish.first + static_cast<unsigned>(proof.seedsOfADay) - 1;
+  wish.enough = proof.enough;
+}
+
+/// Raises std::logic_error for words that it does not know.
+Wish wishOf(const Proof& proof, const std::vector<std::string>& arguments) {
+  Wish wish;
+  wish.last = static_cast<unsigned>(proof.seeds);
+  for (std::size_t i = 1; i < arguments.size(); ++i) {
+    const std::string& option = arguments[i];
+    if (option == "--today") {
+      takeToday(wish, proof);
+      continue;
+    }
+    const std::string& value = arguments.at(++i);
+    if (option == "--seeds" || option == "--seed") {
+      takeSeeds(wish, value);
+    } else if (option == "--only") {
+      wish.only = value;
+    } else if (option == "--enough") {
+      wish.enough = number(value);
+    } else if (option == "--for") {
+      wish.end = Clock::now() + std::chrono::minutes(number(value));
+    } else if (option == "--state") {
+      wish.state = value;
+    } else {
+      throw std::invalid_argument(option);
+    }
+  }
+  return wish;
+}
+
+void work(const Proof& proof, const Job& job, Tally& tally) {
+  try {
+    proof.work(job, tally);
+  } catch (const std::exception& raised) {
+    tally.found("all", std::string("ends: it was raised: ") + raised.what());
+  }
+}
+
+void workOnAllCores(const Proof& proof, const Wish& wish, Ledger& ledger) {
+  std::atomic<unsigned> next{wish.first};
+  const auto worker = [&]() -> void {
+    for (unsigned seed = next++; seed <= wish.last && Clock::now() < wish.end; seed = next++) {
+      if (!ledger.holds(seed)) {
+        Tally tally;
+        work(proof, {seed, wish.only, wish.enough}, tally);
+        ledger.add(seed, tally);
+      }
+    }
+  };
+  std::vector<std::jthread> threads;
+  for (unsigned core = 1; core < std::thread::hardware_concurrency(); ++core) {
+    threads.emplace_back(worker);
+  }
+  worker();
+}
+
+std::string repetition(const Proof& proof, const LedgerFinding& found) {
+  return std::string("prove ") + proof.name + " --seed " + std::to_string(found.seed) +
+         " --only '" + found.finding.run + "'";
+}
+
+void show(const Proof& proof, const Ledger& ledger, Clock::duration took) {
+  constexpr std::size_t kMostShown = 40;
+  const std::vector<LedgerFinding>& findings = ledger.findings();
+  for (std::size_t i = 0; i < std::min(findings.size(), kMostShown); ++i) {
+    std::cout << findings[i].finding.sentence << "\n  " << repetition(proof, findings[i]) << "\n";
+  }
+  std::cout << proof.name << ": seeds " << ledger.seeds();
+  for (const auto& [what, count] : ledger.counts()) {
+    std::cout << ", " << what << " " << count;
+  }
+  std::cout << ", findings " << findings.size() << " ("
+            << std::chrono::duration_cast<std::chrono::seconds>(took).count() << " s)\n";
+}
+
+int prove(const Proof& proof, const Wish& wish) {
+  std::cout << proof.name << ": seeds " << wish.first << " to " << wish.last << "\n" << std::flush;
+  Ledger ledger(wish.state);
+  const Clock::time_point began = Clock::now();
+  workOnAllCores(proof, wish, ledger);
+  show(proof, ledger, Clock::now() - began);
+  return ledger.findings().empty() ? 0 : 1;
+}
+
+void list(const std::vector<Proof>& proofs) {
+  for (const Proof& proof : proofs) {
+    std::cout << proof.name << "\t" << proof.seeds << "\t" << proof.promise << "\t" << proof.how
+              << "\n";
+  }
+}
+
+}  // namespace
+
+int runProofs(const std::vector<Proof>& proofs, const std::vector<std::string>& arguments) {
+  constexpr int kNothingSaid = 2;
+  if (arguments.empty()) {
+    list(proofs);
+    return 0;
+  }
+  const auto proof = std::find_if(proofs.begin(), proofs.end(), [&](const Proof& known) -> bool {
+    return known.name == arguments.front();
+  });
+  if (proof == proofs.end()) {
+    std::cerr << "no proof of this name: " << arguments.front() << "\n";
+    return kNothingSaid;
+  }
+  try {
+    return prove(*proof, wishOf(*proof, arguments));
+  } catch (const std::exception& raised) {
+    std::cerr << "not understood, or not possible: " << raised.what() << "\n";
+    return kNothingSaid;
+  }
+}
+
+}  // namespace trelv::tests

@@ -1,0 +1,105 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "sim/SimMachine.h"
+#include "sweep/Sweep.h"
+
+namespace trelv::tests {
+
+/// What holds of every run, whatever fails in it, whoever works beside it and however it ends. All
+/// proofs judge by these; each has a name that a failing run prints.
+enum class Invariant {
+  /// The program that was asked for and is there is started, unless its own steps were hit.
+  ProgramStarts,
+  /// A program that an installation brings is there in the end.
+  ProgramInstalled,
+  /// A recorded version is the one before or what a started command brought; it never falls.
+  VersionsTrue,
+  /// A file that must be whole is the old one or the new one.
+  NothingHalf,
+  /// No lock of a run outlives it, unless the run was killed.
+  LocksGo,
+  /// Nothing is deleted outside the folders that the operation names.
+  NothingElseDeleted,
+  /// What other workstations and other programs wrote survives.
+  OthersSurvive,
+  /// Where something stays undone the log, a box or a form tells it.
+  FailureTold,
+  /// A failure is not told twice.
+  ToldOnce,
+  /// Nothing of the program stays on the screen.
+  ScreenIsFree,
+  /// After enough starts without faults the world is that of an undisturbed run.
+  Heals,
+  /// A run ends, and nothing is raised to whoever started it.
+  Ends
+};
+
+const char* nameOf(Invariant invariant);
+
+/// The calls behind whose failure an invariant need not hold, and why: what the system leaves
+/// undone by design. Empty for most.
+using Exceptions = const CallTable<Exception>& (*)(Invariant invariant);
+
+/// Those of the start that the sweeps know call by call.
+const CallTable<Exception>& exceptionsOfTheStart(Invariant invariant);
+/// Those of worlds that are made up by chance.
+const CallTable<Exception>& exceptionsByChance(Invariant invariant);
+
+// --- What is looked at
+
+/// What a machine and the disks that it uses hold, by path in upper case: bytes of files, nothing
+/// for folders, whose paths end with a backslash. A link is a file with its target. Where nothing
+/// is said otherwise dates are left out.
+using Picture = std::map<std::string, std::string>;
+
+/// `volumes` are mounted: "C:", "S:". Registry and integration record stand below names that no
+/// file has. What tells the moment of a run (the run log, the date in locks and the environment
+/// file) is left out.
+Picture pictureOf(sim::SimMachine& machine, const std::vector<std::string>& volumes);
+
+/// The first difference of two pictures in words; empty where there is none.
+std::string differenceOf(const Picture& expected, const Picture& found);
+
+/// Versions of one record by product.
+using Versions = std::map<std::string, std::string>;
+
+/// Was this version of a product brought by a command that was started?
+using WasBrought = std::function<bool(const std::string& id, const std::string& version)>;
+
+/// Judges one run that met a fault.
+class Judge {
+ public:
+  Judge(const Fault& fault, Findings& findings, Exceptions exceptions)
+      : fault_(fault), findings_(findings), exceptions_(exceptions) {}
+
+  const Fault& fault() const { return fault_; }
+
+  /// Notes `otherwise`, with the invariant's name, where it does not hold and no exception names
+  /// the fault.
+  void demand(Invariant invariant, bool holds, const std::string& otherwise);
+
+  /// Each version found in a record is the one before, or one that was brought.
+  void versionsTrue(const std::string& record, const Versions& before, const Versions& found,
+                    const WasBrought& wasBrought);
+  /// No lock is there that was not there before.
+  void locksGone(const Picture& before, const Picture& after);
+  /// What is gone was allowed to go: one of the paths (see beginsLike) or below it.
+  void nothingElseDeleted(const Picture& before, const Picture& after,
+                          const std::vector<std::string>& mayGo);
+
+ private:
+  const Fault& fault_;
+  Findings& findings_;
+  Exceptions exceptions_;
+};
+
+/// Lines that a run told and the undisturbed one did not.
+std::vector<std::string> toldBesides(const std::vector<std::string>& told,
+                                     const std::vector<std::string>& undisturbed);
+
+}  // namespace trelv::tests

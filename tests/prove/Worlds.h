@@ -1,0 +1,66 @@
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "prove/Invariants.h"
+#include "sweep/Sweep.h"
+
+namespace trelv::tests {
+
+/// What is done in a world.
+enum class Work {
+  /// The host starts a program of a product.
+  IntegratedRun,
+  /// The same, and the same user starts it a second time while the first start works.
+  TwoStarts,
+  /// The maintenance form in the hands of a scripted user.
+  Maintenance,
+  /// The session from a medium in the hands of a scripted user.
+  Session,
+  /// One product from a pack.
+  SingleInstall,
+  /// A command line that is refused.
+  Refusal
+};
+
+constexpr std::array kEveryWork{Work::IntegratedRun, Work::TwoStarts,     Work::Maintenance,
+                                Work::Session,       Work::SingleInstall, Work::Refusal};
+
+const char* nameOf(Work work);
+
+/// What an undisturbed run of a world does: what disturbed ones are measured by.
+struct Undisturbed {
+  /// The calls of the run.
+  std::vector<sim::SimCall> calls;
+  Picture before;
+  Picture after;
+  /// What the world is when further starts change nothing any more.
+  Picture healed;
+  std::vector<std::string> told;
+  /// Command lines of all programs that it started.
+  std::vector<std::string> started;
+  /// The command line of the program that was asked for, where it was started and was there before.
+  std::string asked;
+};
+
+/// A workstation and its server made up from a number, and the work that is done there. The same
+/// number gives the same world. Half of the worlds know their folders by odd names: by the share,
+/// over a link, as a literal path, in another case, with a blank or an accent.
+class World : public SweptWorld {
+ public:
+  /// `undisturbed` may be null where the run is the undisturbed one; it outlives the world.
+  static std::unique_ptr<World> make(Work work, unsigned seed, const Undisturbed* undisturbed);
+
+  /// What the run of a world did. To be asked for once, behind run().
+  virtual Undisturbed takeUndisturbed() = 0;
+  /// The folder names and arguments that it has, for a person.
+  virtual std::string description() const = 0;
+};
+
+/// The undisturbed run of a world. Notes what of the invariants it breaks.
+Undisturbed undisturbedRun(Work work, unsigned seed, Findings& findings);
+
+}  // namespace trelv::tests

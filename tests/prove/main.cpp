@@ -1,0 +1,31 @@
+// The proofs at size: see tools/prove, which builds this optimised and keeps what was done.
+
+#include <array>
+
+#include "prove/CommandLine.h"
+#include "prove/Faults.h"
+
+namespace trelv::tests {
+namespace {
+
+/// Every proof, in the order in which they are made and shown. A new one is a row here.
+constexpr std::array kProofs{
+    Proof{"faults", "a call that fails is told, and costs nothing but what it was for",
+          "every call of every mode in worlds made up by chance, every code that it can answer",
+          200, 1, 600, proveFaults},
+    Proof{"pairs", "two failures in one run cost no more than both of them",
+          "a second fault anywhere behind the first, sampled", 200, 0, 0, provePairs},
+    Proof{"kills",
+          "a program that is ended by force leaves nothing that the next starts do not mend",
+          "ended before each call and within each that writes, then started until nothing is left "
+          "to do",
+          200, 1, 300, proveKills},
+};
+
+}  // namespace
+}  // namespace trelv::tests
+
+int main(int count, char** arguments) {
+  return trelv::tests::runProofs({trelv::tests::kProofs.begin(), trelv::tests::kProofs.end()},
+                                 {arguments + 1, arguments + count});
+}
