@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kWideMark = "\xFF\xFE";
+constexpr std::string_view kSwappedMark = "\xFE\xFF";
 constexpr std::string_view kBlanks = " \t\v\f\r\x1A";
 /// Longer values are cut when they are read.
 constexpr std::size_t kLongestValue = 510;
@@ -33,12 +34,18 @@ void put(std::string& text, char32_t character) {
   }
 }
 
-/// UTF-16, low byte first, as UTF-8. Characters beyond the first plane are in no code page.
+bool isWide(std::string_view bytes) {
+  return bytes.starts_with(kWideMark) || bytes.starts_with(kSwappedMark);
+}
+
+/// UTF-16 with its mark, in either order of bytes, as UTF-8. Characters beyond the first plane are
+/// in no code page.
 std::string textOfWide(std::string_view bytes) {
+  const std::size_t low = bytes.starts_with(kWideMark) ? 0 : 1;
   std::string text;
-  for (std::size_t at = 0; at + 1 < bytes.size(); at += 2) {
-    put(text, static_cast<char32_t>(static_cast<unsigned char>(bytes[at]) |
-                                    (static_cast<unsigned char>(bytes[at + 1]) << 8U)));
+  for (std::size_t at = kWideMark.size(); at + 1 < bytes.size(); at += 2) {
+    put(text, static_cast<char32_t>(static_cast<unsigned char>(bytes[at + low]) |
+                                    (static_cast<unsigned char>(bytes[at + 1 - low]) << 8U)));
   }
   return text;
 }
@@ -47,10 +54,7 @@ std::string textOfWide(std::string_view bytes) {
 /// far as a line can show it. A mark of UTF-8 is three characters to them, so that its line begins
 /// no section.
 std::string plainText(machine::Locale& locale, const std::string& bytes) {
-  if (bytes.starts_with(kWideMark)) {
-    return locale.toAnsi(textOfWide(std::string_view(bytes).substr(kWideMark.size())));
-  }
-  std::string text = bytes;
+  std::string text = isWide(bytes) ? locale.toAnsi(textOfWide(bytes)) : bytes;
   if (text.starts_with(kUtf8Mark)) {
     text.replace(0, kUtf8Mark.size(), "???");
   }
@@ -120,9 +124,12 @@ void forEachLine(std::string_view text, Take&& take) {
 }  // namespace
 
 IniText::IniText(machine::Locale& locale, const std::string& bytes) : locale_(locale) {
-  const bool wide = bytes.starts_with(kWideMark);
-  forEachLine(wide ? std::string_view() : bytes, [&](std::string_view line, std::size_t number) {
-    if (!wrongEncoding_ && changesWhatIsRead(line, number == 1)) {
+  // What is meant for characters of four bytes is full of NULs as one of two.
+  const std::string wide = isWide(bytes) ? textOfWide(bytes) : std::string();
+  forEachLine(isWide(bytes) ? wide : bytes, [&](std::string_view line, std::size_t number) {
+    const bool nul = line.find('\0') != std::string_view::npos;
+    const bool changes = isWide(bytes) ? nul : changesWhatIsRead(line, number == 1);
+    if (!wrongEncoding_ && changes) {
       wrongEncoding_ = number;
     }
   });

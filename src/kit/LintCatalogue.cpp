@@ -42,13 +42,6 @@ void tellTwice(const Catalogue& catalogue, Report& report, const char* key, Valu
   }
 }
 
-/// "prod" and digits.
-bool looksLikeEntry(const std::string& section) {
-  const std::string digits = trim(section.substr(std::min<std::size_t>(4, section.size())));
-  return equalNoCase(section.substr(0, 4), "prod") && !digits.empty() &&
-         digits.find_first_not_of("0123456789") == std::string::npos;
-}
-
 bool isRead(const std::string& section) {
   for (int index = 1; index <= kMostCatalogueEntries; ++index) {
     if (equalNoCase(section, CatalogueSection(index))) {
@@ -56,6 +49,23 @@ bool isRead(const std::string& section) {
     }
   }
   return false;
+}
+
+/// Is the file there, or will a pack put it there?
+bool willStand(const Host& host, const std::string& conf) {
+  const std::string path = hostPaths::productConfiguration(host.place.full(), conf);
+  const std::string plain = upperCase(replaceAll(path, "/", "\\"));
+  return modLibrary::FileExists(host.program, path) || host.arriving.count(plain) > 0 ||
+         host.brought.count(plain) > 0;
+}
+
+/// The catalogue of a pack that names what the share's own names too.
+bool isToldOfShare(const Catalogue& catalogue, const CatalogueLine& entry) {
+  return catalogue.replaced != nullptr &&
+         std::any_of(catalogue.replaced->entries.begin(), catalogue.replaced->entries.end(),
+                     [&](const CatalogueLine& own) -> bool {
+                       return own.id == entry.id && equalNoCase(own.conf, entry.conf);
+                     });
 }
 
 /// Names that differ in their letters' case only are one.
@@ -69,6 +79,24 @@ bool isProductId(const std::string& id) {
         return modProdTrelvLibrary::ConvertProductToNumber(id) != Product::Undefined;
       },
       [](const RuntimeError&) -> bool { return false; });
+}
+
+bool leadsOutside(const std::string& conf) {
+  // The system takes two separators in a row for one: the host folder's own stands before the
+  // first.
+  const bool doubled = conf.starts_with("\\\\") || conf.starts_with("//");
+  const bool one = conf.starts_with("\\") || conf.starts_with("/");
+  return !mediumFiles::liesOnMedium(one && !doubled ? conf.substr(1) : conf);
+}
+
+bool looksNumbered(const std::string& section, const std::string& kind) {
+  if (!equalNoCase(section.substr(0, kind.size()), kind)) {
+    return false;
+  }
+  const std::string rest = trim(section.substr(std::min(kind.size(), section.size())));
+  const bool letter =
+      !rest.empty() && rest.find_first_of("0123456789") != 0 && rest.find_first_of(" ._-#") != 0;
+  return !letter && (rest.empty() || rest.find_first_of("0123456789") != std::string::npos);
 }
 
 void unreadable(const Catalogue& catalogue, Report& report) {
@@ -100,7 +128,7 @@ void sectionNeverRead(const Catalogue& catalogue, Report& report) {
     return;
   }
   for (const IniText::Section& section : catalogue.file.text->sections()) {
-    if (looksLikeEntry(section.name) && !isRead(section.name)) {
+    if (section.line != 0 && looksNumbered(section.name, "prod") && !isRead(section.name)) {
       const bool behindLast =
           equalNoCase(section.name, CatalogueSection(kMostCatalogueEntries + 1));
       report.add(catalogue.file.shown, section.line,
@@ -115,12 +143,8 @@ void confWithoutFile(const Catalogue& catalogue, Report& report) {
     return;
   }
   for (const CatalogueLine& entry : catalogue.entries) {
-    const std::string path =
-        hostPaths::productConfiguration(catalogue.host->place.full(), entry.conf);
-    const std::vector<std::string>& arriving = catalogue.host->arriving;
-    if (mediumFiles::liesOnMedium(entry.conf) &&
-        !modLibrary::FileExists(catalogue.host->program, path) &&
-        std::find(arriving.begin(), arriving.end(), upperCase(path)) == arriving.end()) {
+    if (!leadsOutside(entry.conf) && !isToldOfShare(catalogue, entry) &&
+        !willStand(*catalogue.host, entry.conf)) {
       tell(catalogue, report, entry, "conf", entry.conf);
     }
   }
@@ -128,7 +152,7 @@ void confWithoutFile(const Catalogue& catalogue, Report& report) {
 
 void confOutside(const Catalogue& catalogue, Report& report) {
   for (const CatalogueLine& entry : catalogue.entries) {
-    if (!mediumFiles::liesOnMedium(entry.conf)) {
+    if (leadsOutside(entry.conf)) {
       tell(catalogue, report, entry, "conf", entry.conf);
     }
   }
@@ -162,7 +186,10 @@ void idTwice(const Catalogue& catalogue, Report& report) {
   tellTwice(
       catalogue, report, "id",
       [](const CatalogueLine& entry) -> const std::string& { return entry.id; },
-      [](const std::string& left, const std::string& right) -> bool { return left == right; });
+      // Starts tell them apart by their case, the version record does not.
+      [](const std::string& left, const std::string& right) -> bool {
+        return equalNoCase(left, right);
+      });
 }
 
 void confTwice(const Catalogue& catalogue, Report& report) {
@@ -216,8 +243,8 @@ void sectionTwice(const IniFile& file, Report& report) {
 void keyTwice(const IniFile& file, Report& report) {
   std::set<std::string> sections;
   for (const IniText::Section& section : file.text->sections()) {
-    // Of equal sections nothing but the first is read.
-    if (!sections.insert(keyOf(section.name)).second) {
+    // Of equal sections nothing but the first is read, and nothing before the first header.
+    if (section.line == 0 || !sections.insert(keyOf(section.name)).second) {
       continue;
     }
     std::set<std::string> names;

@@ -10,6 +10,11 @@ namespace trelv::kit::lintCatalogue {
 
 /// Is this an identifier that a host passes, letter by letter?
 bool isProductId(const std::string& id);
+/// Does a catalogue's `conf` name a place outside the host folder? Told from the text.
+bool leadsOutside(const std::string& conf);
+/// "kind" with a number that is written in another way than those that are read, or without one:
+/// "prod1", "Update", "Setup_02".
+bool looksNumbered(const std::string& section, const std::string& kind);
 
 void unreadable(const Catalogue& catalogue, Report& report);
 void gap(const Catalogue& catalogue, Report& report);

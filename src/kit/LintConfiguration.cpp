@@ -9,10 +9,12 @@
 
 #include "base/Text.h"
 #include "base/Trap.h"
+#include "kit/LintCatalogue.h"
 #include "packs/ProductConfiguration.h"
 #include "packs/ProductUpdateRun.h"
 #include "packs/SetupFolderGuard.h"
 #include "platform/modLibrary.h"
+#include "startup/HostPaths.h"
 #include "startup/modProdTrelvLibrary.h"
 
 namespace trelv::kit::lintConfiguration {
@@ -22,10 +24,14 @@ using modProdTrelvManager::kMostCommands;
 using modProdTrelvManager::kMostSections;
 using modProdTrelvManager::VersionNumber;
 
-/// What stands for the server path where there is none.
+/// What stands for the server path where there is none, and for a workstation's programs path.
 constexpr const char* kNoServer = "Q:\\Lumo";
+constexpr const char* kWorkstation = "Q:\\Lumo\\Client";
 
-constexpr std::array kPlaceholders{
+constexpr std::array kKinds{"Setup", "Update", "Remove", "Exec"};
+constexpr std::array kSides{"Server", "Client"};
+
+constexpr std::array<std::string_view, 10> kPlaceholders{
     "%PATHSETUP%", "%PATHWORK%", "%PATHCLIENT%",    "%PROGRAMFILES%",  "%INSTALLTYPE%",
     "%RRAPPDIR%",  "%BNAPPDIR%", "%OLV2007APPDIR%", "%OLV2008APPDIR%", "%KXKAPPDIR%"};
 
@@ -114,6 +120,24 @@ struct ReadVersion {
   std::size_t conflicts = 0;
 };
 
+/// Four fields of two digits, as all products have them.
+bool isUsual(const std::string& version) {
+  constexpr std::size_t kUsual = 11;
+  constexpr std::size_t kFieldAndPoint = 3;
+  std::size_t at = 0;
+  return version.size() == kUsual &&
+         std::all_of(version.begin(), version.end(), [&at](char letter) -> bool {
+           return (++at % kFieldAndPoint == 0) == (letter == '.');
+         });
+}
+
+/// Is `left` less likely than `right` the one that is written wrongly? Of equals the one that was
+/// added later is.
+bool isLessOdd(const ReadVersion& left, const ReadVersion& right) {
+  return std::pair(left.conflicts, isUsual(right.section->version)) <
+         std::pair(right.conflicts, isUsual(left.section->version));
+}
+
 template <class Value>
 int order(const Value& left, const Value& right) {
   return left < right ? -1 : (right < left ? 1 : 0);
@@ -144,11 +168,7 @@ std::vector<const CommandSection*> oddOnes(std::vector<ReadVersion> versions) {
           std::count_if(versions.begin(), versions.end(),
                         [&](const ReadVersion& other) -> bool { return conflict(one, other); }));
     }
-    // Of equals the last: what was added later is the odd one.
-    const auto worst = std::max_element(versions.rbegin(), versions.rend(),
-                                        [](const ReadVersion& left, const ReadVersion& right) {
-                                          return left.conflicts < right.conflicts;
-                                        });
+    const auto worst = std::max_element(versions.rbegin(), versions.rend(), isLessOdd);
     if (worst == versions.rend() || worst->conflicts == 0) {
       return odd;
     }
@@ -185,6 +205,29 @@ std::string programOf(const std::string& text) {
   return replaceAll(program, "\"", "");
 }
 
+/// A letter first, as in the names of all variables.
+bool isPlaceholderName(const std::string& name) {
+  return !name.empty() && std::isalpha(static_cast<unsigned char>(name.front())) != 0 &&
+         std::all_of(name.begin(), name.end(), [](char letter) -> bool {
+           return std::isalnum(static_cast<unsigned char>(letter)) != 0 ||
+                  std::string_view("_-.()").find(letter) != std::string_view::npos;
+         });
+}
+
+/// A known placeholder without the sign that ends it; empty where each has its own.
+std::string unfinishedPlaceholder(const std::string& text) {
+  for (const std::string_view placeholder : kPlaceholders) {
+    const std::string_view beginning = placeholder.substr(0, placeholder.size() - 1);
+    for (std::size_t at = text.find(beginning); at != std::string::npos;
+         at = text.find(beginning, at + 1)) {
+      if (text.compare(at, placeholder.size(), placeholder) != 0) {
+        return std::string(beginning);
+      }
+    }
+  }
+  return {};
+}
+
 /// The text between the percent signs that the program looks for, signs included.
 std::vector<std::string> placeholdersIn(const std::string& text) {
   std::vector<std::string> found;
@@ -194,10 +237,7 @@ std::vector<std::string> placeholdersIn(const std::string& text) {
       return found;
     }
     const std::string name = text.substr(at + 1, end - at - 1);
-    const bool isName = !name.empty() && std::all_of(name.begin(), name.end(), [](char letter) {
-      return std::isalnum(static_cast<unsigned char>(letter)) != 0 || letter == '_' ||
-             letter == '(' || letter == ')';
-    });
+    const bool isName = isPlaceholderName(name);
     if (isName) {
       found.push_back("%" + name + "%");
     }
@@ -211,15 +251,17 @@ bool isKnown(const std::string& placeholder) {
   return std::find(kPlaceholders.begin(), kPlaceholders.end(), placeholder) != kPlaceholders.end();
 }
 
-InstallationPaths pathsOf(const Configuration& configuration) {
+/// Only removals know the workstation's programs path.
+InstallationPaths pathsOf(const Configuration& configuration, const char* client = "") {
   const std::string server =
       configuration.host != nullptr ? configuration.host->place.full() : kNoServer;
-  return {server, server, ""};
+  return {server, server, client};
 }
 
-std::string resolved(const Configuration& configuration, std::string text) {
+std::string resolved(const Configuration& configuration, std::string text,
+                     const char* client = "") {
   return modProdTrelvLibrary::ReplacePlaceholders(*configuration.program, text,
-                                                  pathsOf(configuration));
+                                                  pathsOf(configuration, client));
 }
 
 bool isThere(Host& host, const std::string& path) {
@@ -227,18 +269,32 @@ bool isThere(Host& host, const std::string& path) {
   const bool stands =
       known != host.known.end() ? known->second : modLibrary::FileExists(host.program, path);
   host.known[path] = stands;
-  return stands || std::find(host.arriving.begin(), host.arriving.end(), upperCase(path)) !=
-                       host.arriving.end();
+  const std::string plain = upperCase(path);
+  return stands || host.arriving.count(plain) > 0 || host.brought.count(plain) > 0;
 }
 
-/// Does one of the product's programs stand on the share? Before its first set-up none does, nor
-/// what removes it.
-bool isInstalled(const Configuration& configuration) {
-  return std::any_of(configuration.programs.begin(), configuration.programs.end(),
-                     [&](const Command& command) -> bool {
-                       return isThere(*configuration.host,
-                                      programOf(resolved(configuration, command.text)));
-                     });
+bool isSameCommand(const Command& left, const Command& right) {
+  return equalNoCase(left.section, right.section) && equalNoCase(left.key, right.key) &&
+         left.text == right.text;
+}
+
+/// Commands of a pack that the share's own file has too: what they lack is told of that one.
+bool isToldOfShare(const Configuration& configuration, const Command& command) {
+  bool told = false;
+  if (configuration.replaced != nullptr) {
+    forEachText(*configuration.replaced,
+                [&](const Command& own) { told = told || isSameCommand(own, command); });
+  }
+  return told;
+}
+
+/// Programs that a set-up puts there may be missing before the product is installed; what lies
+/// beside the set-ups comes with its pack.
+bool mayBeMissing(const Configuration& configuration, const CommandSection& section,
+                  const std::string& program) {
+  return section.operation == Operation::Remove && !isInstalled(configuration) &&
+         !FileSystemObject::liesAtOrIn(program,
+                                       hostPaths::setupFolder(configuration.host->place.full()));
 }
 
 /// Is it a path below the share at which no file stands? Programs elsewhere are not judged.
@@ -250,15 +306,40 @@ bool isMissingBelow(Host& host, const std::string& path) {
 
 // --- Words of a command line
 
+/// A text behind the sign of an option ("-d=", "/log:") or a whole word.
+std::string valueIn(const std::string& word) {
+  const std::size_t equals = word.find('=');
+  const std::string value = equals == std::string::npos ? word : word.substr(equals + 1);
+  const std::size_t colon = value.find(':');
+  const bool option = colon != std::string::npos && value.starts_with("-");
+  return option ? value.substr(colon + 1) : value;
+}
+
+bool isDrivePath(const std::string& value) {
+  return value.size() > 2 && std::isalpha(static_cast<unsigned char>(value[0])) != 0 &&
+         value[1] == ':' && value[2] == '/';
+}
+
+/// "//server/share"
+bool isSharePath(const std::string& value) {
+  return value.starts_with("//") && value.size() > 2 && value[2] != '/' &&
+         value.find('/', 2) != std::string::npos;
+}
+
+bool isDate(const std::string& value) {
+  return value.find('/') != std::string::npos && isDigit(value.front()) && isDigit(value.back()) &&
+         value.find_first_not_of("0123456789/") == std::string::npos;
+}
+
 bool isSwitchOrDate(const std::string& word) {
-  const std::size_t slash = word.find('/');
-  if (slash == std::string::npos) {
+  const std::string value = valueIn(word);
+  if (isSharePath(word) || word.find('/') == std::string::npos) {
     return false;
   }
-  const std::string before = word.substr(0, slash);
-  const bool number = std::all_of(before.begin(), before.end(), isDigit);
-  return before.empty() || number || before.back() == ':' || before.back() == '=' ||
-         word.find("//") != std::string::npos;
+  const bool path = isDrivePath(value) || isSharePath(value);
+  return word.starts_with("/") || (!path && (value.starts_with("/") || isDate(value) ||
+                                             value.find(":/") != std::string::npos ||
+                                             value.find("//") != std::string::npos));
 }
 
 std::vector<std::string> wordsOf(const std::string& text) {
@@ -283,9 +364,15 @@ std::vector<std::string> wordsOf(const std::string& text) {
   return words;
 }
 
+/// Of a removal.
 std::string folderOf(const Configuration& configuration, const Command& command) {
   return modProdTrelvManager::FolderOfCommand(*configuration.program,
-                                              resolved(configuration, command.text));
+                                              resolved(configuration, command.text, kWorkstation));
+}
+
+bool isDeleted(const Configuration& configuration, const std::string& folder) {
+  return modProdTrelvManager::IsRemovableSetupFolder(*configuration.program,
+                                                     pathsOf(configuration, kWorkstation), folder);
 }
 
 std::string highest(const Configuration& configuration, Operation operation,
@@ -319,6 +406,22 @@ std::vector<std::string> programCodes(const std::string& product) {
   return codes;
 }
 
+/// The catalogue's product; else the one whose programs stand in the file.
+std::string productOf(const Configuration& configuration) {
+  std::string product = configuration.product;
+  for (const Command& command : configuration.programs) {
+    resumeNext(
+        [&]() -> void {
+          const auto program = modProdTrelvLibrary::ConvertProgramToNumber(upperCase(command.key));
+          const auto number =
+              modProdTrelvLibrary::ProgramToProduct(static_cast<std::int32_t>(program));
+          product = product.empty() ? modProdTrelvLibrary::ConvertNumberToProduct(number) : product;
+        },
+        [](const RuntimeError&) -> void {});
+  }
+  return product;
+}
+
 std::set<std::string> sectionsThatAreRead() {
   std::set<std::string> names{"EXEC", "REMOVE"};
   for (const Operation operation : {Operation::Setup, Operation::Update, Operation::Exec}) {
@@ -335,15 +438,56 @@ bool isSectionThatIsRead(const std::string& name) {
   return names.count(upperCase(name)) > 0;
 }
 
-/// One of the four kinds, and nothing but a number behind it.
+/// One of the four kinds, with a number or without.
 bool looksLikeSection(const std::string& name) {
-  const std::size_t digits = name.find_last_not_of("0123456789") + 1;
-  const std::string kind = trim(name.substr(0, digits));
-  return equalNoCase(kind, "Setup") || equalNoCase(kind, "Update") || equalNoCase(kind, "Exec") ||
-         equalNoCase(kind, "Remove");
+  return std::any_of(kKinds.begin(), kKinds.end(), [&](const char* kind) -> bool {
+    return lintCatalogue::looksNumbered(name, kind);
+  });
+}
+
+/// Its number, from 1; 0 where it is written otherwise than it is read.
+int numberOfKey(const std::string& key, const std::string& side) {
+  for (int index = 1; index <= kMostCommands; ++index) {
+    if (equalNoCase(key, side + twoDigits(index))) {
+      return index;
+    }
+  }
+  return 0;
+}
+
+/// The keys with commands of a side, by their numbers; of a key that is there twice the first.
+std::vector<IniText::Key> keysOfSide(const IniText::Section& section, const std::string& side) {
+  std::map<std::pair<int, std::string>, IniText::Key> keys;
+  for (const IniText::Key& key : section.keys) {
+    if (lintCatalogue::looksNumbered(key.name, side) && !key.written.empty()) {
+      keys.emplace(std::pair(numberOfKey(key.name, side), upperCase(key.name)), key);
+    }
+  }
+  std::vector<IniText::Key> found;
+  for (const auto& [number, key] : keys) {
+    found.push_back(key);
+  }
+  return found;
+}
+
+/// Number of the first command that is missing.
+int firstMissing(const IniText& text, const std::string& section, const char* side) {
+  int index = 1;
+  while (index <= kMostCommands && !text.value(section, side + twoDigits(index)).empty()) {
+    ++index;
+  }
+  return index;
 }
 
 }  // namespace
+
+bool isInstalled(const Configuration& configuration) {
+  return std::any_of(configuration.programs.begin(), configuration.programs.end(),
+                     [&](const Command& command) -> bool {
+                       return isThere(*configuration.host,
+                                      programOf(resolved(configuration, command.text)));
+                     });
+}
 
 void noVersion(const Configuration& configuration, Report& report) {
   for (const CommandSection* const section : updateSections(configuration)) {
@@ -398,23 +542,17 @@ void neverHigher(const Configuration& configuration, Report& report) {
 void commandGap(const Configuration& configuration, Report& report) {
   const IniText& text = *configuration.file.text;
   for (const CommandSection& section : configuration.sections) {
-    for (const char* const side : {"Server", "Client"}) {
-      int index = 1;
-      while (index <= kMostCommands && !text.value(section.name, side + twoDigits(index)).empty()) {
-        ++index;
-      }
-      const IniText::Section* const written = text.section(section.name);
-      const bool more =
-          written != nullptr && std::count_if(written->keys.begin(), written->keys.end(),
-                                              [&](const IniText::Key& key) -> bool {
-                                                return equalNoCase(key.name.substr(0, 6), side);
-                                              }) >= index;
-      for (int behind = index + 1; more && behind <= kMostCommands; ++behind) {
-        const std::string key = side + twoDigits(behind);
-        if (!text.value(section.name, key).empty()) {
-          report.add(configuration.file.shown, text.line(section.name, key),
-                     "[" + section.name + "] " + key);
-          break;
+    const IniText::Section& written = *text.section(section.name);
+    for (const char* const side : kSides) {
+      const std::vector<IniText::Key> keys = keysOfSide(written, side);
+      const int missing = keys.empty() ? kMostCommands : firstMissing(text, section.name, side);
+      bool told = false;
+      for (const IniText::Key& key : keys) {
+        const int number = numberOfKey(key.name, side);
+        const bool behind = number > missing && !text.value(section.name, key.name).empty();
+        if (number == 0 || (behind && !told)) {
+          report.add(configuration.file.shown, key.line, "[" + section.name + "] " + key.name);
+          told = told || number != 0;
         }
       }
     }
@@ -443,13 +581,10 @@ void programNotOnShare(const Configuration& configuration, Report& report) {
   if (configuration.host == nullptr) {
     return;
   }
-  const bool installed = isInstalled(configuration);
   forEachCommand(configuration, [&](const CommandSection& section, const Command& command) {
-    if (section.operation == Operation::Remove && !installed) {
-      return;
-    }
     const std::string program = programOf(resolved(configuration, command.text));
-    if (isMissingBelow(*configuration.host, program)) {
+    if (isMissingBelow(*configuration.host, program) &&
+        !mayBeMissing(configuration, section, program) && !isToldOfShare(configuration, command)) {
       tell(configuration, report, command, configuration.host->place.shown(program));
     }
   });
@@ -488,6 +623,10 @@ void unknownPlaceholder(const Configuration& configuration, Report& report) {
         tell(configuration, report, command, placeholder);
       }
     }
+    const std::string unfinished = unfinishedPlaceholder(command.text);
+    if (!unfinished.empty()) {
+      tell(configuration, report, command, unfinished);
+    }
   });
 }
 
@@ -502,7 +641,7 @@ void emptyClientPath(const Configuration& configuration, Report& report) {
 void doublePercent(const Configuration& configuration, Report& report) {
   forEachText(configuration, [&](const Command& command) {
     std::string rest = command.text;
-    for (const char* const placeholder : kPlaceholders) {
+    for (const std::string_view placeholder : kPlaceholders) {
       rest = replaceAll(rest, placeholder, "?");
     }
     if (rest.find("%%") != std::string::npos) {
@@ -563,8 +702,7 @@ void keptFolder(const Configuration& configuration, Report& report) {
   }
   for (const Command& command : section->server) {
     const std::string folder = folderOf(configuration, command);
-    if (!modProdTrelvManager::IsRemovableSetupFolder(*configuration.program, pathsOf(configuration),
-                                                     folder)) {
+    if (!isDeleted(configuration, folder)) {
       tell(configuration, report, command, configuration.host->place.shown(folder));
     }
   }
@@ -572,11 +710,20 @@ void keptFolder(const Configuration& configuration, Report& report) {
 
 void removalsInOneFolder(const Configuration& configuration, Report& report) {
   const CommandSection* const section = removal(configuration);
-  std::set<std::string> folders;
+  std::vector<std::string> folders;
   for (const Command& command : section != nullptr ? section->server : std::vector<Command>()) {
-    const std::string folder = upperCase(folderOf(configuration, command));
-    if (!folder.empty() && !folders.insert(folder).second) {
+    const std::string folder = folderOf(configuration, command);
+    const bool goes =
+        std::any_of(folders.begin(), folders.end(), [&](const std::string& earlier) -> bool {
+          // With a folder goes what lies below it.
+          return equalNoCase(folder, earlier) || (FileSystemObject::liesAtOrIn(folder, earlier) &&
+                                                  isDeleted(configuration, earlier));
+        });
+    if (!folder.empty() && goes) {
       tell(configuration, report, command, "");
+    }
+    if (!folder.empty()) {
+      folders.push_back(folder);
     }
   }
 }
@@ -591,7 +738,7 @@ void noRemoval(const Configuration& configuration, Report& report) {
 // A product may be delivered with one of many programs only: nothing is said where most are left
 // out on purpose.
 void programWithoutCommand(const Configuration& configuration, Report& report) {
-  const std::vector<std::string> codes = programCodes(configuration.product);
+  const std::vector<std::string> codes = programCodes(productOf(configuration));
   std::vector<std::string> missing;
   for (const std::string& code : codes) {
     const IniText& text = *configuration.file.text;
@@ -625,7 +772,7 @@ void programMissing(const Configuration& configuration, Report& report) {
   for (const Command& command : configuration.programs) {
     const std::string program = programOf(resolved(configuration, command.text));
     if (FileSystemObject::liesAtOrIn(program, configuration.host->place.full()) &&
-        !isThere(*configuration.host, program)) {
+        !isThere(*configuration.host, program) && !isToldOfShare(configuration, command)) {
       tell(configuration, report, command, configuration.host->place.shown(program));
     }
   }

@@ -5,6 +5,10 @@
 /// The traps of a product's configuration file.
 namespace trelv::kit::lintConfiguration {
 
+/// Does one of the product's programs stand on the share? Before its first set-up none does, nor
+/// what removes it.
+bool isInstalled(const Configuration& configuration);
+
 void noVersion(const Configuration& configuration, Report& report);
 void otherOrder(const Configuration& configuration, Report& report);
 void notAVersion(const Configuration& configuration, Report& report);

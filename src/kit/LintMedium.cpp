@@ -5,6 +5,7 @@
 #include <set>
 
 #include "base/Text.h"
+#include "kit/Failure.h"
 #include "kit/LintCatalogue.h"
 #include "packs/PackOrder.h"
 #include "platform/modLibrary.h"
@@ -48,8 +49,11 @@ std::vector<Entry> entriesOf(const Medium& medium) {
   return entries;
 }
 
+/// Menus offer the five products only.
 bool isKnown(const std::string& identifier) {
-  return lintCatalogue::isProductId(upperCase(identifier));
+  constexpr std::array kProducts{"NERIO", "Q2", "ZB", "LUDA", "ZM"};
+  return std::any_of(kProducts.begin(), kProducts.end(),
+                     [&](const char* product) -> bool { return equalNoCase(identifier, product); });
 }
 
 void checkText(const MediumText& text, Report& report) {
@@ -83,11 +87,13 @@ std::string packFolder(const Medium& medium, const Entry& entry) {
 std::vector<std::string> namesIn(const Medium& medium, const std::string& folder, bool folders) {
   std::vector<machine::FolderEntry> entries;
   std::vector<std::string> names;
-  if (medium.program.machine.files.list(folder, "", entries) == system_code::kSuccess) {
-    for (const machine::FolderEntry& entry : entries) {
-      if (entry.facts.folder == folders) {
-        names.push_back(entry.name);
-      }
+  const SystemCode code = medium.program.machine.files.list(folder, "", entries);
+  if (code != system_code::kSuccess && !meansMissing(code) && code != system_code::kDirectoryName) {
+    throw Failure(medium.place.shown(folder), code);
+  }
+  for (const machine::FolderEntry& entry : entries) {
+    if (entry.facts.folder == folders) {
+      names.push_back(entry.name);
     }
   }
   std::sort(names.begin(), names.end(), [](const std::string& left, const std::string& right) {
@@ -135,7 +141,12 @@ std::vector<std::string> programFolders(const Medium& medium) {
 
 void setupFile(const Medium& medium, Report& report) { checkText(medium.setup, report); }
 
-void versionFile(const Medium& medium, Report& report) { checkText(medium.version, report); }
+// Nothing but its first line is read.
+void versionFile(const Medium& medium, Report& report) {
+  MediumText text = medium.version;
+  text.lines.resize(std::min<std::size_t>(text.lines.size(), 1));
+  checkText(text, report);
+}
 
 void productsFile(const Medium& medium, Report& report) {
   checkText(medium.products, report);

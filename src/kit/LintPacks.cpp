@@ -27,6 +27,15 @@ std::string backslashed(const std::string& name) {
   return path;
 }
 
+/// Without the separator that ends a folder's name.
+std::string pathOf(const PackEntry& entry) {
+  std::string path = backslashed(entry.name);
+  while (path.ends_with("\\")) {
+    path.pop_back();
+  }
+  return path;
+}
+
 void tell(const Pack& pack, Report& report, const PackEntry& entry,
           const std::string& detail = {}) {
   report.add(pack.shown + "!" + backslashed(entry.name), std::nullopt, detail);
@@ -36,19 +45,32 @@ bool isInTree(const PackEntry& entry) {
   return FileSystemObject::liesAtOrIn(backslashed(entry.name), hostPaths::kSetups);
 }
 
-/// In the set-up folder itself, not below it.
-bool isInSetupFolder(const PackEntry& entry) {
-  return isInTree(entry) &&
-         backslashed(entry.name).find('\\', std::string(hostPaths::kSetups).size() + 1) ==
-             std::string::npos;
-}
-
 bool isInRoot(const PackEntry& entry) {
   return backslashed(entry.name).find('\\') == std::string::npos;
 }
 
-bool endsLike(const PackEntry& entry, const char* ending) {
-  return modLibrary::Extension(lowerCase(entry.name)) == ending;
+std::string endingOf(const PackEntry& entry) {
+  return modLibrary::Extension(entry.name.substr(entry.name.find_last_of('/') + 1));
+}
+
+/// "ZIP" for "zip".
+bool isOtherCase(const PackEntry& entry, const char* ending) {
+  return endingOf(entry) != ending && lowerCase(endingOf(entry)) == ending;
+}
+
+/// A pack of gz packs, as a medium has them.
+bool isPackOfMedium(const Pack& pack, const PackEntry& entry) {
+  return pack.kind == PackKind::MediumZip && !entry.folder && isInRoot(entry) &&
+         endingOf(entry) == "gz";
+}
+
+std::size_t utf16Length(const std::string& text) {
+  std::size_t length = 0;
+  for (const char letter : text) {
+    const auto byte = static_cast<unsigned char>(letter);
+    length += (byte & 0xC0U) == 0x80U ? 0 : (byte >= 0xF0U ? 2 : 1);
+  }
+  return length;
 }
 
 /// Calls `look(entry)` for every entry of a pack that is opened at all.
@@ -86,10 +108,24 @@ std::uint64_t highestOnShare(const Host& host, const std::string& inner) {
 
 }  // namespace
 
+bool isInSetupFolder(const PackEntry& entry) {
+  return isInTree(entry) &&
+         backslashed(entry.name).find('\\', std::string(hostPaths::kSetups).size() + 1) ==
+             std::string::npos;
+}
+
 void neverOpened(const Pack& pack, Report& report) {
   if (!pack.opened) {
     report.add(pack.shown, std::nullopt, pack.fileName);
   }
+  forEachEntry(pack, [&](const PackEntry& entry) {
+    const bool isPack = pack.kind == PackKind::MediumZip
+                            ? isInRoot(entry) && isOtherCase(entry, "gz")
+                            : isInSetupFolder(entry) && isOtherCase(entry, "zip");
+    if (isPack && !entry.folder) {
+      tell(pack, report, entry);
+    }
+  });
 }
 
 void damaged(const Pack& pack, Report& report) {
@@ -110,22 +146,23 @@ void noTree(const Pack& pack, Report& report) {
   if (!pack.opened || !pack.damage.empty() || !pack.refusal.empty()) {
     return;
   }
+  // Of a medium's zip packs nothing counts but the gz packs in their root.
+  const bool ofMedium = pack.place == PackPlace::Medium && pack.kind == PackKind::MediumZip;
   const bool good =
-      std::any_of(pack.entries.begin(), pack.entries.end(), [&](const PackEntry& entry) {
-        const bool ofMedium = pack.kind == PackKind::MediumZip && isInRoot(entry) &&
-                              modLibrary::Extension(entry.name) == "gz";
-        return !entry.folder && (isInTree(entry) || ofMedium);
+      std::any_of(pack.entries.begin(), pack.entries.end(), [&](const PackEntry& entry) -> bool {
+        return isPackOfMedium(pack, entry) || (!ofMedium && !entry.folder && isInTree(entry));
       });
   if (!good) {
-    report.add(pack.shown, std::nullopt);
+    report.add(pack.shown, std::nullopt, ofMedium ? "nella radice mancano pacchetti gz" : "");
   }
 }
 
 void outsideTree(const Pack& pack, Report& report) {
   forEachEntry(pack, [&](const PackEntry& entry) {
-    const bool ofMedium =
-        pack.kind == PackKind::MediumZip && isInRoot(entry) && endsLike(entry, "gz");
-    if (!entry.folder && !entry.link && !isInTree(entry) && !ofMedium) {
+    const bool neverOpened =
+        pack.kind == PackKind::MediumZip && isInRoot(entry) && isOtherCase(entry, "gz");
+    if (!entry.folder && !entry.link && !isInTree(entry) && !isPackOfMedium(pack, entry) &&
+        !neverOpened) {
       tell(pack, report, entry);
     }
   });
@@ -133,31 +170,44 @@ void outsideTree(const Pack& pack, Report& report) {
 
 void impossibleName(const Pack& pack, Report& report) {
   forEachEntry(pack, [&](const PackEntry& entry) {
-    const decoder::EntryName name = decoder::readEntryName(entry.name);
-    if (name.refusal != nullptr) {
-      tell(pack, report, entry, name.refusal);
+    // With a tilde: what the decoder refuses although Windows could make it.
+    const char* const refusal = decoder::readEntryName(replaceAll(entry.name, "~", "-")).refusal;
+    if (refusal != nullptr) {
+      tell(pack, report, entry, refusal);
     }
   });
 }
 
 void namesOfOtherCase(const Pack& pack, Report& report) {
-  std::map<std::string, std::string> names;
+  // Folders of two spellings become one; a file stands in the way of all else.
+  std::map<std::string, std::string> files;
+  std::map<std::string, std::string> folders;
   forEachEntry(pack, [&](const PackEntry& entry) {
-    if (entry.folder) {
-      return;
+    const std::string name = pathOf(entry);
+    (entry.folder ? folders : files).emplace(upperCase(name), name);
+    for (std::size_t end = name.rfind('\\'); end != std::string::npos && end > 0;
+         end = name.rfind('\\', end - 1)) {
+      if (!folders.emplace(upperCase(name.substr(0, end)), name.substr(0, end)).second) {
+        break;
+      }
     }
-    const std::string name = backslashed(entry.name);
-    const auto [known, isNew] = names.emplace(upperCase(name), name);
-    if (!isNew && known->second != name) {
-      tell(pack, report, entry, known->second);
+  });
+  forEachEntry(pack, [&](const PackEntry& entry) {
+    const std::string name = pathOf(entry);
+    const auto file = files.find(upperCase(name));
+    const auto folder = folders.find(upperCase(name));
+    if (!entry.folder && file->second != name) {
+      tell(pack, report, entry, file->second);
+    } else if (!entry.folder && folder != folders.end() && folder->second != name) {
+      tell(pack, report, entry, folder->second);
     }
   });
 }
 
 void longPath(const Pack& pack, Report& report) {
-  const std::size_t target = pack.host != nullptr ? pack.host->place.full().size() + 1 : 0;
+  const std::size_t target = pack.host != nullptr ? utf16Length(pack.host->place.full()) + 1 : 0;
   forEachEntry(pack, [&](const PackEntry& entry) {
-    const std::size_t length = decoder::readEntryName(entry.name).length;
+    const std::size_t length = utf16Length(backslashed(entry.name));
     if (target + length > kLongestPath) {
       tell(pack, report, entry, std::to_string(target + length) + " caratteri");
     }
@@ -166,7 +216,13 @@ void longPath(const Pack& pack, Report& report) {
 
 void gzWhereZip(const Pack& pack, Report& report) {
   const bool onlyZip = pack.place == PackPlace::SetupFolder || pack.place == PackPlace::Medium;
-  if (pack.opened && pack.kind == PackKind::Gz && onlyZip) {
+  // A medium's pack on a share is opened, and what comes out of it is not.
+  const bool ofMedium =
+      pack.kind == PackKind::Zip && pack.place == PackPlace::SetupFolder &&
+      std::any_of(pack.entries.begin(), pack.entries.end(), [](const PackEntry& entry) -> bool {
+        return !entry.folder && isInRoot(entry) && endingOf(entry) == "gz";
+      });
+  if (pack.opened && ((pack.kind == PackKind::Gz && onlyZip) || ofMedium)) {
     report.add(pack.shown, std::nullopt);
   }
 }
@@ -174,7 +230,7 @@ void gzWhereZip(const Pack& pack, Report& report) {
 void zipInTree(const Pack& pack, Report& report) {
   forEachEntry(pack, [&](const PackEntry& entry) {
     if (pack.kind == PackKind::Zip && !entry.folder && isInSetupFolder(entry) &&
-        endsLike(entry, "zip")) {
+        endingOf(entry) == "zip") {
       tell(pack, report, entry);
     }
   });

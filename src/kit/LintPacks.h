@@ -5,6 +5,9 @@
 /// The traps of packs.
 namespace trelv::kit::lintPacks {
 
+/// Does it lie in the set-up folder itself, not below it?
+bool isInSetupFolder(const PackEntry& entry);
+
 void neverOpened(const Pack& pack, Report& report);
 void damaged(const Pack& pack, Report& report);
 void encrypted(const Pack& pack, Report& report);

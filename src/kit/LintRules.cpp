@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "base/Text.h"
 #include "kit/Failure.h"
 #include "kit/LintCatalogue.h"
 #include "kit/LintConfiguration.h"
@@ -220,6 +221,13 @@ void checkCodes(const std::vector<std::string>& codes) {
   }
 }
 
+std::vector<std::string> trimmed(std::vector<std::string> codes) {
+  for (std::string& code : codes) {
+    code = trim(code);
+  }
+  return codes;
+}
+
 bool holds(const std::vector<std::string>& codes, const std::string& code) {
   return std::find(codes.begin(), codes.end(), code) != codes.end();
 }
@@ -227,7 +235,7 @@ bool holds(const std::vector<std::string>& codes, const std::string& code) {
 }  // namespace
 
 RuleChoice::RuleChoice(std::vector<std::string> only, std::vector<std::string> ignored)
-    : only_(std::move(only)), ignored_(std::move(ignored)) {
+    : only_(trimmed(std::move(only))), ignored_(trimmed(std::move(ignored))) {
   checkCodes(only_);
   checkCodes(ignored_);
 }

@@ -33,6 +33,9 @@ const Configuration* configurationOf(const VersionRecords& records, const std::s
 
 std::vector<RecordedVersion> recorded(const VersionRecords& records) {
   std::vector<RecordedVersion> found;
+  if (records.file.text == nullptr) {
+    return found;
+  }
   for (const IniText::Section& section : records.file.text->sections()) {
     const std::string version = records.file.text->value(section.name, "version");
     if (section.line != 0 && !version.empty()) {
@@ -51,6 +54,11 @@ std::vector<std::string> versionsOf(const Configuration& configuration) {
     }
   }
   return versions;
+}
+
+bool lists(const std::vector<CatalogueLine>& entries, const std::string& id) {
+  return std::any_of(entries.begin(), entries.end(),
+                     [&](const CatalogueLine& entry) -> bool { return equalNoCase(entry.id, id); });
 }
 
 void tell(const VersionRecords& records, Report& report, const RecordedVersion& one) {
@@ -88,6 +96,17 @@ bool onAnotherVolume(const Share& share, const std::string& path, const std::str
          files.identify(other, right) == system_code::kSuccess && left.volume != right.volume;
 }
 
+/// The fields of a program's version, each a number; none of an empty text.
+std::vector<std::uint64_t> fieldsOf(const std::string& version) {
+  std::vector<std::uint64_t> numbers;
+  for (std::size_t at = 0; at < version.size();) {
+    const std::size_t end = std::min(version.find('.', at), version.size());
+    numbers.push_back(VersionNumber(version.substr(at, end - at)));
+    at = end + 1;
+  }
+  return numbers;
+}
+
 /// The last line, as the self-update reads it.
 std::string lastLine(std::string text) {
   if (text.ends_with("\n")) {
@@ -121,13 +140,9 @@ void notInCatalogue(const VersionRecords& records, Report& report) {
   if (!records.catalogue->trouble.empty()) {
     return;
   }
-  const std::vector<CatalogueLine>& entries = records.catalogue->entries;
   for (const RecordedVersion& one : recorded(records)) {
-    const bool listed =
-        std::any_of(entries.begin(), entries.end(), [&](const CatalogueLine& entry) -> bool {
-          return equalNoCase(entry.id, one.section->name);
-        });
-    if (!listed) {
+    if (!lists(records.catalogue->entries, one.section->name) &&
+        !lists(records.catalogue->withoutConf, one.section->name)) {
       report.add(records.file.shown, one.section->line, one.section->name);
     }
   }
@@ -217,7 +232,7 @@ void clientCopy(const Share& share, Report& report) {
     }
   }
   const std::string version = modLibrary::FileVersionText(share.host->program, manager, true);
-  if (VersionNumber(version) < VersionNumber(programVersion())) {
+  if (fieldsOf(version) < fieldsOf(programVersion())) {
     tell(share, report, manager,
          (version.empty() ? "senza versione" : version) + std::string(", questa è la ") +
              programVersion());

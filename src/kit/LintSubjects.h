@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -24,8 +25,10 @@ namespace trelv::kit {
 struct Host {
   Program& program;
   GivenPath place;
-  /// Full paths, upper case, of files that a pack will put there.
-  std::vector<std::string> arriving = {};
+  /// Full paths, upper case, of files that the packs which wait there will put there.
+  std::set<std::string> arriving = {};
+  /// The same of the pack that is being judged.
+  std::set<std::string> brought = {};
   /// Bytes that can still be written there; none where that cannot be told.
   std::optional<std::uint64_t> room = {};
   /// At least one product's program, or a recorded version, is there.
@@ -54,8 +57,12 @@ struct Catalogue {
   std::string trouble;
   /// The sections prod01 to prod100 that name a configuration file, in this order.
   std::vector<CatalogueLine> entries;
+  /// Those that name none.
+  std::vector<CatalogueLine> withoutConf;
   /// Null without a share.
   Host* host = nullptr;
+  /// The share's own, where this one is in a pack.
+  const Catalogue* replaced = nullptr;
 };
 
 /// A command as it stands in a product's configuration.
@@ -89,8 +96,11 @@ struct Configuration {
   std::vector<Command> programs;
   Program* program = nullptr;
   Host* host = nullptr;
+  /// The share's own, where this one is in a pack that will put it there.
+  const Configuration* replaced = nullptr;
 };
 
+/// The server's version record; its text is null where there is none yet.
 struct VersionRecords {
   IniFile file;
   machine::FileFacts facts;

@@ -1,12 +1,15 @@
 #include "kit/Linting.h"
 
 #include <algorithm>
-#include <set>
+#include <iterator>
 #include <string_view>
 
 #include "base/Text.h"
 #include "kit/ArchiveReading.h"
 #include "kit/Failure.h"
+#include "kit/LintCatalogue.h"
+#include "kit/LintConfiguration.h"
+#include "kit/LintPacks.h"
 #include "packs/ProductConfiguration.h"
 #include "packs/ZipProtection.h"
 #include "platform/modLibrary.h"
@@ -22,6 +25,8 @@ constexpr std::uint64_t kLargestInner = std::uint64_t{256} << 20U;
 /// What of an archive's names is kept in memory.
 constexpr std::size_t kMostEntries = 200'000;
 constexpr std::size_t kSniffed = 0x10000;
+
+constexpr const char* kMissing = "manca";
 
 constexpr std::string_view kZipSignature = "PK";
 constexpr std::string_view kGzSignature = "\x1F\x8B";
@@ -80,6 +85,12 @@ std::vector<Command> commandsOf(const IniText& text, const std::string& section,
   return commands;
 }
 
+void requireThere(const GivenPath& place, SystemCode code) {
+  if (code != system_code::kSuccess) {
+    throw Failure(place.given(), code);
+  }
+}
+
 void addSection(const IniText& text, const std::string& name, Operation operation,
                 std::vector<CommandSection>& sections) {
   if (text.section(name) != nullptr) {
@@ -103,55 +114,112 @@ std::vector<std::string> splitLines(const std::string& bytes) {
   return lines;
 }
 
+/// A file that remembers why it could not be read: an archive that ends early looks damaged.
+class WatchedFile {
+ public:
+  WatchedFile(machine::Files& files, const std::string& path) {
+    machine::FileFacts facts;
+    failed_ = files.look(path, facts);
+    if (failed_ == system_code::kSuccess && facts.folder) {
+      failed_ = system_code::kAccessDenied;
+    }
+    source_ = {facts.size,
+               [this, &files, path](std::uint64_t offset, std::size_t size,
+                                    std::string& bytes) -> SystemCode {
+                 const SystemCode code = files.readPart(path, offset, size, bytes);
+                 failed_ = code != system_code::kSuccess ? code : failed_;
+                 return code;
+               }};
+  }
+  WatchedFile(const WatchedFile&) = delete;
+  WatchedFile& operator=(const WatchedFile&) = delete;
+
+  const ByteSource& source() const { return source_; }
+  SystemCode failed() const { return failed_; }
+
+ private:
+  ByteSource source_;
+  SystemCode failed_ = system_code::kSuccess;
+};
+
 }  // namespace
 
 Linting::Linting(Workplace& workplace, const RuleChoice& rules, Progress& progress)
     : workplace_(workplace), rules_(rules), progress_(progress), quiet_(workplace.machine) {}
 
+// Hosts come first: packs and files are compared with them wherever they stand among the arguments.
 std::vector<Finding> Linting::run(const std::vector<std::string>& given) {
-  std::vector<Thing> things;
-  for (const std::string& path : given) {
-    things.push_back(recognise(path));
-    if (things.back().kind == Kind::Host && !host_) {
-      host_ = std::make_unique<Host>(Host{quiet_.program(), things.back().place});
-      std::uint64_t room = 0;
-      if (workplace_.paths.room(things.back().place.full(), room) == system_code::kSuccess) {
-        host_->room = room;
+  const std::vector<Thing> things = recogniseAll(given);
+  std::vector<std::vector<Finding>> found(things.size());
+  for (const bool hosts : {true, false}) {
+    for (std::size_t i = 0; i < things.size(); ++i) {
+      if ((things[i].kind == Kind::Host) == hosts) {
+        lint(things[i]);
+        std::swap(found[i], findings_);
       }
     }
   }
-  for (const Thing& thing : things) {
-    progress_.tell(thing.place.given());
-    switch (thing.kind) {
-      case Kind::Host:
-        lintHost(thing.place);
-        break;
-      case Kind::Medium:
-        lintMedium(thing.place);
-        break;
-      case Kind::Pack:
-        lintPackFile(thing.place.full(), thing.place, PackPlace::Alone);
-        break;
-      case Kind::Catalogue:
-        lintCatalogueFile(thing.place);
-        break;
-      case Kind::Configuration:
-        lintConfigurationFile(thing.place);
-        break;
-    }
+  std::vector<Finding> all;
+  for (std::vector<Finding>& each : found) {
+    std::move(each.begin(), each.end(), std::back_inserter(all));
   }
-  return std::move(findings_);
+  return all;
+}
+
+void Linting::lint(const Thing& thing) {
+  progress_.tell(thing.place.given());
+  switch (thing.kind) {
+    case Kind::Host:
+      lintHost(thing.place);
+      break;
+    case Kind::Medium:
+      lintMedium(thing.place);
+      break;
+    case Kind::Pack:
+      lintPackFile(thing.place.full(), thing.place, PackPlace::Alone);
+      break;
+    case Kind::Catalogue:
+      lintCatalogueFile(thing.place);
+      break;
+    case Kind::Configuration:
+      lintConfigurationFile(thing.place);
+      break;
+  }
+  // What vanished meanwhile was not read whole.
+  machine::FileFacts facts;
+  requireThere(thing.place, workplace_.machine.files.look(thing.place.full(), facts));
 }
 
 // --- What is it?
 
+/// Each thing once, by whatever names it is given.
+std::vector<Linting::Thing> Linting::recogniseAll(const std::vector<std::string>& given) {
+  std::vector<Thing> things;
+  for (const std::string& path : given) {
+    Thing thing = recognise(path);
+    const bool known = std::any_of(things.begin(), things.end(), [&](const Thing& other) -> bool {
+      return isSame(other.place, thing.place);
+    });
+    if (!known) {
+      things.push_back(std::move(thing));
+    }
+  }
+  return things;
+}
+
+bool Linting::isSame(const GivenPath& left, const GivenPath& right) {
+  machine::FileIdentity one;
+  machine::FileIdentity other;
+  machine::Files& files = workplace_.machine.files;
+  return equalNoCase(left.full(), right.full()) ||
+         (files.identify(left.full(), one) == system_code::kSuccess &&
+          files.identify(right.full(), other) == system_code::kSuccess && one == other);
+}
+
 Linting::Thing Linting::recognise(const std::string& given) {
   GivenPath place(workplace_.paths, given);
   machine::FileFacts facts;
-  const SystemCode code = workplace_.machine.files.look(place.full(), facts);
-  if (code != system_code::kSuccess) {
-    throw Failure(place.given(), code);
-  }
+  requireThere(place, workplace_.machine.files.look(place.full(), facts));
   const Kind kind = facts.folder ? kindOfFolder(place) : kindOfFile(place);
   return {std::move(place), kind};
 }
@@ -169,19 +237,13 @@ Linting::Kind Linting::kindOfFolder(const GivenPath& place) {
     return Kind::Medium;
   }
   std::vector<machine::FolderEntry> entries;
-  const SystemCode code = workplace_.machine.files.list(place.full(), "", entries);
-  if (code != system_code::kSuccess) {
-    throw Failure(place.given(), code);
-  }
+  requireThere(place, workplace_.machine.files.list(place.full(), "", entries));
   throw Failure(place.given(), "non è la cartella di un host né un supporto");
 }
 
 Linting::Kind Linting::kindOfFile(const GivenPath& place) {
   std::string bytes;
-  const SystemCode code = workplace_.machine.files.readPart(place.full(), 0, kSniffed, bytes);
-  if (code != system_code::kSuccess) {
-    throw Failure(place.given(), code);
-  }
+  requireThere(place, workplace_.machine.files.readPart(place.full(), 0, kSniffed, bytes));
   if (bytes.starts_with(kZipSignature) || bytes.starts_with(kGzSignature) ||
       endsLikePack(place.full())) {
     return Kind::Pack;
@@ -211,7 +273,7 @@ const IniText* Linting::readIni(const std::string& path, std::string& trouble) {
   std::string bytes;
   const SystemCode code = workplace_.machine.files.read(path, kLargestText + 1, bytes);
   if (code != system_code::kSuccess) {
-    trouble = meansMissing(code) ? "manca" : "non si legge";
+    trouble = meansMissing(code) ? kMissing : "non si legge";
     return nullptr;
   }
   if (bytes.size() > kLargestText) {
@@ -221,19 +283,27 @@ const IniText* Linting::readIni(const std::string& path, std::string& trouble) {
   return keep(bytes);
 }
 
+const IniText* Linting::readExistingIni(const std::string& path, const GivenPath& place) {
+  std::string trouble;
+  const IniText* const text =
+      modLibrary::FileExists(quiet_.program(), path) ? readIni(path, trouble) : nullptr;
+  if (text == nullptr && !trouble.empty() && trouble != kMissing) {
+    throw Failure(place.shown(path), trouble);
+  }
+  return text;
+}
+
 Catalogue Linting::catalogueOf(const IniText* text, const std::string& shown,
                                const std::string& trouble, Host* host) {
-  Catalogue catalogue{{shown, text}, trouble, {}, host};
+  Catalogue catalogue{{shown, text}, trouble, {}, {}, host, nullptr};
   if (text == nullptr) {
     return catalogue;
   }
   for (int index = 1; index <= modProdTrelvLibrary::kMostCatalogueEntries; ++index) {
     const std::string section = modProdTrelvLibrary::CatalogueSection(index);
     const std::string conf = text->value(section, "conf");
-    if (!conf.empty()) {
-      catalogue.entries.push_back(
-          {section, text->value(section, "id"), text->value(section, "name"), conf});
-    }
+    CatalogueLine entry{section, text->value(section, "id"), text->value(section, "name"), conf};
+    (conf.empty() ? catalogue.withoutConf : catalogue.entries).push_back(std::move(entry));
   }
   if (catalogue.entries.empty() && !isCatalogue(*text)) {
     catalogue.trouble = "non elenca prodotti";
@@ -243,7 +313,7 @@ Catalogue Linting::catalogueOf(const IniText* text, const std::string& shown,
 
 Configuration Linting::configurationOf(const IniText& text, const std::string& shown,
                                        const std::string& product, Host* host) {
-  Configuration configuration{{shown, &text}, product, {}, {}, &quiet_.program(), host};
+  Configuration configuration{{shown, &text}, product, {}, {}, &quiet_.program(), host, nullptr};
   for (const Operation operation : {Operation::Setup, Operation::Update}) {
     const std::string kind = modProdTrelvLibrary::ConvertSetupUpdateToString(operation);
     for (int index = 1; index <= modProdTrelvManager::kMostSections; ++index) {
@@ -271,9 +341,8 @@ Linting::Products Linting::readProducts(Host& host) {
   Products products{catalogueOf(text, host.place.shown(path), trouble, &host), {}};
   for (const CatalogueLine& entry : products.catalogue.entries) {
     const std::string file = hostPaths::productConfiguration(host.place.full(), entry.conf);
-    std::string ignored;
     const IniText* const configuration =
-        mediumFiles::liesOnMedium(entry.conf) ? readIni(file, ignored) : nullptr;
+        lintCatalogue::leadsOutside(entry.conf) ? nullptr : readExistingIni(file, host.place);
     if (configuration != nullptr) {
       products.configurations.push_back(
           configurationOf(*configuration, host.place.shown(file), entry.id, &host));
@@ -301,72 +370,85 @@ void Linting::judge(const Products& products) {
 
 // --- A host folder
 
-bool Linting::anythingInstalled(const Host& host,
-                                const std::vector<Configuration>& configurations) {
-  std::string trouble;
-  const IniText* const record = readIni(hostPaths::serverVersionRecord(host.place.full()), trouble);
-  if (record != nullptr) {
-    for (const IniText::Section& section : record->sections()) {
-      if (!record->value(section.name, "version").empty()) {
-        return true;
-      }
+bool Linting::anythingInstalled(const KnownHost& known) {
+  const Host& host = known.host;
+  const IniText* const record =
+      readExistingIni(hostPaths::serverVersionRecord(host.place.full()), host.place);
+  if (record != nullptr && std::any_of(record->sections().begin(), record->sections().end(),
+                                       [&](const IniText::Section& section) -> bool {
+                                         return !record->value(section.name, "version").empty();
+                                       })) {
+    return true;
+  }
+  const std::vector<Configuration>& configurations = known.products.configurations;
+  return std::any_of(
+      configurations.begin(), configurations.end(),
+      [](const Configuration& each) -> bool { return lintConfiguration::isInstalled(each); });
+}
+
+void Linting::readHost(KnownHost& known) {
+  Host& host = known.host;
+  std::uint64_t room = 0;
+  if (workplace_.paths.room(host.place.full(), room) == system_code::kSuccess) {
+    host.room = room;
+  }
+  known.products = readProducts(host);
+  host.anythingInstalled = anythingInstalled(known);
+}
+
+/// Files of a folder by name; none where there is no such folder.
+std::vector<std::string> Linting::filesIn(const std::string& folder, const GivenPath& place) {
+  std::vector<machine::FolderEntry> entries;
+  const SystemCode code = workplace_.machine.files.list(folder, "", entries);
+  if (code != system_code::kSuccess && !meansMissing(code) && code != system_code::kDirectoryName) {
+    throw Failure(place.shown(folder), code);
+  }
+  std::vector<std::string> names;
+  for (const machine::FolderEntry& entry : entries) {
+    if (!entry.facts.folder) {
+      names.push_back(entry.name);
     }
   }
-  for (const Configuration& configuration : configurations) {
-    for (const Command& command : configuration.programs) {
-      std::string path = command.text;
-      modProdTrelvLibrary::ReplacePlaceholders(quiet_.program(), path,
-                                               {host.place.full(), host.place.full(), ""});
-      if (modLibrary::FileExists(quiet_.program(), path)) {
-        return true;
-      }
-    }
-  }
-  return false;
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 void Linting::lintHost(const GivenPath& place) {
-  Host other{quiet_.program(), place};
-  Host& host = equalNoCase(host_->place.full(), place.full()) ? *host_ : other;
-  const Products products = readProducts(host);
-  host.anythingInstalled = anythingInstalled(host, products.configurations);
-  if (&host == host_.get()) {
-    hostProducts_ = std::make_unique<Products>(products);
-  }
+  KnownHost& known = hosts_.emplace_back(KnownHost{{quiet_.program(), place}, {}});
+  readHost(known);
   const std::string folder = hostPaths::setupFolder(place.full());
-  std::vector<machine::FolderEntry> entries;
-  workplace_.machine.files.list(folder, "", entries);
-  std::sort(entries.begin(), entries.end(),
-            [](const machine::FolderEntry& left, const machine::FolderEntry& right) {
-              return left.name < right.name;
-            });
-  std::vector<Finding> ofPacks;
-  std::swap(ofPacks, findings_);
-  for (const machine::FolderEntry& entry : entries) {
-    if (!entry.facts.folder && endsLikePack(entry.name)) {
-      lintPackFile(folder + "\\" + entry.name, place, PackPlace::SetupFolder);
+  std::vector<ReadPack> packs;
+  for (const std::string& name : filesIn(folder, place)) {
+    if (endsLikePack(name)) {
+      readPackFile(folder + "\\" + name, place, PackPlace::SetupFolder, &known, packs);
     }
   }
-  std::swap(ofPacks, findings_);
-  judge(products);
-  lintRecords(host, products);
-  rules_.judge(Share{&host}, findings_);
-  findings_.insert(findings_.end(), ofPacks.begin(), ofPacks.end());
+  // What one of them brings may be what another one asks for.
+  for (const ReadPack& pack : packs) {
+    addArriving(pack.pack, known.host.arriving);
+  }
+  judge(known.products);
+  lintRecords(known);
+  rules_.judge(Share{&known.host}, findings_);
+  for (ReadPack& pack : packs) {
+    judgePack(pack, &known);
+  }
 }
 
-void Linting::lintRecords(Host& host, const Products& products) {
+void Linting::lintRecords(KnownHost& known) {
+  Host& host = known.host;
   const std::string path = hostPaths::serverVersionRecord(host.place.full());
   VersionRecords records;
-  std::string trouble;
   records.file.shown = host.place.shown(path);
-  records.file.text = readIni(path, trouble);
+  records.file.text = readExistingIni(path, host.place);
   records.folder = hostPaths::recordFolder(host.place.full());
-  records.catalogue = &products.catalogue;
-  records.configurations = &products.configurations;
+  records.catalogue = &known.products.catalogue;
+  records.configurations = &known.products.configurations;
   records.host = &host;
-  if (records.file.text != nullptr &&
-      workplace_.machine.files.look(path, records.facts) == system_code::kSuccess) {
-    rules_.judge(records, findings_);
+  workplace_.machine.files.look(path, records.facts);
+  rules_.judge(records, findings_);
+  if (records.file.text != nullptr) {
+    rules_.judge(records.file, findings_);
   }
 }
 
@@ -375,7 +457,7 @@ void Linting::lintRecords(Host& host, const Products& products) {
 void Linting::lintCatalogueFile(const GivenPath& place) {
   std::string trouble;
   const IniText* const text = readIni(place.full(), trouble);
-  judge({catalogueOf(text, place.given(), trouble, host_.get()), {}});
+  judge({catalogueOf(text, place.given(), trouble, hostOf(compared())), {}});
 }
 
 void Linting::lintConfigurationFile(const GivenPath& place) {
@@ -384,7 +466,7 @@ void Linting::lintConfigurationFile(const GivenPath& place) {
   if (text == nullptr) {
     throw Failure(place.given(), trouble);
   }
-  const Configuration configuration = configurationOf(*text, place.given(), "", host_.get());
+  const Configuration configuration = configurationOf(*text, place.given(), "", hostOf(compared()));
   rules_.judge(configuration.file, findings_);
   rules_.judge(configuration, findings_);
 }
@@ -392,68 +474,110 @@ void Linting::lintConfigurationFile(const GivenPath& place) {
 // --- Packs
 
 void Linting::lintPackFile(const std::string& path, const GivenPath& shownBy, PackPlace place) {
+  KnownHost* const known = compared();
+  std::vector<ReadPack> packs;
+  readPackFile(path, shownBy, place, known, packs);
+  if (known != nullptr) {
+    known->host.brought.clear();
+    for (const ReadPack& pack : packs) {
+      addArriving(pack.pack, known->host.brought);
+    }
+  }
+  for (ReadPack& pack : packs) {
+    judgePack(pack, known);
+  }
+  if (known != nullptr) {
+    known->host.brought.clear();
+  }
+}
+
+void Linting::addArriving(const Pack& pack, std::set<std::string>& arriving) {
+  if (pack.host == nullptr || !pack.opened) {
+    return;
+  }
+  for (const PackEntry& entry : pack.entries) {
+    if (!entry.folder) {
+      arriving.insert(upperCase(pack.host->place.full() + "\\" + backslashed(entry.name)));
+    }
+  }
+}
+
+void Linting::readPackFile(const std::string& path, const GivenPath& shownBy, PackPlace place,
+                           KnownHost* known, std::vector<ReadPack>& packs) {
   Pack pack;
   pack.shown = shownBy.shown(path);
   pack.fileName = lastName(path);
   pack.place = place;
-  pack.host = host_.get();
+  pack.host = hostOf(known);
   pack.opened = isOpened(pack.fileName);
   pack.kind = lowerCase(endingOf(path)) == "gz" ? PackKind::Gz : PackKind::Zip;
   if (place == PackPlace::Medium && pack.kind == PackKind::Zip) {
     pack.kind = PackKind::MediumZip;
   }
   progress_.tell(pack.shown);
-  if (pack.kind != PackKind::Gz) {
-    const auto obstacle = modProdTrelvManager::FindObstacle(workplace_.machine.files, path);
-    pack.needsPassword = obstacle == modProdTrelvManager::ZipObstacle::Password;
-    pack.tooDeep = obstacle == modProdTrelvManager::ZipObstacle::Levels;
+  const std::string shown = pack.shown;
+  const std::size_t before = packs.size();
+  WatchedFile file(workplace_.machine.files, path);
+  if (file.failed() == system_code::kSuccess) {
+    if (pack.kind != PackKind::Gz) {
+      const auto obstacle = modProdTrelvManager::FindObstacle(workplace_.machine.files, path);
+      pack.needsPassword = obstacle == modProdTrelvManager::ZipObstacle::Password;
+      pack.tooDeep = obstacle == modProdTrelvManager::ZipObstacle::Levels;
+    }
+    readArchive(file.source(), std::move(pack), packs);
   }
-  lintArchive(fileSource(workplace_.machine.files, path), std::move(pack));
+  if (meansMissing(file.failed()) && place != PackPlace::Alone) {
+    // A start has opened it meanwhile.
+    packs.resize(before);
+  } else if (file.failed() != system_code::kSuccess) {
+    throw Failure(shown, file.failed());
+  }
 }
 
-void Linting::lintArchive(const ByteSource& source, Pack pack) {
-  Brought files;
-  std::vector<std::pair<std::string, std::string>> inner;
-  readArchive(source, pack, files, inner);
-  judgePack(pack, files);
+bool Linting::isInner(const Pack& pack, const PackEntry& entry) {
+  const std::string name = backslashed(entry.name);
+  const std::string folder = pack.kind == PackKind::Gz ? hostPaths::kSetups : "";
+  const char* const ending = pack.kind == PackKind::Gz ? "zip" : "gz";
+  return !entry.folder && endingOf(entry.name) == ending &&
+         equalNoCase(name.substr(0, name.size() - lastName(name).size()),
+                     folder + (folder.empty() ? "" : "\\"));
+}
+
+void Linting::readArchive(const ByteSource& source, Pack given, std::vector<ReadPack>& packs) {
+  const std::size_t at = packs.size();
+  packs.push_back({std::move(given), {}});
+  Inner inner;
+  readContent(source, packs[at], inner);
   for (auto& [name, bytes] : inner) {
     Pack other;
-    other.shown = pack.shown + "!" + name;
+    other.shown = packs[at].pack.shown + "!" + name;
     other.fileName = lastName(name);
     other.place = PackPlace::Archive;
-    other.host = pack.host;
-    other.kind = pack.kind == PackKind::Gz ? PackKind::Zip : PackKind::Gz;
-    lintArchive(textSource(std::move(bytes)), std::move(other));
+    other.host = packs[at].pack.host;
+    other.kind = packs[at].pack.kind == PackKind::Gz ? PackKind::Zip : PackKind::Gz;
+    readArchive(textSource(std::move(bytes)), std::move(other), packs);
   }
 }
 
-void Linting::readArchive(const ByteSource& source, Pack& pack, Brought& files,
-                          std::vector<std::pair<std::string, std::string>>& inner) {
-  const auto isInner = [&](const PackEntry& entry) -> bool {
-    const std::string ending = endingOf(entry.name);
-    const bool root = backslashed(entry.name).find('\\') == std::string::npos;
-    return pack.kind == PackKind::Gz
-               ? ending == "zip" &&
-                     FileSystemObject::liesAtOrIn(backslashed(entry.name), hostPaths::kSetups)
-               : ending == "gz" && root;
-  };
+void Linting::readContent(const ByteSource& source, ReadPack& read, Inner& inner) {
+  Pack& pack = read.pack;
   const WantEntry want = [&](const PackEntry& entry) -> bool {
     if (pack.entries.size() >= kMostEntries) {
       throw Failure(pack.shown, "ha più di " + std::to_string(kMostEntries) + " voci");
     }
     pack.entries.push_back(entry);
-    if (isInner(entry) && entry.size > kLargestInner) {
+    if (isInner(pack, entry) && entry.size > kLargestInner) {
       throw Failure(pack.shown + "!" + backslashed(entry.name), "è troppo grande");
     }
-    return isInner(entry) ||
+    return isInner(pack, entry) ||
            (lowerCase(endingOf(entry.name)) == "ini" && entry.size <= kLargestText);
   };
   const TakeContent take = [&](const PackEntry& entry, std::string content) -> void {
     const std::string name = backslashed(entry.name);
-    if (isInner(entry)) {
+    if (isInner(pack, entry)) {
       inner.emplace_back(name, std::move(content));
     } else {
-      files.emplace(upperCase(name), std::move(content));
+      read.files.emplace(upperCase(name), std::move(content));
     }
   };
   if (pack.kind == PackKind::Gz) {
@@ -474,50 +598,70 @@ void Linting::readArchive(const ByteSource& source, Pack& pack, Brought& files,
   }
 }
 
-void Linting::judgePack(Pack& pack, const Brought& files) {
-  Host* const host = pack.host;
-  if (host != nullptr && pack.opened) {
-    for (const PackEntry& entry : pack.entries) {
-      if (!entry.folder) {
-        host->arriving.push_back(upperCase(host->place.full() + "\\" + backslashed(entry.name)));
-      }
+/// The products that a pack's files belong to, by their path in it, upper case.
+std::map<std::string, std::string> Linting::productsByFile(const Catalogue& catalogue,
+                                                           const KnownHost* known) {
+  std::map<std::string, std::string> ids;
+  const auto add = [&](const Catalogue& one) -> void {
+    for (const CatalogueLine& entry : one.entries) {
+      ids.emplace(upperCase(replaceAll(entry.conf, "/", "\\")), entry.id);
     }
+  };
+  add(catalogue);
+  if (known != nullptr) {
+    add(known->products.catalogue);
   }
+  return ids;
+}
+
+/// The host's own configuration that a file of a pack will replace; null where there is none.
+const Configuration* Linting::replacedBy(const std::string& inner, const KnownHost* known) {
+  if (known == nullptr) {
+    return nullptr;
+  }
+  const GivenPath& place = known->host.place;
+  const std::string shown = place.shown(place.full() + "\\" + inner);
+  const std::vector<Configuration>& own = known->products.configurations;
+  const auto found = std::find_if(own.begin(), own.end(), [&](const Configuration& one) -> bool {
+    return equalNoCase(one.file.shown, shown);
+  });
+  return found == own.end() ? nullptr : &*found;
+}
+
+Linting::Products Linting::productsIn(const ReadPack& read, const KnownHost* known) {
+  const Pack& pack = read.pack;
   const auto textOf = [&](const std::string& inner) -> const IniText* {
-    const auto found = files.find(upperCase(inner));
-    return found == files.end() ? nullptr : keep(found->second);
+    const auto found = read.files.find(upperCase(inner));
+    return found == read.files.end() ? nullptr : keep(found->second);
   };
   const std::string catalogueName =
       std::string(hostPaths::kSetups) + "\\" + hostPaths::kCatalogueFile;
-  const IniText* const text = textOf(catalogueName);
-  Products products{catalogueOf(text, pack.shown + "!" + catalogueName, "", host), {}};
-  std::map<std::string, std::string> ids;
-  for (const CatalogueLine& entry : products.catalogue.entries) {
-    ids.emplace(upperCase(replaceAll(entry.conf, "/", "\\")), entry.id);
-  }
-  if (hostProducts_) {
-    for (const CatalogueLine& entry : hostProducts_->catalogue.entries) {
-      ids.emplace(upperCase(replaceAll(entry.conf, "/", "\\")), entry.id);
-    }
-  }
+  Products products{
+      catalogueOf(textOf(catalogueName), pack.shown + "!" + catalogueName, "", pack.host), {}};
+  products.catalogue.replaced = known != nullptr ? &known->products.catalogue : nullptr;
+  const std::map<std::string, std::string> ids = productsByFile(products.catalogue, known);
   for (const PackEntry& entry : pack.entries) {
     const std::string name = backslashed(entry.name);
     const auto id = ids.find(upperCase(name));
-    const bool direct =
-        FileSystemObject::liesAtOrIn(name, hostPaths::kSetups) &&
-        name.find('\\', std::string(hostPaths::kSetups).size() + 1) == std::string::npos;
-    if (equalNoCase(name, catalogueName) || (id == ids.end() && !direct)) {
-      continue;
-    }
-    const IniText* const configuration = textOf(name);
-    if (configuration != nullptr && (id != ids.end() || isConfiguration(*configuration))) {
-      products.configurations.push_back(configurationOf(*configuration, pack.shown + "!" + name,
-                                                        id != ids.end() ? id->second : "", host));
+    const bool listed = id != ids.end();
+    const IniText* const text =
+        !equalNoCase(name, catalogueName) && (listed || lintPacks::isInSetupFolder(entry))
+            ? textOf(name)
+            : nullptr;
+    if (text != nullptr && (listed || isConfiguration(*text))) {
+      products.configurations.push_back(
+          configurationOf(*text, pack.shown + "!" + name, listed ? id->second : "", pack.host));
+      products.configurations.back().replaced = replacedBy(name, known);
     }
   }
-  pack.configurations = products.configurations;
-  rules_.judge(pack, findings_);
-  if (pack.opened) {
+  return products;
+}
+
+void Linting::judgePack(ReadPack& read, const KnownHost* known) {
+  const Products products = productsIn(read, known);
+  read.pack.configurations = products.configurations;
+  rules_.judge(read.pack, findings_);
+  if (read.pack.opened) {
     judge(products);
   }
 }
@@ -557,15 +701,9 @@ void Linting::lintMedium(const GivenPath& place) {
         continue;
       }
       seen.push_back(upperCase(folder));
-      std::vector<machine::FolderEntry> entries;
-      workplace_.machine.files.list(folder, "", entries);
-      std::sort(entries.begin(), entries.end(),
-                [](const machine::FolderEntry& left, const machine::FolderEntry& right) {
-                  return left.name < right.name;
-                });
-      for (const machine::FolderEntry& file : entries) {
-        if (!file.facts.folder && endsLikePack(file.name)) {
-          lintPackFile(folder + "\\" + file.name, place, PackPlace::Medium);
+      for (const std::string& name : filesIn(folder, place)) {
+        if (endsLikePack(name)) {
+          lintPackFile(folder + "\\" + name, place, PackPlace::Medium);
         }
       }
     }

@@ -50,6 +50,15 @@ Arrange nothing() {
   return [](LintWorld&) -> void {};
 }
 
+/// UTF-16 with its mark.
+std::string wide(const std::string& text, bool swapped) {
+  std::string bytes = swapped ? "\xFE\xFF" : "\xFF\xFE";
+  for (const char letter : text) {
+    bytes += swapped ? std::string{'\0', letter} : std::string{letter, '\0'};
+  }
+  return bytes;
+}
+
 /// A pack on the share with these files beside the usual ones.
 Arrange packWith(const std::vector<ArchiveFile>& more) {
   return [=](LintWorld& world) -> void {
@@ -85,6 +94,14 @@ const std::vector<Row>& rows() {
       {"TK103", "one digit", edit(kCatalogue, "[prod03]", "[prod3]"), kCatalogue, 10},
       {"TK103", "behind the last", edit(kCatalogue, "[prod03]", "[prod101]"), kCatalogue, 10},
       {"TK103", "capitals are read", edit(kCatalogue, "[prod03]", "[PROD03]"), ""},
+      {"TK103", "something between", edit(kCatalogue, "[prod03]", "[prod_03]"), kCatalogue, 10},
+      {"TK103", "no number", edit(kCatalogue, "[prod03]", "[prod]"), kCatalogue, 10},
+      {"TK103", "another word", edit(kCatalogue, "[prod03]", "[prodotto3]"), ""},
+      {"TK104", "a folder", [](LintWorld& world) -> void {
+         world.remove(kSetups + "q2.ini");
+         world.share().makeFolders(kSetups + "q2.ini");
+       },
+       kCatalogue, 13},
       {"TK104", "no such file", removed(kSetups + "q2.ini"), kCatalogue, 13},
       {"TK104", "the file comes with a pack that waits",
        [](LintWorld& world) -> void {
@@ -100,6 +117,11 @@ const std::vector<Row>& rows() {
        edit(kCatalogue, "conf=prg\\com\\setup\\aggdovra\\q2.ini",
             "conf=prg\\..\\prg\\com\\setup\\aggdovra\\q2.ini"),
        ""},
+      {"TK105", "a share", edit(kCatalogue, "conf=prg\\com\\setup\\aggdovra\\q2.ini", "conf=\\\\srv\\q2.ini"),
+       kCatalogue, 13},
+      {"TK105", "one separator in front", edit(kCatalogue, "conf=prg\\com\\setup\\aggdovra\\q2.ini",
+                                               "conf=\\prg\\com\\setup\\aggdovra\\q2.ini"),
+       ""},
       {"TK106", "no id", edit(kCatalogue, "id=Q2\r\n", "\r\n"), kCatalogue, 10},
       {"TK106", "an id in quotes", edit(kCatalogue, "id=Q2", "id=\"Q2\""), ""},
       {"TK107", "no product's", edit(kCatalogue, "id=Q2", "id=PIPPO"), kCatalogue, 11},
@@ -107,6 +129,7 @@ const std::vector<Row>& rows() {
       {"TK108", "small letters", edit(kCatalogue, "id=Q2", "id=q2"), kCatalogue, 11},
       {"TK108", "a blank does not count", edit(kCatalogue, "id=Q2", "id = Q2 "), ""},
       {"TK109", "twice", edit(kCatalogue, "id=Q2", "id=ZB"), kCatalogue, 11},
+      {"TK109", "in another case", edit(kCatalogue, "id=Q2", "id=zb"), kCatalogue, 11},
       {"TK109", "another product's", edit(kCatalogue, "id=Q2", "id=ZM"), ""},
       {"TK110", "twice, in another case", edit(kCatalogue, "aggdovra\\q2.ini", "AggDovra\\ZB.ini"),
        kCatalogue, 13},
@@ -122,11 +145,19 @@ const std::vector<Row>& rows() {
       {"TK113", "UTF-8", edit(kCatalogue, "Tarsena2", "Tarsen\xC3\xA0"), kCatalogue, 12},
       {"TK113", "UTF-16 without its mark", edit(kCatalogue, "Tarsena2", std::string("T\0a", 3)),
        kCatalogue, 12},
+      {"TK113", "a mark of UTF-8 in the record", edit(kRecord, "[NERIO]", "\xEF\xBB\xBF[NERIO]"), kRecord,
+       1},
+      {"TK113", "UTF-16 in the other order, with its mark",
+       [](LintWorld& world) -> void { world.put(kCatalogue, wide(LintWorld::catalogueText(), true)); },
+       ""},
       {"TK113", "an accent of the code page", edit(kCatalogue, "Tarsena2", "Tarsen\xE0"), ""},
       {"TK114", "twice", edit(kCatalogue, "[prod03]", "[Prod02]"), kCatalogue, 10},
       {"TK114", "in a configuration", edit(kZb, "[Update02]", "[Update01]"), kZb, 10},
       {"TK114", "another number", edit(kZb, "[Update02]", "[Update03]"), ""},
       {"TK115", "twice", edit(kCatalogue, "name=Tarsena2", "ID=ZM"), kCatalogue, 12},
+      {"TK115", "in the record", edit(kRecord, "version=09.93.00.00", "version=09.93.00.00\r\nVersion=1"),
+       kRecord, 5},
+      {"TK115", "before the first section", edit(kCatalogue, "; prodotti", "a=1\r\na=2"), ""},
       {"TK115", "in two sections", nothing(), ""},
       {"TK115", "a comment", edit(kCatalogue, "name=Tarsena2", "name=T\r\n;name=Z"), ""},
 
@@ -135,6 +166,12 @@ const std::vector<Row>& rows() {
       {"TK201", "without commands", edit(kZb, "[Exec]", "[Update03]\r\n[Exec]"), ""},
       {"TK202", "too few fields", edit(kZb, "[Exec]", "[Update03]\r\nversion=10.00\r\n[Exec]"), kZb,
        15},
+      {"TK202", "of two the one that is written otherwise",
+       [](LintWorld& world) -> void {
+         world.put(kZb, "[Setup01]\r\nversion=10.00\r\nServer01=C:\\a.exe -s\r\n"
+                        "[Update01]\r\nversion=09.93.00.00\r\nServer01=C:\\a.exe -s\r\n");
+       },
+       kZb, 2},
       {"TK202", "another number of digits",
        edit(kZb, "[Exec]", "[Update03]\r\nversion=9.100.0.0\r\n[Exec]"), kZb, 15},
       {"TK202", "fewer fields in the same order", edit(kZb, "version=09.93.00.00", "version=09.93"),
@@ -158,6 +195,9 @@ const std::vector<Row>& rows() {
       {"TK205", "in the removal", edit(kZb, "Server01=" + kSetupExe + "-rimuovi Server",
                                        "Server02=" + kSetupExe + "-rimuovi Server"),
        kZb, 20},
+      {"TK205", "one digit", edit(kZb, "Client01=" + kSetupExe + "Client -s", "Client1=a.exe"), kZb, 4},
+      {"TK205", "behind the last", edit(kZb, "[Update01]", "Server101=a.exe\r\n[Update01]"), kZb, 6},
+      {"TK205", "another key", edit(kZb, "[Update01]", "ServerNome1=a\r\n[Update01]"), ""},
       {"TK205", "an empty last one", edit(kZb, "[Update01]", "Server02=\r\n[Update01]"), ""},
       {"TK206", "two of the server", edit(kZb, "[Update01]", "Server02=a.exe\r\n[Update01]"), kZb, 6},
       {"TK206", "two of the removal", edit(kZb, "Client01=" + kSetupExe + "-rimuovi Client",
@@ -165,6 +205,8 @@ const std::vector<Row>& rows() {
        ""},
       {"TK207", "one digit", edit(kZb, "[Update02]", "[Update2]"), kZb, 10},
       {"TK207", "behind the last", edit(kZb, "[Update02]", "[Update101]"), kZb, 10},
+      {"TK207", "something between", edit(kZb, "[Update02]", "[Update-02]"), kZb, 10},
+      {"TK207", "another word", edit(kZb, "[Update02]", "[UpdateInfo2]"), ""},
       {"TK207", "the last", edit(kZb, "[Update02]", "[Update100]"), ""},
       {"TK208", "no such program", removed(kSetups + "bilancio\\setup.exe"), kZb, 3},
       {"TK208", "of the removal", edit(kZb, "Client01=" + kSetupExe + "-rimuovi Client",
@@ -174,6 +216,19 @@ const std::vector<Row>& rows() {
          edit(kZb, "Client01=" + kSetupExe + "-rimuovi Client",
               "Client01=%PATHWORK%\\mv\\bilancio\\togli.exe")(world);
          world.remove("S:\\Lumo\\mv\\bilancio");
+       },
+       ""},
+      {"TK208", "of the removal, beside the set-ups, before the set-up",
+       [](LintWorld& world) -> void {
+         edit(kZb, "bilancio\\setup.exe\" ZB -rimuovi Client", "bilancio\\togli.exe\" ZB -rimuovi Client")(world);
+         world.remove("S:\\Lumo\\mv\\bilancio");
+       },
+       kZb, 21},
+      {"TK208", "another waiting pack brings it",
+       [](LintWorld& world) -> void {
+         world.remove(kSetups + "bilancio\\setup.exe");
+         world.put(kSetups + "a.zip", zipBytes({LintWorld::tree()[1]}));
+         world.put(kSetups + "b.zip", zipBytes({LintWorld::tree()[2]}));
        },
        ""},
       {"TK208", "elsewhere", edit(kZb, kServerSetup, "Server01=C:\\Strumenti\\a.exe"), ""},
@@ -186,9 +241,16 @@ const std::vector<Row>& rows() {
       {"TK209", "quotes inside", edit(kZb, "ZB Server -s", "ZB \"Server\" -s"), ""},
       {"TK210", "a switch", edit(kZb, "Server -s", "Server /s"), kZb, 3},
       {"TK210", "an address", edit(kZb, "Server -s", "-d http://lumo -s"), kZb, 3},
+      {"TK210", "a date", edit(kZb, "Server -s", "-data=01/02/2026 -s"), kZb, 3},
+      {"TK210", "a switch of a switch", edit(kZb, "Server -s", "-o:/s -s"), kZb, 3},
+      {"TK210", "a drive", edit(kZb, "Server -s", "C:/Lumo -d=C:/Lumo -l:D:/a -s"), ""},
+      {"TK210", "a share", edit(kZb, "Server -s", "//srv/lumo/a -s"), ""},
+      {"TK210", "a folder that is a year", edit(kZb, "Server -s", "2026/tabelle -s"), ""},
       {"TK210", "a path", edit(kZb, "Server -s", "%PATHWORK%/mv/bilancio -s"), ""},
       {"TK211", "unknown", edit(kZb, "Server -s", "%TEMP% -s"), kZb, 3},
       {"TK211", "in small letters", edit(kZb, "Server -s", "%pathwork%\\mv -s"), kZb, 3},
+      {"TK211", "without its end", edit(kZb, "Server -s", "%PATHWORK\\mv -s"), kZb, 3},
+      {"TK211", "with a hyphen", edit(kZb, "Server -s", "%PATH-WORK%\\mv -s"), kZb, 3},
       {"TK211", "known", edit(kZb, "Server -s", "%PATHWORK%\\mv %INSTALLTYPE% -s"), ""},
       {"TK211", "two per cents", edit(kZb, "Server -s", "5% di 10% -s"), ""},
       {"TK212", "in a set-up", edit(kZb, "Server -s", "%PATHCLIENT%\\a -s"), kZb, 3},
@@ -212,9 +274,21 @@ const std::vector<Row>& rows() {
       {"TK217", "the set-up folder itself",
        edit(kZb, "bilancio\\setup.exe\" ZB -rimuovi Server", "setup.exe\" ZB -rimuovi Server"), kZb,
        20},
+      {"TK217", "the workstation's folder",
+       edit(kZb, kSetupExe + "-rimuovi Server", "%PATHCLIENT%\\togli.exe -s"), kZb, 20},
+      {"TK217", "a folder below the workstation's",
+       edit(kZb, kSetupExe + "-rimuovi Server", "%PATHCLIENT%\\a\\togli.exe -s"), ""},
       {"TK217", "a folder below", nothing(), ""},
       {"TK218", "one folder", edit(kZb, "[Remove]\r\n", "[Remove]\r\nServer02=" + kSetupExe + "x\r\n"),
        kZb, 20},
+      {"TK218", "a folder below the first's",
+       edit(kZb, "Client01=" + kSetupExe + "-rimuovi Client",
+            "Server02=%PATHSETUP%\\prg\\com\\setup\\aggdovra\\bilancio\\altro\\x.exe -s"),
+       kZb, 21},
+      {"TK218", "the folder above the first's",
+       edit(kZb, "[Remove]\r\n",
+            "[Remove]\r\nServer02=" + kSetupExe + "x\r\nServer01="
+            "%PATHSETUP%\\prg\\com\\setup\\aggdovra\\bilancio\\altro\\x.exe -s\r\n;"), ""},
       {"TK218", "two folders",
        edit(kZb, "[Remove]\r\n", "[Remove]\r\nServer02=C:\\Altro\\x.exe -s\r\n"), ""},
       {"TK218", "a command of the client in the same folder", nothing(), ""},
@@ -229,6 +303,12 @@ const std::vector<Row>& rows() {
       {"TK220", "one is missing", edit(kZb, "MVCON=", "MVCONX="), kZb, 14},
       {"TK220", "the only one is empty",
        edit(kSetups + "q2.ini", "Q2=%PATHWORK%\\mv\\tarsena2\\Q2.exe", "Q2="), kSetups + "q2.ini", 8},
+      {"TK220", "no catalogue says whose they are",
+       [](LintWorld& world) -> void {
+         world.edit(kZb, "MVCON=", "MVCONX=");
+         world.put("S:\\zb.txt", world.text(kZb));
+       },
+       "S:\\zb.txt", 14},
       {"TK220", "a product that is delivered with one program",
        [](LintWorld& world) -> void {
          for (const char* const code : {"MVCON", "MVICAD", "MVPERS"}) {
@@ -259,8 +339,22 @@ const std::vector<Row>& rows() {
       {"TK301", "above", edit(kRecord, "09.93.00.00", "09.96.00.00"), kRecord, 4},
       {"TK301", "equal", edit(kRecord, "09.93.00.00", "09.94.00.00"), ""},
       {"TK302", "not listed", edit(kRecord, "[Q2]\r\nversion=", "[ZM]\r\nversion=01.00"), kRecord, 5},
+      {"TK302", "listed with an empty conf",
+       [](LintWorld& world) -> void {
+         world.edit(kCatalogue, "prg\\com\\setup\\aggdovra\\q2.ini", "");
+         world.edit(kRecord, "[Q2]\r\nversion=", "[Q2]\r\nversion=01.00.00.00");
+       },
+       ""},
       {"TK302", "with an empty version", edit(kRecord, "[Q2]", "[ZM]"), ""},
       {"TK303", "read-only", [](LintWorld& world) -> void { world.share().setReadOnly(kRecord); },
+       kRecord, 0},
+      {"TK303", "the folder refuses",
+       [](LintWorld& world) -> void { world.share().denyWriting(kHost + "\\prg\\etc"); }, kRecord, 0},
+      {"TK303", "no record yet, and the folder refuses",
+       [](LintWorld& world) -> void {
+         world.remove(kRecord);
+         world.share().denyWriting(kHost + "\\prg\\etc");
+       },
        kRecord, 0},
       {"TK303", "another file is",
        [](LintWorld& world) -> void { world.share().setReadOnly(kCatalogue); }, ""},
@@ -308,6 +402,11 @@ const std::vector<Row>& rows() {
          world.share().setVersion(path, {0, 9, 0, 0});
        },
        kHost + "\\prg\\com\\bin\\cpy\\client\\TrelvManager.exe", 0},
+      {"TK406", "of a version with more digits",
+       [](LintWorld& world) -> void {
+         world.share().setVersion(kHost + "\\prg\\com\\bin\\cpy\\client\\TrelvManager.exe", {0, 900, 0, 0});
+       },
+       kHost + "\\prg\\com\\bin\\cpy\\client\\TrelvManager.exe", 0},
       {"TK406", "no copy at all",
        [](LintWorld& world) -> void {
          world.remove(kHost + "\\prg\\com\\bin\\cpy\\client");
@@ -317,6 +416,13 @@ const std::vector<Row>& rows() {
       {"TK501", "capitals", put(kSetups + "zb.ZIP", zipBytes(LintWorld::tree())), kSetups + "zb.ZIP",
        0},
       {"TK501", "a capital of gz", put(kSetups + "zb.Gz", ""), kSetups + "zb.Gz", 0},
+      {"TK501", "capitals in a gz pack",
+       gzWith({{kTree + "altro.ZIP", zipBytes(LintWorld::tree())}}), "S:\\zb.gz" + kInner + "altro.ZIP", 0},
+      {"TK501", "capitals in a pack of a medium",
+       put(kBilancio + "b-09.95.zip",
+           zipBytes({{"a.gz", LintWorld::gzBytes({{kTree + "zb.zip", zipBytes(LintWorld::tree())}})},
+                     {"b.Gz", ""}})),
+       kBilancio + "b-09.95.zip!b.Gz", 0},
       {"TK501", "small letters", packWith({}), ""},
       {"TK502", "no zip", put(kSetups + "zb.zip", "testo"), kSetups + "zb.zip", 0},
       {"TK502", "cut short",
@@ -342,6 +448,8 @@ const std::vector<Row>& rows() {
        kSetups + "zb.zip", 0},
       {"TK503", "none", packWith({}), ""},
       {"TK504", "no tree", put(kSetups + "zb.zip", zipBytes({{"zb.ini", ""}})), kSetups + "zb.zip", 0},
+      {"TK504", "no gz pack where a medium needs one",
+       put(kBilancio + "b-09.95.zip", zipBytes(LintWorld::tree())), kBilancio + "b-09.95.zip", 0},
       {"TK504", "in capitals", put(kSetups + "zb.zip", zipBytes({{"PRG/COM/SETUP/AGGDOVRA/a.txt", ""}})),
        ""},
       {"TK505", "in the root", packWith({{"leggimi.txt", ""}}), kSetups + "zb.zip!leggimi.txt", 0},
@@ -350,9 +458,14 @@ const std::vector<Row>& rows() {
       {"TK505", "in the tree", packWith({{kTree + "leggimi.txt", ""}}), ""},
       {"TK506", "a device", packWith({{kTree + "nul.txt", ""}}), kSetups + "zb.zip" + kInner + "nul.txt",
        0},
+      {"TK506", "a colon", packWith({{kTree + "a:b", ""}}), kSetups + "zb.zip" + kInner + "a:b", 0},
+      {"TK506", "a short name", packWith({{kTree + "SETUP~1.EXE", ""}}), ""},
       {"TK506", "a name like a device's", packWith({{kTree + "null.txt", ""}}), ""},
       {"TK507", "another case", packWith({{kTree + "ZB.ini", ""}}), kSetups + "zb.zip" + kInner + "ZB.ini",
        0},
+      {"TK507", "a file and a folder", packWith({{kTree + "BILANCIO", ""}}),
+       kSetups + "zb.zip" + kInner + "BILANCIO", 0},
+      {"TK507", "files of one folder in two spellings", packWith({{kTree + "Bilancio/dati.txt", ""}}), ""},
       {"TK507", "in another folder", packWith({{kTree + "a/ZB.ini", ""}}), ""},
       {"TK508", "too long", packWith({{kTree + std::string(229, 'x'), ""}}),
        kSetups + "zb.zip" + kInner + std::string(229, 'x'), 0},
@@ -364,9 +477,12 @@ const std::vector<Row>& rows() {
        put(kBilancio + "zb.gz",
            LintWorld::gzBytes({{kTree + "zb.zip", zipBytes(LintWorld::tree())}})),
        kBilancio + "zb.gz", 0},
+      {"TK509", "a medium's pack on the share", put(kSetups + "zb.zip", LintWorld::mediumPack()),
+       kSetups + "zb.zip", 0},
       {"TK509", "alone", gzWith({}), ""},
       {"TK510", "in the tree", packWith({{kTree + "altro.zip", ""}}),
        kSetups + "zb.zip" + kInner + "altro.zip", 0},
+      {"TK510", "capitals", packWith({{kTree + "altro.ZIP", ""}}), ""},
       {"TK510", "below it", packWith({{kTree + "bilancio/dati.zip", ""}}), ""},
       {"TK510", "in a gz pack", gzWith({}), ""},
       {"TK511", "in a zip pack", packWith({{kTree + "link", "", "zb.ini"}}),
@@ -407,6 +523,7 @@ const std::vector<Row>& rows() {
       {"TK601", "good", nothing(), ""},
       {"TK602", "missing", removed("D:\\Versione.ver"), "D:\\Versione.ver", 0},
       {"TK602", "empty", put("D:\\Versione.ver", ""), "D:\\Versione.ver", 0},
+      {"TK602", "an empty first line", put("D:\\Versione.ver", "\r\n2026.2\r\n"), "D:\\Versione.ver", 0},
       {"TK602", "without line end", put("D:\\Versione.ver", "1"), ""},
       {"TK603", "missing", removed("D:\\Products.cmf"), "D:\\Products.cmf", 0},
       {"TK603", "unknown", put("D:\\Products.cmf", "ZB|Bilancio\r\nPIPPO|Pippo\r\n"),
@@ -451,6 +568,8 @@ const std::vector<Row>& rows() {
       {"TK611", "unknown", edit("D:\\Setup.cmf", "packs\\nerio|NERIO", "packs\\nerio|PIPPO"),
        "D:\\Setup.cmf", 4},
       {"TK611", "an entry that leaves", nothing(), ""},
+      {"TK611", "none of the five", edit("D:\\Setup.cmf", "packs\\nerio|NERIO", "packs\\nerio|KXK"),
+       "D:\\Setup.cmf", 4},
       {"TK612", "no Nerio", edit("D:\\Setup.cmf", "packs\\nerio|NERIO", "packs\\nerio|ZM"),
        "D:\\Setup.cmf", 5},
       {"TK612", "in small letters", edit("D:\\Setup.cmf", "packs\\nerio|NERIO", "packs\\nerio|nerio"),
@@ -465,8 +584,10 @@ const std::vector<Row>& rows() {
 
 std::vector<std::string> everything(LintWorld& world) {
   std::vector<std::string> paths{kHost, "D:\\"};
-  if (world.share().fileExists("S:\\zb.gz")) {
-    paths.emplace_back("S:\\zb.gz");
+  for (const char* const alone : {"S:\\zb.gz", "S:\\zb.txt"}) {
+    if (world.share().fileExists(alone)) {
+      paths.emplace_back(alone);
+    }
   }
   return paths;
 }
@@ -521,12 +642,15 @@ TEST(Lint, EachRuleHasItsEntryInTheDocuments) {
   std::set<std::string> documented;
   for (std::string line; std::getline(file, line);) {
     if (line.starts_with("| TK")) {
-      documented.insert(line.substr(2, 5));
+      EXPECT_TRUE(documented.insert(line.substr(2, 5)).second) << line;
+      EXPECT_THAT(line, testing::MatchesRegex("[|] TK[0-9]+ [|] [^ ].* [|] [^ ].* [|] [^ ].* [|]"));
     }
   }
   std::set<std::string> codes;
   for (const kit::Rule& rule : kit::lintRules()) {
-    codes.insert(rule.code);
+    EXPECT_TRUE(codes.insert(rule.code).second) << rule.code;
+    EXPECT_THAT(rule.text, testing::MatchesRegex(".{8}.*[^.]")) << rule.code;
+    EXPECT_THAT(rule.remedy, testing::MatchesRegex(".{8}.*[^.]")) << rule.code;
   }
   EXPECT_EQ(documented, codes);
 }
@@ -609,13 +733,10 @@ TEST(Lint, EndsClearlyWithAVeryLongLine) {
 
 TEST(Lint, ReadsUtf16WithItsMark) {
   LintWorld world;
-  std::string wide = "\xFF\xFE";
-  for (const char letter : LintWorld::catalogueText() + "[prod7]\r\n") {
-    wide += letter;
-    wide += '\0';
+  for (const bool swapped : {false, true}) {
+    world.put(kCatalogue, wide(LintWorld::catalogueText() + "[prod7]\r\n", swapped));
+    EXPECT_THAT(world.lint({kHost}), ElementsAre(Found{"TK103", kCatalogue, 14}));
   }
-  world.put(kCatalogue, wide);
-  EXPECT_THAT(world.lint({kHost}), ElementsAre(Found{"TK103", kCatalogue, 14}));
 }
 
 TEST(Lint, OnlyReads) {
