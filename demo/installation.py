@@ -117,7 +117,7 @@ def configuration(product, updates=()):
     last = updates[-1] if updates else product.version
     sections["Setup01"] = {"version": last, "Server01": server_command(product, last),
                            "Client01": client_command(product, last)}
-    for index, version in enumerate((product.version, *updates), 1):
+    for index, version in enumerate(dict.fromkeys((product.version, *updates)), 1):
         sections[f"Update{index:02d}"] = {"version": version,
                                           "Server01": server_command(product, version),
                                           "Client01": client_command(product, version)}
