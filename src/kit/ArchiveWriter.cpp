@@ -3,6 +3,7 @@
 #include <archive.h>
 #include <archive_entry.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <exception>
 #include <new>
@@ -220,6 +221,12 @@ IsoImage::IsoImage(const std::string& label, Moment moment, ByteSink sink)
 }
 
 IsoImage::~IsoImage() = default;
+
+bool IsoImage::takes(const std::string& name) {
+  constexpr std::size_t kLongest = 239;
+  constexpr std::ptrdiff_t kDeepest = 6;
+  return name.size() <= kLongest && std::count(name.begin(), name.end(), '/') <= kDeepest;
+}
 
 void IsoImage::add(const ArchiveFile& file, Moment moment) {
   content_->tree.add(content_->writer, file, content_->moment, moment);

@@ -41,6 +41,10 @@ class IsoImage {
   IsoImage(const IsoImage&) = delete;
   IsoImage& operator=(const IsoImage&) = delete;
 
+  /// Can a file of this name stand in an image? The library knows eight levels, that of the files
+  /// and the root included, and paths of a length.
+  static bool takes(const std::string& name);
+
   /// Folders that lead to the file come by themselves.
   void add(const ArchiveFile& file, Moment moment);
   /// Hands over the image; nothing can be added behind.

@@ -13,6 +13,7 @@
 #include "base/Text.h"
 #include "kit/ArchiveReader.h"
 #include "kit/ArchiveWriter.h"
+#include "kit/BuildPlace.h"
 #include "kit/Description.h"
 #include "kit/Failure.h"
 #include "kit/GivenPath.h"
@@ -33,6 +34,7 @@ constexpr const char* kManagerFolder = "prodotti/manager/";
 constexpr const char* kDocumentFolder = "prodotti/docs/";
 constexpr const char* kPackFolder = "prodotti/packs/";
 constexpr const char* kShowPath = "%SHOW_PATH_INTEGRATION%";
+constexpr const char* kNotInImage = "un'immagine non può tenere questo nome";
 constexpr const char* kLabel = "PRODOTTI";
 /// The medium of which an image is made.
 constexpr const char* kTree = "supporto";
@@ -92,7 +94,7 @@ MediumFiles filesOf(machine::Files& files, const MediumPlan& plan) {
     found[name] = {moment, std::move(content)};
   };
   const auto copy = [&](const std::string& name, Moment moment, const SourceFile& file) -> void {
-    put(name, moment, [&files, path = file.path]() { return bytesOf(files, path); });
+    put(name, moment, [&files, source = file.source]() { return bytesOf(files, source); });
   };
   put(kSetupFile, plan.moment, [&plan]() { return linesOf(setupLines(plan)); });
   put(kVersionFile, plan.moment, [&plan]() { return linesOf({plan.version}); });
@@ -123,27 +125,43 @@ Moment newestOf(const MediumFiles& files) {
   return newest;
 }
 
+/// What is built of a description, and which of the rules count.
+struct Kind {
+  bool iso;
+  const RuleChoice& rules;
+};
+
 /// Builds one medium.
 class Building {
  public:
   Building(Workplace& workplace, Progress& progress, const std::string& description,
-           const std::string& output, bool iso)
+           const std::string& output, const Kind& kind)
       : workplace_(workplace),
         progress_(progress),
+        rules_(kind.rules),
         machineFiles_(workplace.machine.files),
         output_(workplace.paths, output),
-        iso_(iso),
+        iso_(kind.iso),
         plan_(planFor(description)),
         files_(filesOf(machineFiles_, plan_)),
         newest_(newestOf(files_)),
         making_(workplace, output_.given()),
-        tree_(iso ? making_.side(kTree) : making_.path()) {}
+        tree_(iso_ ? making_.side(kTree) : making_.path()),
+        proof_(workplace, making_.side("riaperto")) {}
 
   Answer run() {
+    if (iso_) {
+      requireImageTakesAll();
+    }
     writeTree();
+    proveTree();
+    if (iso_) {
+      writeImage();
+      proveImage();
+    }
     Answer answer;
     progress_.tell("Controllo del supporto");
-    answer.findings = iso_ ? making_.judge(kTree, progress_) : making_.judge(progress_);
+    answer.findings = making_.judge(tree_, rules_, progress_);
     if (holdsError(answer.findings)) {
       making_.finish();
       answer.exitCode = exit_code::kFindings;
@@ -151,14 +169,7 @@ class Building {
       answer.text = "Supporto non costruito.\n";
       return answer;
     }
-    proveTree();
-    if (iso_) {
-      writeImage();
-      proveImage();
-      making_.placeFile();
-    } else {
-      making_.placeFolder();
-    }
+    place();
     answer.result = std::make_shared<Json>(Json{{"written", output_.given()}});
     answer.text = "Pronto: " + output_.given() + "\n";
     return answer;
@@ -168,10 +179,24 @@ class Building {
   /// What stands there is looked at first: nothing is made for a medium that would have no place.
   MediumPlan planFor(const std::string& description) {
     MediumPlan plan = readMediumPlan(workplace_, description);
+    requireApart(workplace_, output_, plan.sources);
+    requireReplaceable();
+    return plan;
+  }
+
+  void requireImageTakesAll() const {
+    for (const auto& [name, file] : files_) {
+      if (!IsoImage::takes(name)) {
+        throw Failure(shown(name), kNotInImage);
+      }
+    }
+  }
+
+  void requireReplaceable() {
     machine::FileFacts facts;
     const SystemCode code = machineFiles_.look(output_.full(), facts);
     if (meansMissing(code)) {
-      return plan;
+      return;
     }
     if (code != system_code::kSuccess) {
       throw Failure(output_.given(), code);
@@ -182,7 +207,16 @@ class Building {
     if (!iso_ && !isMedium()) {
       throw Failure(output_.given(), "c'è già e non è un supporto");
     }
-    return plan;
+  }
+
+  void place() {
+    // What stood there may be another by now.
+    requireReplaceable();
+    if (iso_) {
+      making_.placeFile();
+    } else {
+      making_.placeFolder();
+    }
   }
 
   bool isMedium() {
@@ -198,7 +232,7 @@ class Building {
   void writeTree() {
     for (const auto& [name, file] : files_) {
       progress_.tell("Costruzione di " + name);
-      writeFile(workplace_, inTree(name), file.content(), file.moment);
+      writeFile(workplace_, {inTree(name), shown(name)}, file.content(), file.moment);
     }
     setFolderTimes();
   }
@@ -217,9 +251,9 @@ class Building {
   }
 
   void requireSet(const std::string& path, Moment moment) {
-    const SystemCode code = workplace_.finished.setModified(path, fileTimeOf(moment));
+    const SystemCode code = workplace_.finished.finish(path, fileTimeOf(moment));
     if (code != system_code::kSuccess) {
-      throw Failure(path, code);
+      throw Failure(output_.given(), code);
     }
   }
 
@@ -228,20 +262,20 @@ class Building {
   }
 
   void proveTree() {
-    PackProof proof(workplace_, making_.side("riaperto"));
     std::set<std::string> packs;
     for (const ListPlan& list : plan_.lists) {
       for (const EntryPlan& entry : list.entries) {
         for (const std::size_t index : entry.packs) {
           const std::string name = packName(entry, plan_.packs[index]);
           progress_.tell("Riapertura di " + name);
-          proof.medium(inTree(name), shown(name), plan_.packs[index]);
+          proof_.medium(inTree(name), shown(name), plan_.packs[index]);
           packs.insert(name);
         }
       }
     }
     for (const auto& [name, file] : files_) {
-      if (!packs.contains(name) && bytesOf(machineFiles_, inTree(name)) != file.content()) {
+      if (!packs.contains(name) &&
+          bytesOf(machineFiles_, {inTree(name), shown(name)}) != file.content()) {
         throw Failure(shown(name), "riletto, è diverso");
       }
     }
@@ -265,7 +299,7 @@ class Building {
       }
     });
     for (const auto& [name, file] : files_) {
-      image.add({name, bytesOf(machineFiles_, inTree(name))}, file.moment);
+      image.add({name, bytesOf(machineFiles_, {inTree(name), shown(name)})}, file.moment);
     }
     image.finish();
     writePiece();
@@ -275,25 +309,39 @@ class Building {
   void proveImage() {
     progress_.tell("Rilettura dell'immagine");
     ArchiveReader reader(fileSource(machineFiles_, making_.path()), ArchiveKind::Iso);
-    std::size_t read = 0;
+    std::set<std::string> read;
+    std::string other;
     for (ArchivedEntry entry; reader.next(entry);) {
       if (entry.folder) {
         continue;
       }
-      const auto file = files_.find(entry.name);
-      if (file == files_.end() || file->second.moment != entry.moment ||
-          reader.content() != bytesOf(machineFiles_, inTree(entry.name))) {
-        throw Failure(output_.given(), "riletta, l'immagine ha un file diverso: " + entry.name);
+      if (files_.contains(entry.name)) {
+        requireSame(entry, reader.content());
+        read.insert(entry.name);
+      } else {
+        other = entry.name;
       }
-      ++read;
     }
-    if (read != files_.size()) {
-      throw Failure(output_.given(), "riletta, l'immagine non ha tutti i file");
+    for (const auto& [name, file] : files_) {
+      if (!read.contains(name)) {
+        throw Failure(shown(name), kNotInImage);
+      }
+    }
+    if (!other.empty()) {
+      throw Failure(output_.given(), "riletta, l'immagine ha un file in più: " + other);
+    }
+  }
+
+  void requireSame(const ArchivedEntry& entry, const std::string& content) {
+    const Source built{inTree(entry.name), shown(entry.name)};
+    if (files_.at(entry.name).moment != entry.moment || content != bytesOf(machineFiles_, built)) {
+      throw Failure(built.shown, "riletto nell'immagine, è diverso");
     }
   }
 
   Workplace& workplace_;
   Progress& progress_;
+  const RuleChoice& rules_;
   machine::Files& machineFiles_;
   GivenPath output_;
   bool iso_;
@@ -303,6 +351,7 @@ class Building {
   Making making_;
   /// The folder that is the root of the medium.
   std::string tree_;
+  PackProof proof_;
 };
 
 }  // namespace
@@ -312,10 +361,14 @@ void BuildMedium::declare(Syntax& syntax) {
   syntax.argument("OUTPUT", "la cartella che diventa la radice del supporto, o l'immagine",
                   output_);
   syntax.flag("iso", "scrive l'immagine di un disco invece di una cartella", iso_);
+  syntax.list("ignore", "CODICE,…", "non cerca questi errori", ignored_);
 }
 
 Answer BuildMedium::run(Workplace& workplace, Progress& progress) {
-  return Building(workplace, progress, description_, output_, iso_).run();
+  const RuleChoice rules({}, ignored_);
+  return toldOf(output_, [&]() -> Answer {
+    return Building(workplace, progress, description_, output_, {iso_, rules}).run();
+  });
 }
 
 }  // namespace trelv::kit

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "kit/Verb.h"
 
@@ -16,6 +17,7 @@ class BuildMedium : public Verb {
  private:
   std::string description_;
   std::string output_;
+  std::vector<std::string> ignored_;
   bool iso_ = false;
 };
 

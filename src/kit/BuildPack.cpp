@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/Text.h"
+#include "kit/BuildPlace.h"
 #include "kit/Description.h"
 #include "kit/Failure.h"
 #include "kit/GivenPath.h"
@@ -28,28 +29,38 @@ struct Order {
   bool gz = false;
 };
 
+std::string pathIn(const std::string& folder, const std::string& name) {
+  return folder + (folder.ends_with('\\') ? "" : "\\") + name;
+}
+
 std::string nameOf(const std::string& path) { return path.substr(path.find_last_of('\\') + 1); }
 
 /// Works one command line off.
 class Building {
  public:
   Building(Workplace& workplace, Progress& progress, std::string description,
-           const std::string& output)
+           const std::string& output, const RuleChoice& rules)
       : workplace_(workplace),
         progress_(progress),
+        rules_(rules),
         description_(std::move(description)),
         output_(workplace.paths, output),
         endsOpen_(output.ends_with('\\') || output.ends_with('/')) {}
 
   Answer run() {
-    const std::vector<PackPlan> packs = readPackPlans(workplace_, description_);
-    if (packs.empty()) {
+    const PacksPlan plan = readPacksPlan(workplace_, description_);
+    if (plan.packs.empty()) {
       throw Failure(description_, "manca la sezione [pack NOME]");
+    }
+    const std::vector<Order> orders = ordersOf(plan.packs);
+    for (const Order& order : orders) {
+      requireOnePart(order);
+      requireApart(workplace_, GivenPath(workplace_.paths, order.shown), plan.sources);
     }
     Answer answer;
     std::vector<std::unique_ptr<Making>> makings;
     Json written = Json::array();
-    for (const Order& order : ordersOf(packs)) {
+    for (const Order& order : orders) {
       makings.push_back(build(order, answer));
       written.push_back(order.shown);
       answer.text += "Pronto: " + order.shown + "\n";
@@ -75,7 +86,7 @@ class Building {
     if (endsOpen_ || fileSystem.folderExists(output_.full())) {
       std::vector<Order> orders;
       for (const PackPlan& pack : packs) {
-        const std::string path = output_.full() + "\\" + pack.name + ".zip";
+        const std::string path = pathIn(output_.full(), pack.name + ".zip");
         orders.push_back({&pack, path, output_.shown(path), false});
       }
       return orders;
@@ -106,24 +117,23 @@ class Building {
   }
 
   std::unique_ptr<Making> build(const Order& order, Answer& answer) {
-    requireOnePart(order);
     progress_.tell("Costruzione di " + nameOf(order.path));
     machine::Files& files = workplace_.machine.files;
     auto making = std::make_unique<Making>(workplace_, order.shown);
+    PackProof proof(workplace_, making->side("riaperto"));
     const GzPart& part = order.pack->gzParts.front();
-    writeFile(workplace_, making->path(),
+    writeFile(workplace_, {making->path(), order.shown},
               order.gz ? gzPack(files, part, order.pack->moment)
                        : zipPack(files, part.zips.front(), order.pack->moment),
               order.pack->moment);
-    const std::vector<Finding> findings = making->judge(progress_);
-    answer.findings.insert(answer.findings.end(), findings.begin(), findings.end());
     progress_.tell("Riapertura di " + nameOf(order.path));
-    PackProof proof(workplace_, making->side("riaperto"));
     if (order.gz) {
       proof.gz(making->path(), order.shown, part);
     } else {
       proof.zip(making->path(), order.shown, part.zips.front());
     }
+    const std::vector<Finding> findings = making->judge(making->path(), rules_, progress_);
+    answer.findings.insert(answer.findings.end(), findings.begin(), findings.end());
     return making;
   }
 
@@ -140,6 +150,7 @@ class Building {
 
   Workplace& workplace_;
   Progress& progress_;
+  const RuleChoice& rules_;
   std::string description_;
   GivenPath output_;
   bool endsOpen_;
@@ -150,10 +161,14 @@ class Building {
 void BuildPack::declare(Syntax& syntax) {
   syntax.argument("DESCRIPTION", "descrizione dei pacchi", description_);
   syntax.argument("OUTPUT", "il pacco, .zip o .gz, o una cartella per tutti i pacchi zip", output_);
+  syntax.list("ignore", "CODICE,…", "non cerca questi errori", ignored_);
 }
 
 Answer BuildPack::run(Workplace& workplace, Progress& progress) {
-  return Building(workplace, progress, description_, output_).run();
+  const RuleChoice rules({}, ignored_);
+  return toldOf(output_, [&]() -> Answer {
+    return Building(workplace, progress, description_, output_, rules).run();
+  });
 }
 
 }  // namespace trelv::kit

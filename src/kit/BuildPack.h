@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "kit/Verb.h"
 
@@ -15,6 +16,7 @@ class BuildPack : public Verb {
  private:
   std::string description_;
   std::string output_;
+  std::vector<std::string> ignored_;
 };
 
 }  // namespace trelv::kit

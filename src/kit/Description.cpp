@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <functional>
-#include <limits>
 #include <string_view>
 #include <utility>
 
@@ -11,13 +10,14 @@
 #include "decoder/EntryName.h"
 #include "decoder/WideText.h"
 #include "kit/Failure.h"
+#include "kit/GivenPath.h"
 #include "platform/FileSystemObject.h"
 #include "startup/HostPaths.h"
 
 namespace trelv::kit {
 namespace {
 
-constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t kLargest = std::size_t{16} << 20U;
 constexpr const char* kShowPath = "%SHOW_PATH_INTEGRATION%";
 constexpr const char* kManual = "kodamuri.pdf";
 constexpr const char* kManager = "TrelvManager.exe";
@@ -280,14 +280,24 @@ void requireDistinct(std::size_t line, const std::string& what,
   }
 }
 
-/// Names that differ in case only are one file on Windows.
+/// Names that differ in case only are one file or folder on Windows.
 void requireOneCase(const Value& value, const std::vector<SourceFile>& files) {
-  std::map<std::string, std::string> seen;
+  struct Named {
+    std::string name;
+    bool folder;
+  };
+  std::map<std::string, Named> seen;
   for (const SourceFile& file : files) {
-    const auto [place, isNew] = seen.try_emplace(upperCase(file.name), file.name);
-    if (!isNew) {
-      fault(value.line, value.key + ": " + place->second + " e " + file.name +
-                            " sono un solo nome per Windows");
+    for (std::size_t at = 0; at < file.name.size();) {
+      at = std::min(file.name.find('/', at + 1), file.name.size());
+      const std::string name = file.name.substr(0, at);
+      const Named named{name, at < file.name.size()};
+      const auto [place, isNew] = seen.try_emplace(upperCase(name), named);
+      const Named& other = place->second;
+      if (!isNew && (other.name != name || !other.folder || !named.folder)) {
+        fault(value.line,
+              value.key + ": " + other.name + " e " + name + " sono un solo nome per Windows");
+      }
     }
   }
 }
@@ -301,13 +311,18 @@ class Reader {
       : files_(workplace.machine.files),
         paths_(workplace.paths),
         given_(given),
-        full_(GivenPath(workplace.paths, given).full()) {}
+        full_(GivenPath(workplace.paths, given).full()),
+        sources_{{full_, given}} {}
 
   MediumPlan medium() {
-    return told<MediumPlan>([&]() -> MediumPlan { return mediumOf(sectionsOf(text())); });
+    return told<MediumPlan>([&]() -> MediumPlan {
+      MediumPlan plan = mediumOf(sectionsOf(text()));
+      plan.sources = sources_;
+      return plan;
+    });
   }
-  std::vector<PackPlan> packs() {
-    return told<std::vector<PackPlan>>([&]() -> std::vector<PackPlan> {
+  PacksPlan packs() {
+    return told<PacksPlan>([&]() -> PacksPlan {
       const std::vector<Section> sections = sectionsOf(text());
       const bool hasMedium =
           std::any_of(sections.begin(), sections.end(),
@@ -316,7 +331,7 @@ class Reader {
       if (hasMedium) {
         moment = momentOfValue(only(sections, "medium").get("date"));
       }
-      return packsOf(sections, moment);
+      return {packsOf(sections, moment), sources_};
     });
   }
 
@@ -334,18 +349,24 @@ class Reader {
 
   std::string text() {
     std::string bytes;
-    const SystemCode code = files_.read(full_, kAll, bytes);
+    const SystemCode code = files_.read(full_, kLargest + 1, bytes);
     if (code != system_code::kSuccess) {
       throw Failure(given_, code);
+    }
+    if (bytes.size() > kLargest) {
+      throw Failure(given_, "troppo grande per una descrizione");
     }
     constexpr std::string_view kMark = "\xEF\xBB\xBF";
     if (bytes.starts_with(kMark)) {
       bytes.erase(0, kMark.size());
     }
+    std::size_t line = 1;
     for (std::string_view rest = bytes; !rest.empty();) {
-      if (!decoder::takeCharacter(rest)) {
-        throw Failure(given_, "non è in UTF-8");
+      const std::optional<std::uint32_t> letter = decoder::takeCharacter(rest);
+      if (!letter) {
+        fault(line, "non è in UTF-8");
       }
+      line += *letter == '\n' ? 1 : 0;
     }
     return bytes;
   }
@@ -369,8 +390,7 @@ class Reader {
   /// Relative to the description.
   std::string fullOf(const Value& value) {
     const std::string text = replaceAll(value.text, "/", "\\");
-    const bool absolute = text.front() == '\\' || (text.size() > 1 && text[1] == ':');
-    if (!absolute) {
+    if (!isAbsolute(value.text)) {
       return FileSystemObject::parentFolderName(full_) + "\\" + withoutEnd(text);
     }
     std::string full;
@@ -380,8 +400,12 @@ class Reader {
     return full;
   }
 
+  static bool isAbsolute(const std::string& text) {
+    return text.front() == '\\' || text.front() == '/' || (text.size() > 1 && text[1] == ':');
+  }
+
   static std::string withoutEnd(std::string text) {
-    while (text.ends_with('\\')) {
+    while (text.size() > 1 && (text.ends_with('\\') || text.ends_with('/'))) {
       text.pop_back();
     }
     return text;
@@ -389,7 +413,10 @@ class Reader {
 
   std::string shownOf(const Value& value) const {
     const std::size_t end = given_.find_last_of("\\/");
-    return (end == std::string::npos ? "" : given_.substr(0, end + 1)) + value.text;
+    if (isAbsolute(value.text)) {
+      return withoutEnd(value.text);
+    }
+    return withoutEnd((end == std::string::npos ? "" : given_.substr(0, end + 1)) + value.text);
   }
 
   SourceFile sourceFile(const Value& value, const std::string& name) {
@@ -398,7 +425,8 @@ class Reader {
     if (files_.look(full, facts) != system_code::kSuccess || facts.folder) {
       fault(value.line, value.key + ": " + shownOf(value) + " non è un file");
     }
-    return {name, full};
+    sources_.push_back({full, shownOf(value)});
+    return {name, sources_.back()};
   }
 
   std::vector<SourceFile> sourceTree(const Value& value) {
@@ -407,6 +435,7 @@ class Reader {
     if (files_.look(root, facts) != system_code::kSuccess || !facts.folder) {
       fault(value.line, value.key + ": " + shownOf(value) + " non è una cartella");
     }
+    sources_.push_back({root, shownOf(value)});
     std::vector<SourceFile> found;
     gather(value, root, "", found);
     if (found.empty()) {
@@ -423,7 +452,7 @@ class Reader {
     std::vector<machine::FolderEntry> entries;
     const SystemCode code = files_.list(folder, "", entries);
     if (code != system_code::kSuccess) {
-      throw Failure(shownOf(value) + "/" + below, code);
+      throw Failure(shownOf(value) + (below.empty() ? "" : "/" + below), code);
     }
     std::sort(entries.begin(), entries.end(),
               [](const machine::FolderEntry& left, const machine::FolderEntry& right) -> bool {
@@ -442,7 +471,7 @@ class Reader {
       if (entry.facts.folder) {
         gather(value, root, name, found);
       } else {
-        found.push_back({name, folder + "\\" + entry.name});
+        found.push_back({name, {folder + "\\" + entry.name, shown}});
       }
     }
   }
@@ -721,6 +750,7 @@ class Reader {
   machine::GivenPaths& paths_;
   std::string given_;
   std::string full_;
+  std::vector<Source> sources_;
 };
 
 }  // namespace
@@ -729,7 +759,7 @@ MediumPlan readMediumPlan(Workplace& workplace, const std::string& description) 
   return Reader(workplace, description).medium();
 }
 
-std::vector<PackPlan> readPackPlans(Workplace& workplace, const std::string& description) {
+PacksPlan readPacksPlan(Workplace& workplace, const std::string& description) {
   return Reader(workplace, description).packs();
 }
 

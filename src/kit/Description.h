@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "kit/GivenPath.h"
+#include "kit/BuildPlace.h"
 #include "kit/Moment.h"
 #include "kit/Workplace.h"
 
@@ -17,8 +17,8 @@ namespace trelv::kit {
 struct SourceFile {
   /// Where it goes, "/" between the levels.
   std::string name;
-  /// Where it lies: full path.
-  std::string path;
+  /// Where it lies.
+  Source source;
 };
 
 struct ZipPart {
@@ -71,6 +71,15 @@ struct MediumPlan {
   std::vector<SourceFile> documents;
   std::vector<PackPlan> packs;
   std::vector<ListPlan> lists;
+  /// The description and all files and folders that it names.
+  std::vector<Source> sources;
+};
+
+/// The packs of a description.
+struct PacksPlan {
+  std::vector<PackPlan> packs;
+  /// The description and the trees that it names.
+  std::vector<Source> sources;
 };
 
 /// What the medium that this file describes holds; the files that it names are there, but not read.
@@ -78,7 +87,7 @@ struct MediumPlan {
 MediumPlan readMediumPlan(Workplace& workplace, const std::string& description);
 
 /// The packs alone that a file describes, which need not describe a medium.
-std::vector<PackPlan> readPackPlans(Workplace& workplace, const std::string& description);
+PacksPlan readPacksPlan(Workplace& workplace, const std::string& description);
 
 /// A text in code page 1252, in which the files of a medium are; nothing where a letter has no
 /// place there.

@@ -7,10 +7,12 @@
 
 #include "base/RuntimeError.h"
 #include "base/Text.h"
+#include "base/VersionRecord.h"
 #include "kit/ArchiveReader.h"
 #include "kit/DecodedPack.h"
 #include "kit/Failure.h"
 #include "kit/QuietProgram.h"
+#include "kit/SevenZip.h"
 #include "platform/modLibrary.h"
 #include "startup/HostPaths.h"
 
@@ -28,14 +30,14 @@ std::vector<ArchiveFile> filesOf(machine::Files& files, const ZipPart& part) {
   std::vector<ArchiveFile> found;
   found.reserve(part.files.size());
   for (const SourceFile& file : part.files) {
-    found.push_back({inSetup(file.name), bytesOf(files, file.path)});
+    found.push_back({inSetup(file.name), bytesOf(files, file.source)});
   }
   return found;
 }
 
-void require(SystemCode code, const std::string& path) {
+void require(SystemCode code, const std::string& shown) {
   if (code != system_code::kSuccess) {
-    throw failureFromSystemCode(code, path);
+    throw Failure(shown, code);
   }
 }
 
@@ -69,12 +71,13 @@ Contents zipContents(ByteSource source) {
   return found;
 }
 
-/// A folder that is new and empty.
+/// A folder that is new and empty, for what is called `shown`.
 class WorkingFolder {
  public:
-  WorkingFolder(machine::Files& files, const std::string& path) : fileSystem_(files), path_(path) {
+  WorkingFolder(machine::Files& files, const std::string& path, const std::string& shown)
+      : fileSystem_(files), path_(path) {
     remove();
-    require(files.makeFolder(path), path);
+    require(files.makeFolder(path), shown);
   }
 
   /// Behind a failure it goes with the folder that it lies in.
@@ -89,21 +92,51 @@ class WorkingFolder {
   std::string path_;
 };
 
+/// Full path of the 7-Zip that lies beside this program; empty where no program of Windows runs.
+std::string sevenZipOf(machine::Machine& machine) {
+  VersionRecord record;
+  record.size = kShortVersionRecord;
+  if (!machine.system.queryVersion(record)) {
+    return "";
+  }
+  const std::string path = modLibrary::ParentPath(machine.system.executablePath()) + "\\7z.exe";
+  FileSystemObject fileSystem(machine.files);
+  if (!fileSystem.fileExists(path)) {
+    throw Failure(path, "manca, e senza 7-Zip ciò che si costruisce non si può riaprire");
+  }
+  return path;
+}
+
+/// Adds all files below a folder: names with "/", from `below` on.
+void gather(machine::Files& files, const std::string& folder, const std::string& below,
+            Contents& found) {
+  std::vector<machine::FolderEntry> entries;
+  require(files.list(folder, "", entries), folder);
+  for (const machine::FolderEntry& entry : entries) {
+    const std::string path = folder + "\\" + entry.name;
+    if (entry.facts.folder) {
+      gather(files, path, below + entry.name + "/", found);
+    } else {
+      found[below + entry.name] = bytesOf(files, {path, path});
+    }
+  }
+}
+
 }  // namespace
 
-std::string bytesOf(machine::Files& files, const std::string& path) {
+std::string bytesOf(machine::Files& files, const Source& source) {
   std::string bytes;
-  require(files.read(path, kAll, bytes), path);
+  require(files.read(source.path, kAll, bytes), source.shown);
   return bytes;
 }
 
-void writeFile(Workplace& workplace, const std::string& path, const std::string& bytes,
+void writeFile(Workplace& workplace, const Source& target, const std::string& bytes,
                Moment moment) {
   machine::Files& files = workplace.machine.files;
   QuietProgram quiet(workplace.machine);
-  modLibrary::CreaCartella(quiet.program(), modLibrary::ParentPath(path));
-  require(files.write(path, bytes), path);
-  require(workplace.finished.setModified(path, fileTimeOf(moment)), path);
+  modLibrary::CreaCartella(quiet.program(), modLibrary::ParentPath(target.path));
+  require(files.write(target.path, bytes), target.shown);
+  require(workplace.finished.finish(target.path, fileTimeOf(moment)), target.shown);
 }
 
 std::string zipPack(machine::Files& files, const ZipPart& part, Moment moment) {
@@ -128,12 +161,18 @@ std::string mediumPack(machine::Files& files, const PackPlan& pack) {
   return zipArchive(parts, pack.moment);
 }
 
+PackProof::PackProof(Workplace& workplace, std::string folder)
+    : workplace_(workplace),
+      files_(workplace.machine.files),
+      folder_(std::move(folder)),
+      sevenZip_(sevenZipOf(workplace.machine)) {}
+
 void PackProof::zip(const std::string& path, const std::string& shown, const ZipPart& part) {
   zipHolds(path, shown, filesOf(files_, part));
 }
 
 void PackProof::gz(const std::string& path, const std::string& shown, const GzPart& part) {
-  gzHolds(bytesOf(files_, path), shown, part);
+  gzHolds(bytesOf(files_, {path, shown}), shown, part);
 }
 
 void PackProof::medium(const std::string& path, const std::string& shown, const PackPlan& pack) {
@@ -148,7 +187,7 @@ void PackProof::medium(const std::string& path, const std::string& shown, const 
 
 void PackProof::gzHolds(const std::string& bytes, const std::string& shown, const GzPart& part) {
   Contents zips = decodedPack(bytes, shown);
-  WorkingFolder folder(files_, folder_);
+  WorkingFolder folder(files_, folder_, shown);
   std::vector<ArchiveFile> read;
   for (const ZipPart& zip : part.zips) {
     const std::string name = inSetup(zip.name);
@@ -156,7 +195,7 @@ void PackProof::gzHolds(const std::string& bytes, const std::string& shown, cons
       differs(shown, name);
     }
     const std::string path = folder_ + "\\" + zip.name;
-    require(files_.write(path, zips[name]), path);
+    require(files_.write(path, zips[name]), shown + "!" + name);
     PackProof(workplace_, folder_ + "\\7-zip")
         .zipHolds(path, shown + "!" + name, filesOf(files_, zip));
     read.push_back({name, zips[name]});
@@ -173,27 +212,22 @@ void PackProof::zipHolds(const std::string& path, const std::string& shown,
 
 void PackProof::sevenZipOpens(const std::string& path, const std::string& shown,
                               const std::vector<ArchiveFile>& expected) {
-  const std::string sevenZip =
-      modLibrary::ParentPath(workplace_.machine.system.executablePath()) + "\\7z.exe";
-  FileSystemObject fileSystem(files_);
-  if (!fileSystem.fileExists(sevenZip)) {
+  if (sevenZip_.empty()) {
     return;
   }
-  WorkingFolder folder(files_, folder_);
+  WorkingFolder folder(files_, folder_, shown);
   QuietProgram quiet(workplace_.machine);
-  std::uint32_t exitCode = 1;
-  const std::string command = "\"" + sevenZip + "\" x -y -o\"" + folder_ + "\" \"" + path + "\"";
-  if (!modLibrary::Execute(quiet.program(), command, true, std::nullopt, &exitCode) ||
-      exitCode != 0) {
+  std::uint32_t exitCode = 0;
+  const std::string command = "\"" + sevenZip_ + "\" x -y -o\"" + folder_ + "\" \"" + path + "\"";
+  if (!modLibrary::ExecuteBound(quiet.program(), command + kSilentSevenZip, exitCode)) {
+    throw Failure(sevenZip_, "non si avvia");
+  }
+  if (exitCode != 0) {
     throw Failure(shown, "7-Zip non lo apre (codice " + std::to_string(exitCode) + ")");
   }
-  for (const ArchiveFile& file : expected) {
-    const std::string unpacked = folder_ + "\\" + replaceAll(file.name, "/", "\\");
-    std::string bytes;
-    if (files_.read(unpacked, kAll, bytes) != system_code::kSuccess || bytes != file.content) {
-      differs(shown, file.name + " (7-Zip)");
-    }
-  }
+  Contents found;
+  gather(files_, folder_, "", found);
+  requireSame(shown + " (7-Zip)", expected, std::move(found));
   folder.remove();
 }
 

@@ -8,6 +8,7 @@
 #include "base/Text.h"
 #include "kit/Failure.h"
 #include "kit/PlanRun.h"
+#include "kit/SevenZip.h"
 #include "platform/modLibrary.h"
 #include "startup/modProdTrelvLibrary.h"
 
@@ -20,10 +21,6 @@ using machine::BoxButtons;
 using machine::BoxIcon;
 using overlay::Step;
 using overlay::StepKind;
-
-/// 7-Zip writes nothing: the system lets programs of the console write where this one does, which
-/// would be into the document.
-constexpr const char* kSilent = " -bso0 -bse0 -bsp0";
 
 constexpr const char* kManagerFile = "\\TrelvManager.exe";
 
@@ -270,7 +267,7 @@ Answer PlanVerb::run(Workplace& workplace, Progress& progress) {
                           .arguments = arguments,
                           .fails = fails,
                           .asUser = asUser_,
-                          .sevenZipSwitches = kSilent,
+                          .sevenZipSwitches = kSilentSevenZip,
                           .onStep = [&progress](const Step& step) -> void {
                             if (step.kind == StepKind::Log) {
                               progress.tell(oneLine(step.value.value_or("")));

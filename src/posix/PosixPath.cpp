@@ -114,6 +114,7 @@ SystemCode codeOf(int error, const std::string& hostPath) {
       return system_code::kDirectoryNotEmpty;
     case ENOSPC:
     case EDQUOT:
+    case EFBIG:
       return system_code::kDiskFull;
     case EBUSY:
     case ETXTBSY:

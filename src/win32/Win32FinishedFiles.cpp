@@ -7,7 +7,7 @@
 
 namespace trelv::win32 {
 
-SystemCode Win32FinishedFiles::setModified(const std::string& path, std::uint64_t modified) {
+SystemCode Win32FinishedFiles::finish(const std::string& path, std::uint64_t modified) {
   OwnedFile file;
   // Without the last but one flag a folder cannot be opened.
   const SystemCode code = obtain(file, CreateFileW, filePath(path), FILE_WRITE_ATTRIBUTES,
@@ -23,6 +23,18 @@ SystemCode Win32FinishedFiles::setModified(const std::string& path, std::uint64_
 
 SystemCode Win32FinishedFiles::moveFolder(const std::string& source, const std::string& target) {
   return codeOf(MoveFileExW, filePath(source), filePath(target), 0);
+}
+
+SystemCode Win32FinishedFiles::replaceFolder(const machine::FolderReplacement& replacement) {
+  SystemCode code = moveFolder(replacement.target, replacement.aside);
+  if (code != system_code::kSuccess) {
+    return code;
+  }
+  code = moveFolder(replacement.source, replacement.target);
+  if (code != system_code::kSuccess) {
+    moveFolder(replacement.aside, replacement.target);
+  }
+  return code;
 }
 
 }  // namespace trelv::win32

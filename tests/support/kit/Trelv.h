@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -70,12 +71,17 @@ class FakeFinishedFiles : public machine::FinishedFiles {
  public:
   explicit FakeFinishedFiles(sim::SimMachine& simMachine) : machine_(simMachine) {}
 
-  SystemCode setModified(const std::string& path, std::uint64_t modified) override {
-    machine_.diskOf(path).setModifiedTicks(path, static_cast<sim::FileTicks>(modified));
-    return system_code::kSuccess;
+  SystemCode finish(const std::string& path, std::uint64_t modified) override {
+    if (refusal == system_code::kSuccess) {
+      machine_.diskOf(path).setModifiedTicks(path, static_cast<sim::FileTicks>(modified));
+    }
+    return refusal;
   }
   SystemCode moveFolder(const std::string& source, const std::string& target) override {
     sim::SimDisk& disk = machine_.diskOf(source);
+    if (refusal != system_code::kSuccess) {
+      return refusal;
+    }
     if (disk.exists(target)) {
       return system_code::kAlreadyExists;
     }
@@ -83,6 +89,21 @@ class FakeFinishedFiles : public machine::FinishedFiles {
     disk.removeTree(source);
     return system_code::kSuccess;
   }
+  /// In two steps, as Windows does it; `betweenSteps` may end the program in the middle.
+  SystemCode replaceFolder(const machine::FolderReplacement& replacement) override {
+    const SystemCode code = moveFolder(replacement.target, replacement.aside);
+    if (code != system_code::kSuccess) {
+      return code;
+    }
+    if (betweenSteps) {
+      betweenSteps();
+    }
+    return moveFolder(replacement.source, replacement.target);
+  }
+
+  std::function<void()> betweenSteps;
+  /// What every call answers instead of doing anything.
+  SystemCode refusal = system_code::kSuccess;
 
  private:
   static void copy(sim::SimDisk& disk, const std::string& source, const std::string& target) {
@@ -107,7 +128,9 @@ class FakeFinishedFiles : public machine::FinishedFiles {
 class Trelv {
  public:
   explicit Trelv(sim::SimMachine& machine)
-      : fileUse(machine.volumes(), machine.files(), machine.callLog()), machine_(machine) {}
+      : fileUse(machine.volumes(), machine.files(), machine.callLog()),
+        finished(machine),
+        machine_(machine) {}
 
   /// Runs it with these arguments; answers its exit code.
   int run(const std::vector<std::string>& arguments) { return run(arguments, kit::verbs()); }
@@ -121,10 +144,10 @@ class Trelv {
   FakeConsole console;
   FakeGivenPaths paths;
   sim::SimFileUse fileUse;
+  FakeFinishedFiles finished;
 
  private:
   sim::SimMachine& machine_;
-  FakeFinishedFiles finished{machine_};
 };
 
 }  // namespace trelv::tests

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,10 +21,13 @@ inline std::string zipPack(const std::vector<std::pair<std::string, std::string>
   return kit::zipArchive(packed, kMoment);
 }
 
+/// What happens to a machine and a folder behind the opening of a pack; answers the exit code.
+using AfterOpening = std::function<int(sim::SimMachine& machine, const std::string& output)>;
+
 /// 7-Zip beside the manager of a simulated machine, which opens real zip packs.
-inline void putSevenZip(sim::SimMachine& machine) {
+inline void putSevenZip(sim::SimMachine& machine, const AfterOpening& after = nullptr) {
   machine.programs().define(
-      "C:\\Lumo\\Programmi\\7z.exe", [](sim::SimProcess& process) -> std::uint32_t {
+      "C:\\Lumo\\Programmi\\7z.exe", [after](sim::SimProcess& process) -> std::uint32_t {
         sim::SimMachine& station = process.machine();
         const std::string output = process.arguments().at(2).substr(2);
         kit::ArchiveReader reader(kit::textSource(station.fileText(process.arguments().at(3))),
@@ -31,7 +35,7 @@ inline void putSevenZip(sim::SimMachine& machine) {
         for (kit::ArchivedEntry entry; reader.next(entry);) {
           station.putFile(output + "\\" + replaceAll(entry.name, "/", "\\"), reader.content());
         }
-        return 0;
+        return after ? static_cast<std::uint32_t>(after(station, output)) : 0;
       });
 }
 
