@@ -112,7 +112,7 @@ def removal(product):
 
 def configuration(product, updates=()):
     """Configuration file of a product as {section: {key: value}}. Its set-up brings it to the
-    product's version; each version in `updates` is one update section more."""
+    product's version; each other version in `updates` is one update section more."""
     sections = {}
     last = updates[-1] if updates else product.version
     sections["Setup01"] = {"version": last, "Server01": server_command(product, last),

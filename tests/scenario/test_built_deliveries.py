@@ -1,6 +1,7 @@
 """Packs and media that trelv.exe builds: opened again by the 7-Zip that is shipped, the same bytes as
 built on Linux."""
 
+import functools
 import json
 import shutil
 import subprocess
@@ -14,6 +15,14 @@ from conftest import MANAGER_FOLDER
 TRELV = MANAGER_FOLDER + "\\trelv.exe"
 PLACE = "C:\\Costruzione"
 DESCRIPTION = PLACE + "\\sorgenti\\medium.txt"
+
+
+@functools.cache
+def trelv_of_linux():
+    """The program for this system, made ready once."""
+    done = subprocess.run([windows.PROJECT / "tools/trelv", "--path"], check=True, capture_output=True,
+                          text=True)
+    return done.stdout.strip()
 
 
 class Workshop:
@@ -40,7 +49,7 @@ class Workshop:
 
     def built_on_linux(self, name, *words):
         output = self.folder / "linux" / name
-        subprocess.run([windows.PROJECT / "tools/trelv", words[0], self.folder / "sorgenti/medium.txt",
+        subprocess.run([trelv_of_linux(), words[0], self.folder / "sorgenti/medium.txt",
                         output, *words[1:]], check=True, capture_output=True)
         return output
 

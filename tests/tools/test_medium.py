@@ -27,6 +27,9 @@ RELEASE = ("TrelvManager.exe", "qalbunex.exe", "7z.exe", "7z.dll", "images/produ
 TREES = {"nerio": "NERIO", "bilancio-09.93": "ZB", "bilancio-09.94": "ZB", "modelli": "ZM"}
 
 
+PROGRAMS = {"NERIO": ("NERIO", "VIRADO"), "ZB": ("MVBIL", "MVCON", "MVICAD", "MVPERS"), "ZM": ("ZM",)}
+
+
 def catalogue(product):
     return (f"[prod01]\r\nid={product}\r\nname={product}\r\n"
             f"conf=prg\\com\\setup\\aggdovra\\{product.lower()}.ini\r\n").encode()
@@ -35,6 +38,8 @@ def catalogue(product):
 def configuration(tree):
     return ("[Setup01]\r\nversion=01.00.00.00\r\n"
             f"Server01=%PATHSETUP%\\prg\\com\\setup\\aggdovra\\{tree}\\setup.exe -s\r\n"
+            "[Exec]\r\n" + "".join(f"{code}=%PATHWORK%\\mv\\{tree}\\{code}.exe\r\n"
+                                     for code in PROGRAMS[TREES[tree]]) +
             f"[Remove]\r\nServer01=%PATHWORK%\\mv\\{tree}\\togli.exe -s\r\n").encode()
 
 
@@ -333,7 +338,8 @@ def test_the_tool_is_that_call(sources, tmp_path):
 
 
 def test_a_medium_with_a_trap_is_told_and_stays_away(sources, tmp_path):
-    (sources / "nerio/nerio.ini").write_bytes(b"[Setup01]\r\nServer01=%PATHSETUP%\\setup.exe -s\r\n")
+    (sources / "nerio/nerio.ini").write_bytes(
+        configuration("nerio").replace(b"version=01.00.00.00\r\n", b""))
     done = run(sources / "supporto.txt", tmp_path / "medium")
     assert done.returncode == 1 and not done.stderr
     assert (f"{tmp_path}/medium/prodotti/packs/nerio/nerio-03.20.30.00.zip!nerio-03.20.30.00.gz!"
