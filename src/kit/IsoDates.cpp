@@ -15,6 +15,12 @@ constexpr char kPrimary = 1;
 constexpr char kSupplementary = 2;
 constexpr unsigned char kLastVolume = 0xFF;
 constexpr std::size_t kRootRecord = 156;
+/// Names of the system and of the program that made it.
+struct VolumeText {
+  std::size_t at;
+  std::size_t size;
+};
+constexpr std::array kMakers{VolumeText{8, 32}, VolumeText{574, 128}};
 /// Creation, modification, effective since.
 constexpr std::array<std::size_t, 3> kVolumeDates{813, 830, 864};
 
@@ -34,6 +40,15 @@ std::uint32_t numberAt(const std::string& text, std::size_t at) {
   return byteAt(text, at) | static_cast<std::uint32_t>(byteAt(text, at + 1)) << 8U |
          static_cast<std::uint32_t>(byteAt(text, at + 2)) << 16U |
          static_cast<std::uint32_t>(byteAt(text, at + 3)) << 24U;
+}
+
+/// A text of blanks, in Joliet's letters of two bytes.
+std::string blanks(std::size_t size, bool joliet) {
+  std::string text(size, ' ');
+  for (std::size_t i = 0; joliet && i < size; i += 2) {
+    text[i] = '\0';
+  }
+  return text;
 }
 
 int digits(const std::string& text, std::size_t at, std::size_t length) {
@@ -87,6 +102,9 @@ void IsoDates::mendVolume(std::string& sector) {
   text += '\0';
   for (const std::size_t place : kVolumeDates) {
     sector.replace(place, text.size(), text);
+  }
+  for (const VolumeText& maker : kMakers) {
+    sector.replace(maker.at, maker.size, blanks(maker.size, sector[0] == kSupplementary));
   }
   putRecordDate(sector, kRootRecord);
   noteFolder(sector, kRootRecord);

@@ -12,8 +12,8 @@ namespace trelv::kit {
 
 /// Stands between the archive library and the file of an image: puts one given time in the places
 /// where the library writes the present one, so that the same medium gives the same image. These
-/// are the volume's dates, the records of folders, and a block that tells when and by what the
-/// image was made, which is emptied.
+/// are the volume's dates and the records of folders. What tells when, on which system and by what
+/// the image was made is emptied: two texts of the volume, and a block.
 class IsoDates {
  public:
   using Sink = std::function<void(std::string_view bytes)>;

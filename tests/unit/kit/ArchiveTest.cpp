@@ -115,6 +115,13 @@ TEST(Archive, ImageHasTheTimesOfItsFilesAndOneForAllFolders) {
 TEST(Archive, ImageNamesNothingOfTheDayAndTheProgram) {
   const std::string bytes = isoOf(someFiles());
   EXPECT_EQ(bytes.find("INFO "), std::string::npos);
+  EXPECT_EQ(bytes.find("ARCHIVE"), std::string::npos);
+  EXPECT_EQ(bytes.substr(16 * 2048 + 8, 32), std::string(32, ' '));
+  std::string letters;
+  for (int i = 0; i < 16; ++i) {
+    letters += std::string("\0 ", 2);
+  }
+  EXPECT_EQ(bytes.substr(17 * 2048 + 8, 32), letters);
   EXPECT_EQ(bytes.substr(16 * 2048 + 813, 16), "2026112110000000");
   EXPECT_EQ(bytes.substr(17 * 2048 + 830, 16), "2026112110000000");
 }
