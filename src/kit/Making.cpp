@@ -70,7 +70,7 @@ void Making::makeParents() {
   std::reverse(missing.begin(), missing.end());
   for (const std::string& folder : missing) {
     require(workplace_.machine.files.makeFolder(folder));
-    parents_.push_back(folder);
+    parents_.insert(parents_.begin(), folder);
   }
 }
 
@@ -105,8 +105,8 @@ void Making::finish() {
     mark_.reset();
   }
   // Those that hold something by now stay.
-  for (auto folder = parents_.rbegin(); folder != parents_.rend(); ++folder) {
-    workplace_.machine.files.removeFolder(*folder);
+  for (const std::string& folder : parents_) {
+    workplace_.machine.files.removeFolder(folder);
   }
 }
 

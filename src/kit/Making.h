@@ -59,7 +59,7 @@ class Making {
   std::string target_;
   std::string folder_;
   std::string name_;
-  /// Folders above that were made, from above.
+  /// Folders above that were made, from below.
   std::vector<std::string> parents_;
   std::unique_ptr<machine::Mark> mark_;
   bool finished_ = false;

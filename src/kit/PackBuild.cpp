@@ -99,7 +99,7 @@ std::string sevenZipOf(machine::Machine& machine) {
   if (!machine.system.queryVersion(record)) {
     return "";
   }
-  const std::string path = modLibrary::ParentPath(machine.system.executablePath()) + "\\7z.exe";
+  std::string path = modLibrary::ParentPath(machine.system.executablePath()) + "\\7z.exe";
   FileSystemObject fileSystem(machine.files);
   if (!fileSystem.fileExists(path)) {
     throw Failure(path, "manca, e senza 7-Zip ciò che si costruisce non si può riaprire");
