@@ -303,11 +303,11 @@ class Prefix:
         return Run(boxes, notices, event["exit"], event["milliseconds"], late)
 
 
-def log_lines(path):
-    """Lines of a run log without line ends; the file is code page 1252 with CR LF."""
+def log_lines(path, code_page=1252):
+    """Lines of a run log without line ends; the file is in the system's code page with CR LF."""
     if not path.exists():
         return []
-    return path.read_bytes().decode("cp1252").split("\r\n")[:-1]
+    return path.read_bytes().decode(f"cp{code_page}").split("\r\n")[:-1]
 
 
 def wait_for_file(path, seconds=10):

@@ -24,6 +24,9 @@ enum class Ability {
   HoldFiles,
   /// There is a folder on another volume.
   OtherVolume,
+  /// A copy has the hidden and system attributes of its source, as Windows gives them (not so under
+  /// Wine 10).
+  CopiesStayHidden,
 };
 
 /// Which accesses of others a held file lets pass.

@@ -123,8 +123,8 @@ TEST_F(UnusualFiles, CopyFileCarriesTheHiddenAttributesAndOverwritesItsOwnCopy) 
   ASSERT_EQ(files().copyFile(file, path("b.txt")), system_code::kSuccess);
   FileFacts facts;
   ASSERT_EQ(files().look(path("b.txt"), facts), system_code::kSuccess);
-  EXPECT_TRUE(facts.hidden);
-  EXPECT_TRUE(facts.system);
+  EXPECT_EQ(facts.hidden, world().can(Ability::CopiesStayHidden));
+  EXPECT_EQ(facts.system, world().can(Ability::CopiesStayHidden));
   EXPECT_EQ(files().copyFile(file, path("b.txt")), system_code::kSuccess);
 }
 

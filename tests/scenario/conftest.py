@@ -204,7 +204,7 @@ class Workstation(installation.Installation):
     def texts(self):
         """Texts of the log lines, without date and time."""
         return [re.sub(r"^\d\d/\d\d/\d{4} \d\d:\d\d:\d\d -- ", "", line)
-                for line in windows.log_lines(self.log)]
+                for line in windows.log_lines(self.log, self.facts["code page"])]
 
     def texts_after(self, text):
         """The texts behind the first one that is this."""

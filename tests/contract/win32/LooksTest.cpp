@@ -189,6 +189,16 @@ TEST(Looks, NoTextIsCut) {
   }
 }
 
+// The texts are Italian on every Windows.
+TEST(Looks, NothingIsMirrored) {
+  DWORD layout = LAYOUT_RTL;
+  GetProcessDefaultLayout(&layout);
+  EXPECT_EQ(0U, layout);
+  lookAtAll([](HWND dialog, const std::string& name) {
+    EXPECT_EQ(0, GetWindowLongW(dialog, GWL_EXSTYLE) & WS_EX_LAYOUTRTL) << name;
+  });
+}
+
 TEST(Looks, NothingLiesOverAnything) {
   lookAtAll(
       [](HWND dialog, const std::string& name) { EXPECT_EQ(Names{}, crowdedIn(dialog)) << name; });

@@ -123,11 +123,14 @@ int main(int count, char** values) {
   if (!trelv::contract::isTestProgram()) {
     return trelv::contract::play(trelv::contract::arguments());
   }
-  // "--show FORM PICTURE" and "--show-long …": shows a form and tests nothing.
+  // "--show FORM PICTURE", "--show-long …" and "--show-mirrored …": shows a form and tests nothing.
   const std::string first = count == 4 ? values[1] : "";
-  if (first == "--show" || first == "--show-long") {
+  if (first == "--show" || first == "--show-long" || first == "--show-mirrored") {
     const auto contents =
-        first == "--show" ? trelv::win32::Contents::Daily : trelv::win32::Contents::Long;
+        first == "--show-long" ? trelv::win32::Contents::Long : trelv::win32::Contents::Daily;
+    if (first == "--show-mirrored") {
+      SetProcessDefaultLayout(LAYOUT_RTL);
+    }
     return trelv::win32::showGallery(values[2], values[3], contents) ? 0 : 1;
   }
   testing::InitGoogleTest(&count, values);

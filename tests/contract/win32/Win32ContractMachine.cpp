@@ -385,10 +385,11 @@ class Win32ContractMachine : public ContractMachine {
 
  private:
   bool readOnlyRefusesWriting() const;
+  bool copiesStayHidden() const;
 
   win32::Win32Machine windows_;
   win32::Win32FileUse fileUse_;
-  machine::Machine machine_ = windows_.machine(windows_.files, windows_.hostConfiguration);
+  machine::Machine machine_ = windows_.machine();
   std::string folder_;
   std::string otherFolder_;
   std::string key_;
@@ -447,6 +448,8 @@ bool Win32ContractMachine::can(Ability ability) const {
       return true;
     case Ability::OtherVolume:
       return isThere(kOtherVolume);
+    case Ability::CopiesStayHidden:
+      return copiesStayHidden();
   }
   return false;
 }
@@ -461,6 +464,20 @@ bool Win32ContractMachine::readOnlyRefusesWriting() const {
   SetFileAttributesW(wide(path).c_str(), FILE_ATTRIBUTE_NORMAL);
   DeleteFileW(wide(path).c_str());
   return refused;
+}
+
+bool Win32ContractMachine::copiesStayHidden() const {
+  const std::wstring source = wide(folder_ + "\\hidden-probe");
+  const std::wstring copy = source + L"-copy";
+  writeBytes(folder_ + "\\hidden-probe", "x");
+  SetFileAttributesW(source.c_str(), FILE_ATTRIBUTE_HIDDEN);
+  CopyFileW(source.c_str(), copy.c_str(), FALSE);
+  const bool hidden = (GetFileAttributesW(copy.c_str()) & FILE_ATTRIBUTE_HIDDEN) != 0;
+  for (const std::wstring& each : {source, copy}) {
+    SetFileAttributesW(each.c_str(), FILE_ATTRIBUTE_NORMAL);
+    DeleteFileW(each.c_str());
+  }
+  return hidden;
 }
 
 void Win32ContractMachine::putFolderLink(const std::string& link, const std::string& target) {
