@@ -95,12 +95,18 @@ SystemCode codeFor(CallKind kind, std::size_t variant) {
   throw std::logic_error("a call of no kind");
 }
 
-/// Is it a change that is made again where it was refused?
-bool isTried(CallKind kind) {
-  return kind == CallKind::FileRemove || kind == CallKind::FolderMake ||
-         kind == CallKind::FolderRemove || kind == CallKind::FileCopy ||
-         kind == CallKind::FileReplace || kind == CallKind::FileMove ||
-         kind == CallKind::FileStreamRemove;
+/// Is it a call that is made again where it failed so?
+bool isTried(CallKind kind, SystemCode code) {
+  if (kind == CallKind::FileLook || kind == CallKind::FolderList) {
+    return code == kNetNameDeleted;
+  }
+  if (kind == CallKind::FileRead || kind == CallKind::FileWrite || kind == CallKind::FileAppend) {
+    return code == kSharingViolation || code == kNetNameDeleted;
+  }
+  return kind == CallKind::ProfileWrite || kind == CallKind::FileRemove ||
+         kind == CallKind::FolderMake || kind == CallKind::FolderRemove ||
+         kind == CallKind::FileCopy || kind == CallKind::FileReplace ||
+         kind == CallKind::FileMove || kind == CallKind::FileStreamRemove;
 }
 
 }  // namespace
@@ -140,14 +146,15 @@ std::optional<SystemCode> FailingMachine::lookFor(Failure& failure, const SimCal
   }
   if (failure.call.empty()) {
     failure.call = call.text;
-    failure.stillTried = isTried(call.kind);
+    failure.stillTried = isTried(call.kind, codeFor(call.kind, failure.variant));
   }
   return codeFor(call.kind, failure.variant);
 }
 
 bool FailingMachine::isTriedAgain(Failure& failure, const SimCall& call) {
   const bool again = failure.stillTried && call.text == failure.call;
-  failure.stillTried = again || (failure.stillTried && call.kind == CallKind::FileLook);
+  const bool question = call.kind == CallKind::FileLook || call.kind == CallKind::FolderProbe;
+  failure.stillTried = again || (failure.stillTried && question);
   return again;
 }
 

@@ -11,14 +11,15 @@ namespace trelv::sim {
 enum class FailureSpan { Once, FromThenOn };
 
 /// Makes one machine's calls fail while it lives: the call of number `number` (from 1), counted
-/// from here, or that one and all later ones. "Once" is longer than anybody tries: where a change
-/// of files is made again at once, looks at paths left out of account, it fails again. Each fails
-/// in its own way, some by `variant`: writing, making and taking a mark 5, 32 or 112, removing 5,
-/// 32 or 64, looking and reading 32, 5 or 64, a start 2, 5 or 740, the configuration store -3000 or
-/// -9999, automation 0x800401F3 or 0x800706BA; the registry and questions to the system 5, that for
-/// a drive's connection 1222, a wait 6; ini reading gives the default and writing 0, version and
-/// truth queries false, boxes None, input boxes nothing, forms and pictures cannot be shown. What
-/// fails has no effect; only a file that is written without room is left empty.
+/// from here, or that one and all later ones. "Once" is longer than anybody tries: where a file is
+/// read, written or changed again at once, looks at paths left out of account, it fails again. Each
+/// fails in its own way, some by `variant`: writing, making and taking a mark 5, 32 or 112,
+/// removing 5, 32 or 64, looking and reading 32, 5 or 64, a start 2, 5 or 740, the configuration
+/// store -3000 or -9999, automation 0x800401F3 or 0x800706BA; the registry and questions to the
+/// system 5, that for a drive's connection 1222, a wait 6; ini reading gives the default and
+/// writing 0, version and truth queries false, boxes None, input boxes nothing, forms and pictures
+/// cannot be shown. What fails has no effect; only a file that is written without room is left
+/// empty.
 class FailingMachine {
  public:
   FailingMachine(SimMachine& simMachine, std::size_t number, FailureSpan span = FailureSpan::Once,

@@ -29,6 +29,10 @@ SystemCode SimVersionResources::read(const std::string& path, machine::FileVersi
   if (place.code != kSuccess || place.node->folder) {
     return kFileNotFound;
   }
+  const std::optional<Sharing>& held = place.node->held;
+  if (held && (static_cast<unsigned>(*held) & static_cast<unsigned>(Sharing::Read)) == 0) {
+    return kSharingViolation;
+  }
   if (!place.node->version) {
     return kResourceDataNotFound;
   }

@@ -327,6 +327,11 @@ SystemCode SimProcesses::refusal(const std::string& program) const {
   if (code != startCodes_.end() && code->second != kSuccess) {
     return code->second;
   }
+  const SimNode& node = *volumes_.find(program, true).node;
+  if (node.held &&
+      (static_cast<unsigned>(*node.held) & static_cast<unsigned>(Sharing::Read)) == 0) {
+    return kSharingViolation;
+  }
   const bool elevated = elevated_.count(upperCase(program)) > 0;
   return elevated && !system_.administrator() ? kElevationRequired : kSuccess;
 }

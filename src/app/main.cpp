@@ -1,5 +1,5 @@
 #include "app/WindowsProgram.h"
-#include "platform/PatientFiles.h"
+#include "platform/PatientParts.h"
 #include "platform/XmlStore.h"
 #include "startup/modMain.h"
 #include "win32/LibrarySearch.h"
@@ -11,13 +11,12 @@ int main() {
   trelv::win32::searchLibrariesOfTheSystemOnly();
   try {
     trelv::win32::Win32Machine windows;
-    trelv::PatientFiles files(windows.files, windows.clock);
-    trelv::XmlStore ownStore(files, windows.registry, windows.locale, windows.system,
+    trelv::PatientParts parts(windows.machine());
+    trelv::XmlStore ownStore(parts.files(), windows.registry, windows.locale, windows.system,
                              windows.exclusion);
     const bool hostsStore = windows.hostConfiguration.stands();
-    trelv::app::WindowsProgram program(windows.machine(
-        files, hostsStore
-                   ? static_cast<trelv::machine::ConfigurationLibrary&>(windows.hostConfiguration)
+    trelv::app::WindowsProgram program(parts.machine(
+        hostsStore ? static_cast<trelv::machine::ConfigurationLibrary&>(windows.hostConfiguration)
                    : ownStore));
     trelv::modMain::Main(program.program());
   } catch (...) {

@@ -14,8 +14,13 @@ namespace {
 constexpr std::array<std::uint32_t, 10> kPauses{10, 20, 40, 80, 160, 320, 640, 640, 640, 450};
 
 bool mayPass(SystemCode code) {
+  // The last one is said of a file that goes when its user closes it; older systems say 5.
+  constexpr SystemCode kLockViolation = 33;
+  constexpr SystemCode kUserMappedFile = 1224;
+  constexpr SystemCode kDeletePending = 303;
   return code == system_code::kAccessDenied || code == system_code::kSharingViolation ||
-         code == system_code::kDirectoryNotEmpty;
+         code == kLockViolation || code == system_code::kDirectoryNotEmpty ||
+         code == kUserMappedFile || code == kDeletePending;
 }
 
 std::string folderOf(const std::string& path) {

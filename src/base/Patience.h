@@ -10,8 +10,8 @@
 namespace trelv {
 
 /// Patience with files that somebody else has in hand for a moment: a scanner that reads what was
-/// just written, an index, another workstation. A change that the system refuses with 5, 32 or 145
-/// is tried again for 3 s, after pauses that grow; only then is it refused.
+/// just written, an index, another workstation. What the system refuses with 5, 32, 33, 145, 303 or
+/// 1224 is tried again for 3 s, after pauses that grow; only then is it refused.
 ///
 /// Whom it was refused to for all of that time does not wait again: a file in use counts for
 /// itself, a refused right (5) for the whole folder, until something there can be changed. So who
@@ -23,9 +23,9 @@ class Patience {
   /// `pause` lets so much time pass.
   explicit Patience(Pause pause);
 
-  /// Makes `attempt`, a change of what stands at `path` ("\" or "/" between its levels), and makes
-  /// it again as said above. `lasts` is asked once, when the first answer was 5: true where that is
-  /// sure to stay so. Gives the last answer.
+  /// Makes `attempt`, which changes, reads or starts what stands at `path` ("\" or "/" between its
+  /// levels), and makes it again as said above. `lasts` is asked once, when the first answer was 5:
+  /// true where that is sure to stay so. Gives the last answer.
   SystemCode change(const std::string& path, const std::function<SystemCode()>& attempt,
                     const std::function<bool()>& lasts);
 

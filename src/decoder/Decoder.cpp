@@ -1,5 +1,7 @@
 #include "decoder/Decoder.h"
 
+#include <cstdint>
+#include <memory>
 #include <new>
 
 #include "decoder/Extraction.h"
@@ -22,12 +24,18 @@ std::string outputFolder(std::string argument) {
 }
 
 void extract(const std::string& packPath, const std::string& folder, DecoderMachine& machine) {
+  const Patience::Pause pause = [&machine](std::uint32_t milliseconds) -> void {
+    machine.pause(milliseconds);
+  };
   std::unique_ptr<PackInput> pack;
-  require(machine.openPack(packPath, pack), packPath);
+  // A pack that was just copied may be in a scanner's hands. A refused right keeps nobody waiting.
+  require(Patience(pause).change(
+              packPath, [&]() -> SystemCode { return machine.openPack(packPath, pack); },
+              []() -> bool { return true; }),
+          packPath);
   std::unique_ptr<OutputTree> output;
   require(machine.openOutput(folder, output), folder);
-  PatientTree patient(*output,
-                      [&machine](std::uint32_t milliseconds) { machine.pause(milliseconds); });
+  PatientTree patient(*output, pause);
   extractPack(*pack, patient);
 }
 

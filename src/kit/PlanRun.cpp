@@ -7,7 +7,7 @@
 #include "base/Text.h"
 #include "kit/PackCommand.h"
 #include "kit/QuietProgram.h"
-#include "platform/PatientFiles.h"
+#include "platform/PatientParts.h"
 #include "platform/XmlStore.h"
 #include "platform/modLibrary.h"
 #include "startup/HostPaths.h"
@@ -47,8 +47,8 @@ class PlannedMachine {
  public:
   PlannedMachine(const machine::Machine& below, const PlannedStart& start)
       : overlay_(below, settingsOf(below, start)),
-        files_(overlay_.machine().files, overlay_.machine().clock),
-        ownStore_(files_, overlay_.machine().registry, overlay_.machine().locale,
+        parts_(overlay_.machine()),
+        ownStore_(parts_.files(), overlay_.machine().registry, overlay_.machine().locale,
                   overlay_.machine().system, overlay_.machine().exclusion),
         storeOverFiles_(ownStore_, overlay_.steps()),
         machine_(machineOver(dynamic_cast<XmlStore*>(&below.configuration) != nullptr)) {}
@@ -58,18 +58,11 @@ class PlannedMachine {
 
  private:
   machine::Machine machineOver(bool storeIsOurs) {
-    machine::Machine& top = overlay_.machine();
-    return {files_,          top.profiles,
-            top.registry,    top.processes,
-            top.environment, top.system,
-            top.clock,       top.locale,
-            top.versions,    storeIsOurs ? storeOverFiles_ : top.configuration,
-            top.support,     top.desktop,
-            top.automation,  top.exclusion};
+    return parts_.machine(storeIsOurs ? storeOverFiles_ : overlay_.machine().configuration);
   }
 
   Overlay overlay_;
-  PatientFiles files_;
+  PatientParts parts_;
   XmlStore ownStore_;
   overlay::StoreOverFiles storeOverFiles_;
   machine::Machine machine_;

@@ -42,6 +42,46 @@ bool isBeingDeleted(machine::Files& files, const std::string& path) {
                      });
 }
 
+/// What says of a share that its server was there a moment ago.
+bool wasDropped(SystemCode code) {
+  constexpr SystemCode kUnexpectedNetworkError = 59;
+  return code == kUnexpectedNetworkError || code == system_code::kNetNameDeleted;
+}
+
+/// "S:" or "\\SERVER\SHARE", in upper case.
+std::string volumeOf(const std::string& path) {
+  std::size_t end = path.find('\\');
+  if (path.rfind("\\\\", 0) == 0) {
+    end = path.find('\\', 2);
+    end = end == std::string::npos ? end : path.find('\\', end + 1);
+  }
+  return upperCase(path.substr(0, end));
+}
+
+/// Makes an attempt to read or write a file. Both are done many times over a share: who is refused
+/// the right is not to wait each time.
+SystemCode open(machine::Files& files, Patience& patience, const std::string& path,
+                const std::function<SystemCode()>& attempt) {
+  return patience.change(path, attempt, [&]() -> bool { return !isBeingDeleted(files, path); });
+}
+
+/// Makes an attempt that can be made twice without harm. The next use of a share whose connection
+/// was dropped makes it anew; where the server stays away, each of its shares is waited for once.
+SystemCode reach(Patience& patience, const std::string& path,
+                 const std::function<SystemCode()>& attempt) {
+  SystemCode code = attempt();
+  if (wasDropped(code) && !patience.wasInVain(volumeOf(path))) {
+    patience.change(
+        volumeOf(path),
+        [&]() -> SystemCode {
+          code = attempt();
+          return wasDropped(code) ? system_code::kSharingViolation : system_code::kSuccess;
+        },
+        []() -> bool { return false; });
+  }
+  return code;
+}
+
 bool refusesCopies(machine::Files& files, const std::string& path) {
   const FileFacts facts = factsOf(files, path);
   return facts.folder || facts.readOnly || facts.hidden || facts.system;
@@ -51,10 +91,10 @@ bool refusesCopies(machine::Files& files, const std::string& path) {
 
 PatientFiles::PatientFiles(machine::Files& files, machine::Clock& clock)
     : files_(files),
-      patience_([&clock](std::uint32_t milliseconds) { clock.pause(milliseconds); }) {}
+      patience_([&clock](std::uint32_t milliseconds) -> void { clock.pause(milliseconds); }) {}
 
 SystemCode PatientFiles::look(const std::string& path, FileFacts& facts) {
-  return files_.look(path, facts);
+  return reach(patience_, path, [&]() -> SystemCode { return files_.look(path, facts); });
 }
 
 SystemCode PatientFiles::identify(const std::string& path, machine::FileIdentity& identity) {
@@ -62,29 +102,33 @@ SystemCode PatientFiles::identify(const std::string& path, machine::FileIdentity
 }
 
 SystemCode PatientFiles::read(const std::string& path, std::size_t limit, std::string& content) {
-  return files_.read(path, limit, content);
+  return reach(patience_, path, [&]() -> SystemCode {
+    return open(files_, patience_, path,
+                [&]() -> SystemCode { return files_.read(path, limit, content); });
+  });
 }
 
 SystemCode PatientFiles::readPart(const std::string& path, std::uint64_t offset, std::size_t size,
                                   std::string& content) {
-  return files_.readPart(path, offset, size, content);
+  return reach(patience_, path, [&]() -> SystemCode {
+    return open(files_, patience_, path,
+                [&]() -> SystemCode { return files_.readPart(path, offset, size, content); });
+  });
 }
 
 SystemCode PatientFiles::write(const std::string& path, std::string_view bytes) {
-  return makeAnew(path, [&]() -> SystemCode { return files_.write(path, bytes); });
+  return reach(patience_, path, [&]() -> SystemCode {
+    return makeAnew(path, [&]() -> SystemCode { return files_.write(path, bytes); });
+  });
 }
 
 SystemCode PatientFiles::append(const std::string& path, std::string_view bytes) {
   return makeAnew(path, [&]() -> SystemCode { return files_.append(path, bytes); });
 }
 
-// What is written many times over a share must not wait where it is simply refused.
 SystemCode PatientFiles::makeAnew(const std::string& path,
                                   const std::function<SystemCode()>& attempt) {
-  const SystemCode code = attempt();
-  return code == system_code::kAccessDenied && isBeingDeleted(files_, path)
-             ? patience_.change(path, attempt, []() -> bool { return false; })
-             : code;
+  return open(files_, patience_, path, attempt);
 }
 
 SystemCode PatientFiles::removeFile(const std::string& path) {
@@ -111,7 +155,8 @@ SystemCode PatientFiles::removeFolder(const std::string& path) {
 
 SystemCode PatientFiles::list(const std::string& folder, const std::string& ending,
                               std::vector<machine::FolderEntry>& entries) {
-  return files_.list(folder, ending, entries);
+  return reach(patience_, folder,
+               [&]() -> SystemCode { return files_.list(folder, ending, entries); });
 }
 
 SystemCode PatientFiles::copyFile(const std::string& source, const std::string& target) {

@@ -11,11 +11,11 @@
 
 namespace trelv {
 
-/// The files of a machine, with patience in all that deletes, copies, renames, puts in place or
-/// makes a folder: who else has a file in hand for a moment does not make it fail. Writing and
-/// appending wait only for a file of that name to go that is still being deleted. The one place of
-/// the program that tries again; all its parts work with these files. Every other call is handed
-/// on, also where it is refused.
+/// The files of a machine, with patience in all that reads, writes, deletes, copies, renames, puts
+/// in place or makes a folder: who else has a file in hand for a moment does not make it fail. Who
+/// reads or writes does not wait for a right (5), and only looks, lists, reads or writes whole
+/// files anew where a connection was dropped (59, 64), which is waited for once on each share.
+/// Every other call is handed on, also where it is refused.
 class PatientFiles : public machine::Files {
  public:
   PatientFiles(machine::Files& files, machine::Clock& clock);

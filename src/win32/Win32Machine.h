@@ -36,12 +36,10 @@ struct Win32Machine {
   Win32Automation automation;
   Win32Exclusion exclusion;
 
-  /// What the program asks this machine through; `programFiles` are its files or such as stand
-  /// before them, `configuration` is the store to use.
-  machine::Machine machine(machine::Files& programFiles,
-                           machine::ConfigurationLibrary& configuration) {
-    return {programFiles, profiles, registry,      processes, environment, system,     clock,
-            locale,       versions, configuration, support,   desktop,     automation, exclusion};
+  /// What a program asks this machine through, with the host suite's store.
+  machine::Machine machine() {
+    return {files,  profiles, registry,          processes, environment, system,     clock,
+            locale, versions, hostConfiguration, support,   desktop,     automation, exclusion};
   }
 };
 

@@ -203,6 +203,16 @@ TEST_F(ProcessesContract, WaitingTwiceAnswersAtOnce) {
   EXPECT_EQ(exitCode(), 8U);
 }
 
+TEST_F(ProcessesContract, AProgramThatOthersMayNotReadDoesNotStart) {
+  CONTRACT_NEEDS(Ability::HoldFiles, "files cannot be held against others here");
+  const std::string file = program();
+  {
+    const auto held = world().hold(file, {});
+    EXPECT_EQ(start("\"" + file + "\" 0"), 32U);
+  }
+  EXPECT_EQ(run("\"" + file + "\" 5"), 5U);
+}
+
 TEST_F(ProcessesContract, ThisProcessRunsAndOneThatNeverWasDoesNot) {
   EXPECT_TRUE(machine().processes.isRunning(machine().system.processId()));
   EXPECT_FALSE(machine().processes.isRunning(0x7FFFFFF0));

@@ -341,6 +341,14 @@ TEST_F(SystemContract, WithoutVersionResourceItAnswers1812) {
   EXPECT_EQ(version, (machine::FileVersion{1, 2, 3, 4}));
 }
 
+TEST_F(SystemContract, TheVersionOfAFileThatOthersMayNotReadAnswers32) {
+  CONTRACT_NEEDS(Ability::HoldFiles, "files cannot be held against others here");
+  world().putFile(path("v.exe"), "x");
+  const auto held = world().hold(path("v.exe"), {});
+  machine::FileVersion version{};
+  EXPECT_EQ(machine().versions.read(path("v.exe"), version), 32U);
+}
+
 TEST_F(SystemContract, TheVersionOfAMissingFileAnswers2) {
   machine::FileVersion version{};
   EXPECT_EQ(machine().versions.read(path("none.exe"), version), 2U);

@@ -2,7 +2,7 @@
 #include <vector>
 
 #include "kit/CommandLine.h"
-#include "platform/PatientFiles.h"
+#include "platform/PatientParts.h"
 #include "platform/XmlStore.h"
 #include "win32/LibrarySearch.h"
 #include "win32/Win32Console.h"
@@ -31,13 +31,12 @@ int wmain(int count, wchar_t** arguments) {
   trelv::win32::Win32GivenPaths paths;
   trelv::win32::Win32FileUse fileUse;
   trelv::win32::Win32FinishedFiles finished;
-  trelv::PatientFiles files(windows.files, windows.clock);
-  trelv::XmlStore ownStore(files, windows.registry, windows.locale, windows.system,
+  trelv::PatientParts parts(windows.machine());
+  trelv::XmlStore ownStore(parts.files(), windows.registry, windows.locale, windows.system,
                            windows.exclusion);
   const bool hostsStore = windows.hostConfiguration.stands();
-  trelv::machine::Machine machine = windows.machine(
-      files, hostsStore
-                 ? static_cast<trelv::machine::ConfigurationLibrary&>(windows.hostConfiguration)
+  trelv::machine::Machine machine = parts.machine(
+      hostsStore ? static_cast<trelv::machine::ConfigurationLibrary&>(windows.hostConfiguration)
                  : ownStore);
   trelv::kit::Workplace workplace{machine, console, paths, fileUse, finished};
   return trelv::kit::run(texts(count, arguments), workplace);

@@ -5,14 +5,16 @@
 #include "app/WindowsProgram.h"
 #include "inventory/InstallationMode.h"
 #include "inventory/ProductReport.h"
+#include "platform/PatientParts.h"
 #include "platform/XmlStore.h"
 #include "win32/Win32Machine.h"
 
 int main(int count, char** words) {
   trelv::win32::Win32Machine windows;
-  trelv::XmlStore store(windows.files, windows.registry, windows.locale, windows.system,
+  trelv::PatientParts parts(windows.machine());
+  trelv::XmlStore store(parts.files(), windows.registry, windows.locale, windows.system,
                         windows.exclusion);
-  trelv::app::WindowsProgram program(windows.machine(windows.files, store));
+  trelv::app::WindowsProgram program(parts.machine(store));
   trelv::modProdTrelvInfo::CreateProductReport(program.program());
   int standalone = 0;
   for (int i = 1; i < count; ++i) {

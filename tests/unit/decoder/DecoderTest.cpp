@@ -35,7 +35,10 @@ class FakeMachine : public DecoderMachine {
   }
   void pause(std::uint32_t milliseconds) override {
     paused += milliseconds;
-    if (paused >= inUseFor) {
+    if (paused >= packHeldFor && packCode == system_code::kSharingViolation) {
+      packCode = system_code::kSuccess;
+    }
+    if (made != nullptr && paused >= inUseFor) {
       made->failAlways("replaceFile", system_code::kSuccess);
     }
   }
@@ -47,6 +50,8 @@ class FakeMachine : public DecoderMachine {
   /// What putting a file in its place answers until so much time has passed.
   SystemCode inUse = system_code::kSuccess;
   std::uint32_t inUseFor = 0;
+  /// How long the pack answers 32, where it does.
+  std::uint32_t packHeldFor = 0;
   std::uint32_t paused = 0;
   MemoryTree* made = nullptr;
 };
@@ -91,6 +96,21 @@ TEST_F(DecoderTest, AFileThatAScannerReadsIsWaitedForAndNoLongerThanThreeSeconds
   EXPECT_EQ(run({"C:\\P\\a.gz", "C:\\T"}).exitCode, 0);
   machine_.paused = 0;
   machine_.inUseFor = 60'000;
+  EXPECT_EQ(run({"C:\\P\\a.gz", "C:\\T"}).exitCode, 2);
+  EXPECT_EQ(machine_.paused, 3000U);
+}
+
+TEST_F(DecoderTest, APackThatAScannerReadsIsWaitedForAndNoLongerThanThreeSeconds) {
+  machine_.packBytes = pack(TarBytes().file("a.txt", "x"));
+  machine_.packCode = system_code::kSharingViolation;
+  machine_.packHeldFor = 1500;
+  EXPECT_EQ(run({"C:\\P\\a.gz", "C:\\T"}).exitCode, 0);
+  machine_.paused = 0;
+  machine_.packCode = system_code::kSharingViolation;
+  machine_.packHeldFor = 60'000;
+  EXPECT_EQ(run({"C:\\P\\a.gz", "C:\\T"}).exitCode, 2);
+  EXPECT_EQ(machine_.paused, 3000U);
+  machine_.packCode = system_code::kAccessDenied;
   EXPECT_EQ(run({"C:\\P\\a.gz", "C:\\T"}).exitCode, 2);
   EXPECT_EQ(machine_.paused, 3000U);
 }

@@ -140,10 +140,71 @@ TEST_F(PatientFilesTest, AFileThatIsBeingDeletedIsWaitedForBeforeOneIsMadeAnew) 
   }
 }
 
-TEST_F(PatientFilesTest, WritingWaitsForNothingElse) {
+TEST_F(PatientFilesTest, AFileThatIsHeldForAMomentIsReadAndWritten) {
+  std::string content;
   holdFor(kFile, 1500);
-  EXPECT_EQ(files_.write(kFile, "x"), kSharingViolation);
-  EXPECT_EQ(files_.append(kFile, "x"), kSharingViolation);
+  EXPECT_EQ(files_.read(kFile, 10, content), kSuccess);
+  EXPECT_EQ(content, "old");
+  holdFor(kFile, 1500);
+  EXPECT_EQ(files_.readPart(kFile, 1, 10, content), kSuccess);
+  EXPECT_EQ(content, "ld");
+  holdFor(kFile, 1500);
+  EXPECT_EQ(files_.write(kFile, "new"), kSuccess);
+  holdFor(kFile, 1500);
+  EXPECT_EQ(files_.append(kFile, "er"), kSuccess);
+  EXPECT_EQ(machine_.fileText(kFile), "newer");
+}
+
+TEST_F(PatientFilesTest, ReadingAFileThatStaysHeldWaitsOnce) {
+  holdFor(kFile, 60'000);
+  std::string content = "as it was";
+  for (int i = 0; i < 100; ++i) {
+    EXPECT_EQ(files_.read(kFile, 10, content), kSharingViolation);
+    EXPECT_EQ(files_.readPart(kFile, 0, 10, content), kSharingViolation);
+    EXPECT_EQ(files_.append(kFile, "x"), kSharingViolation);
+  }
+  EXPECT_EQ(content, "as it was");
+  EXPECT_EQ(paused(), kAll);
+}
+
+TEST_F(PatientFilesTest, AConnectionThatWasDroppedIsWaitedForByWhatCanBeDoneTwice) {
+  std::string content;
+  machine::FileFacts facts;
+  std::vector<machine::FolderEntry> entries;
+  const std::vector<std::function<SystemCode()>> calls{
+      [&]() -> SystemCode { return files_.look(kFile, facts); },
+      [&]() -> SystemCode { return files_.list("C:\\d", "", entries); },
+      [&]() -> SystemCode { return files_.read(kFile, 10, content); },
+      [&]() -> SystemCode { return files_.readPart(kFile, 0, 10, content); },
+      [&]() -> SystemCode { return files_.write(kFile, "new"); }};
+  for (const SystemCode code : {SystemCode{59}, kNetNameDeleted}) {
+    for (const std::function<SystemCode()>& call : calls) {
+      disk_.disconnect(code);
+      machine_.clock().after(1500, [this] { disk_.reconnect(); });
+      EXPECT_EQ(call(), kSuccess);
+    }
+  }
+  EXPECT_EQ(machine_.fileText(kFile), "new");
+  disk_.disconnect(kNetNameDeleted);
+  const std::uint64_t before = paused();
+  EXPECT_EQ(files_.append(kFile, "x"), kNetNameDeleted);
+  EXPECT_EQ(files_.removeFile(kFile), kNetNameDeleted);
+  EXPECT_EQ(files_.makeFolder("C:\\d\\e"), kNetNameDeleted);
+  EXPECT_EQ(files_.replaceFile(kOther, kFile), kNetNameDeleted);
+  EXPECT_EQ(paused(), before) << "it may have been done when the answer was lost";
+}
+
+TEST_F(PatientFilesTest, AServerThatStaysAwayIsWaitedForOnceOnEachOfItsShares) {
+  disk_.disconnect(kNetNameDeleted);
+  machine::FileFacts facts;
+  for (int i = 0; i < 100; ++i) {
+    EXPECT_EQ(files_.look("C:\\d\\" + std::to_string(i), facts), kNetNameDeleted);
+  }
+  EXPECT_EQ(paused(), kAll);
+  EXPECT_LT(callsOf("files.look"), 120U);
+}
+
+TEST_F(PatientFilesTest, WritingWaitsForNoRight) {
   disk_.denyWriting("C:\\d");
   EXPECT_EQ(files_.write("C:\\d\\none.txt", "x"), kAccessDenied);
   EXPECT_EQ(files_.append(kOther, "x"), kAccessDenied);
