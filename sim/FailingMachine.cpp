@@ -1,5 +1,6 @@
 #include "sim/FailingMachine.h"
 
+#include <algorithm>
 #include <array>
 #include <stdexcept>
 
@@ -95,6 +96,53 @@ SystemCode codeFor(CallKind kind, std::size_t variant) {
   throw std::logic_error("a call of no kind");
 }
 
+constexpr SystemCode kWriteProtected = 19;
+constexpr SystemCode kLockViolation = 33;
+constexpr SystemCode kUnexpectedNetworkError = 59;
+constexpr SystemCode kKeyDeleted = 1018;
+constexpr SystemCode kIoError = 1117;
+constexpr SystemCode kNoSystemResources = 1450;
+constexpr SystemCode kServerUnavailable = 1722;
+
+/// What such a call fails with besides, on networks and worn disks.
+std::vector<SystemCode> rareCodes(CallKind kind) {
+  switch (kind) {
+    case CallKind::FileLook:
+    case CallKind::FileRead:
+    case CallKind::FolderList:
+      return {kBadNetPath, kReadFault, kLockViolation, kUnexpectedNetworkError, kNoSystemResources};
+    case CallKind::FileWrite:
+    case CallKind::FileAppend:
+    case CallKind::FolderMake:
+    case CallKind::FileCopy:
+    case CallKind::FileReplace:
+    case CallKind::FileMove:
+      return {kNetNameDeleted, kBadNetPath, kWriteFault, kWriteProtected, kUnexpectedNetworkError};
+    case CallKind::FileRemove:
+    case CallKind::FileSetReadOnly:
+    case CallKind::FolderRemove:
+      return {kBadNetPath, kWriteProtected, kIoError};
+    case CallKind::ProcessStart:
+      return {kPathNotFound,   kOutOfMemory,      kSharingViolation, kBadNetPath,
+              kNetNameDeleted, kInvalidParameter, kBadExeFormat,     kNoSystemResources};
+    case CallKind::ConfigurationGet:
+    case CallKind::ConfigurationSet:
+    case CallKind::ConfigurationPath:
+      return {static_cast<SystemCode>(-1000)};
+    case CallKind::RegistryOpen:
+    case CallKind::RegistryCreate:
+    case CallKind::RegistryRead:
+    case CallKind::RegistryWrite:
+      return {kKeyDeleted, kNoSystemResources};
+    case CallKind::AdministratorQuery:
+    case CallKind::UserNameQuery:
+    case CallKind::ComputerNameQuery:
+      return {kServerUnavailable};
+    default:
+      return {};
+  }
+}
+
 /// Is it a call that is made again where it failed so?
 bool isTried(CallKind kind, SystemCode code) {
   if (kind == CallKind::FileLook || kind == CallKind::FolderList) {
@@ -113,7 +161,10 @@ bool isTried(CallKind kind, SystemCode code) {
 
 FailingMachine::FailingMachine(SimMachine& simMachine, std::size_t number, FailureSpan span,
                                std::size_t variant)
-    : machine_(simMachine), span_(span), failure_{number, variant, "", false} {
+    : machine_(simMachine),
+      before_(simMachine.callLog().count()),
+      span_(span),
+      failure_{number, variant, kSuccess, "", false} {
   machine_.callLog().setInjector([this](const SimCall& call) { return look(call); });
 }
 
@@ -127,28 +178,46 @@ std::size_t FailingMachine::variants(CallKind kind) {
   return count;
 }
 
-void FailingMachine::failAlso(std::size_t number, std::size_t variant) {
-  second_ = {number, variant, "", false};
+void FailingMachine::failAlso(std::size_t number, SystemCode code) {
+  second_ = {number, code, code, "", false};
+}
+
+std::vector<SystemCode> FailingMachine::codes(CallKind kind) {
+  std::vector<SystemCode> codes;
+  for (std::size_t variant = 0; variant < variants(kind); ++variant) {
+    codes.push_back(codeFor(kind, variant));
+  }
+  const std::vector<SystemCode> rare = rareCodes(kind);
+  codes.insert(codes.end(), rare.begin(), rare.end());
+  return codes;
 }
 
 std::optional<SystemCode> FailingMachine::look(const SimCall& call) {
-  ++seen_;
+  // Not how many were looked at: a call in whose place others are made first comes behind them.
+  seen_ = std::max(seen_, call.number - before_);
   const std::optional<SystemCode> code = lookFor(failure_, call);
   return code || second_.number == 0 ? code : lookFor(second_, call);
 }
 
 std::optional<SystemCode> FailingMachine::lookFor(Failure& failure, const SimCall& call) const {
   const bool fails = span_ == FailureSpan::Once
-                         ? seen_ == failure.number || isTriedAgain(failure, call)
-                         : seen_ >= failure.number;
+                         ? call.number - before_ == failure.number || isTriedAgain(failure, call)
+                         : call.number - before_ >= failure.number;
   if (!fails) {
     return std::nullopt;
   }
   if (failure.call.empty()) {
     failure.call = call.text;
-    failure.stillTried = isTried(call.kind, codeFor(call.kind, failure.variant));
+    failure.stillTried = isTried(call.kind, codeOf(failure, call.kind));
   }
-  return codeFor(call.kind, failure.variant);
+  return codeOf(failure, call.kind);
+}
+
+/// A second failure names its code before anybody knows what call it meets.
+SystemCode FailingMachine::codeOf(const Failure& failure, CallKind kind) {
+  const std::vector<SystemCode> known = codes(kind);
+  const bool fits = std::find(known.begin(), known.end(), failure.code) != known.end();
+  return fits ? failure.code : codeFor(kind, failure.variant);
 }
 
 bool FailingMachine::isTriedAgain(Failure& failure, const SimCall& call) {

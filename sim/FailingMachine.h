@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "sim/SimMachine.h"
 
@@ -28,11 +29,17 @@ class FailingMachine {
   FailingMachine(const FailingMachine&) = delete;
   FailingMachine& operator=(const FailingMachine&) = delete;
 
-  /// The call of this number fails too, and like the first one again where it is tried again.
-  void failAlso(std::size_t number, std::size_t variant);
+  /// The call fails with this code, one of codes(), in the place of its variant.
+  void failWith(SystemCode code) { failure_.code = code; }
+  /// The call of this number fails too, with this code where it can, and like the first one again
+  /// where it is tried again.
+  void failAlso(std::size_t number, SystemCode code);
 
   /// In how many ways a call of this kind can fail: variants 0 … less than this.
   static std::size_t variants(CallKind kind);
+  /// All codes that a call of this kind can fail with: those of the variants and the rarer ones.
+  /// One where nobody learns the code.
+  static std::vector<SystemCode> codes(CallKind kind);
 
   /// Was there a call of that number? A sweep ends with the first run that answers false.
   bool reached() const { return seen_ >= failure_.number; }
@@ -47,6 +54,8 @@ class FailingMachine {
   struct Failure {
     std::size_t number = 0;
     std::size_t variant = 0;
+    /// 0: as the variant says.
+    SystemCode code = system_code::kSuccess;
     /// Text of the call that it was.
     std::string call;
     /// Nothing else was done since the call failed.
@@ -55,9 +64,12 @@ class FailingMachine {
 
   std::optional<SystemCode> look(const SimCall& call);
   std::optional<SystemCode> lookFor(Failure& failure, const SimCall& call) const;
+  static SystemCode codeOf(const Failure& failure, CallKind kind);
   static bool isTriedAgain(Failure& failure, const SimCall& call);
 
   SimMachine& machine_;
+  /// How many calls were made before.
+  std::size_t before_;
   FailureSpan span_;
   Failure failure_;
   Failure second_;

@@ -1,11 +1,12 @@
 #include "sim/KilledMachine.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace trelv::sim {
 
 KilledMachine::KilledMachine(SimMachine& simMachine, std::size_t number, Unfinished left)
-    : machine_(simMachine), number_(number), left_(left) {
+    : machine_(simMachine), before_(simMachine.callLog().count()), number_(number), left_(left) {
   machine_.callLog().setInjector([this](const SimCall& call) -> std::optional<SystemCode> {
     look(call);
     return std::nullopt;
@@ -24,8 +25,8 @@ bool KilledMachine::canBeLeftBegun(CallKind kind) {
 }
 
 void KilledMachine::look(const SimCall& call) {
-  ++seen_;
-  if (seen_ == number_) {
+  seen_ = std::max(seen_, call.number - before_);
+  if (call.number - before_ == number_) {
     killedCall_ = call.text;
     machine_.callLog().setDead(true);
     throw Killed(left_);

@@ -37,6 +37,8 @@ class KilledMachine {
   void look(const SimCall& call);
 
   SimMachine& machine_;
+  /// How many calls were made before.
+  std::size_t before_;
   std::size_t number_;
   Unfinished left_;
   std::size_t seen_ = 0;

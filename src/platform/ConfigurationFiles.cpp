@@ -51,6 +51,15 @@ bool isOutOfReach(SystemCode code) {
   return meansMissing(code) || code == system_code::kBadNetPath;
 }
 
+/// A server that is out of reach for a moment must not make a file look empty, for then versions
+/// would be lost: it is asked once more. One that stays away would let each of thousands of values
+/// wait for it.
+SystemCode readAll(machine::Files& files, const std::string& path, std::size_t limit,
+                   std::string& bytes) {
+  const SystemCode code = files.read(path, limit, bytes);
+  return code == system_code::kBadNetPath ? files.read(path, limit, bytes) : code;
+}
+
 /// True when the value comes whole out of a buffer of `size` characters. Quotes that were taken off
 /// count, because the platform takes them off after it has cut the text.
 bool fits(std::string_view value, std::uint32_t size) { return value.size() + 2 < size; }
@@ -74,7 +83,7 @@ struct ConfigurationFiles::Kept {
   static File open(machine::Machine& machine, const std::string& path) {
     if (!isAnsi(machine.locale, path)) return {true, std::nullopt};
     std::string bytes;
-    const SystemCode code = machine.files.read(path, kLargestKept + 1, bytes);
+    const SystemCode code = readAll(machine.files, path, kLargestKept + 1, bytes);
     // A file that is there and cannot be read at this moment (another workstation writes to it)
     // must not look empty until the next forget(): versions would be lost.
     if (code != system_code::kSuccess) return {!isOutOfReach(code), std::nullopt};

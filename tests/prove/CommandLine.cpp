@@ -40,9 +40,12 @@ void takeSeeds(Wish& wish, const std::string& text) {
   wish.last = dash == std::string::npos ? wish.first : number(text.substr(dash + 1));
 }
 
+/// Seeds of the whole proof: other ones each day, until it begins anew.
 void takeToday(Wish& wish, const Proof& proof) {
-  wish.first = today() * static_cast<unsigned>(proof.seedsOfADay);
-  wish.last = wish.first + static_cast<unsigned>(proof.seedsOfADay) - 1;
+  const auto some = static_cast<unsigned>(proof.seedsOfADay);
+  const unsigned days = static_cast<unsigned>(proof.seeds) / some;
+  wish.first = 1 + today() % days * some;
+  wish.last = wish.first + some - 1;
   wish.enough = proof.enough;
 }
 
@@ -52,7 +55,7 @@ Wish wishOf(const Proof& proof, const std::vector<std::string>& arguments) {
   wish.last = static_cast<unsigned>(proof.seeds);
   for (std::size_t i = 1; i < arguments.size(); ++i) {
     const std::string& option = arguments[i];
-    if (option == "--today") {
+    if (option == "--today" && proof.seedsOfADay > 0) {
       takeToday(wish, proof);
       continue;
     }

@@ -5,18 +5,20 @@
 #include <vector>
 
 #include "prove/Worlds.h"
+#include "sim/FailingMachine.h"
 
 namespace trelv::tests {
 namespace {
 
-/// "start 42 1": the world's work, the call, the way in which it fails.
+/// "start 42 5": the world's work, the call, the code; "start 42 5 60 32" with a second fault; for
+/// kills how far the call had come.
 std::string nameOf(Work work, const Fault& fault) {
   std::string name =
       std::string(nameOf(work)) + " " + std::to_string(fault.number) + " " +
-      std::to_string(fault.trouble == Trouble::Killed ? static_cast<std::size_t>(fault.left)
-                                                      : fault.variant);
+      std::to_string(fault.trouble == Trouble::Killed ? static_cast<SystemCode>(fault.left)
+                                                      : fault.code);
   if (fault.secondNumber != 0) {
-    name += " " + std::to_string(fault.secondNumber) + " " + std::to_string(fault.secondVariant);
+    name += " " + std::to_string(fault.secondNumber) + " " + std::to_string(fault.secondCode);
   }
   return name;
 }
@@ -30,8 +32,8 @@ class Worlds {
   template <class MakeFaults>
   void prove(const MakeFaults& faults) {
     for (const Work work : kEveryWork) {
-      Findings findings;
-      const Undisturbed undisturbed = undisturbedRun(work, job_.seed, findings);
+      Undisturbed undisturbed = undisturbedRun(work, job_.seed);
+      undisturbed.shown = !job_.only.empty();
       tally_.count("worlds");
       tally_.count("calls", undisturbed.calls.size());
       const MakeWorld make = [&]() -> std::unique_ptr<SweptWorld> {
@@ -63,10 +65,21 @@ class Worlds {
   Tally& tally_;
 };
 
-std::vector<Fault> faultsOfAll(const std::vector<sim::SimCall>& calls, Trouble trouble) {
+std::vector<Fault> failuresOf(const sim::SimCall& call) {
+  std::vector<Fault> faults;
+  Fault fault = faultsOf(call, Trouble::FailsOnce).front();
+  for (const SystemCode code : sim::FailingMachine::codes(call.kind)) {
+    fault.code = code;
+    faults.push_back(fault);
+  }
+  return faults;
+}
+
+template <class FaultsOf>
+std::vector<Fault> ofAll(const std::vector<sim::SimCall>& calls, const FaultsOf& faultsOfOne) {
   std::vector<Fault> faults;
   for (const sim::SimCall& call : calls) {
-    const std::vector<Fault> more = faultsOf(call, trouble);
+    const std::vector<Fault> more = faultsOfOne(call);
     faults.insert(faults.end(), more.begin(), more.end());
   }
   return faults;
@@ -76,7 +89,7 @@ std::vector<Fault> faultsOfAll(const std::vector<sim::SimCall>& calls, Trouble t
 
 void proveFaults(const Job& job, Tally& tally) {
   Worlds(job, tally).prove([](const std::vector<sim::SimCall>& calls) -> std::vector<Fault> {
-    return faultsOfAll(calls, Trouble::FailsOnce);
+    return ofAll(calls, failuresOf);
   });
 }
 
@@ -84,12 +97,12 @@ void provePairs(const Job& job, Tally& tally) {
   constexpr std::size_t kPairsOfAWorld = 260;
   Worlds(job, tally).prove([&](const std::vector<sim::SimCall>& calls) -> std::vector<Fault> {
     std::mt19937 random(job.seed);
-    const std::vector<Fault> singles = faultsOfAll(calls, Trouble::FailsOnce);
+    const std::vector<Fault> singles = ofAll(calls, failuresOf);
     std::vector<Fault> pairs;
     for (std::size_t i = 0; i < kPairsOfAWorld && !singles.empty(); ++i) {
       Fault fault = singles[random() % singles.size()];
       fault.secondNumber = fault.number + 1 + random() % (calls.size() - fault.number + 1);
-      fault.secondVariant = random() % 3;
+      fault.secondCode = singles[random() % singles.size()].code;
       pairs.push_back(fault);
     }
     return pairs;
@@ -98,7 +111,9 @@ void provePairs(const Job& job, Tally& tally) {
 
 void proveKills(const Job& job, Tally& tally) {
   Worlds(job, tally).prove([](const std::vector<sim::SimCall>& calls) -> std::vector<Fault> {
-    return faultsOfAll(calls, Trouble::Killed);
+    return ofAll(calls, [](const sim::SimCall& call) -> std::vector<Fault> {
+      return faultsOf(call, Trouble::Killed);
+    });
   });
 }
 

@@ -1,7 +1,9 @@
 #include "prove/Invariants.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <set>
+#include <sstream>
 #include <stdexcept>
 
 #include "base/Text.h"
@@ -39,10 +41,69 @@ const Table kNone{};
 
 // --- The same by chance
 
+constexpr const char* kNoStore = "these results of the store count as an empty path";
+constexpr const char* kNoEdition = "the edition's probes answer no";
+constexpr const char* kDefault = "ini reading answers its default";
+constexpr const char* kMissing = "what cannot be looked at counts as missing until the next start";
+constexpr const char* kLeftover = "leftovers of others stay for the next one";
+constexpr const char* kNobody = "there is nobody to answer";
+constexpr const char* kAbsent =
+    "a key that cannot be opened is an ordinary answer: no suite is seen";
+constexpr const char* kPlugin = "the host is no Dovra then";
+
 const Table kChanceProgramDoesNotStart{{"files.look *.exe", "its own test"},
-                                       {"processes.start", "its own start"}};
+                                       {"processes.start", "its own start"},
+                                       {"profiles.readValue *", kDefault}};
+
+const Table kChanceVersionsTrue{{"profiles.readValue *", kDefault}};
+
 const Table kChanceLockStays{{"files.removeFile *agdv.lck", "its removal is what failed"},
                              {"files.look *agdv.lck", "a lock that cannot be seen is not removed"}};
+
+const Table kChanceSilent{
+    {"files.append *.log", "a line that fails is lost"},
+    {"files.look *.log", "an old log is kept then"},
+    {"files.look *.zip", "a pack that is not seen is not removed: it is opened again"},
+    {"files.look *agdv.lck", "counts as missing"},
+    {"files.look *.ini", kMissing},
+    {"files.look *plugin", kPlugin},
+    {"files.look *LUDA2003", kMissing},
+    {"files.look *ZM", kMissing},
+    {"files.look *.exe", kMissing},
+    {"files.look *ProdInfo.txt", "the report of before counts as missing"},
+    {"files.look *.tmp", kLeftover},
+    {"files.removeFile *.tmp", kLeftover},
+    {"files.list *tempterm", kLeftover},
+    {"files.list *cpy", kLeftover},
+    {"files.look *Setup.cmf", "the menu counts as missing the second time"},
+    {"system.temporaryFolder", "without it there is no log"},
+    {"system.computerName", kLeftover},
+    {"system.queryVersion", kNoEdition},
+    {"system.suiteIncludes", kNoEdition},
+    {"configuration.getConfigPath", kNoStore},
+    {"registry.", kAbsent},
+    {"profiles.readValue", kDefault},
+    {"profiles.writeValue *agdvver.ini *version=$",
+     "a version that nothing raised is written by the next start"},
+    {"environment.", "the folders are then those without the variable"},
+    {"desktop.messageBox", kNobody},
+    {"desktop.inputBox", kNobody},
+    {"desktop.show", kNobody},
+    {"processes.wait", "the command counts as one that ran"}};
+
+const Table kChanceDoesNotHeal{
+    {"configuration.getConfigPath", "what was put by an empty path stays there"},
+    {"configuration.getParameter", "a start that cannot read the integration prepares nothing"},
+    {"registry.", kAbsent},
+    {"system.queryVersion", kNoEdition},
+    {"system.suiteIncludes", kNoEdition},
+    {"files.look *plugin", kPlugin},
+    {"files.look *.tmp", kLeftover},
+    {"files.look *agdv.lck", "a lock of others that is not seen is not respected and not removed"},
+    {"files.removeFile *agdv.lck", "a lock stays until a run without work frees it"},
+    {"profiles.readValue", kDefault},
+    {"profiles.writeValue *agdvver.ini", "the correction for Dovra runs once"},
+    {"environment.", "the folders are then those without the variable"}};
 
 // --- Pictures
 
@@ -69,6 +130,31 @@ void add(Picture& picture, const sim::SimNode& node, const std::string& path) {
       picture[name] = withoutMoment(name, child->bytes);
     }
   }
+}
+
+/// A version as a number: the digits that stand first when the dots are gone.
+unsigned long long numberOf(const std::string& version) {
+  return std::strtoull(replaceAll(version, ".", "").c_str(), nullptr, 10);
+}
+
+/// The values of an ini file, whatever their order. An empty one reads like one that is missing.
+std::set<std::string> valuesOf(const std::string& bytes) {
+  std::istringstream text(bytes);
+  std::set<std::string> values;
+  std::string section;
+  for (std::string line; std::getline(text, line);) {
+    line = upperCase(trim(replaceAll(line, "\r", "")));
+    if (line.starts_with("[")) {
+      section = line;
+    } else if (!line.empty() && !line.ends_with("=")) {
+      values.insert(section + line);
+    }
+  }
+  return values;
+}
+
+bool isSame(const std::string& path, const std::string& expected, const std::string& found) {
+  return expected == found || (path.ends_with(".INI") && valuesOf(expected) == valuesOf(found));
 }
 
 }  // namespace
@@ -120,8 +206,14 @@ const CallTable<Exception>& exceptionsByChance(Invariant invariant) {
   switch (invariant) {
     case Invariant::ProgramStarts:
       return kChanceProgramDoesNotStart;
+    case Invariant::VersionsTrue:
+      return kChanceVersionsTrue;
     case Invariant::LocksGo:
       return kChanceLockStays;
+    case Invariant::FailureTold:
+      return kChanceSilent;
+    case Invariant::Heals:
+      return kChanceDoesNotHeal;
     default:
       return kNone;
   }
@@ -150,7 +242,7 @@ std::string differenceOf(const Picture& expected, const Picture& found) {
     if (at == found.end()) {
       return "not there: " + path;
     }
-    if (at->second != bytes) {
+    if (!isSame(path, bytes, at->second)) {
       return path + " is \"" + at->second + "\" and not \"" + bytes + "\"";
     }
   }
@@ -163,12 +255,17 @@ std::string differenceOf(const Picture& expected, const Picture& found) {
 }
 
 void Judge::versionsTrue(const std::string& record, const Versions& before, const Versions& found,
-                         const WasBrought& wasBrought) {
+                         const OriginOf& originOf) {
   for (const auto& [id, version] : found) {
-    const auto old = before.find(id);
-    const bool same = version == (old == before.end() ? "" : old->second);
-    demand(Invariant::VersionsTrue, same || wasBrought(id, version),
-           record + " version of " + id + " is \"" + version + "\"");
+    const auto at = before.find(id);
+    const std::string old = at == before.end() ? "" : at->second;
+    if (version != old) {
+      const Origin origin = originOf(id, version);
+      const bool risen = numberOf(version) > numberOf(old);
+      demand(Invariant::VersionsTrue,
+             origin == Origin::Anew || (origin == Origin::Command && risen),
+             record + " version of " + id + " was \"" + old + "\" and is \"" + version + "\"");
+    }
   }
 }
 

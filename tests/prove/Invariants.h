@@ -68,8 +68,15 @@ std::string differenceOf(const Picture& expected, const Picture& found);
 /// Versions of one record by product.
 using Versions = std::map<std::string, std::string>;
 
-/// Was this version of a product brought by a command that was started?
-using WasBrought = std::function<bool(const std::string& id, const std::string& version)>;
+/// Where a recorded version may have come from.
+enum class Origin {
+  Nowhere,
+  /// A command that was started: then it is higher than the one before.
+  Command,
+  /// A removal, or a correction that asks for no version before.
+  Anew
+};
+using OriginOf = std::function<Origin(const std::string& id, const std::string& version)>;
 
 /// Judges one run that met a fault.
 class Judge {
@@ -83,9 +90,9 @@ class Judge {
   /// the fault.
   void demand(Invariant invariant, bool holds, const std::string& otherwise);
 
-  /// Each version found in a record is the one before, or one that was brought.
+  /// Each version found in a record is the one before, or has an origin and does not fall.
   void versionsTrue(const std::string& record, const Versions& before, const Versions& found,
-                    const WasBrought& wasBrought);
+                    const OriginOf& originOf);
   /// No lock is there that was not there before.
   void locksGone(const Picture& before, const Picture& after);
   /// What is gone was allowed to go: one of the paths (see beginsLike) or below it.

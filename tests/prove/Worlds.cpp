@@ -1,7 +1,9 @@
 #include "prove/Worlds.h"
 
 #include <algorithm>
+#include <iostream>
 #include <random>
+#include <set>
 #include <stdexcept>
 #include <utility>
 
@@ -20,6 +22,8 @@ constexpr const char* kSetups = "S:\\Lumo\\prg\\com\\setup\\aggdovra\\";
 /// Sections of others in both records.
 constexpr const char* kForeign = "KXK";
 constexpr const char* kForeignVersion = "01.02.03.04";
+/// The version that the packs bring.
+constexpr const char* kPackVersion = "77.00";
 /// What another workstation records while the run works.
 constexpr const char* kNeighbour = "VICINO";
 constexpr const char* kNeighbourVersion = "05.06.07.08";
@@ -36,6 +40,34 @@ std::string quoted(const std::vector<std::string>& arguments) {
     line += (line.empty() ? "" : " ") + (quotes ? "\"" + argument + "\"" : argument);
   }
   return line;
+}
+
+using Windows = std::vector<std::pair<std::size_t, std::size_t>>;
+
+bool beginsACorrection(const sim::SimCall& call) {
+  return call.kind == sim::CallKind::ProfileWrite &&
+         call.text.ends_with("agdvver.ini [Q2] version=02.92.00.00");
+}
+
+bool endsACorrection(const sim::SimCall& call) {
+  return call.kind == sim::CallKind::ProfileWrite &&
+         call.text.ends_with("agdvver.ini [ZM] version=06.50.30.00");
+}
+
+/// From the removal of each pack to the end of its copy, and from the first to the last version of
+/// a correction.
+Windows windowsOf(const std::vector<sim::SimCall>& calls) {
+  Windows windows;
+  for (const sim::SimCall& call : calls) {
+    const bool removesAPack = call.kind == sim::CallKind::FileRemove && call.path.ends_with(".zip");
+    if (removesAPack || beginsACorrection(call)) {
+      windows.emplace_back(call.number, call.number);
+    } else if (!windows.empty() &&
+               (call.kind == sim::CallKind::FileReplace || endsACorrection(call))) {
+      windows.back().second = call.number;
+    }
+  }
+  return windows;
 }
 
 /// By which names a world knows its folders.
@@ -75,6 +107,9 @@ class ChanceWorld : public World {
   void start();
   void startSecond();
   void disturb();
+  void beginTelling();
+  void endTelling();
+  void show() const;
 
   // --- Judging
 
@@ -84,13 +119,22 @@ class ChanceWorld : public World {
   std::string record(bool server);
   Versions versions(bool server);
   std::vector<std::string> mayGo();
-  bool wasBrought(const std::string& version) const;
+  bool wasCorrected(const std::string& id, const std::string& version) const;
+  Origin originOf(const std::string& id, const std::string& version) const;
+  void removeLocks(const Picture& after);
   void judgeProgram(Judge& judge);
   void judgeRecords(Judge& judge);
   void judgeTelling(Judge& judge, const Picture& after);
+  Picture withoutScratch(Picture picture);
   void judgeScreen(Judge& judge);
+  /// Without a user whose choices depend on what he sees.
+  bool runsByItself() const {
+    return work_ == Work::IntegratedRun || work_ == Work::TwoStarts || work_ == Work::Refusal;
+  }
+  Picture comparable(Picture picture) const;
   void judgeHealing(Judge& judge);
-  Picture settle();
+  /// What the world comes to when it is started again and again; does it rest?
+  Picture settle(bool& rests);
 
   const Work work_;
   const Undisturbed* const undisturbed_;
@@ -103,10 +147,15 @@ class ChanceWorld : public World {
   /// At which call the second start, or the other workstation, comes between; 0: never.
   std::size_t secondAt_ = 0;
   std::size_t neighbourAt_ = 0;
-  bool neighbourWrote_ = false;
   Picture before_;
   Versions serverBefore_;
   Versions clientBefore_;
+  bool endless_ = false;
+  std::size_t startedBefore_ = 0;
+  std::size_t boxesBefore_ = 0;
+  std::size_t formsBefore_ = 0;
+  /// The log of the program that ended last.
+  std::vector<std::string> log_;
   /// Programs that the run started, and what it told.
   std::vector<std::string> started_;
   std::vector<std::string> told_;
@@ -130,7 +179,8 @@ ChanceWorld::ChanceWorld(Work work, unsigned seed, const Undisturbed* undisturbe
   chooseArguments();
   constexpr std::size_t kMostCalls = 250;
   secondAt_ = work_ == Work::TwoStarts ? 1 + below(kMostCalls) : 0;
-  neighbourAt_ = oneIn(2) ? 1 + below(kMostCalls) : 0;
+  // Where there is no record yet it depends on the run whether there is one at that call.
+  neighbourAt_ = oneIn(2) && machine().fileExists(record(true)) ? 1 + below(kMostCalls) : 0;
   before_ = picture();
   serverBefore_ = versions(true);
   clientBefore_ = versions(false);
@@ -259,11 +309,24 @@ void ChanceWorld::run() {
   if (neighbourAt_ != 0) {
     machine().onCall(calls + neighbourAt_, [this]() -> void { disturb(); });
   }
-  start();
+  beginTelling();
+  try {
+    start();
+  } catch (const sim::Killed&) {
+    endTelling();
+    throw;
+  }
+  // A run that was over before them has them behind it.
+  startSecond();
+  disturb();
+  endTelling();
 }
 
 /// The other start dies alone: the first one lives on.
 void ChanceWorld::startSecond() {
+  if (std::exchange(secondAt_, 0) == 0) {
+    return;
+  }
   const std::uint32_t process = machine().system().processId();
   constexpr std::uint32_t kOther = 1000;
   machine().system().setProcessId(process + kOther);
@@ -278,42 +341,64 @@ void ChanceWorld::startSecond() {
 
 /// Another workstation records a product of its own.
 void ChanceWorld::disturb() {
+  if (std::exchange(neighbourAt_, 0) == 0) {
+    return;
+  }
   const sim::SimVolumes::Place place = machine().volumes().find(record(true), true);
   if (place.node != nullptr && !place.node->folder && !place.node->readOnly &&
       !place.node->leaving) {
     place.node->bytes +=
         std::string("\r\n[") + kNeighbour + "]\r\nversion=" + kNeighbourVersion + "\r\n";
-    neighbourWrote_ = true;
   }
 }
 
 void ChanceWorld::start() {
-  const std::size_t startedBefore = machine().started().size();
-  const std::size_t boxes = machine().boxes().size();
-  const std::size_t forms = machine().desktop().shownForms().size();
   user_.begin();
-  const auto take = [&](const RealProgram& program) -> void {
-    const std::vector<std::string> lines = program.logLines();
-    told_.assign(lines.begin(), lines.end());
-    for (std::size_t i = boxes; i < machine().boxes().size(); ++i) {
-      told_.push_back("box: " + machine().boxes()[i].text);
-    }
-    for (std::size_t i = forms; i < machine().desktop().shownForms().size(); ++i) {
-      told_.push_back("form: " + machine().desktop().shownForms()[i]);
-    }
-    started_.clear();
-    for (std::size_t i = startedBefore; i < machine().started().size(); ++i) {
-      started_.push_back(machine().started()[i].commandLine);
-    }
-  };
+  // No start needs so many: one that does would go on for ever.
+  constexpr std::size_t kMostCalls = 100'000;
+  machine().onCall(machine().callCount() + kMostCalls, [this]() -> void {
+    endless_ = true;
+    throw sim::Killed(sim::Unfinished::NotBegun);
+  });
   RealProgram program(machine());
   try {
     program.run(quoted(arguments_));
-  } catch (...) {
-    take(program);
-    throw;
+  } catch (const sim::Killed&) {
+    if (!endless_) {
+      throw;
+    }
   }
-  take(program);
+  log_ = program.logLines();
+}
+
+void ChanceWorld::beginTelling() {
+  startedBefore_ = machine().started().size();
+  boxesBefore_ = machine().boxes().size();
+  formsBefore_ = machine().desktop().shownForms().size();
+}
+
+void ChanceWorld::endTelling() {
+  told_ = log_;
+  for (std::size_t i = boxesBefore_; i < machine().boxes().size(); ++i) {
+    told_.push_back("box: " + machine().boxes()[i].text);
+  }
+  for (std::size_t i = formsBefore_; i < machine().desktop().shownForms().size(); ++i) {
+    told_.push_back("form: " + machine().desktop().shownForms()[i]);
+  }
+  started_.clear();
+  for (std::size_t i = startedBefore_; i < machine().started().size(); ++i) {
+    started_.push_back(machine().started()[i].commandLine);
+  }
+  if (undisturbed_ != nullptr && undisturbed_->shown) {
+    show();
+  }
+}
+
+void ChanceWorld::show() const {
+  std::cout << description() << "\n";
+  for (const std::string& line : told_) {
+    std::cout << "  " << line << "\n";
+  }
 }
 
 // --- Judging
@@ -345,14 +430,36 @@ Versions ChanceWorld::versions(bool server) {
   return versions;
 }
 
-/// Any version of a section of any configuration file may have come, where any command ran.
-bool ChanceWorld::wasBrought(const std::string& version) const {
-  const auto any = [&](const Picture& picture) -> bool {
-    return std::any_of(picture.begin(), picture.end(), [&](const auto& file) -> bool {
-      return file.second.find("version=" + version + "\r\n") != std::string::npos;
-    });
+/// What the correction for Dovra before 11.0 records, whatever stood there.
+bool ChanceWorld::wasCorrected(const std::string& id, const std::string& version) const {
+  static const Versions kCorrected{{"NERIO", "03.20.30.00"},
+                                   {"LUDA", "07.10.00.00"},
+                                   {"ZB", "09.93.00.00"},
+                                   {"Q2", "02.92.00.00"},
+                                   {"ZM", "06.50.30.00"}};
+  const auto release = before_.find("S:\\LUMO\\PRG\\ETC\\DVREL");
+  const auto corrected = kCorrected.find(id);
+  return release != before_.end() && release->second.starts_with("10.70.00") &&
+         corrected != kCorrected.end() && corrected->second == version;
+}
+
+/// The version of a section of any configuration file may have come, where any command ran. None
+/// stands there behind a removal.
+Origin ChanceWorld::originOf(const std::string& id, const std::string& version) const {
+  const std::string asked = upperCase("Procedere con la rimozione di: " + id + " - ");
+  const bool removed =
+      version.empty() &&
+      std::any_of(told_.begin(), told_.end(), [&asked](const std::string& line) -> bool {
+        return upperCase(line).find(asked) != std::string::npos;
+      });
+  if (removed || wasCorrected(id, version)) {
+    return Origin::Anew;
+  }
+  const auto has = [&](const auto& file) -> bool {
+    return file.second.find("version=" + version + "\r\n") != std::string::npos;
   };
-  return (!started_.empty() && any(before_)) || version == "77.00";
+  const bool known = version == kPackVersion || std::any_of(before_.begin(), before_.end(), has);
+  return known && !started_.empty() ? Origin::Command : Origin::Nowhere;
 }
 
 std::vector<std::string> ChanceWorld::mayGo() {
@@ -376,13 +483,27 @@ void ChanceWorld::judge(const Fault& fault, Findings& findings) {
   const Picture after = picture();
   judgeRecords(judge);
   judge.nothingElseDeleted(before_, after, mayGo());
-  if (fault.trouble != Trouble::Killed) {
+  if (fault.trouble == Trouble::Killed) {
+    secondAt_ = 0;
+    disturb();
+    removeLocks(after);
+  } else {
     judgeProgram(judge);
     judge.locksGone(before_, after);
     judgeTelling(judge, after);
     judgeScreen(judge);
   }
   judgeHealing(judge);
+  judge.demand(Invariant::Ends, !endless_, "a start that does not end");
+}
+
+/// What the box of the next start asks for: a lock whose owner was killed is removed by hand.
+void ChanceWorld::removeLocks(const Picture& after) {
+  for (const auto& [path, bytes] : after) {
+    if (path.ends_with("AGDV.LCK") && !before_.contains(path)) {
+      machine().removeTree(path);
+    }
+  }
 }
 
 void ChanceWorld::judgeProgram(Judge& judge) {
@@ -394,18 +515,43 @@ void ChanceWorld::judgeProgram(Judge& judge) {
 }
 
 void ChanceWorld::judgeRecords(Judge& judge) {
-  const WasBrought brought = [this](const std::string& /*id*/, const std::string& version) -> bool {
-    return wasBrought(version);
+  const OriginOf origin = [this](const std::string& id, const std::string& version) -> Origin {
+    return originOf(id, version);
   };
-  judge.versionsTrue("server", serverBefore_, versions(true), brought);
-  judge.versionsTrue("client", clientBefore_, versions(false), brought);
+  judge.versionsTrue("server", serverBefore_, versions(true), origin);
+  judge.versionsTrue("client", clientBefore_, versions(false), origin);
 }
 
+/// What is unpacked in the temporary folder belongs to nobody when the run is over.
+Picture ChanceWorld::withoutScratch(Picture picture) {
+  const std::string scratch = physical(names_.temporary) + "\\PRG\\";
+  if (runsByItself() && scratch != "S:\\LUMO\\PRG\\") {
+    std::erase_if(picture,
+                  [&scratch](const auto& file) -> bool { return file.first.starts_with(scratch); });
+  }
+  return picture;
+}
+
+/// Where the machine has no place for a log nothing but a box can tell anything; what a user does
+/// follows from what he sees.
 void ChanceWorld::judgeTelling(Judge& judge, const Picture& after) {
-  const std::string difference = differenceOf(undisturbed_->after, after);
-  judge.demand(Invariant::FailureTold,
-               difference.empty() || !toldBesides(told_, undisturbed_->told).empty(),
+  const std::vector<std::string> besides = toldBesides(told_, undisturbed_->told);
+  const bool logs = std::any_of(undisturbed_->told.begin(), undisturbed_->told.end(),
+                                [](const std::string& line) -> bool {
+                                  return !line.starts_with("box: ") && !line.starts_with("form: ");
+                                });
+  const std::string difference =
+      logs ? differenceOf(withoutScratch(undisturbed_->after), withoutScratch(after)) : "";
+  judge.demand(Invariant::FailureTold, difference.empty() || !besides.empty(),
                "nobody told that it did not come to this: " + difference);
+  std::set<std::string> boxes;
+  for (const std::string& line : besides) {
+    // Each command that a user without rights is refused has a box.
+    const bool mayRepeat = !runsByItself() || !line.starts_with("box: ") ||
+                           line.starts_with("box: Per il corretto funzionamento");
+    judge.demand(Invariant::ToldOnce, mayRepeat || boxes.insert(line).second,
+                 "shown twice: " + line);
+  }
 }
 
 void ChanceWorld::judgeScreen(Judge& judge) {
@@ -416,21 +562,52 @@ void ChanceWorld::judgeScreen(Judge& judge) {
                "a form did not close");
 }
 
-Picture ChanceWorld::settle() {
+Picture ChanceWorld::settle(bool& rests) {
+  rests = true;
   Picture last = picture();
   for (int i = 0; i < kMostStarts; ++i) {
+    beginTelling();
     start();
+    endTelling();
     Picture next = picture();
     if (next == last) {
       return last;
     }
     last = std::move(next);
   }
+  rests = false;
   return last;
 }
 
+/// Packs bring catalogues and configurations of their own: which version a record ends with then
+/// depends on what was opened first.
+Picture ChanceWorld::comparable(Picture picture) const {
+  if (!undisturbed_->windows.empty()) {
+    std::erase_if(picture,
+                  [](const auto& file) -> bool { return file.first.ends_with("\\AGDVVER.INI"); });
+  }
+  return picture;
+}
+
+/// The work of a user is done again where he does it again: what it comes to then depends on what
+/// he sees. It comes to rest all the same.
 void ChanceWorld::judgeHealing(Judge& judge) {
-  const std::string difference = differenceOf(undisturbed_->healed, settle());
+  bool rests = false;
+  const Picture healed = settle(rests);
+  judge.demand(Invariant::Heals, rests, "each further start changes something");
+  // Kept: a pack is deleted before its content is copied, and what is lost between is delivered
+  // again; a record that names the corrected version of ZB counts as corrected.
+  const bool brokenOff = std::any_of(
+      undisturbed_->windows.begin(), undisturbed_->windows.end(), [&](const auto& window) -> bool {
+        return judge.fault().number > window.first && judge.fault().number <= window.second;
+      });
+  // Without an integration record each start looks for products on their own, its own files
+  // included.
+  const bool recorded = !undisturbed_->after.at("*integration").empty();
+  const std::string difference =
+      runsByItself() && recorded && !brokenOff
+          ? differenceOf(comparable(undisturbed_->healed), comparable(healed))
+          : "";
   judge.demand(Invariant::Heals, difference.empty(),
                "further starts do not mend it: " + difference);
 }
@@ -442,11 +619,12 @@ Undisturbed ChanceWorld::takeUndisturbed() {
   undisturbed.after = picture();
   undisturbed.told = told_;
   undisturbed.started = started_;
-  const bool runsAProgram = work_ == Work::IntegratedRun || work_ == Work::TwoStarts;
-  if (runsAProgram && !machine().started().empty() && !machine().started().back().waited) {
+  undisturbed.windows = windowsOf(undisturbed.calls);
+  if (runsByItself() && !started_.empty() && !machine().started().back().waited) {
     undisturbed.asked = started_.back();
   }
-  undisturbed.healed = settle();
+  bool rests = false;
+  undisturbed.healed = settle(rests);
   return undisturbed;
 }
 
@@ -474,7 +652,7 @@ std::unique_ptr<World> World::make(Work work, unsigned seed, const Undisturbed* 
   return std::make_unique<ChanceWorld>(work, seed, undisturbed);
 }
 
-Undisturbed undisturbedRun(Work work, unsigned seed, Findings& /*findings*/) {
+Undisturbed undisturbedRun(Work work, unsigned seed) {
   const std::unique_ptr<World> world = World::make(work, seed, nullptr);
   world->machine().callLog().clear();
   world->run();

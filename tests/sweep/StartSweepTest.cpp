@@ -237,10 +237,11 @@ void SweptStart::expectVersionsTrue(const char* record, const std::string& side,
     before[id] = versionBefore(kind_, id);
     found[id] = machine().iniValue(record, id, "version");
   }
-  judge.versionsTrue(side, before, found,
-                     [&](const std::string& id, const std::string& version) -> bool {
-                       return version == kDelivered.at(id) && commandWasStarted(id, side);
-                     });
+  judge.versionsTrue(
+      side, before, found, [&](const std::string& id, const std::string& version) -> Origin {
+        return version == kDelivered.at(id) && commandWasStarted(id, side) ? Origin::Command
+                                                                           : Origin::Nowhere;
+      });
   judge.demand(Invariant::OthersSurvive,
                machine().iniValue(record, "KXK", "version") == "01.02.03.04",
                side + " record lost another section");

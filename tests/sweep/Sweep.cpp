@@ -28,8 +28,9 @@ std::string runFailing(SweptWorld& world, Fault& fault) {
   const auto span =
       fault.trouble == Trouble::FailsOnce ? sim::FailureSpan::Once : sim::FailureSpan::FromThenOn;
   sim::FailingMachine failing(world.machine(), fault.number, span, fault.variant);
+  failing.failWith(fault.code);
   if (fault.secondNumber != 0) {
-    failing.failAlso(fault.secondNumber, fault.secondVariant);
+    failing.failAlso(fault.secondNumber, fault.secondCode);
   }
   world.run();
   fault.secondCall = failing.secondCall();
@@ -101,15 +102,25 @@ std::vector<Fault> faultsOf(const sim::SimCall& call, Trouble trouble) {
   return faults;
 }
 
+namespace {
+
+std::string andTheSecond(const Fault& fault) {
+  return fault.secondNumber == 0
+             ? ""
+             : " and so did call " + std::to_string(fault.secondNumber) + ", " + fault.secondCall +
+                   " (code " + std::to_string(fault.secondCode) + ")";
+}
+
+}  // namespace
+
 std::string describe(const Fault& fault) {
   const std::string call = "call " + std::to_string(fault.number) + ", " + fault.call;
   switch (fault.trouble) {
     case Trouble::FailsOnce:
-      return call + ", failed (variant " + std::to_string(fault.variant) + ")" +
-             (fault.secondNumber == 0
-                  ? ""
-                  : " and so did call " + std::to_string(fault.secondNumber) + " (variant " +
-                        std::to_string(fault.secondVariant) + ")");
+      return call + ", failed (" +
+             (fault.code == system_code::kSuccess ? "variant " + std::to_string(fault.variant)
+                                                  : "code " + std::to_string(fault.code)) +
+             ")" + andTheSecond(fault);
     case Trouble::FailsFromThenOn:
       return "everything failed from " + call + " on";
     case Trouble::Killed:
@@ -135,7 +146,7 @@ std::vector<sim::SimCall> runOnce(const MakeWorld& make, const Fault& fault, Fin
     findings.expect(call == fault.call, "it was met by another call: " + call);
     world->judge(met, findings);
   } catch (const std::exception& raised) {
-    findings.expect(false, std::string("it was raised: ") + raised.what());
+    findings.expect(false, std::string("ends: it was raised: ") + raised.what());
   }
   return calls;
 }
@@ -167,7 +178,8 @@ SweepResult sweep(const MakeWorld& make, std::initializer_list<Trouble> troubles
 bool beginsLike(std::string_view text, std::string_view beginning) {
   const std::size_t star = beginning.find('*');
   if (star == std::string_view::npos) {
-    return text.substr(0, beginning.size()) == beginning;
+    return beginning.ends_with('$') ? text == beginning.substr(0, beginning.size() - 1)
+                                    : text.starts_with(beginning);
   }
   if (text.substr(0, star) != beginning.substr(0, star)) {
     return false;

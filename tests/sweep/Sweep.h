@@ -38,10 +38,12 @@ struct Fault {
   std::size_t variant = 0;
   /// Killed: how far the call had come.
   sim::Unfinished left = sim::Unfinished::NotBegun;
-  /// FailsOnce: a second call that fails, behind the first, counted like it, and its variant; 0 for
+  /// FailsOnce: the code that it fails with; 0: as the variant says.
+  SystemCode code = system_code::kSuccess;
+  /// FailsOnce: a second call that fails, behind the first, counted like it, and its code; 0 for
   /// none. Its text is known when the run is over.
   std::size_t secondNumber = 0;
-  std::size_t secondVariant = 0;
+  SystemCode secondCode = system_code::kSuccess;
   std::string secondCall{};
 };
 
@@ -100,7 +102,8 @@ struct SweepResult {
 /// Runs a fresh world for each trouble in each call that the work has, on all cores.
 SweepResult sweep(const MakeWorld& make, std::initializer_list<Trouble> troubles);
 
-/// Does a call's text begin like this? "*" in the beginning stands for any text.
+/// Does a call's text begin like this? "*" in the beginning stands for any text, "$" behind it for
+/// the text's end.
 bool beginsLike(std::string_view text, std::string_view beginning);
 
 /// Calls whose trouble may have a consequence that others may not have, and why. A row has the

@@ -107,13 +107,14 @@ class FaultyWorld : public SweptWorld {
 
 TEST(Sweep, TellsWhatItFindsWithTheCallInTheOrderOfCalls) {
   const auto make = [] { return std::make_unique<FaultyWorld>(); };
-  EXPECT_THAT(sweep(make, {Trouble::FailsFromThenOn, Trouble::Killed}).findings,
-              ElementsAre("everything failed from call 2, files.look C:\\2.txt on: wrong",
-                          "everything failed from call 3, files.look C:\\3.txt on: it was raised: "
-                          "badly wrong",
-                          "ended by force in call 2, files.look C:\\2.txt (not begun): wrong",
-                          "ended by force in call 3, files.look C:\\3.txt (not begun): it was "
-                          "raised: badly wrong"));
+  EXPECT_THAT(
+      sweep(make, {Trouble::FailsFromThenOn, Trouble::Killed}).findings,
+      ElementsAre("everything failed from call 2, files.look C:\\2.txt on: wrong",
+                  "everything failed from call 3, files.look C:\\3.txt on: ends: it was raised: "
+                  "badly wrong",
+                  "ended by force in call 2, files.look C:\\2.txt (not begun): wrong",
+                  "ended by force in call 3, files.look C:\\3.txt (not begun): ends: it was "
+                  "raised: badly wrong"));
 }
 
 /// A program that does something else each time, so that a fault meets another call.

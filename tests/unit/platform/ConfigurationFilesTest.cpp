@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/ConfigurationFiles.h"
+#include "sim/FailingMachine.h"
 #include "sim/SimMachine.h"
 
 namespace trelv {
@@ -136,6 +137,22 @@ TEST_F(ConfigurationFilesTest, ABusyFileIsAskedOfThePlatformEachTimeAndNotTakenF
   EXPECT_EQ(read("s", "k"), "");
   machine_.diskOf(kFile).release(kFile);
   EXPECT_EQ(read("s", "k"), "v");
+}
+
+TEST_F(ConfigurationFilesTest, AServerThatIsOutOfReachForAMomentDoesNotMakeAFileLookEmpty) {
+  put("[s]\r\nk=v\r\n");
+  sim::FailingMachine failing(machine_, 1);
+  failing.failWith(system_code::kBadNetPath);
+  EXPECT_EQ(read("s", "k"), "v");
+}
+
+TEST_F(ConfigurationFilesTest, AServerThatStaysAwayIsAskedTwiceForAllValues) {
+  put("[s]\r\nk=v\r\n");
+  machine_.diskOf(kFile).disconnect();
+  for (int i = 0; i < 100; ++i) {
+    EXPECT_EQ(read("s", "k"), "");
+  }
+  EXPECT_EQ(machine_.callCount(), 2U);
 }
 
 TEST_F(ConfigurationFilesTest, BareNamesAreThoseOfTheWindowsFolder) {
