@@ -51,6 +51,19 @@ std::string linkAt(Program& program, std::string path) {
   return facts.reparsePoint ? "collegamento non seguito: " + path : std::string();
 }
 
+/// Does something stand there, or can nobody tell?
+bool mayBeThere(Program& program, const std::string& path) {
+  machine::FileFacts facts;
+  return !meansMissing(program.machine.files.look(path, facts));
+}
+
+/// Is a host installed in this folder? No pack brings these files. On a machine without integration
+/// nothing else says that somebody made its server folder the temporary one.
+bool mayBeInstallation(Program& program, const std::string& folder) {
+  return mayBeThere(program, hostPaths::serverVersionRecord(folder)) ||
+         mayBeThere(program, hostPaths::recordFolder(folder) + "\\" + hostPaths::kEnvironmentFile);
+}
+
 }  // namespace
 
 std::string WorkFolderPath(Program& program) {
@@ -176,6 +189,10 @@ void DeleteUnpacked(Program& program, const std::string& workFolder) {
   const SystemCode code = program.machine.files.look(unpacked, facts);
   if (meansMissing(code)) {
     return;
+  }
+  if (mayBeInstallation(program, workFolder)) {
+    throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",
+                       "la cartella temporanea è quella di un'installazione: " + workFolder);
   }
   program.configurationFiles.forget();
   if (code == system_code::kSuccess && !facts.folder) {

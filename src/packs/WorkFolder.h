@@ -67,7 +67,7 @@ bool IsUnpacked(Program& program, const std::string& workFolder);
 void TellUnpackedStays(Program& program, const std::string& path, const RuntimeError& failure);
 
 /// Removes it with everything in it; nothing where nothing stands. Raises what the file system
-/// answers.
+/// answers, and where it is no unpacked tree but a host's installation.
 void DeleteUnpacked(Program& program, const std::string& workFolder);
 
 /// The same, but false, after one log line, when it stays. Never raises.

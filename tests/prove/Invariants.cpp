@@ -73,6 +73,7 @@ const Table kChanceSilent{
     {"files.look *ProdInfo.txt", "the report of before counts as missing"},
     {"files.look *.tmp", kLeftover},
     {"files.removeFile *.tmp", kLeftover},
+    {"processes.isRunning", kLeftover},
     {"files.list *tempterm", kLeftover},
     {"files.list *cpy", kLeftover},
     {"files.look *Setup.cmf", "the menu counts as missing the second time"},

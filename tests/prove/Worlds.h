@@ -40,6 +40,8 @@ struct Undisturbed {
   Picture after;
   /// What the world is when further starts change nothing any more.
   Picture healed;
+  /// There is such a world.
+  bool rests = false;
   std::vector<std::string> told;
   /// Command lines of all programs that it started.
   std::vector<std::string> started;

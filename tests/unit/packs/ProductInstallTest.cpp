@@ -202,6 +202,16 @@ TEST_F(ProductInstall, StandaloneWithoutATemporaryFolderTouchesNothing) {
             "disponibile");
 }
 
+TEST_F(ProductInstall, StandaloneNeverDeletesAnInstallationWhoseFolderIsTheTemporaryOne) {
+  machine().environment().put("TEMP", "S:\\Lumo");
+  machine().environment().put("TMP", "S:\\Lumo");
+  installStandAlone();
+  EXPECT_TRUE(share().exists(kAmbver));
+  ASSERT_EQ(reports().size(), 1U);
+  EXPECT_EQ(reports()[0].failure.description(),
+            "la cartella temporanea è quella di un'installazione: S:\\Lumo");
+}
+
 TEST_F(ProductInstall, StandaloneTreeThatCannotBeDeletedIsReported) {
   duringSetUp([&] { disk().holdOpen(kWork + kTree + "luda.ini", sim::Sharing::Read); });
   installStandAlone();
