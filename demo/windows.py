@@ -303,6 +303,12 @@ class Prefix:
         return Run(boxes, notices, event["exit"], event["milliseconds"], late)
 
 
+def command_line(arguments):
+    """A raw command line of these arguments, by the manager's own rules: quotes keep blanks."""
+    return " ".join(f'"{each}"' if not each or set(each) & set(" \t") else each
+                    for each in arguments)
+
+
 def log_lines(path, code_page=1252):
     """Lines of a run log without line ends; the file is in the system's code page with CR LF."""
     if not path.exists():

@@ -6,6 +6,7 @@
 #include "base/Text.h"
 #include "inventory/InstallationMode.h"
 #include "kit/HostProducts.h"
+#include "kit/OnWindows.h"
 #include "packs/ProductUpdateRun.h"
 #include "platform/modLibrary.h"
 #include "startup/IntegrationRecord.h"
@@ -29,12 +30,6 @@ struct Found {
   std::string clientVersion;
   InstalledMode mode = InstalledMode::Absent;
 };
-
-/// Registry, store and the ini files of the Windows folder: only Windows has them.
-bool canBeSearched(Program& program) {
-  std::string folder;
-  return program.machine.system.systemWindowsFolder(folder) == system_code::kSuccess;
-}
 
 /// Without a product report (none is begun) the checks write nothing.
 Found searched(Program& program, const std::string& id) {
@@ -118,7 +113,8 @@ bool isListed(const std::vector<CatalogueEntry>& entries, const char* id) {
 
 std::vector<InstalledSide> installedProducts(Program& program, const std::string& serverPath) {
   std::string recordedPath;
-  Workstation workstation{canBeSearched(program), false};
+  // Registry, store and the ini files of the Windows folder: only Windows has them.
+  Workstation workstation{isWindows(program.machine.system), false};
   workstation.integrated = workstation.searchable && modMain::VerifyConfig(program, recordedPath);
   std::vector<CatalogueEntry> entries = walkedEntries(program, serverPath);
   for (const Known& known : kKnown) {

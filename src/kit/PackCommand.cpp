@@ -43,17 +43,14 @@ const std::vector<std::string> kDecoder{"", " ", " ", ""};
 
 }  // namespace
 
-overlay::FindUnpacking packCommands(const std::string& managerFolder,
-                                    const std::string& sevenZipSwitches) {
-  return [managerFolder,
-          sevenZipSwitches](const std::string& commandLine) -> std::optional<Unpacking> {
+overlay::FindUnpacking packCommands(const std::string& managerFolder) {
+  return [managerFolder](const std::string& commandLine) -> std::optional<Unpacking> {
     const Parts parts = partsOf(commandLine);
     if (isProgram(parts, managerFolder + "\\7z.exe") && parts.outside == kSevenZip) {
       return Unpacking{parts.inQuotes[0], parts.inQuotes[2], parts.inQuotes[1],
-                       [sevenZipSwitches](const std::string& program, const std::string& pack,
-                                          const std::string& output) -> std::string {
-                         return quoted(program) + " x -y" + sevenZipSwitches + " -o" +
-                                quoted(output) + " " + quoted(pack);
+                       [](const std::string& program, const std::string& pack,
+                          const std::string& output) -> std::string {
+                         return quoted(program) + " x -y -o" + quoted(output) + " " + quoted(pack);
                        }};
     }
     if (isProgram(parts, managerFolder + "\\qalbunex.exe") && parts.outside == kDecoder) {

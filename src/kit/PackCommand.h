@@ -7,9 +7,7 @@
 namespace trelv::kit {
 
 /// Takes the manager's command lines apart that open packs: 7-Zip's and the decoder's, which lie in
-/// `managerFolder` (full path without trailing backslash). `sevenZipSwitches` are put behind
-/// 7-Zip's own, a blank before each.
-overlay::FindUnpacking packCommands(const std::string& managerFolder,
-                                    const std::string& sevenZipSwitches);
+/// `managerFolder` (full path without trailing backslash).
+overlay::FindUnpacking packCommands(const std::string& managerFolder);
 
 }  // namespace trelv::kit

@@ -7,8 +7,8 @@
 
 #include "base/Text.h"
 #include "kit/Failure.h"
+#include "kit/OnWindows.h"
 #include "kit/PlanRun.h"
-#include "kit/SevenZip.h"
 #include "platform/modLibrary.h"
 #include "startup/modProdTrelvLibrary.h"
 
@@ -237,11 +237,8 @@ std::string planText(const Plan& plan) {
   return text + (ran ? "Ciò che cambiano i programmi eseguiti non è compreso.\n" : "");
 }
 
-/// The manager asks which Windows this is; there is none to be asked elsewhere.
 void requireWindows(machine::SystemFacts& system) {
-  VersionRecord record;
-  record.size = kShortVersionRecord;
-  if (!system.queryVersion(record)) {
+  if (!isWindows(system)) {
     throw Failure("plan", "un avvio si può prevedere soltanto su Windows");
   }
 }
@@ -267,7 +264,6 @@ Answer PlanVerb::run(Workplace& workplace, Progress& progress) {
                           .arguments = arguments,
                           .fails = fails,
                           .asUser = asUser_,
-                          .sevenZipSwitches = kSilentSevenZip,
                           .onStep = [&progress](const Step& step) -> void {
                             if (step.kind == StepKind::Log) {
                               progress.tell(oneLine(step.value.value_or("")));

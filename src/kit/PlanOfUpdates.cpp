@@ -15,6 +15,7 @@ constexpr std::string_view kWho = "Gestione ProdTrelv - ";
 constexpr std::string_view kWalkBegins = "Inizio procedura";
 constexpr std::string_view kRunBegins = "Inizio verifica presenza di pacchi zip in cartella: ";
 constexpr std::string_view kNothing = "nessun comando per questo lato";
+constexpr const char* kNoWalk = "questo avvio non aggiorna i prodotti";
 
 /// Lines that say what became of a run.
 constexpr std::array<std::string_view, 7> kOutcomes{"Lato ",
@@ -76,7 +77,7 @@ void LogOfUpdates::add(const std::string& line) {
 
 std::string LogOfUpdates::because(std::size_t run) const {
   if (run >= runs_.size()) {
-    return last_;
+    return last_.empty() ? kNoWalk : last_;
   }
   return runs_[run].empty() ? std::string(kNothing) : runs_[run];
 }

@@ -29,7 +29,8 @@ class LogOfUpdates {
   /// A line of the run log without its date.
   void add(const std::string& line);
 
-  /// Sentence about the walk's run of that number, from 0; of those that were not reached why.
+  /// Sentence about the walk's run of that number, from 0; of those that were not reached why,
+  /// also where the products were not walked at all.
   std::string because(std::size_t run) const;
 
  private:

@@ -32,13 +32,12 @@ std::string temporaryFolder(machine::SystemFacts& system) {
 }
 
 overlay::Settings settingsOf(const machine::Machine& below, const PlannedStart& start) {
-  return {
-      .process = {start.manager, commandLineOf(start), start.asUser},
-      .privateParent = temporaryFolder(below.system),
-      .order = start.order,
-      .findUnpacking = packCommands(modLibrary::ParentPath(start.manager), start.sevenZipSwitches),
-      .formUser = start.user,
-      .fails = start.fails};
+  return {.process = {start.manager, commandLineOf(start), start.asUser},
+          .privateParent = temporaryFolder(below.system),
+          .order = start.order,
+          .findUnpacking = packCommands(modLibrary::ParentPath(start.manager)),
+          .formUser = start.user,
+          .fails = start.fails};
 }
 
 /// The overlay as the manager gets its machine: with patience, and with a store of ours that works
@@ -169,8 +168,8 @@ bool Plan::changesAnything() const {
 std::string commandLineOf(const PlannedStart& start) {
   std::string line = "\"" + start.manager + "\"";
   for (const std::string& argument : start.arguments) {
-    const bool blanks = argument.find_first_of(" \t") != std::string::npos;
-    line += blanks ? " \"" + argument + "\"" : " " + argument;
+    const bool plain = !argument.empty() && argument.find_first_of(" \t") == std::string::npos;
+    line += plain ? " " + argument : " \"" + argument + "\"";
   }
   return line;
 }

@@ -25,8 +25,6 @@ struct PlannedStart {
   overlay::ListingOrder order = overlay::ListingOrder::ByName;
   /// What the user does in forms; without anything he closes them.
   overlay::FormUser user = {};
-  /// What 7-Zip is told besides, a blank before each switch.
-  std::string sevenZipSwitches = {};
   /// Hears each step as it is noted.
   std::function<void(const overlay::Step&)> onStep = {};
 };
@@ -49,7 +47,7 @@ struct Plan {
 /// RuntimeError where that cannot be done; what fails in the run is a part of the plan.
 Plan planRun(const machine::Machine& below, const PlannedStart& start);
 
-/// The raw command line of a start: arguments with blanks stand in quotes.
+/// The raw command line of a start: arguments with blanks, and empty ones, stand in quotes.
 std::string commandLineOf(const PlannedStart& start);
 
 }  // namespace trelv::kit

@@ -3,7 +3,7 @@
 namespace trelv::overlay {
 
 Overlay::Overlay(const machine::Machine& below, const Settings& settings)
-    : privateFolder_(below.files, below.system, settings.privateParent),
+    : privateFolder_(below.files, below.system, below.processes, settings.privateParent),
       clock_(below.clock),
       system_(below.system, settings.process),
       tree_(below.files, clock_, below.locale, privateFolder_, settings.order),

@@ -56,7 +56,7 @@ SystemCode OverlayFiles::write(const std::string& path, std::string_view bytes) 
       wouldBeShown(place, FileFacts()) ? kAccessDenied : tree_.refusalToWrite(place);
   if (refusal == kSuccess) {
     tree_.putFile(place, tree_.writtenNow(bytes.size())).bytes = bytes;
-    steps_.add({.kind = StepKind::Write, .subject = path});
+    steps_.add({.kind = StepKind::Write, .subject = path, .value = std::string(bytes)});
   }
   return refusal;
 }

@@ -105,13 +105,35 @@ SystemCode OverlayProcesses::unpack(Start way, const Unpacking& unpacking, bool 
   }
   std::unique_ptr<machine::RunningProcess> started;
   const SystemCode code = (below_.*way)(
-      unpacking.with(tree_.realPath(unpacking.program), tree_.realPath(unpacking.pack), folder),
+      unpacking.with(tree_.realPath(unpacking.program), copyToOpen(unpacking.pack), folder),
       visible, started);
   if (code == kSuccess) {
     process =
         std::make_unique<UnpackingProcess>(std::move(started), tree_, folder, unpacking.output);
   }
   return code;
+}
+
+/// Full path of a pack for a program that opens it: a copy, because that program would keep a start
+/// from deleting the pack meanwhile. One that cannot be copied is opened where it lies, and fails
+/// as it would in the run.
+std::string OverlayProcesses::copyToOpen(const std::string& pack) {
+  constexpr std::size_t kPiece = 1U << 20U;
+  // With its name behind: the program may go by the ending.
+  std::string copy =
+      privateFolder_.newPath() + "-" + pack.substr(pack.find_last_of("\\/") + 1);
+  SystemCode code = files_.write(copy, "");
+  std::string piece;
+  for (std::uint64_t at = 0; code == kSuccess; at += piece.size()) {
+    code = tree_.read(pack, at, kPiece, piece);
+    if (code == kSuccess && piece.empty()) {
+      return copy;
+    }
+    if (code == kSuccess) {
+      code = files_.append(copy, piece);
+    }
+  }
+  return tree_.realPath(pack);
 }
 
 /// No program runs for which somebody could wait at the session's end.

@@ -28,7 +28,8 @@ struct Unpacking {
 using FindUnpacking = std::function<std::optional<Unpacking>(const std::string& commandLine)>;
 
 /// Programs that are noted instead of started and count as ended well. Those that open packs run
-/// for real, into a private folder that is mounted over their output folder once they have ended.
+/// for real, on a copy of the pack, into a private folder that is mounted over their output folder
+/// once they have ended.
 class OverlayProcesses : public machine::Processes {
  public:
   /// `fails`: which of the programs cannot be started, from 1; 0: none. Those that open packs do
@@ -63,6 +64,7 @@ class OverlayProcesses : public machine::Processes {
                      std::unique_ptr<machine::RunningProcess>& process);
   SystemCode unpack(Start way, const Unpacking& unpacking, bool visible,
                     std::unique_ptr<machine::RunningProcess>& process);
+  std::string copyToOpen(const std::string& pack);
   SystemCode note(SystemCode found, const std::string& commandLine,
                   std::unique_ptr<machine::RunningProcess>& process);
 

@@ -42,8 +42,8 @@ struct Step {
   std::string section = {};
   /// Name of an ini or registry value; nothing for a registry key that was made.
   std::optional<std::string> name = std::nullopt;
-  /// What an ini, registry or environment value became, what was stored, appended (bytes), logged
-  /// or said in a box.
+  /// What an ini, registry or environment value became, what was stored, written or appended
+  /// (bytes), logged or said in a box.
   std::optional<std::string> value = std::nullopt;
   /// The program waited for the command's end.
   bool waits = false;

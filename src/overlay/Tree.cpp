@@ -315,7 +315,7 @@ SystemCode Tree::refusalToChange(const Place& place) {
   if (place.folder == nullptr) {
     return kAccessDenied;
   }
-  if (place.entry != nullptr && !place.entry->inPlace) {
+  if (place.entry != nullptr && (!place.entry->inPlace || place.entry->refusal != kSuccess)) {
     return place.entry->refusal;
   }
   // A folder has rights of its own; those of a link are not those of what it leads to.

@@ -14,28 +14,28 @@ namespace {
 /// A console takes no more in one call.
 constexpr std::size_t kMostLetters = 8192;
 
-bool isConsole(DWORD stream) {
+bool isConsole(HANDLE stream) {
   DWORD mode = 0;
-  return GetConsoleMode(GetStdHandle(stream), &mode) != FALSE;
+  return GetConsoleMode(stream, &mode) != FALSE;
 }
 
-void writeLetters(DWORD stream, std::wstring_view letters) {
+void writeLetters(HANDLE stream, std::wstring_view letters) {
   while (!letters.empty()) {
     const std::size_t count = std::min(letters.size(), kMostLetters);
     DWORD written = 0;
-    if (WriteConsoleW(GetStdHandle(stream), letters.data(), static_cast<DWORD>(count), &written,
-                      nullptr) == FALSE) {
+    if (WriteConsoleW(stream, letters.data(), static_cast<DWORD>(count), &written, nullptr) ==
+        FALSE) {
       return;
     }
     letters.remove_prefix(count);
   }
 }
 
-void writeBytes(DWORD stream, std::string_view bytes) {
+void writeBytes(HANDLE stream, std::string_view bytes) {
   while (!bytes.empty()) {
     DWORD written = 0;
-    if (WriteFile(GetStdHandle(stream), bytes.data(), static_cast<DWORD>(bytes.size()), &written,
-                  nullptr) == FALSE ||
+    if (WriteFile(stream, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) ==
+            FALSE ||
         written == 0) {
       return;
     }
@@ -43,7 +43,7 @@ void writeBytes(DWORD stream, std::string_view bytes) {
   }
 }
 
-void write(DWORD stream, std::string_view text) {
+void write(HANDLE stream, std::string_view text) {
   if (isConsole(stream)) {
     writeLetters(stream, wide(text));
   } else {
@@ -70,24 +70,42 @@ bool readUntilLineEnd(std::basic_string<Letter>& line, Read&& read) {
 
 }  // namespace
 
-void Win32Console::print(std::string_view text) { write(STD_OUTPUT_HANDLE, text); }
-void Win32Console::complain(std::string_view text) { write(STD_ERROR_HANDLE, text); }
-bool Win32Console::errorIsTerminal() { return isConsole(STD_ERROR_HANDLE); }
-bool Win32Console::inputIsTerminal() { return isConsole(STD_INPUT_HANDLE); }
+Win32Console::Win32Console()
+    : input_(GetStdHandle(STD_INPUT_HANDLE)),
+      output_(GetStdHandle(STD_OUTPUT_HANDLE)),
+      errors_(GetStdHandle(STD_ERROR_HANDLE)),
+      nothing_(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                           nullptr, OPEN_EXISTING, 0, nullptr)) {
+  if (nothing_) {
+    handToPrograms(nothing_.get(), nothing_.get(), nothing_.get());
+  }
+}
+
+Win32Console::~Win32Console() { handToPrograms(input_, output_, errors_); }
+
+void Win32Console::handToPrograms(HANDLE input, HANDLE output, HANDLE errors) {
+  SetStdHandle(STD_INPUT_HANDLE, input);
+  SetStdHandle(STD_OUTPUT_HANDLE, output);
+  SetStdHandle(STD_ERROR_HANDLE, errors);
+}
+
+void Win32Console::print(std::string_view text) { write(output_, text); }
+void Win32Console::complain(std::string_view text) { write(errors_, text); }
+bool Win32Console::errorIsTerminal() { return isConsole(errors_); }
+bool Win32Console::inputIsTerminal() { return isConsole(input_); }
 
 std::optional<std::string> Win32Console::readLine() {
-  const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
   DWORD got = 0;
-  if (isConsole(STD_INPUT_HANDLE)) {
+  if (isConsole(input_)) {
     std::wstring line;
     const bool any = readUntilLineEnd(line, [&](wchar_t& letter) -> bool {
-      return ReadConsoleW(input, &letter, 1, &got, nullptr) != FALSE && got == 1;
+      return ReadConsoleW(input_, &letter, 1, &got, nullptr) != FALSE && got == 1;
     });
     return any ? std::optional<std::string>(utf8(line)) : std::nullopt;
   }
   std::string line;
   const bool any = readUntilLineEnd(line, [&](char& letter) -> bool {
-    return ReadFile(input, &letter, 1, &got, nullptr) != FALSE && got == 1;
+    return ReadFile(input_, &letter, 1, &got, nullptr) != FALSE && got == 1;
   });
   return any ? std::optional<std::string>(line) : std::nullopt;
 }

@@ -173,6 +173,12 @@ bool runAll(const std::vector<Plan>& plans, Way way, bool told, DWORD pause) {
   return true;
 }
 
+/// What the programs write must not come among the times.
+void keepOutputForTimes() {
+  SetStdHandle(STD_OUTPUT_HANDLE, CreateFileW(L"NUL", GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                              OPEN_EXISTING, 0, nullptr));
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -183,6 +189,7 @@ int main(int count, char** arguments) {
   const int rounds = std::atoi(arguments[1]);
   const auto pause = static_cast<DWORD>(std::atoi(arguments[2]));
   const std::vector<Plan> plans = readPlans();
+  keepOutputForTimes();
   // Holds the desktop: without any window it would come and go with the programs.
   CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
   if (rounds == 0) {

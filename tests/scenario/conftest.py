@@ -236,6 +236,14 @@ def workstation(prefix, tmp_path_factory):
 
 
 @pytest.fixture
+def played(prefix):
+    """Lets the next programs run on a Windows version, in Wine's words."""
+    yield lambda version: prefix.set_value("HKCU", "Software\\Wine", "Version", version)
+    # No such version: the prefix is itself again.
+    prefix.set_value("HKCU", "Software\\Wine", "Version", "")
+
+
+@pytest.fixture
 def with_bilancio(workstation):
     """One product in the catalogue, nothing installed."""
     workstation.lay_out(products=[installation.ZB])

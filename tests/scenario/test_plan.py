@@ -5,11 +5,16 @@ import json
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 
+import pytest
+
 from conftest import INTEGRATED, MANAGER_FOLDER
+from made_up import MadeUp
 import installation
 import packs
+import plan_check
 import windows
 
 ZB = installation.ZB
@@ -187,3 +192,123 @@ def test_nothing_on_the_share_is_opened_for_writing(installed, seven_zip):
     assert any("agdvcomp.ini" in line for line in on_share), "the trace saw nothing of the share"
     assert [line for line in on_share
             if not re.search(r"open(at)?\(.*O_RDONLY", line)] == []
+
+
+# More by hand: as many for each Windows as the variable says, from the number on that another says.
+MADE_UP = int(os.environ.get("TRELV_REAL_PLANS", "4"))
+FIRST_MADE_UP = int(os.environ.get("TRELV_REAL_PLANS_FROM", "1"))
+
+
+@pytest.mark.parametrize("number", range(FIRST_MADE_UP, FIRST_MADE_UP + MADE_UP))
+def test_what_is_planned_on_a_made_up_installation_is_what_is_done(workstation, seven_zip, played, number):
+    made = MadeUp(2 * number + (workstation.prefix.kind == "win64"))
+    made.lay_out(workstation)
+    played(made.edition)
+    options = ["--as-user"] if made.restricted else []
+    before = plan_check.World(workstation)
+    planned = plan(workstation, *options, *made.arguments)
+    assert planned.code in (0, 1), planned.errors
+    assert planned.errors == ""
+    after = plan_check.World(workstation)
+    assert after == before, before.differences(after)
+    workstation.log.unlink(missing_ok=True)
+    run = workstation.run(windows.command_line(made.arguments), restricted=made.restricted,
+                          on_missing=lambda caption: None)
+    plan_check.assert_is_run(workstation, planned.result, run, before)
+
+
+# --- Beside others, and ended by force
+
+
+# Exit code of a program that the driver has ended.
+ENDED_BY_FORCE = 99
+
+
+def private_folders(station):
+    return sorted(folder.name for folder in station.work_folder.glob("trelv-*"))
+
+
+def test_a_plan_that_was_ended_by_force_is_cleared_up_by_the_next_one(installed):
+    (installed.setups / "q2.zip").write_bytes(packs.zip_bytes(installed.pack_files(installation.Q2, NEW)))
+    # A 7-Zip that takes its time.
+    installed.put_test_program("unpacker", installed.manager_folder / "7z.exe")
+    before = world(installed)
+    ended = installed.prefix.run(TRELV, "plan " + windows.command_line(ARGUMENTS),
+                                 kill_when=installed.work_folder_name + "\\trelv-*")
+    assert ended.exit_code == ENDED_BY_FORCE
+    assert private_folders(installed) != []
+    assert world_without_private_folder(installed) == world_without_private_folder(installed, before)
+    (installed.manager_folder / "7z.exe").unlink()
+    before = world_without_private_folder(installed)
+    assert plan(installed, *ARGUMENTS).code == 1
+    assert private_folders(installed) == []
+    assert world_without_private_folder(installed) == before
+
+
+def world_without_private_folder(station, seen=None):
+    files, *rest = seen or world(station)
+    return {path: facts for path, facts in files.items() if "/trelv-" not in str(path)}, rest
+
+
+def test_a_plan_beside_a_start_sees_its_lock_and_is_not_in_its_way(installed):
+    installed.offer(ZB, NEW)
+    installed.write_catalogue(ZB)
+    sections = installation.configuration(ZB, [NEW])
+    sections["Update02"]["Server01"] = SETUPS + "\\waiter.exe S:\\running S:\\go-on"
+    installed.write_configuration(ZB, sections)
+    installed.put_test_program("waiter", installed.setups / "waiter.exe")
+    started = installed.prefix.start(installed.manager, *ARGUMENTS)
+    assert windows.wait_for_file(installed.share / "running", seconds=30)
+    planned = assert_planned(installed, *ARGUMENTS)
+    assert "altre sessioni" in planned.result["updates"][0]["because"]
+    assert planned.steps("box") != []
+    (installed.share / "go-on").write_bytes(b"")
+    assert started.wait(timeout=60) == 0
+    assert installed.versions()["ZB"] == (NEW, NEW)
+
+
+# The right to read, write and delete beside.
+SHARED_WITH_ALL = 0x7
+OPENING = re.compile(r'NtCreateFile .*access=([0-9a-f]+) name=L?"([^"]*)".* sharing=([0-9a-f]+)')
+
+
+def test_a_pack_can_be_removed_while_a_plan_opens_it(installed):
+    """Windows would refuse it while 7-Zip reads the pack: so 7-Zip gets a copy."""
+    pack = installed.setups / "q2.zip"
+    pack.write_bytes(packs.zip_bytes(installed.pack_files(installation.Q2, NEW)))
+    openings = tracing(installed, "plan", "--json", *ARGUMENTS)
+    assert any(path.lower().endswith("agdvcomp.ini") for path, _ in openings)
+    # Folders are listed, versions of programs asked for as by every start.
+    kept = [path for path, sharing in openings if sharing & SHARED_WITH_ALL != SHARED_WITH_ALL
+            and not path.endswith("\\") and not path.lower().endswith(".exe")]
+    assert kept == []
+
+
+def tracing(station, *arguments):
+    """(path, sharing) of all that the program, and those that it starts, open on the share."""
+    done = subprocess.run([*station.prefix._as_a_user(), windows.PROJECT / "tools/wine", TRELV, *arguments],
+                          cwd=station.prefix.disk, stdin=subprocess.DEVNULL, capture_output=True,
+                          env={**station.prefix.environment, "WINEDEBUG": "+file"}, timeout=120, check=False)
+    return [(name.replace("\\\\", "\\"), int(sharing, 16))
+            for _, name, sharing in OPENING.findall(done.stderr.decode("utf-8", "replace"))
+            if "S:\\\\Lumo" in name]
+
+
+def test_a_share_that_is_not_there_is_planned_as_it_runs(installed):
+    shutil.move(installed.share / "Lumo", installed.share / "Altrove")
+    planned = assert_planned(installed, *ARGUMENTS)
+    assert planned.result["updates"] == []
+    assert planned.result["starts"] is None
+    run = installed.run(f"{INTEGRATED} MVBIL")
+    assert [step["text"] for step in planned.steps("log")] == installed.texts()
+    assert [step["text"] for step in planned.steps("box")] == [box.text for box in run.boxes]
+
+
+def test_a_failing_decoder_says_nothing_of_its_own(installed):
+    (installed.manager_folder / "zb.gz").write_bytes(b"Non e' un pacco")
+    planned = plan(installed, "SINGLEINSTALL", "ZB", "zb.gz")
+    assert (planned.code, planned.errors) == (1, "")
+    assert planned.result["steps"] != []
+    done = installed.prefix.console(TRELV, "plan", "SINGLEINSTALL", "ZB", "zb.gz")
+    assert done.stderr == b""
+    assert "qalbunex:" not in done.stdout.decode()

@@ -6,17 +6,6 @@ import pytest
 from conftest import INTEGRATED
 import installation
 
-SETTING = ("HKCU", "Software\\Wine")
-
-
-@pytest.fixture
-def played(prefix):
-    """Lets the next programs run on a Windows version."""
-    yield lambda version: prefix.set_value(*SETTING, "Version", version)
-    # No such version: the prefix is itself again.
-    prefix.set_value(*SETTING, "Version", "")
-
-
 @pytest.mark.parametrize("version, answer", [
     ("win95", "Falso"), ("win98", "Falso"), ("winme", "Falso"), ("nt40", "Falso"),
     ("win2k", "Falso"), ("winxp", "Falso"), ("winxp64", "Falso"), ("win2003", "Falso"),

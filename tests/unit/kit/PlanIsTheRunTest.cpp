@@ -52,25 +52,55 @@ std::string difference(const std::vector<Step>& plan, const std::vector<Step>& r
   return "";
 }
 
+/// What has to be among the machines.
+constexpr std::array kTraits{"INTEGRATEDRUN",
+                             "SINGLEINSTALL",
+                             "INTEGRATEDMAINTAIN",
+                             "STANDALONEINSTALL",
+                             "INTERACTIVE",
+                             "ALTRO",
+                             "a program that fails",
+                             "as a user",
+                             "no administrator",
+                             "not integrated",
+                             "no catalogue",
+                             "a lock",
+                             "a folder in the lock's place",
+                             "the workstation's lock",
+                             "packs that wait",
+                             "no 7-Zip",
+                             "another session that unpacks",
+                             "a record that can only be read"};
+
 /// What was planned in all worlds together.
 struct Planned {
   std::mutex mutex;
   std::map<StepKind, std::size_t> steps;
-  std::map<std::string, std::size_t> modes;
+  std::map<std::string, std::size_t> traits;
   std::vector<std::string> differences;
 };
 
+bool isStartOf(const Step& step, const std::string& commandLine) {
+  return step.kind == StepKind::Command && !step.waits && step.subject == commandLine;
+}
+
 void playWorld(unsigned seed, Planned& planned) {
   PlanWorld world(seed);
+  const std::set<std::string> traits = world.traits();
   const std::string before = world.text();
   const kit::Plan plan = world.plan();
   const std::string after = world.text();
   world.makeTrue();
-  const std::vector<Step> run = recordedRun(world.machine(), world.rawArguments(), useForm);
+  const std::vector<Step> run = recordedRun(world.machine(), world.rawArguments(), world.user());
   std::string found = before == after ? "" : "the plan changed the world";
-  found += difference(plan.steps, run);
+  found += difference(plan.steps, run) + world.wrongRow(plan.updates);
+  if (plan.starts && (run.empty() || !isStartOf(run.back(), *plan.starts))) {
+    found += "the run does not end with " + *plan.starts;
+  }
   const std::lock_guard lock(planned.mutex);
-  ++planned.modes[world.arguments().front()];
+  for (const std::string& trait : traits) {
+    ++planned.traits[trait];
+  }
   for (const Step& step : plan.steps) {
     ++planned.steps[step.kind];
   }
@@ -95,6 +125,9 @@ TEST(APlanIsTheRun, OnMachinesOfAllKinds) {
         StepKind::Environment, StepKind::Box, StepKind::Form, StepKind::Log}) {
     EXPECT_LT(worlds() / 40, planned.steps[kind])
         << "too few of kind " << kKinds.at(static_cast<std::size_t>(kind));
+  }
+  for (const char* const trait : kTraits) {
+    EXPECT_LT(worlds() / 200, planned.traits[trait]) << "too few machines with: " << trait;
   }
 }
 

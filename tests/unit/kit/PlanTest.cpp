@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "support/PackPrograms.h"
 #include "support/StationTest.h"
 #include "support/kit/Trelv.h"
 
@@ -113,6 +114,66 @@ TEST_F(PlanVerbs, SayWhyAProductWasNotReached) {
   EXPECT_EQ(plan(kRun), 1);
   EXPECT_EQ(row("ZM", "Client").at("because"),
             "Integrazione disponibile ma su altro server - Impossibile proseguire");
+}
+
+TEST_F(PlanVerbs, SayOfAStartThatUpdatesNothingThatItDoesNot) {
+  for (const Names& start : {Names{"INTEGRATEDMAINTAIN", "S:\\Lumo", "S:\\Lumo"},
+                             Names{"SINGLEINSTALL", "ZB", "manca.gz"}}) {
+    EXPECT_EQ(plan(start), 1) << "a form or a box";
+    EXPECT_EQ(row("ZB", "Client").at("because"), "questo avvio non aggiorna i prodotti");
+    EXPECT_EQ(row("ZB", "Client").at("becomes"), row("ZB", "Client").at("recorded"));
+    EXPECT_EQ(result_.at("starts"), nullptr);
+  }
+}
+
+TEST_F(PlanVerbs, WriteAnEmptyArgumentAsTheManagerIsGivenIt) {
+  plan({"INTEGRATEDRUN", "S:\\Lumo", "", "due parole", "NERIO"});
+  EXPECT_THAT(texts("log", "text"),
+              Contains("Gestione ProdTrelv - Linea di comando ArgV = INTEGRATEDRUN S:\\Lumo \"\" "
+                       "\"due parole\" NERIO\t Numero parametri = 4"));
+}
+
+/// The keys of the steps of a kind, in their order; "" where they differ from step to step.
+std::string keysOf(const Json& steps, const char* kind) {
+  std::string keys;
+  for (const Json& step : steps) {
+    if (step.at("kind") != kind) {
+      continue;
+    }
+    std::string found;
+    for (const auto& [key, value] : step.items()) {
+      found += key + " ";
+    }
+    keys = keys.empty() || keys == found ? found : "different ones";
+  }
+  return keys;
+}
+
+TEST_F(PlanVerbs, NameTheKeysOfEachKindOfStepAsOtherProgramsReadThem) {
+  const PackPrograms packPrograms(machine());
+  station_.forgetIntegration();
+  installation_.putServerRecord("");
+  station_.putClientRecord("");
+  share().put("S:\\Lumo\\prg\\com\\setup\\aggdovra\\a.zip",
+              packBytes({{"prg\\com\\setup\\aggdovra\\testo.txt", "x"}}));
+  share().put("S:\\Lumo\\prg\\com\\setup\\aggdovra\\b.zip", "no pack");
+  machine().removeTree("C:\\Users\\mario\\Temp\\log");
+  EXPECT_EQ(plan({"INTEGRATEDRUN", "S:\\Lumo", "S:\\Lumo", "MVBIL"}), 1);
+  const Json& steps = result_.at("steps");
+  EXPECT_EQ(keysOf(steps, "command"), "kind line waits ");
+  EXPECT_EQ(keysOf(steps, "ini"), "kind file section key value ");
+  for (const char* const kind : {"write", "delete", "make"}) {
+    EXPECT_EQ(keysOf(steps, kind), "kind path ") << kind;
+  }
+  EXPECT_EQ(keysOf(steps, "rename"), "kind path to ");
+  EXPECT_EQ(keysOf(steps, "copy"), "kind path to ");
+  EXPECT_EQ(keysOf(steps, "registry"), "kind key name value ");
+  EXPECT_EQ(keysOf(steps, "store"), "kind value ");
+  EXPECT_EQ(keysOf(steps, "environment"), "kind name value ");
+  EXPECT_EQ(keysOf(steps, "box"), "kind title text icon buttons answer ");
+  EXPECT_EQ(keysOf(steps, "form"), "kind name ");
+  EXPECT_EQ(keysOf(steps, "log"), "kind text ");
+  EXPECT_THAT(texts("log", "text"), Each(Not(HasSubstr(" -- "))));
 }
 
 TEST_F(PlanVerbs, PassOnWhatIsMeantForTheProgram) {

@@ -42,7 +42,8 @@ class RecordedFiles : public machine::Files {
     return files_.readPart(path, offset, size, content);
   }
   SystemCode write(const std::string& path, std::string_view bytes) override {
-    return noted(record_, files_.write(path, bytes), {.kind = StepKind::Write, .subject = path});
+    return noted(record_, files_.write(path, bytes),
+                 {.kind = StepKind::Write, .subject = path, .value = std::string(bytes)});
   }
   SystemCode append(const std::string& path, std::string_view bytes) override {
     return noted(record_, files_.append(path, bytes),
@@ -355,11 +356,11 @@ class RecordedDesktop : public machine::Desktop {
 };
 
 /// Appends to the run log become its lines.
-void takeLogLines(Record& record, const std::string& logFile) {
+void takeLogLines(Record& record, const std::string& logFile, machine::Locale& locale) {
   const std::string separator = " -- ";
   for (Step& step : record) {
     if (step.kind == StepKind::Append && equalNoCase(step.subject, logFile)) {
-      std::string line = *step.value;
+      std::string line = locale.fromAnsi(*step.value);
       line = line.substr(line.find(separator) + separator.size());
       step.kind = StepKind::Log;
       step.value = line.substr(0, line.size() - 2);
@@ -423,12 +424,7 @@ std::vector<Step> recordedRun(sim::SimMachine& machine, const std::string& argum
   log.attach(program);
   machine.setArguments(arguments);
   modMain::Main(program);
-  for (Step& step : record) {
-    if (step.kind == StepKind::Append) {
-      step.value = machine.locale().fromAnsi(*step.value);
-    }
-  }
-  takeLogLines(record, state.runLog.logFile);
+  takeLogLines(record, state.runLog.logFile, machine.locale());
   return record;
 }
 

@@ -360,6 +360,82 @@ TEST(VerifyMatrix, EveryCellIsFoundAsItStands) {
   }
 }
 
+/// A state for what is recorded, configured and found; of a product on its own it depends on
+/// whether the machine is integrated.
+struct StateRow {
+  const char* recorded;
+  bool configured;
+  bool found;
+  const char* state;
+  const char* alone;
+  const char* aloneIntegrated;
+};
+
+constexpr std::array kStates{StateRow{"", false, false, "absent", "standalone", "standalone"},
+                             StateRow{"", false, true, "unrecorded", "standalone", "standalone"},
+                             StateRow{"", true, false, "missing", "standalone", "standalone"},
+                             StateRow{"", true, true, "unrecorded", "standalone", "standalone"},
+                             StateRow{"01.00.00.00", false, false, "newer", "standalone", "newer"},
+                             StateRow{"01.00.00.00", false, true, "newer", "standalone", "newer"},
+                             StateRow{"01.00.00.00", true, false, "older", "standalone", "older"},
+                             StateRow{"01.00.00.00", true, true, "older", "standalone", "older"},
+                             StateRow{"02.00.00.00", true, false, "ok", "standalone", "ok"},
+                             StateRow{"02.00.00.00", true, true, "ok", "standalone", "ok"},
+                             StateRow{"03.00.00.00", true, false, "newer", "standalone", "newer"},
+                             StateRow{"03.00.00.00", true, true, "newer", "standalone", "newer"}};
+
+void expectState(const StateRow& row, const Cell& cell, const Place& place, bool alone,
+                 bool integrated) {
+  CellHost host(cell, place);
+  host.installation_.putConfiguration(kConf, row.configured ? kTwoSections : "");
+  if (integrated) {
+    host.integrate();
+  }
+  const auto rows = host.rowsWith(row.recorded);
+  for (const std::size_t side : {0U, 1U}) {
+    const bool found = *(side == 0 ? cell.server : cell.client) != '\0';
+    if (found == row.found) {
+      EXPECT_EQ(rows[side]["state"], !alone       ? row.state
+                                     : integrated ? row.aloneIntegrated
+                                                  : row.alone);
+      EXPECT_EQ(rows[side]["configured"], row.configured ? "02.00.00.00" : "");
+    }
+  }
+  EXPECT_THAT(changingCalls(host.machine()), IsEmpty());
+}
+
+TEST(VerifyMatrix, EveryCellHasItsStateWhateverIsRecordedAndConfigured) {
+  for (const Cell& cell : kCells) {
+    // On a local drive, and on another computer's.
+    for (const std::size_t place : {0U, 2U}) {
+      for (const StateRow& row : kStates) {
+        for (const bool integrated : {false, true}) {
+          SCOPED_TRACE(std::string(cell.product) + ", " + cell.name + ", " +
+                       kPlaces.at(place).name + ", recorded \"" + row.recorded + "\"" +
+                       (row.configured ? ", configured" : "") + (integrated ? ", integrated" : ""));
+          expectState(row, cell, kPlaces.at(place), cell.modes[place] == 's', integrated);
+        }
+      }
+    }
+  }
+}
+
+TEST_F(Verify, ProductsThatTheMachineCannotBeSearchedForAreNeitherFoundNorAlone) {
+  for (const char* const id : {"KXK", "RR", "ALTRO"}) {
+    configure(id, kTwoSections);
+    for (const StateRow& row : kStates) {
+      if (row.configured && !row.found) {
+        record(id, row.recorded, row.recorded);
+        for (const Json& side : rows(id)) {
+          EXPECT_EQ(side["found"], "");
+          EXPECT_EQ(side["mode"], "absent");
+          EXPECT_EQ(side["state"], row.state);
+        }
+      }
+    }
+  }
+}
+
 TEST_F(Verify, ProductReportIsNeitherBegunNorWritten) {
   putFiveProducts(installation_);
   machine().putFile("C:\\Users\\mario\\Temp\\log\\ProdInfo.txt", "vecchio");

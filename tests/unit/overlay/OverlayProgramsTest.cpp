@@ -132,5 +132,46 @@ TEST(AnOverlaysPrivateFolder, IsNotSeenAndGoes) {
   EXPECT_EQ(machine.diskOf("C:\\").tree(), before);
 }
 
+constexpr const char* kTemporary = "C:\\Users\\mario\\Temp\\";
+
+/// Folders that other plans have made, with something in each, that are there after one more plan.
+std::vector<std::string> leftOf(sim::SimMachine& machine, const std::vector<std::string>& names) {
+  for (const std::string& name : names) {
+    machine.putFile(kTemporary + name + "\\1\\prg\\x.txt", "x");
+  }
+  const OverlaidMachine over(machine);
+  std::vector<std::string> left;
+  for (const std::string& name : names) {
+    if (machine.fileExists(kTemporary + name + "\\1\\prg\\x.txt")) {
+      left.push_back(name);
+    }
+  }
+  return left;
+}
+
+TEST(AnOverlaysPrivateFolder, OfAnEndedProcessGoesWithTheNext) {
+  sim::SimMachine machine;
+  machine.programs().setRunning(77);
+  EXPECT_THAT(leftOf(machine, {"trelv-STAZIONE-78-1", "trelv-stazione-78-12"}), IsEmpty());
+  EXPECT_THAT(leftOf(machine, {"trelv-STAZIONE-77-1"}), ElementsAre("trelv-STAZIONE-77-1"))
+      << "its process runs";
+  EXPECT_THAT(leftOf(machine, {"trelv-ALTRA-78-1"}), ElementsAre("trelv-ALTRA-78-1"))
+      << "of another computer";
+}
+
+TEST(AnOverlaysPrivateFolder, IsToldByItsWholeName) {
+  sim::SimMachine machine;
+  const std::vector<std::string> others{
+      "trelv-STAZIONE-78",   "trelv-STAZIONE-78-", "trelv-STAZIONE-x-1", "trelv-STAZIONE-78-1.bak",
+      "trelv-STAZIONE-78-x", "trelv-STAZIONE-",    "trelv-STAZIONE",     "Xtrelv-STAZIONE-78-1"};
+  EXPECT_EQ(leftOf(machine, others), others);
+  machine.putFile(std::string(kTemporary) + "trelv-STAZIONE-78-2", "a file");
+  machine.putFile("C:\\altrove\\x.txt", "x");
+  machine.diskOf("C:\\").putLink(std::string(kTemporary) + "trelv-STAZIONE-78-3", "C:\\altrove");
+  EXPECT_THAT(leftOf(machine, {}), IsEmpty());
+  EXPECT_TRUE(machine.fileExists(std::string(kTemporary) + "trelv-STAZIONE-78-2"));
+  EXPECT_TRUE(machine.fileExists("C:\\altrove\\x.txt")) << "a link is not followed";
+}
+
 }  // namespace
 }  // namespace trelv::tests
