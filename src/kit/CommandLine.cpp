@@ -32,9 +32,21 @@ void declareCommon(Syntax& syntax, CommonOptions& options) {
   syntax.flag("version", "mostra la versione", options.version);
 }
 
-int complain(Workplace& workplace, const std::string& text, int exitCode) {
+/// One line, whatever a path has in it.
+int complain(Workplace& workplace, std::string text, int exitCode) {
+  std::replace_if(
+      text.begin(), text.end(),
+      [](char character) -> bool { return static_cast<unsigned char>(character) < ' '; }, ' ');
   workplace.console.complain(std::string(kProgram) + ": " + text + "\n");
   return exitCode;
+}
+
+/// An answer that nobody got is none.
+void print(Workplace& workplace, const std::string& text) {
+  const SystemCode code = workplace.console.print(text);
+  if (code != system_code::kSuccess) {
+    throw Failure("standard output", code);
+  }
 }
 
 /// One document: these keys, in this order, and nothing else.
@@ -81,7 +93,7 @@ int runWithoutVerb(const std::vector<std::string>& arguments, Workplace& workpla
   if (!options.help && !options.version) {
     throw WrongUsage("manca il verbo");
   }
-  workplace.console.print(options.help ? overview(table) : versionLine());
+  print(workplace, options.help ? overview(table) : versionLine());
   return exit_code::kGood;
 }
 
@@ -98,16 +110,16 @@ int runVerb(const VerbRow& row, const std::vector<std::string>& arguments, Workp
   verb->declare(syntax);
   declareCommon(syntax, options);
   if (asks(arguments, "--help") || asks(arguments, "--version")) {
-    workplace.console.print(asks(arguments, "--help") ? syntax.help(row.name, row.summary)
-                                                      : versionLine());
+    print(workplace,
+          asks(arguments, "--help") ? syntax.help(row.name, row.summary) : versionLine());
     return exit_code::kGood;
   }
   syntax.read(arguments);
   Progress progress(workplace.console, !options.quiet && workplace.console.errorIsTerminal());
   const Answer answer = verb->run(workplace, progress);
   progress.clear();
-  workplace.console.print(options.json ? document(row.name, answer)
-                                       : findingsText(answer.findings) + answer.text);
+  print(workplace,
+        options.json ? document(row.name, answer) : findingsText(answer.findings) + answer.text);
   return answer.exitCode;
 }
 

@@ -47,6 +47,13 @@ class ArgumentVector {
   std::vector<char*> pointers_;
 };
 
+/// The option that was found last as it stands on the command line, "--only" of "--only=TK102".
+std::string writtenName(ArgumentVector& vector) {
+  const bool valueApart = optarg != nullptr && optarg == vector.pointers()[optind - 1];
+  const std::string text = vector.pointers()[optind - (valueApart ? 2 : 1)];
+  return text.substr(0, text.find('='));
+}
+
 /// The library begins anew with the next call, and leaves the telling to us.
 void restart() {
   opterr = 0;
@@ -104,7 +111,12 @@ void Syntax::read(const std::vector<std::string>& arguments) const {
       throw WrongUsage((found == ':' ? "manca il valore dell'opzione " : "opzione non valida: ") +
                        given);
     }
-    options_[static_cast<std::size_t>(found) - 1].take(optarg != nullptr ? optarg : "");
+    const Option& option = options_[static_cast<std::size_t>(found) - 1];
+    // The library takes the beginning of a name too, which may be another option's tomorrow.
+    if (writtenName(vector) != "--" + option.name) {
+      throw WrongUsage("opzione non valida: " + writtenName(vector));
+    }
+    option.take(optarg != nullptr ? optarg : "");
   }
   place(vector.from(optind));
 }

@@ -1,13 +1,16 @@
 #include "posix/PosixSystem.h"
 
+#include <fcntl.h>
 #include <pwd.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
@@ -30,13 +33,22 @@ machine::LocalTime localTimeOf(std::time_t seconds) {
           parts.tm_hour,        parts.tm_min,     parts.tm_sec};
 }
 
-void writeAll(int descriptor, std::string_view text) {
+SystemCode writeAll(int descriptor, std::string_view text) {
   while (!text.empty()) {
     const ssize_t written = write(descriptor, text.data(), text.size());
-    if (written <= 0) {
-      return;
+    if (written < 0 && errno != EINTR) {
+      return errno == ENOSPC || errno == EDQUOT ? system_code::kDiskFull : system_code::kWriteFault;
     }
-    text.remove_prefix(static_cast<std::size_t>(written));
+    text.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
+  }
+  return system_code::kSuccess;
+}
+
+/// The next file that is opened must not take the place of a standard stream. What stands there
+/// instead can be read only, or written only, as the stream can not.
+void keepPlaceOf(int stream) {
+  if (fcntl(stream, F_GETFD) == -1) {
+    open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
   }
 }
 
@@ -46,7 +58,12 @@ class LockedFile : public machine::Mark {
   LockedFile(std::string path, int descriptor) : path_(std::move(path)), file_(descriptor) {}
   LockedFile(const LockedFile&) = delete;
   LockedFile& operator=(const LockedFile&) = delete;
-  ~LockedFile() override { unlink(path_.c_str()); }
+  ~LockedFile() override {
+    // What stands there else is the mark of another process.
+    if (stands()) {
+      unlink(path_.c_str());
+    }
+  }
 
   /// Nobody removed the file between its opening and its locking.
   bool stands() const {
@@ -243,7 +260,14 @@ SystemCode PosixExclusion::take(const std::string& path, const std::string& text
   }
 }
 
-void PosixConsole::print(std::string_view text) { writeAll(STDOUT_FILENO, text); }
+PosixConsole::PosixConsole() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    keepPlaceOf(stream);
+  }
+  std::signal(SIGPIPE, SIG_IGN);
+}
+
+SystemCode PosixConsole::print(std::string_view text) { return writeAll(STDOUT_FILENO, text); }
 void PosixConsole::complain(std::string_view text) { writeAll(STDERR_FILENO, text); }
 bool PosixConsole::errorIsTerminal() { return isatty(STDERR_FILENO) != 0; }
 bool PosixConsole::inputIsTerminal() { return isatty(STDIN_FILENO) != 0; }

@@ -69,9 +69,12 @@ class PosixExclusion : public machine::Exclusion {
                   std::unique_ptr<machine::Mark>& mark) override;
 };
 
+/// The process's standard streams. One that the caller has closed cannot be written, and a reader
+/// who has gone is told as a failure.
 class PosixConsole : public machine::Console {
  public:
-  void print(std::string_view text) override;
+  PosixConsole();
+  SystemCode print(std::string_view text) override;
   void complain(std::string_view text) override;
   bool errorIsTerminal() override;
   bool inputIsTerminal() override;

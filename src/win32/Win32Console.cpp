@@ -19,36 +19,38 @@ bool isConsole(HANDLE stream) {
   return GetConsoleMode(stream, &mode) != FALSE;
 }
 
-void writeLetters(HANDLE stream, std::wstring_view letters) {
+SystemCode writeLetters(HANDLE stream, std::wstring_view letters) {
   while (!letters.empty()) {
     const std::size_t count = std::min(letters.size(), kMostLetters);
     DWORD written = 0;
-    if (WriteConsoleW(stream, letters.data(), static_cast<DWORD>(count), &written, nullptr) ==
-        FALSE) {
-      return;
+    const SystemCode code =
+        codeOf(WriteConsoleW, stream, letters.data(), static_cast<DWORD>(count), &written, nullptr);
+    if (code != system_code::kSuccess) {
+      return code;
     }
     letters.remove_prefix(count);
   }
+  return system_code::kSuccess;
 }
 
-void writeBytes(HANDLE stream, std::string_view bytes) {
+SystemCode writeBytes(HANDLE stream, std::string_view bytes) {
   while (!bytes.empty()) {
     DWORD written = 0;
-    if (WriteFile(stream, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) ==
-            FALSE ||
-        written == 0) {
-      return;
+    const SystemCode code = codeOf(WriteFile, stream, bytes.data(),
+                                   static_cast<DWORD>(bytes.size()), &written, nullptr);
+    if (code != system_code::kSuccess || written == 0) {
+      return code != system_code::kSuccess ? code : system_code::kWriteFault;
     }
     bytes.remove_prefix(written);
   }
+  return system_code::kSuccess;
 }
 
-void write(HANDLE stream, std::string_view text) {
-  if (isConsole(stream)) {
-    writeLetters(stream, wide(text));
-  } else {
-    writeBytes(stream, text);
+SystemCode write(HANDLE stream, std::string_view text) {
+  if (stream == nullptr) {
+    return system_code::kSuccess;
   }
+  return isConsole(stream) ? writeLetters(stream, wide(text)) : writeBytes(stream, text);
 }
 
 /// One letter of a console or one byte of another stream; false at the end.
@@ -89,7 +91,7 @@ void Win32Console::handToPrograms(HANDLE input, HANDLE output, HANDLE errors) {
   SetStdHandle(STD_ERROR_HANDLE, errors);
 }
 
-void Win32Console::print(std::string_view text) { write(output_, text); }
+SystemCode Win32Console::print(std::string_view text) { return write(output_, text); }
 void Win32Console::complain(std::string_view text) { write(errors_, text); }
 bool Win32Console::errorIsTerminal() { return isConsole(errors_); }
 bool Win32Console::inputIsTerminal() { return isConsole(input_); }

@@ -21,7 +21,7 @@ class Win32Console : public machine::Console {
   Win32Console& operator=(const Win32Console&) = delete;
   ~Win32Console() override;
 
-  void print(std::string_view text) override;
+  SystemCode print(std::string_view text) override;
   void complain(std::string_view text) override;
   bool errorIsTerminal() override;
   bool inputIsTerminal() override;

@@ -20,7 +20,10 @@ namespace trelv::tests {
 /// Keeps what is written; a person sits in front of it where a test says so.
 class FakeConsole : public machine::Console {
  public:
-  void print(std::string_view text) override { output += text; }
+  SystemCode print(std::string_view text) override {
+    output += printCode == system_code::kSuccess ? text : "";
+    return printCode;
+  }
   void complain(std::string_view text) override { errors += text; }
   bool errorIsTerminal() override { return terminal; }
   bool inputIsTerminal() override { return terminal; }
@@ -37,6 +40,7 @@ class FakeConsole : public machine::Console {
   std::string errors;
   std::vector<std::string> input;
   bool terminal = false;
+  SystemCode printCode = system_code::kSuccess;
 };
 
 /// Full paths stand as they are; others begin in `currentFolder`.

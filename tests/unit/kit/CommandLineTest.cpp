@@ -125,12 +125,42 @@ TEST_F(CommandLine, WrongUsageAnswers64) {
                                              {"script", "a", "-x"},
                                              {"script", "a", "--json=yes"},
                                              {"script", "a", "--number"},
+                                             {"script", "a", "--numbe", "3"},
+                                             {"script", "a", "--number", "3", "--on=A"},
+                                             {"script", "a", "--js"},
+                                             {"script", "a", "--hel"},
+                                             {"script", "a", "--vers"},
                                              {"script", "usage"}}) {
     EXPECT_EQ(run(arguments), 64);
     EXPECT_EQ(output(), "");
     EXPECT_NE(errors(), "");
     EXPECT_EQ(std::count(trelv_.console.errors.begin(), trelv_.console.errors.end(), '\n'), 1)
         << errors();
+  }
+}
+
+TEST_F(CommandLine, ValuesMayLookLikeOptions) {
+  for (const char* const value : {"--json", "-x", "--number", "=", "a=b"}) {
+    EXPECT_EQ(run({"script", "--number", value, "good", "--json"}), 0) << value;
+    EXPECT_EQ(Json::parse(output())["result"]["number"], value);
+  }
+}
+
+TEST_F(CommandLine, WhatStandsInALineOfItsOwnInAPathDoesNotInTheComplaint) {
+  EXPECT_EQ(run({"verbo\nsu due righe\r\n"}), 64);
+  EXPECT_EQ(errors(), "trelv: verbo sconosciuto: verbo su due righe   (trelv --help)\n");
+}
+
+TEST_F(CommandLine, AnswerThatNobodyGotIsNone) {
+  trelv_.console.printCode = system_code::kDiskFull;
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{"script", "good"},
+                                             {"script", "findings", "--json"},
+                                             {"script", "--help"},
+                                             {"script", "--version"},
+                                             {"--help"}}) {
+    EXPECT_EQ(run(arguments), 2);
+    EXPECT_EQ(errors(), "trelv: standard output: Disco pieno\n");
   }
 }
 
