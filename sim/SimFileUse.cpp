@@ -37,7 +37,7 @@ std::optional<bool> SimFileUse::isOpen(const std::string& path) {
   return node == nullptr ? std::nullopt : std::optional<bool>(node->held.has_value());
 }
 
-SystemCode SimFileUse::removeUnused(const std::string& path) {
+SystemCode SimFileUse::removeUnused(const std::string& path, const machine::FileFacts& seen) {
   if (const auto injected = calls_.enter(CallKind::FileRemove, "fileUse.removeUnused", path)) {
     return *injected;
   }
@@ -46,7 +46,13 @@ SystemCode SimFileUse::removeUnused(const std::string& path) {
   if (node == nullptr) {
     return code;
   }
-  return node->held ? system_code::kSharingViolation : files_.removeFile(path);
+  if (node->held) {
+    return system_code::kSharingViolation;
+  }
+  const bool changed = !node->folder && !node->readOnly &&
+                       (static_cast<std::uint64_t>(node->modified) != seen.modified ||
+                        node->bytes.size() != seen.size);
+  return changed ? machine::kFileChanged : files_.removeFile(path);
 }
 
 }  // namespace trelv::sim

@@ -18,7 +18,7 @@ class SimFileUse : public machine::FileUse {
 
   SystemCode owner(const std::string& path, std::string& account) override;
   std::optional<bool> isOpen(const std::string& path) override;
-  SystemCode removeUnused(const std::string& path) override;
+  SystemCode removeUnused(const std::string& path, const machine::FileFacts& seen) override;
 
   /// The system does not tell who has files open: those of another computer.
   void hideOpeners(bool hidden = true) { openersHidden_ = hidden; }

@@ -25,7 +25,8 @@ constexpr std::array kRemedies{
     Remedy{kUpToDate, "Niente da fare."},
     Remedy{"lock",
            "Attendere la fine dell'altra sessione e riavviare; se nessuno sta aggiornando, "
-           "rimuovere il blocco con \"trelv locks HOST --remove\"."},
+           "rimuovere il blocco con \"trelv locks HOST --remove\"; una cartella al suo posto va "
+           "tolta a mano."},
     Remedy{"other-server",
            "Avviare la suite dal percorso registrato, o correggere il record di integrazione "
            "della macchina."},

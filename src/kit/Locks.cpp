@@ -2,15 +2,18 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <string_view>
 #include <vector>
 
 #include "base/Text.h"
 #include "kit/Failure.h"
 #include "kit/GivenPath.h"
 #include "kit/HostProducts.h"
+#include "kit/LintRules.h"
 #include "kit/QuietProgram.h"
 #include "kit/UpdateLocks.h"
 #include "platform/modLibrary.h"
+#include "startup/HostPaths.h"
 #include "startup/modProdTrelvLibrary.h"
 
 namespace trelv::kit {
@@ -74,13 +77,30 @@ std::string textOf(const UpdateLock& lock, const std::string& shownPath) {
 
 /// Nothing where the lock is gone: whoever took it may have removed it meanwhile.
 void removeLock(machine::FileUse& fileUse, const UpdateLock& lock, const std::string& shownPath) {
-  const SystemCode code = fileUse.removeUnused(lock.path);
+  const SystemCode code = fileUse.removeUnused(lock.path, lock.seen);
   if (code == system_code::kSharingViolation) {
     throw Failure(shownPath, "aperto da un altro programma, non rimosso");
+  }
+  if (code == machine::kFileChanged) {
+    throw Failure(shownPath, "preso nel frattempo da un'altra sessione, non rimosso");
   }
   if (code != system_code::kSuccess && !meansMissing(code)) {
     throw Failure(shownPath, code);
   }
+}
+
+/// What lint says of a folder in the place of the server's lock, which no start can remove.
+void tellFolder(Program& program, const GivenPath& host, Answer& answer) {
+  const std::string path = hostPaths::serverLock(serverPathOf(host));
+  if (!modLibrary::FolderExists(program, path)) {
+    return;
+  }
+  for (const Rule& rule : lintRules()) {
+    if (std::string_view(rule.code) == "TK402") {
+      Report(rule, answer.findings).add(host.shown(path), std::nullopt);
+    }
+  }
+  answer.exitCode = exit_code::kFindings;
 }
 
 }  // namespace
@@ -120,6 +140,7 @@ Answer Locks::run(Workplace& workplace, Progress& progress) {
   progress.clear();
   Answer answer;
   answer.result = std::make_shared<Json>(Json{{"locks", Json::array()}});
+  tellFolder(quiet.program(), host, answer);
   for (const UpdateLock& lock : locks) {
     const std::string shownPath = host.shown(lock.path);
     (*answer.result)["locks"].push_back(jsonOf(lock, shownPath));

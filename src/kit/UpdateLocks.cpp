@@ -76,9 +76,10 @@ std::string firstLine(Program& program, const std::string& path) {
   return trim(program.machine.locale.fromAnsi(bytes.substr(0, bytes.find_first_of("\r\n"))));
 }
 
-std::int64_t ageOf(Program& program, const UpdateLock& lock, const machine::FileFacts& facts) {
-  const machine::LocalTime taken = readGeneralDate(program.machine.locale, lock.written)
-                                       .value_or(program.machine.clock.localTime(facts.modified));
+std::int64_t ageOf(Program& program, const UpdateLock& lock) {
+  const machine::LocalTime taken =
+      readGeneralDate(program.machine.locale, lock.written)
+          .value_or(program.machine.clock.localTime(lock.seen.modified));
   return secondsBetween(taken, program.machine.clock.now());
 }
 
@@ -93,12 +94,12 @@ std::optional<bool> isOpen(Program& program, machine::FileUse& fileUse, const st
 
 void addLock(Program& program, machine::FileUse& fileUse, const std::string& serverPath,
              UpdateLock lock, std::vector<UpdateLock>& locks) {
-  machine::FileFacts facts;
-  if (program.machine.files.look(lock.path, facts) != system_code::kSuccess || facts.folder) {
+  if (program.machine.files.look(lock.path, lock.seen) != system_code::kSuccess ||
+      lock.seen.folder) {
     return;
   }
   lock.written = firstLine(program, lock.path);
-  lock.age = ageOf(program, lock, facts);
+  lock.age = ageOf(program, lock);
   std::string owner;
   if (fileUse.owner(lock.path, owner) == system_code::kSuccess) {
     lock.owner = owner;

@@ -16,6 +16,8 @@ struct UpdateLock {
   /// Full path.
   std::string path;
   Side side = Side::Server;
+  /// How the file was found.
+  machine::FileFacts seen;
   /// The lock's text, which is the date at which it was taken; empty where it cannot be read.
   std::string written;
   /// Seconds since then; where the text is no date, since the file's own date.

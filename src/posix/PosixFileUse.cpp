@@ -1,14 +1,18 @@
 #include "posix/PosixFileUse.h"
 
+#include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <system_error>
 
+#include "posix/OpenFile.h"
+#include "posix/PosixFiles.h"
 #include "posix/PosixPath.h"
 
 namespace trelv::posix {
@@ -55,6 +59,23 @@ bool isSeenOpen(const struct stat& facts) {
   return false;
 }
 
+/// Has anybody else the file open, of whatever user? While the answer is no and the file stays open
+/// here nobody opens it. Not every file system tells, nor does it tell everybody.
+bool isRefusedForOthers(const OpenFile& file) {
+  if (!file) {
+    return false;
+  }
+  // Whoever comes meanwhile waits; this process must not be ended for it.
+  std::signal(SIGIO, SIG_IGN);
+  return fcntl(file.get(), F_SETLEASE, F_WRLCK) != 0 && errno == EAGAIN;
+}
+
+bool isAsSeen(const std::string& path, const machine::FileFacts& seen) {
+  machine::FileFacts now;
+  return PosixFiles().look(path, now) == system_code::kSuccess && now.modified == seen.modified &&
+         now.size == seen.size;
+}
+
 }  // namespace
 
 SystemCode PosixFileUse::owner(const std::string& path, std::string& account) {
@@ -86,7 +107,7 @@ std::optional<bool> PosixFileUse::isOpen(const std::string& path) {
   return true;
 }
 
-SystemCode PosixFileUse::removeUnused(const std::string& path) {
+SystemCode PosixFileUse::removeUnused(const std::string& path, const machine::FileFacts& seen) {
   std::string hostName;
   struct stat facts {};
   const SystemCode code = factsOf(path, hostName, facts);
@@ -96,8 +117,12 @@ SystemCode PosixFileUse::removeUnused(const std::string& path) {
   if ((facts.st_mode & S_IWUSR) == 0 || !S_ISREG(facts.st_mode)) {
     return system_code::kAccessDenied;
   }
-  if (isSeenOpen(facts)) {
+  const OpenFile file(open(hostName.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  if (isRefusedForOthers(file) || isSeenOpen(facts)) {
     return system_code::kSharingViolation;
+  }
+  if (!isAsSeen(path, seen)) {
+    return machine::kFileChanged;
   }
   return unlink(hostName.c_str()) == 0 ? system_code::kSuccess : codeOf(errno, hostName);
 }

@@ -13,7 +13,7 @@ class PosixFileUse : public machine::FileUse {
  public:
   SystemCode owner(const std::string& path, std::string& account) override;
   std::optional<bool> isOpen(const std::string& path) override;
-  SystemCode removeUnused(const std::string& path) override;
+  SystemCode removeUnused(const std::string& path, const machine::FileFacts& seen) override;
 };
 
 }  // namespace trelv::posix

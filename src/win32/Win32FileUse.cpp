@@ -54,21 +54,52 @@ struct StatusBlock {
   ULONG_PTR information;
 };
 
-using QueryFile = LONG(WINAPI*)(HANDLE, StatusBlock*, void*, ULONG, int);
+using FileInformation = LONG(WINAPI*)(HANDLE, StatusBlock*, void*, ULONG, int);
 
-/// Windows Vista and later, files of its own disks. The function has no import library of its own
-/// and is not in every system.
+/// A function that has no import library of its own and is not in every system; null where it is
+/// missing.
+FileInformation functionNamed(const char* name) {
+  const HMODULE library = GetModuleHandleW(L"ntdll.dll");
+  const FARPROC function = library == nullptr ? nullptr : GetProcAddress(library, name);
+  return reinterpret_cast<FileInformation>(reinterpret_cast<void*>(function));
+}
+
+/// Windows Vista and later, files of its own disks.
 bool askProcesses(HANDLE file, ProcessesUsingFile& answer) {
   constexpr int kProcessesUsingFile = 47;
-  const HMODULE library = GetModuleHandleW(L"ntdll.dll");
-  const FARPROC function =
-      library == nullptr ? nullptr : GetProcAddress(library, "NtQueryInformationFile");
-  if (function == nullptr) {
-    return false;
-  }
+  const FileInformation query = functionNamed("NtQueryInformationFile");
   StatusBlock status{};
-  const auto query = reinterpret_cast<QueryFile>(reinterpret_cast<void*>(function));
-  return query(file, &status, &answer, sizeof answer, kProcessesUsingFile) >= 0;
+  return query != nullptr && query(file, &status, &answer, sizeof answer, kProcessesUsingFile) >= 0;
+}
+
+/// The file goes with its last handle. The function that has this in its name came with Windows
+/// Vista.
+SystemCode removeWithHandle(HANDLE file) {
+  constexpr int kDisposition = 13;
+  const FileInformation set = functionNamed("NtSetInformationFile");
+  StatusBlock status{};
+  BOOLEAN remove = TRUE;
+  return set != nullptr && set(file, &status, &remove, sizeof remove, kDisposition) >= 0
+             ? system_code::kSuccess
+             : system_code::kAccessDenied;
+}
+
+std::uint64_t wholeOf(DWORD high, DWORD low) { return std::uint64_t{high} << 32U | low; }
+
+/// Is the opened file the one that was seen? 5 for one that may not be removed.
+SystemCode compare(HANDLE file, const machine::FileFacts& seen) {
+  BY_HANDLE_FILE_INFORMATION found{};
+  const SystemCode code = codeOf(GetFileInformationByHandle, file, &found);
+  if (code != system_code::kSuccess) {
+    return code;
+  }
+  if ((found.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0) {
+    return system_code::kAccessDenied;
+  }
+  const FILETIME& written = found.ftLastWriteTime;
+  const bool same = wholeOf(written.dwHighDateTime, written.dwLowDateTime) == seen.modified &&
+                    wholeOf(found.nFileSizeHigh, found.nFileSizeLow) == seen.size;
+  return same ? system_code::kSuccess : machine::kFileChanged;
 }
 
 }  // namespace
@@ -102,12 +133,16 @@ std::optional<bool> Win32FileUse::isOpen(const std::string& path) {
   return false;
 }
 
-// Opened for nobody else: that succeeds only while nobody else has it open, on a server too, and
-// the file goes with this handle.
-SystemCode Win32FileUse::removeUnused(const std::string& path) {
+// Opened for nobody else: that succeeds only while nobody else has it open, on a server too. The
+// handle keeps everybody out until the file is gone with it.
+SystemCode Win32FileUse::removeUnused(const std::string& path, const machine::FileFacts& seen) {
   OwnedFile file;
-  return obtain(file, CreateFileW, filePath(path), DELETE, 0, nullptr, OPEN_EXISTING,
-                FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+  SystemCode code = obtain(file, CreateFileW, filePath(path), DELETE | FILE_READ_ATTRIBUTES, 0,
+                           nullptr, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+  if (code == system_code::kSuccess) {
+    code = compare(file.get(), seen);
+  }
+  return code == system_code::kSuccess ? removeWithHandle(file.get()) : code;
 }
 
 }  // namespace trelv::win32

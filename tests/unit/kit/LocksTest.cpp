@@ -114,10 +114,16 @@ TEST_F(Locks, ThatNobodyMayReadIsOpen) {
   EXPECT_EQ(lock["written"], "");
 }
 
-TEST_F(Locks, FolderInTheirPlaceIsNone) {
+TEST_F(Locks, FolderInTheirPlaceIsNoneButTold) {
   share().removeTree(Installation::kServerLock);
   share().makeFolders(Installation::kServerLock);
-  EXPECT_THAT(locks(), IsEmpty());
+  EXPECT_THAT(locks("s:\\lumo\\"), IsEmpty());
+  EXPECT_EQ(exitCode, 1);
+  const Json finding = Json::parse(output())["findings"].at(0);
+  EXPECT_EQ(finding["code"], "TK402");
+  EXPECT_EQ(finding["file"], "s:\\lumo\\prg\\tempterm\\agdv.lck");
+  EXPECT_EQ(trelv_.run({"locks", "S:\\Lumo", "--remove", "--yes"}), 1);
+  EXPECT_TRUE(share().exists(Installation::kServerLock));
 }
 
 // --- What waits
@@ -262,6 +268,19 @@ TEST_F(Locks, HeldOpenInWhateverWayStays) {
             "trelv: S:\\Lumo\\prg\\tempterm\\agdv.lck: aperto da un altro programma, non "
             "rimosso\n");
   EXPECT_EQ(machine().clock().paused(), 0U);
+}
+
+TEST_F(Locks, TakenAnewSinceItWasToldStays) {
+  trelv_.console.terminal = true;
+  trelv_.console.input = {"s"};
+  machine().onCall("fileUse.removeUnused", [this]() -> void {
+    machine().clock().advance(60);
+    share().put(Installation::kServerLock, "16/11/2026 09:31:00\r\n");
+    share().setModified(Installation::kServerLock, {2026, 11, 16, 9, 31, 0});
+  });
+  EXPECT_EQ(trelv_.run({"locks", "S:\\Lumo", "--remove"}), 2);
+  EXPECT_THAT(errors(), HasSubstr("agdv.lck: preso nel frattempo da un'altra sessione"));
+  EXPECT_TRUE(installation_.serverLockExists());
 }
 
 TEST_F(Locks, ThatMayNotBeRemovedStays) {

@@ -1,12 +1,17 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <thread>
+#include <vector>
 
 #include "posix/PosixFileUse.h"
 #include "posix/PosixMachine.h"
@@ -205,6 +210,65 @@ TEST_F(Posix, TellsWhoOwnsAFile) {
             std::string::npos)
       << account;
   EXPECT_EQ(fileUse.owner(shown_ + "\\manca", account), system_code::kFileNotFound);
+}
+
+TEST_F(Posix, RemovesOnlyTheFileThatWasSeenAndThatNobodyHasOpen) {
+  put("a.lck", "preso");
+  const std::string path = shown_ + "\\a.lck";
+  posix::PosixFileUse fileUse;
+  machine::FileFacts seen;
+  ASSERT_EQ(machine_.files.look(path, seen), 0U);
+  {
+    const std::ifstream held(folder_ / "a.lck");
+    EXPECT_EQ(fileUse.removeUnused(path, seen), system_code::kSharingViolation);
+  }
+  machine::FileFacts other = seen;
+  ++other.modified;
+  EXPECT_EQ(fileUse.removeUnused(path, other), machine::kFileChanged);
+  EXPECT_EQ(machine_.files.look(path, other), 0U);
+  EXPECT_EQ(fileUse.removeUnused(path, seen), 0U);
+  EXPECT_EQ(machine_.files.look(path, other), system_code::kFileNotFound);
+}
+
+TEST_F(Posix, MarkExcludesHoweverManyAskForIt) {
+  std::atomic<int> inside = 0;
+  std::atomic<int> mixed = 0;
+  std::vector<std::thread> askers;
+  for (int number = 0; number < 8; ++number) {
+    askers.emplace_back([&]() -> void {
+      for (int time = 0; time < 200; ++time) {
+        std::unique_ptr<machine::Mark> mark;
+        if (machine_.exclusion.take(shown_ + "\\m.lck", "x", 0, mark) == 0U) {
+          mixed += ++inside > 1 ? 1 : 0;
+          std::this_thread::yield();
+          --inside;
+        }
+      }
+    });
+  }
+  for (std::thread& asker : askers) {
+    asker.join();
+  }
+  EXPECT_EQ(mixed, 0);
+}
+
+TEST_F(Posix, ClosedStreamsAndFullDisksAreTold) {
+  const auto codeOf = [](const char* target) -> int {
+    const pid_t child = fork();
+    if (child == 0) {
+      close(STDOUT_FILENO);
+      if (target != nullptr) {
+        open(target, O_WRONLY);
+      }
+      _exit(static_cast<int>(posix::PosixConsole().print("testo")));
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  };
+  EXPECT_EQ(codeOf("/dev/null"), 0);
+  EXPECT_EQ(codeOf("/dev/full"), static_cast<int>(system_code::kDiskFull));
+  EXPECT_EQ(codeOf(nullptr), static_cast<int>(system_code::kWriteFault));
 }
 
 TEST_F(Posix, TellsTheRoomThatIsLeft) {
