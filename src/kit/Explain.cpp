@@ -7,7 +7,9 @@
 #include "base/Trap.h"
 #include "kit/Causes.h"
 #include "kit/Failure.h"
+#include "kit/FileText.h"
 #include "kit/GivenPath.h"
+#include "kit/OnWindows.h"
 #include "kit/QuietProgram.h"
 #include "platform/modLibrary.h"
 #include "startup/IntegrationRecord.h"
@@ -18,8 +20,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// Far more than a log grows to.
-constexpr std::size_t kMostLogBytes = 16U << 20U;
+/// Far more than a start writes.
+constexpr std::uint64_t kMostLogBytes = 16U << 20U;
 
 bool isKnownProduct(const std::string& identifier) {
   return trap(
@@ -57,19 +59,22 @@ std::string recordedHost(Program& program) {
 /// This user's run log.
 std::string ownLog(Program& program) {
   std::string folder;
+  if (!isWindows(program.machine.system)) {
+    throw WrongUsage("manca --log: qui nessun avvio ha scritto un registro");
+  }
   if (program.machine.system.temporaryFolder(folder) != system_code::kSuccess) {
     throw WrongUsage("manca --log: la cartella temporanea non è nota");
   }
   return folder + "log\\TrelvManager.log";
 }
 
-std::string logText(Workplace& workplace, const GivenPath& log) {
-  std::string bytes;
-  const SystemCode code = workplace.machine.files.read(log.full(), kMostLogBytes, bytes);
+RunLogText runLog(Workplace& workplace, const GivenPath& log) {
+  FileEnd end;
+  const SystemCode code = readFileEnd(workplace.machine, log.full(), kMostLogBytes, end);
   if (code != system_code::kSuccess) {
     throw Failure(log.given(), code);
   }
-  return workplace.machine.locale.fromAnsi(bytes);
+  return readRunLog(end.text, end.linesBefore);
 }
 
 Json jsonOf(const std::string& product, const Cause& cause, const std::string& shownFile) {
@@ -112,8 +117,8 @@ Answer Explain::run(Workplace& workplace, Progress& progress) {
   const std::string serverPath = serverPathOf(host);
   const std::string product = knownIdentifier(quiet.program(), serverPath, product_);
   progress.tell("Lettura del registro");
-  const Cause cause = causeOf(quiet.program(), serverPath, product, log.full(),
-                              readRunLog(logText(workplace, log)));
+  const Cause cause =
+      causeOf(quiet.program(), serverPath, product, log.full(), runLog(workplace, log));
   const std::string shownFile =
       cause.stop.evidence.file == log.full() ? log.given() : host.shown(cause.stop.evidence.file);
   Answer answer;

@@ -3,13 +3,12 @@
 #include <algorithm>
 
 #include "base/Text.h"
+#include "kit/FileText.h"
 
 namespace trelv::kit {
 namespace {
 
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
-constexpr std::string_view kWideMark = "\xFF\xFE";
-constexpr std::string_view kSwappedMark = "\xFE\xFF";
 constexpr std::string_view kBlanks = " \t\v\f\r\x1A";
 /// Longer values are cut when they are read.
 constexpr std::size_t kLongestValue = 510;
@@ -21,40 +20,11 @@ std::string_view withoutBlanks(std::string_view text) {
              : text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-void put(std::string& text, char32_t character) {
-  if (character < 0x80) {
-    text += static_cast<char>(character);
-  } else if (character < 0x800) {
-    text += static_cast<char>(0xC0U | (character >> 6U));
-    text += static_cast<char>(0x80U | (character & 0x3FU));
-  } else {
-    text += static_cast<char>(0xE0U | (character >> 12U));
-    text += static_cast<char>(0x80U | ((character >> 6U) & 0x3FU));
-    text += static_cast<char>(0x80U | (character & 0x3FU));
-  }
-}
-
-bool isWide(std::string_view bytes) {
-  return bytes.starts_with(kWideMark) || bytes.starts_with(kSwappedMark);
-}
-
-/// UTF-16 with its mark, in either order of bytes, as UTF-8. Characters beyond the first plane are
-/// in no code page.
-std::string textOfWide(std::string_view bytes) {
-  const std::size_t low = bytes.starts_with(kWideMark) ? 0 : 1;
-  std::string text;
-  for (std::size_t at = kWideMark.size(); at + 1 < bytes.size(); at += 2) {
-    put(text, static_cast<char32_t>(static_cast<unsigned char>(bytes[at + low]) |
-                                    (static_cast<unsigned char>(bytes[at + 1 - low]) << 8U)));
-  }
-  return text;
-}
-
 /// Plain text of the code page: what only the platform's functions understand stands for itself as
 /// far as a line can show it. A mark of UTF-8 is three characters to them, so that its line begins
 /// no section.
 std::string plainText(machine::Locale& locale, const std::string& bytes) {
-  std::string text = isWide(bytes) ? locale.toAnsi(textOfWide(bytes)) : bytes;
+  std::string text = isWide(bytes) ? locale.toAnsi(utf8OfWide(bytes)) : bytes;
   if (text.starts_with(kUtf8Mark)) {
     text.replace(0, kUtf8Mark.size(), "???");
   }
@@ -68,24 +38,6 @@ std::string plainText(machine::Locale& locale, const std::string& bytes) {
     }
   }
   return text;
-}
-
-bool isContinuation(char character) {
-  return (static_cast<unsigned char>(character) & 0xC0U) == 0x80U;
-}
-
-/// Does the line hold a letter that was written in UTF-8?
-bool holdsUtf8(std::string_view line) {
-  for (std::size_t at = 0; at + 1 < line.size(); ++at) {
-    const auto lead = static_cast<unsigned char>(line[at]);
-    const bool two = lead >= 0xC2 && lead <= 0xDF;
-    const bool three =
-        lead >= 0xE2 && lead <= 0xEF && at + 2 < line.size() && isContinuation(line[at + 2]);
-    if ((two || three) && isContinuation(line[at + 1])) {
-      return true;
-    }
-  }
-  return false;
 }
 
 bool changesWhatIsRead(std::string_view line, bool firstLine) {
@@ -125,7 +77,7 @@ void forEachLine(std::string_view text, Take&& take) {
 
 IniText::IniText(machine::Locale& locale, const std::string& bytes) : locale_(locale) {
   // What is meant for characters of four bytes is full of NULs as one of two.
-  const std::string wide = isWide(bytes) ? textOfWide(bytes) : std::string();
+  const std::string wide = isWide(bytes) ? utf8OfWide(bytes) : std::string();
   forEachLine(isWide(bytes) ? wide : bytes, [&](std::string_view line, std::size_t number) {
     const bool nul = line.find('\0') != std::string_view::npos;
     const bool changes = isWide(bytes) ? nul : changesWhatIsRead(line, number == 1);

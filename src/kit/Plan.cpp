@@ -9,6 +9,7 @@
 #include "kit/Failure.h"
 #include "kit/OnWindows.h"
 #include "kit/PlanRun.h"
+#include "kit/QuietProgram.h"
 #include "platform/modLibrary.h"
 #include "startup/modProdTrelvLibrary.h"
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/Text.h"
+#include "kit/FileText.h"
 #include "kit/TextLines.h"
 
 namespace trelv::kit {
@@ -82,7 +83,7 @@ Evidence inIniFile(Program& program, const std::string& file, const std::string&
   }
   bool inSection = section.empty();
   std::size_t number = 0;
-  for (const std::string& line : textLines(program.machine.locale.fromAnsi(bytes))) {
+  for (const std::string& line : textLines(textOfFile(program.machine.locale, bytes))) {
     ++number;
     const std::optional<std::string> begun = sectionIn(line);
     if (begun && inSection && !section.empty()) {

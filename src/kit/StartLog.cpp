@@ -18,10 +18,10 @@ std::string behindDate(const std::string& line) {
   return at == std::string::npos ? line : line.substr(at + std::string(kBehindDate).size());
 }
 
-std::vector<LogLine> linesOf(const std::string& text) {
+std::vector<LogLine> linesOf(const std::string& text, std::size_t before) {
   std::vector<LogLine> lines;
   for (const std::string& line : textLines(text)) {
-    lines.push_back({lines.size() + 1, behindDate(line), line});
+    lines.push_back({before + lines.size() + 1, behindDate(line), line});
   }
   return lines;
 }
@@ -73,6 +73,43 @@ bool isOfOtherSide(const SideRun& run) {
   });
 }
 
+/// What each start writes once at most, in whatever way it goes.
+constexpr std::array kOnce{"Gestione prodTrelv - Analisi linea di comando effettuata",
+                           log_line::kBegin,
+                           "Gestione ProdTrelv - Verifica Esistenza Travolin",
+                           "Gestione ProdTrelv - Inizio gestione anomalia Corvel",
+                           "Gestione ProdTrelv - Inizio Gestione Anomalia Nerio",
+                           "Gestione ProdTrelv - Inizio Gestione anomalia ZeltoModelli",
+                           "Gestione ProdTrelv - Inizio Gestione anomalia Luda",
+                           log_line::kEnd};
+/// One of these.
+constexpr std::array kProgramLines{log_line::kProgram, log_line::kNoProgram,
+                                   log_line::kNoProgramFile};
+
+/// Do lines of another start stand in this one, as of two sessions of one user?
+bool holdsAnother(const StartLog& start) {
+  const auto isTwice = [&start](const char* line) -> bool {
+    return countOf(start.lines, line) > 1;
+  };
+  std::size_t programs = 0;
+  for (const char* const line : kProgramLines) {
+    programs += countOf(start.lines, line);
+  }
+  const auto isStopped = [](const SideRun& run) -> bool { return run.stop() != nullptr; };
+  const auto stopped = std::find_if(start.runs.begin(), start.runs.end(), isStopped);
+  return programs > 1 || std::any_of(kOnce.begin(), kOnce.end(), isTwice) ||
+         std::any_of(start.runs.begin(), start.runs.end(), isOfOtherSide) ||
+         // The run that stops is a start's last one.
+         (stopped != start.runs.end() && (start.walked || stopped + 1 != start.runs.end()));
+}
+
+/// Has a start of another kind, which began in between, the rest of this one among its lines?
+bool mayGoOnIn(const StartLog& start, const StartLog& later) {
+  return !start.wentOn &&
+         (later.find(log_line::kPackSearch) != nullptr ||
+          later.find(log_line::kNotHigher) != nullptr || later.find(log_line::kEnd) != nullptr);
+}
+
 void addToRuns(StartLog& start, const LogLine& line) {
   if (start.walked || start.wentOn) {
     return;
@@ -93,9 +130,7 @@ void digest(StartLog& start) {
     start.wentOn = start.wentOn || isOfTheProgram(line) || line.text == log_line::kFewArguments;
     addToRuns(start, line);
   }
-  start.mixed = countOf(start.lines, log_line::kBegin) > 1 ||
-                countOf(start.lines, log_line::kEnd) > 1 ||
-                std::any_of(start.runs.begin(), start.runs.end(), isOfOtherSide);
+  start.mixed = holdsAnother(start);
 }
 
 bool isIntegrated(const StartLog& start) {
@@ -144,9 +179,9 @@ const LogLine* StartLog::find(const std::string& beginning) const {
   return firstOf(lines, beginning);
 }
 
-RunLogText readRunLog(const std::string& text) {
+RunLogText readRunLog(const std::string& text, std::size_t linesBefore) {
   RunLogText log;
-  const std::vector<LogLine> lines = linesOf(text);
+  const std::vector<LogLine> lines = linesOf(text, linesBefore);
   log.empty = lines.empty();
   std::vector<StartLog> starts = startsOf(lines);
   for (StartLog& start : starts) {
@@ -155,6 +190,10 @@ RunLogText readRunLog(const std::string& text) {
   const auto newest = std::find_if(starts.rbegin(), starts.rend(), isIntegrated);
   if (newest != starts.rend()) {
     log.start = *newest;
+    log.start->mixed =
+        newest->mixed || std::any_of(starts.rbegin(), newest, [&newest](const StartLog& later) {
+          return mayGoOnIn(*newest, later);
+        });
   }
   const LogLine* const first = firstOf(lines, "Gestione ProdTrelv - ");
   if (first != nullptr && !beginsWith(first->text, log_line::kCommandLine)) {

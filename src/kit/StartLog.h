@@ -59,8 +59,8 @@ struct RunLogText {
   std::optional<StartLog> start;
 };
 
-/// Reads a log; `text` is UTF-8.
-RunLogText readRunLog(const std::string& text);
+/// Reads a log; `text` is UTF-8 and begins behind `linesBefore` lines that were left out.
+RunLogText readRunLog(const std::string& text, std::size_t linesBefore = 0);
 
 /// Does the text begin so?
 bool beginsWith(const std::string& text, const std::string& beginning);

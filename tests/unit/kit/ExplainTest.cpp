@@ -1,8 +1,10 @@
 // Every cause, planted on a host on which the real program then starts; the log and the host that
 // it leaves are all that explains.
 
+#include <array>
 #include <atomic>
 #include <functional>
+#include <map>
 #include <random>
 #include <set>
 
@@ -682,6 +684,148 @@ TEST(Explain, LogThatEndsAnywhereIsNeverExplainedWrongly) {
     causes.insert(host.explain("ZM")["cause"].get<std::string>());
   }
   EXPECT_THAT(causes, testing::ElementsAre("lock", "log-cut", "unknown"));
+}
+
+// --- Logs as they come from elsewhere
+
+std::string wide(const std::string& ansi, bool highFirst) {
+  std::string bytes = highFirst ? "\xFE\xFF" : "\xFF\xFE";
+  for (const char letter : ansi) {
+    bytes += highFirst ? std::string{'\0', letter} : std::string{letter, '\0'};
+  }
+  return bytes;
+}
+
+TEST(Explain, LogInAnotherEncodingIsExplainedAlike) {
+  PlantedHost host;
+  host.machine().removeTree(PlantedHost::kLog);
+  host.machine().setIniValue(pathOf("ZM"), "Exec", "ZM", "");
+  host.startFor("ZM");
+  const std::string asWritten = host.machine().fileText(PlantedHost::kLog);
+  const auto expected = host.explain("ZM");
+  ASSERT_EQ(expected["cause"], "program-not-in-configuration");
+  ASSERT_THAT(expected["evidence"]["text"].get<std::string>(), HasSubstr("Non è stato rilevato"));
+  const std::string utf8 = host.logText();
+  const std::size_t newest = asWritten.rfind("\r\n", asWritten.size() - 3);
+  for (const std::string& bytes :
+       {utf8, "\xEF\xBB\xBF" + utf8, wide(asWritten, false), wide(asWritten, true),
+        replaceAll(asWritten, "\r\n", "\n"), asWritten.substr(0, asWritten.size() - 2),
+        // The manager has gone on in a file that an editor had kept in UTF-8.
+        "\xEF\xBB\xBF" + host.machine().locale().fromAnsi(asWritten.substr(0, newest)) +
+            asWritten.substr(newest)}) {
+    host.machine().putFile(PlantedHost::kLog, bytes);
+    EXPECT_EQ(host.explain("ZM"), expected) << bytes.substr(0, 8);
+  }
+}
+
+TEST(Explain, NewestStartOfAHugeLogIsTheOneThatCounts) {
+  constexpr std::size_t kLength = std::size_t{20} << 20U;
+  PlantedHost host;
+  host.machine().removeTree(PlantedHost::kLog);
+  host.startFor("ZM");
+  const std::string older = host.machine().fileText(PlantedHost::kLog);
+  host.machine().removeTree(PlantedHost::kLog);
+  host.record("ZM", PlantedHost::kOld);
+  host.putFirst("ZM");
+  host.putLock(Side::Server);
+  host.startFor("ZM");
+  const std::string newest = host.machine().fileText(PlantedHost::kLog);
+  const auto expected = host.explain("ZM");
+  ASSERT_EQ(expected["cause"], "lock");
+  const std::string line =
+      "16/11/2026 09:30:00 -- una riga come tante altre in un registro lungo\r\n";
+  std::string huge = older;
+  std::size_t lines = static_cast<std::size_t>(std::count(older.begin(), older.end(), '\n'));
+  for (; huge.size() < kLength; ++lines) {
+    huge += line;
+  }
+  for (const bool asWide : {false, true}) {
+    host.machine().putFile(PlantedHost::kLog, asWide ? wide(huge + newest, false) : huge + newest);
+    const auto found = host.explain("ZM");
+    EXPECT_EQ(found["cause"], "lock");
+    EXPECT_EQ(found["evidence"]["text"], expected["evidence"]["text"]);
+    EXPECT_EQ(found["evidence"]["line"].get<std::size_t>(),
+              expected["evidence"]["line"].get<std::size_t>() + lines);
+  }
+  // Nothing of an older start is taken for the newest one's.
+  host.machine().putFile(PlantedHost::kLog, newest + huge.substr(older.size()));
+  EXPECT_EQ(host.explain("ZM")["cause"], "unknown");
+}
+
+TEST(Explain, StartInWhichOneOfAnotherKindBeganIsNotTakenForCut) {
+  PlantedHost host;
+  host.machine().removeTree(PlantedHost::kLog);
+  RealProgram(host.machine()).run("STANDALONEINSTALL S:\\Lumo S:\\Lumo ZM");
+  const std::string other = host.machine().fileText(PlantedHost::kLog);
+  host.machine().removeTree(PlantedHost::kLog);
+  host.startFor("ZM");
+  const std::string whole = host.machine().fileText(PlantedHost::kLog);
+  for (std::size_t at = whole.find("\r\n"); at + 2 < whole.size();
+       at = whole.find("\r\n", at + 1)) {
+    host.machine().putFile(PlantedHost::kLog,
+                           whole.substr(0, at + 2) + other + whole.substr(at + 2));
+    EXPECT_THAT(host.causeOf("ZM"), testing::AnyOf("unknown", "up-to-date")) << at;
+  }
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  for (std::size_t from = 0; from < text.size();) {
+    const std::size_t end = text.find('\n', from) + 1;
+    lines.push_back(text.substr(from, end - from));
+    from = end;
+  }
+  return lines;
+}
+
+/// The lines of both in their orders; the last one's first line comes behind the other's.
+std::string interleaved(const std::string& first, const std::string& last, std::mt19937& random) {
+  std::vector<std::string> one = linesOf(first);
+  std::vector<std::string> other = linesOf(last);
+  std::string text;
+  const std::size_t alone = 1 + random() % one.size();
+  for (std::size_t i = 0, j = 0; i < one.size() || j < other.size();) {
+    const bool takeOne = i < one.size() && (i < alone || j == other.size() || random() % 3 != 0);
+    text += takeOne ? one[i++] : other[j++];
+  }
+  return text;
+}
+
+/// Two sessions of one user write into one log. What the last one met is told, or nothing.
+TEST(Explain, StartsWhoseLinesStandInEachOtherAreNeverExplainedWrongly) {
+  for (const bool lastIsStopped : {false, true}) {
+    PlantedHost host;
+    host.putFirst("LUDA");
+    std::array<std::string, 2> logs;
+    for (const bool stopped : {!lastIsStopped, lastIsStopped}) {
+      host.machine().removeTree(PlantedHost::kLog);
+      host.share().removeTree(Installation::kServerLock);
+      host.record("LUDA", stopped ? PlantedHost::kOld : PlantedHost::kNow);
+      if (stopped) {
+        host.putLock(Side::Server);
+      }
+      host.startFor("ZM");
+      logs.at(stopped == lastIsStopped ? 1 : 0) = host.machine().fileText(PlantedHost::kLog);
+    }
+    std::map<std::string, std::string> expected;
+    for (const std::string& id : host.order) {
+      expected[id] = host.causeOf(id);
+      EXPECT_NE(expected[id], "unknown");
+    }
+    std::mt19937 random(20261122);
+    std::size_t unknown = 0;
+    for (int mixture = 0; mixture < 300; ++mixture) {
+      host.machine().putFile(PlantedHost::kLog, interleaved(logs[0], logs[1], random));
+      for (const std::string& id : host.order) {
+        const std::string cause = host.causeOf(id);
+        unknown += cause == "unknown" ? 1U : 0U;
+        EXPECT_TRUE(cause == "unknown" || cause == expected[id])
+            << id << " " << cause << "\n"
+            << (::testing::Test::HasFailure() ? "" : host.logText());
+      }
+    }
+    EXPECT_GT(unknown, 100U);
+  }
 }
 
 }  // namespace
