@@ -18,6 +18,7 @@ namespace {
 constexpr const char* kMarkFile = "pubblicazione.lck";
 constexpr std::uint32_t kPatience = 30000;
 constexpr std::uint32_t kLongestName = 256;
+constexpr int kMostTries = 10;
 constexpr int kMostProducts = 100;
 constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
 
@@ -60,10 +61,14 @@ HostShare::HostShare(machine::Machine& machine, const std::string& serverPath)
 std::string HostShare::setup(const std::string& path) const { return setup_ + "\\" + path; }
 
 std::unique_ptr<machine::Mark> HostShare::claim() {
-  shelf_.prepare();
   const std::string path = shelf_.path(kMarkFile);
   std::unique_ptr<machine::Mark> mark;
-  const SystemCode code = machine_.exclusion.take(path, author() + "\r\n", kPatience, mark);
+  SystemCode code = system_code::kPathNotFound;
+  // Another one that found nothing to do may remove the folder in between.
+  for (int tries = 0; code == system_code::kPathNotFound && tries < kMostTries; ++tries) {
+    shelf_.prepare();
+    code = machine_.exclusion.take(path, author() + "\r\n", kPatience, mark);
+  }
   if (code == system_code::kSharingViolation) {
     throw Failure(path, "un'altra pubblicazione è in corso" + holder());
   }
@@ -206,14 +211,24 @@ bool HostShare::copyAnew(const std::string& source, const std::string& target) {
 
 void HostShare::recover() {
   for (const std::string& name : shelf_.names()) {
-    const std::optional<Journal> journal = shelf_.read(name);
-    if (!journal) {
-      shelf_.remove(name);
-    } else if (!shelf_.isUndone(name)) {
-      recover(*journal);
+    if (!shelf_.isUndone(name) && !shelf_.isDamaged(name)) {
+      recover(name);
     }
   }
   removeUnderWay();
+}
+
+void HostShare::recover(const std::string& name) {
+  if (const std::optional<Journal> journal = shelf_.read(name)) {
+    recover(*journal);
+  } else {
+    takeBack({name, "", "", {}, {}, {}, {}});
+  }
+}
+
+void HostShare::takeBack(const Journal& journal) {
+  shelf_.remove(journal.name);
+  takenBack_.push_back(journal);
 }
 
 void HostShare::recover(const Journal& journal) {
@@ -228,7 +243,7 @@ void HostShare::recover(const Journal& journal) {
     }
   }
   if (!staged.empty() && staged.size() == journal.packs.size()) {
-    shelf_.remove(journal.name);
+    takeBack(journal);
     return;
   }
   for (const JournalPack& pack : staged) {

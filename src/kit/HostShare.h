@@ -30,6 +30,9 @@ class HostShare {
   /// place is taken back, another finished. Raises Failure or RuntimeError.
   std::unique_ptr<machine::Mark> claim();
 
+  /// What claiming has taken back, without packs where their list was not yet written.
+  const std::vector<Journal>& takenBack() const { return takenBack_; }
+
   /// The zip packs that wait in the set-up folder, in the order of the folder.
   std::vector<std::string> waitingPacks();
   /// Versions that the server side has recorded, by the identifiers of the products.
@@ -58,7 +61,9 @@ class HostShare {
 
  private:
   void recover();
+  void recover(const std::string& name);
   void recover(const Journal& journal);
+  void takeBack(const Journal& journal);
   void removeUnderWay();
   std::string holder();
 
@@ -66,6 +71,7 @@ class HostShare {
   std::string server_;
   std::string setup_;
   JournalShelf shelf_;
+  std::vector<Journal> takenBack_;
 };
 
 }  // namespace trelv::kit

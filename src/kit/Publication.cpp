@@ -42,6 +42,7 @@ class Publication {
 
  private:
   std::vector<GivenPack> given(const std::vector<std::string>& packs);
+  Failure missing(const std::string& path);
   bool isPresent(const GivenPack& pack);
   bool isOpened(const GivenPack& pack);
   bool isRefused(const std::vector<GivenPack>& packs);
@@ -53,6 +54,7 @@ class Publication {
   void noteFolders(const std::string& path);
   std::string nextKept() { return std::to_string(++kept_); }
   void placeAll();
+  bool isPlaced(const JournalPack& pack) const;
   void takeBack() noexcept;
 
   HostShare& share_;
@@ -83,6 +85,8 @@ PublicationResult Publication::run(const std::vector<std::string>& packs) {
     }
   }
   if (outstanding.empty() || isRefused(outstanding)) {
+    mark_.reset();
+    share_.shelf().removeEmpty();
     return std::move(result_);
   }
   journal_.name = share_.shelf().begin();
@@ -107,7 +111,7 @@ std::vector<GivenPack> Publication::given(const std::vector<std::string>& packs)
   for (const std::string& path : packs) {
     const std::optional<Fingerprint> print = fingerprintOfFile(files_, path);
     if (!print) {
-      throw Failure(path, system_code::kFileNotFound);
+      throw missing(path);
     }
     const std::string name = nameOf(path);
     for (const GivenPack& other : all) {
@@ -118,6 +122,14 @@ std::vector<GivenPack> Publication::given(const std::vector<std::string>& packs)
     all.push_back({path, name, *print});
   }
   return all;
+}
+
+Failure Publication::missing(const std::string& path) {
+  machine::FileFacts facts;
+  const SystemCode code = files_.look(path, facts);
+  return code == system_code::kSuccess && facts.folder
+             ? Failure(path, "è una cartella")
+             : Failure(path, code == system_code::kSuccess ? system_code::kFileNotFound : code);
 }
 
 bool Publication::isPresent(const GivenPack& pack) {
@@ -270,14 +282,23 @@ void Publication::placeAll() {
   }
 }
 
+bool Publication::isPlaced(const JournalPack& pack) const {
+  return std::any_of(placed_.begin(), placed_.end(),
+                     [&](const JournalPack& placed) { return placed.name == pack.name; });
+}
+
 /// Behind a failure. Where a start has opened a pack by now the journal stays.
 void Publication::takeBack() noexcept {
   if (!std::exchange(begun_, false)) {
     return;
   }
   try {
-    const auto isTaken = [&](const JournalPack& pack) { return share_.withdraw(journal_, pack); };
-    if (std::all_of(placed_.begin(), placed_.end(), isTaken)) {
+    bool opened = false;
+    for (const JournalPack& pack : journal_.packs) {
+      // Somebody whom the mark does not keep out may have put in its place what we did not.
+      opened = (!share_.withdraw(journal_, pack) && isPlaced(pack)) || opened;
+    }
+    if (!opened) {
       share_.shelf().remove(journal_.name);
     }
     for (const std::string& staged : staged_) {

@@ -5,6 +5,9 @@
 #include <cstdio>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <string_view>
+#include <utility>
 
 #include "base/RuntimeError.h"
 #include "base/Text.h"
@@ -44,8 +47,34 @@ Json jsonOf(const JournalFile& file) {
           {"brought", brought}};
 }
 
+void require(bool holds) {
+  if (!holds) {
+    throw std::invalid_argument("journal");
+  }
+}
+
+/// A name, or a path downward: a journal of ours leads nowhere else.
+std::string downward(const std::string& path) {
+  require(!path.empty() && path.find_first_of(":/*?\"<>|") == std::string::npos);
+  for (std::size_t from = 0; from <= path.size();) {
+    const std::size_t end = std::min(path.find('\\', from), path.size());
+    const std::string level = path.substr(from, end - from);
+    require(!level.empty() && level.find_first_not_of(". ") != std::string::npos);
+    from = end + 1;
+  }
+  return path;
+}
+
+std::string nameOnly(const std::string& name) {
+  require(name.find('\\') == std::string::npos);
+  return downward(name);
+}
+
+std::string keptName(const std::string& name) { return name.empty() ? name : nameOnly(name); }
+
 JournalFile fileOf(const Json& json) {
-  JournalFile file{json.at("path"), json.at("kept"), printOf(json.at("keptPrint")), {}};
+  JournalFile file{
+      downward(json.at("path")), keptName(json.at("kept")), printOf(json.at("keptPrint")), {}};
   for (const Json& print : json.at("brought")) {
     file.brought.push_back(printOf(print));
   }
@@ -71,12 +100,18 @@ std::string textOf(const Journal& journal) {
   return whole.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
+/// Raises std::exception for what this program has not written.
 Journal journalOf(const std::string& name, const std::string& text) {
   const Json whole = Json::parse(text);
+  require(whole.at("schema") == kSchema);
   Journal journal{name, whole.at("written"), whole.at("author"),  {},
                   {},   whole.at("folders"), whole.at("recorded")};
   for (const Json& pack : whole.at("packs")) {
-    journal.packs.push_back({pack.at("name"), printOf(pack.at("print")), pack.at("kept")});
+    journal.packs.push_back(
+        {nameOnly(pack.at("name")), printOf(pack.at("print")), keptName(pack.at("kept"))});
+  }
+  for (const std::string& folder : journal.folders) {
+    downward(folder);
   }
   for (const Json& file : whole.at("files")) {
     journal.files.push_back(fileOf(file));
@@ -84,10 +119,33 @@ Journal journalOf(const std::string& name, const std::string& text) {
   return journal;
 }
 
-bool isJournalName(const std::string& name) {
-  return name.size() > 5 && name[4] == '-' &&
-         std::all_of(name.begin(), name.begin() + 4,
-                     [](char character) { return character >= '0' && character <= '9'; });
+/// The number at the beginning of a journal's name; 0 for the name of anything else.
+int numberOf(const std::string& name) {
+  constexpr std::string_view kMoment = "-00000000-000000";
+  const std::size_t digits = name.size() - std::min(name.size(), kMoment.size());
+  if (digits < 4 || digits > 8) {
+    return 0;
+  }
+  for (std::size_t at = 0; at < name.size(); ++at) {
+    const bool digit = name[at] >= '0' && name[at] <= '9';
+    if (at >= digits && kMoment[at - digits] == '-' ? name[at] != '-' : !digit) {
+      return 0;
+    }
+  }
+  return std::stoi(name.substr(0, digits));
+}
+
+bool isAfter(const std::string& name, const std::string& other) {
+  return std::pair(numberOf(name), name) > std::pair(numberOf(other), other);
+}
+
+Journal parsed(const std::string& name, const std::string& file, const std::string& text) {
+  try {
+    return journalOf(name, text);
+  } catch (const std::exception&) {
+    throw RuntimeError(runtime_number::kInvalidFormat, "trelv",
+                       file + ": giornale danneggiato o di un altro programma");
+  }
 }
 
 std::string nameOf(int number, const machine::LocalTime& time) {
@@ -124,6 +182,8 @@ void JournalShelf::prepare() {
   makeFolder(folder_);
 }
 
+void JournalShelf::removeEmpty() { machine_.files.removeFolder(folder_); }
+
 void JournalShelf::makeFolder(const std::string& path) {
   machine::FileFacts facts;
   if (machine_.files.look(path, facts) == system_code::kSuccess && facts.folder) {
@@ -143,11 +203,12 @@ std::vector<std::string> JournalShelf::names() const {
   }
   std::vector<std::string> names;
   for (const machine::FolderEntry& entry : entries) {
-    if (entry.facts.folder && isJournalName(entry.name)) {
+    if (entry.facts.folder && numberOf(entry.name) > 0) {
       names.push_back(entry.name);
     }
   }
-  std::sort(names.begin(), names.end());
+  std::sort(names.begin(), names.end(),
+            [](const std::string& left, const std::string& right) { return isAfter(right, left); });
   return names;
 }
 
@@ -159,17 +220,12 @@ std::optional<Journal> JournalShelf::read(const std::string& name) const {
     return std::nullopt;
   }
   requireDone(code, file);
-  try {
-    return journalOf(name, text);
-  } catch (const std::exception& failure) {
-    throw RuntimeError(runtime_number::kInvalidFormat, "trelv",
-                       file + ": giornale non leggibile (" + failure.what() + ")");
-  }
+  return parsed(name, file, text);
 }
 
 std::string JournalShelf::begin() {
   const std::vector<std::string> all = names();
-  int number = all.empty() ? 0 : std::stoi(all.back().substr(0, 4));
+  int number = all.empty() ? 0 : numberOf(all.back());
   for (int tries = 0;; ++tries) {
     ++number;
     std::string name = nameOf(number, machine_.clock.now());
@@ -186,8 +242,23 @@ std::string JournalShelf::begin() {
 void JournalShelf::finish(const Journal& journal) {
   const std::string file = path(journal.name) + "\\" + kJournalFile;
   const std::string made = file + kUnderWay;
-  requireDone(machine_.files.write(made, textOf(journal)), made);
+  const std::string text = textOf(journal);
+  // What could not be read back is no journal.
+  parsed(journal.name, file, text);
+  requireDone(machine_.files.write(made, text), made);
   requireDone(machine_.files.moveFile(made, file), file);
+}
+
+bool JournalShelf::isDamaged(const std::string& name) const {
+  try {
+    read(name);
+    return false;
+  } catch (const RuntimeError& failure) {
+    if (failure.number() != runtime_number::kInvalidFormat) {
+      throw;
+    }
+    return true;
+  }
 }
 
 bool JournalShelf::isUndone(const std::string& name) const {

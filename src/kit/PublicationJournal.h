@@ -62,15 +62,20 @@ class JournalShelf {
 
   /// Makes the folder of the journals and those above it up to the server path.
   void prepare();
+  /// Removes the folder of the journals where nothing lies in it.
+  void removeEmpty();
   /// The names of all journals, oldest first, those that were never finished included.
   std::vector<std::string> names() const;
-  /// Nothing for one that was never finished.
+  /// Nothing for one that was never finished. Raises RuntimeError with the number kInvalidFormat
+  /// for one that this program has not written so.
   std::optional<Journal> read(const std::string& name) const;
   /// Makes the folder of a new journal; its name.
   std::string begin();
   /// With this the journal is finished: in one step.
   void finish(const Journal& journal);
 
+  /// Cannot be read for what it holds: it says nothing of any publication.
+  bool isDamaged(const std::string& name) const;
   bool isUndone(const std::string& name) const;
   /// Notes that the journal was taken back.
   void setUndone(const std::string& name);

@@ -38,7 +38,7 @@ std::string asGiven(std::string text, Workplace& workplace, const std::vector<st
     const GivenPath known(workplace.paths, path);
     text = replaceAll(std::move(text), known.full(), known.given());
   }
-  return text;
+  return workplace.paths.separator() == '/' ? replaceAll(std::move(text), "\\", "/") : text;
 }
 
 // --- Putting packs there
@@ -145,7 +145,8 @@ std::string textOf(const WithdrawalResult& result) {
     return "Nessuna pubblicazione da annullare.\n";
   }
   std::string text =
-      "Annullata la pubblicazione " + result.journal + "\n" +
+      "Annullata la pubblicazione " + result.journal +
+      (result.interrupted ? " (interrotta prima che un pacco fosse al suo posto)" : "") + "\n" +
       lines("Pacchi tolti prima dell'apertura:", result.withdrawn) +
       lines("File ripristinati:", result.restored) + lines("File rimossi:", result.removed) +
       lines("File modificati dopo la pubblicazione, lasciati come sono:", result.left);
@@ -189,19 +190,26 @@ Answer undoPublication(Workplace& workplace, Progress& progress, const GivenPath
 
 // --- Telling what was published
 
-std::string stateOf(const ListedJournal& listed) {
+/// How a publication stands, in the document and for a reader.
+struct JournalState {
+  const char* name;
+  const char* text;
+};
+
+JournalState stateOf(const ListedJournal& listed) {
   if (listed.undone) {
-    return "undone";
+    return {"undone", "annullata"};
   }
-  return listed.waiting.empty() ? "opened" : "waiting";
+  if (listed.damaged) {
+    return {"damaged", "giornale danneggiato"};
+  }
+  return listed.waiting.empty() ? JournalState{"opened", "aperta"}
+                                : JournalState{"waiting", "in attesa"};
 }
 
 std::string textOf(const ListedJournal& listed) {
-  const std::string state = listed.undone            ? "annullata"
-                            : listed.waiting.empty() ? "aperta"
-                                                     : "in attesa";
   std::string text = listed.journal.name + "  " + listed.journal.written + "  " +
-                     listed.journal.author + "  " + state + "\n";
+                     listed.journal.author + "  " + stateOf(listed).text + "\n";
   for (const JournalPack& pack : listed.journal.packs) {
     text += "    " + pack.name + "\n";
   }
@@ -221,7 +229,7 @@ Json jsonOf(const ListedJournal& listed) {
   return {{"name", listed.journal.name},
           {"written", listed.journal.written},
           {"author", listed.journal.author},
-          {"state", stateOf(listed)},
+          {"state", stateOf(listed).name},
           {"packs", packs},
           {"waiting", listed.waiting},
           {"replaces", replaces},
@@ -262,7 +270,7 @@ Answer Publish::run(Workplace& workplace, Progress& progress) {
   if (!undo_ && !list_ && rest_.empty()) {
     throw WrongUsage("manca PACK");
   }
-  std::vector<std::string> given = rest_;
+  std::vector<std::string> given = undo_ ? std::vector<std::string>() : rest_;
   given.push_back(host_);
   try {
     return runOn(workplace, progress);

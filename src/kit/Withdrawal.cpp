@@ -42,15 +42,41 @@ bool sharesFiles(const Journal& left, const Journal& right) {
          std::any_of(left.files.begin(), left.files.end(), hasFile);
 }
 
-std::vector<Journal> journalsNotUndone(JournalShelf& shelf) {
+/// The journals that were not taken back, latest first, down to the wanted one, else to the first;
+/// empty where the wanted one is none of them. One that is damaged may have brought anything.
+std::vector<Journal> journalsDownTo(JournalShelf& shelf, const std::optional<std::string>& wanted) {
   std::vector<Journal> journals;
-  for (const std::string& name : shelf.names()) {
-    std::optional<Journal> journal = shelf.read(name);
-    if (journal && !shelf.isUndone(name)) {
-      journals.push_back(std::move(*journal));
+  std::vector<std::string> names = shelf.names();
+  std::reverse(names.begin(), names.end());
+  for (const std::string& name : names) {
+    std::optional<Journal> journal = shelf.isUndone(name) ? std::nullopt : shelf.read(name);
+    if (!journal) {
+      continue;
+    }
+    journals.push_back(std::move(*journal));
+    if (!wanted || equalNoCase(name, *wanted)) {
+      return journals;
     }
   }
-  return journals;
+  return {};
+}
+
+/// The publication that was ended by force and is gone with the claiming; null where it was none,
+/// or not the wanted one.
+const Journal* takenBackOf(const HostShare& share, const std::optional<std::string>& wanted) {
+  const auto found = std::find_if(share.takenBack().rbegin(), share.takenBack().rend(),
+                                  [&wanted](const Journal& journal) -> bool {
+                                    return !wanted || equalNoCase(journal.name, *wanted);
+                                  });
+  return found == share.takenBack().rend() ? nullptr : &*found;
+}
+
+/// None of its packs had come to its place.
+WithdrawalResult ofInterrupted(const Journal& journal) {
+  WithdrawalResult result;
+  result.journal = journal.name;
+  result.interrupted = true;
+  return result;
 }
 
 /// One journal on its way back.
@@ -201,34 +227,36 @@ WithdrawalResult withdraw(HostShare& share, const std::optional<std::string>& na
     throw Failure(shelf.path(*name), "nessuna pubblicazione con questo nome");
   }
   const std::unique_ptr<machine::Mark> mark = share.claim();
-  std::vector<Journal> journals = journalsNotUndone(shelf);
-  const auto wanted = name               ? std::find_if(journals.begin(), journals.end(),
-                                                        [&](const Journal& journal) -> bool {
-                                            return equalNoCase(journal.name, *name);
-                                          })
-                      : journals.empty() ? journals.end()
-                                         : journals.end() - 1;
-  if (wanted == journals.end()) {
+  if (const Journal* const interrupted = takenBackOf(share, name)) {
+    return ofInterrupted(*interrupted);
+  }
+  const std::vector<Journal> journals = journalsDownTo(shelf, name);
+  if (journals.empty()) {
     return {};
   }
-  for (auto later = wanted + 1; later != journals.end(); ++later) {
-    if (sharesFiles(*wanted, *later)) {
-      throw Failure(shelf.path(wanted->name), "prima va annullata la pubblicazione " + later->name +
-                                                  ", che porta gli stessi file");
+  const Journal& wanted = journals.back();
+  for (auto later = journals.begin(); later + 1 != journals.end(); ++later) {
+    if (sharesFiles(wanted, *later)) {
+      throw Failure(shelf.path(wanted.name), "prima va annullata la pubblicazione " + later->name +
+                                                 ", che porta gli stessi file");
     }
   }
-  progress.tell("Annullamento di " + wanted->name);
-  return Withdrawal(share, *wanted).run();
+  progress.tell("Annullamento di " + wanted.name);
+  return Withdrawal(share, wanted).run();
 }
 
 std::vector<ListedJournal> listJournals(HostShare& share) {
   std::vector<ListedJournal> listed;
   for (const std::string& name : share.shelf().names()) {
+    if (share.shelf().isDamaged(name)) {
+      listed.push_back({{name, "", "", {}, {}, {}, {}}, true, share.shelf().isUndone(name), {}});
+      continue;
+    }
     std::optional<Journal> journal = share.shelf().read(name);
     if (!journal) {
       continue;
     }
-    ListedJournal each{std::move(*journal), share.shelf().isUndone(name), {}};
+    ListedJournal each{std::move(*journal), false, share.shelf().isUndone(name), {}};
     for (const JournalPack& pack : each.journal.packs) {
       if (!each.undone && share.isWaiting(pack)) {
         each.waiting.push_back(pack.name);

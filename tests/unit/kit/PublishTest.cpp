@@ -382,6 +382,114 @@ TEST_F(Publish, AnotherPublicationUnderWayIsWaitedForAndTold) {
   EXPECT_EQ(tree(), before);
 }
 
+TEST_F(Publish, RefusalLeavesNothingBehind) {
+  Tree before;
+  gather(share(), "S:", before);
+  machine().putFile("C:\\Consegne\\rotto.zip", "PK");
+  EXPECT_EQ(publish({"C:\\Consegne\\rotto.zip"}), 1);
+  EXPECT_EQ(result().dump(),
+            R"({"journal":null,"published":[],"present":[],"replaces":[],"adds":[]})");
+  Tree after;
+  gather(share(), "S:", after);
+  EXPECT_EQ(after, before);
+}
+
+TEST_F(Publish, FolderIsNoPack) {
+  machine().putFile("C:\\Consegne\\cartella.zip\\a.txt", "a");
+  EXPECT_EQ(publish({"C:\\Consegne\\cartella.zip"}), 2);
+  EXPECT_EQ(trelv.console.errors, "trelv: C:\\Consegne\\cartella.zip: è una cartella\n");
+}
+
+TEST_F(Publish, JournalThatIsDamagedIsToldAndKeepsNobodyFromPublishing) {
+  const std::string damaged = std::string(kShelf) + "\\0007-20261121-100000\\giornale.json";
+  for (const char* const text : {"", "{", "[]", "{\"schema\": \"trelv-giornale/2\"}",
+                                 "{\"schema\": \"trelv-giornale/1\"}"}) {
+    share().put(damaged, text);
+    ASSERT_EQ(publish(), 0) << trelv.console.errors;
+    ASSERT_EQ(trelv.run({"publish", kHost, "--list", "--json"}), 0);
+    EXPECT_EQ(result()["journals"].at(0)["state"], "damaged");
+    // An earlier one may have brought the same.
+    EXPECT_EQ(undo(), 0);
+    EXPECT_EQ(undo(), 2);
+    EXPECT_EQ(trelv.console.errors,
+              "trelv: " + damaged + ": giornale danneggiato o di un altro programma\n");
+    EXPECT_TRUE(share().exists(damaged));
+    share().removeTree(kShelf);
+  }
+}
+
+TEST_F(Publish, UndoBehindADamagedJournalIsRefused) {
+  publish();
+  const std::string first = result()["journal"];
+  publish({kOther});
+  const std::string second = result()["journal"];
+  const Tree before = tree();
+  share().put(std::string(kShelf) + "\\" + second + "\\giornale.json", "");
+  EXPECT_EQ(undo({first}), 2);
+  EXPECT_EQ(undo({second}), 2);
+  EXPECT_EQ(tree(), before);
+}
+
+TEST_F(Publish, JournalThatLeadsElsewhereIsNotFollowed) {
+  publish();
+  const std::string path =
+      std::string(kShelf) + "\\" + result()["journal"].get<std::string>() + "\\giornale.json";
+  const std::string whole = share().text(path);
+  open();
+  const Tree before = tree();
+  const std::string record = share().text(Installation::kServerRecord);
+  for (const auto& [from, to] :
+       std::map<std::string, std::string>{{"zb\\\\setup.exe", "..\\\\..\\\\etc\\\\agdvver.ini"},
+                                          {"zb\\\\novità", "zb\\\\..\\\\.."},
+                                          {"zb.ini", "C:\\\\zb.ini"},
+                                          {"zb-09.95.zip", "..\\\\zb-09.95.zip"},
+                                          {"\"kept\": \"2\"", "\"kept\": \"..\\\\..\\\\x\""}}) {
+    const std::string changed = replaceAll(whole, from, to);
+    ASSERT_NE(changed, whole) << from;
+    share().put(path, changed);
+    EXPECT_EQ(undo(), 2) << to;
+    EXPECT_EQ(tree(), before) << to;
+    EXPECT_EQ(share().text(Installation::kServerRecord), record);
+  }
+  share().put(path, whole);
+  EXPECT_EQ(undo(), 0);
+}
+
+TEST_F(Publish, NumbersOfJournalsGoOnBeyondFourDigits) {
+  publish({kOther});
+  const std::string first = result()["journal"];
+  share().put(std::string(kShelf) + "\\9999-20260101-000000\\giornale.json",
+              share().text(std::string(kShelf) + "\\" + first + "\\giornale.json"));
+  publish();
+  EXPECT_EQ(result()["journal"].get<std::string>().substr(0, 6), "10000-");
+  EXPECT_EQ(undo(), 0);
+  EXPECT_EQ(result()["journal"].get<std::string>().substr(0, 6), "10000-");
+}
+
+TEST_F(Publish, WhatSomebodyElseKeepsBesideTheJournalsStays) {
+  share().put(std::string(kShelf) + "\\0001-note\\leggimi.txt", "mio");
+  share().put(std::string(kShelf) + "\\elenco.txt", "mio");
+  publish();
+  undo();
+  EXPECT_EQ(share().text(std::string(kShelf) + "\\0001-note\\leggimi.txt"), "mio");
+  EXPECT_EQ(share().text(std::string(kShelf) + "\\elenco.txt"), "mio");
+}
+
+TEST_F(Publish, JournalToTakeBackIsNamedByNameOrPath) {
+  for (const char* const before : {"", "S:\\Lumo\\prg\\tempterm\\trelv\\", "./"}) {
+    publish();
+    const std::string name = result()["journal"];
+    EXPECT_EQ(undo({before + name + (*before == '\0' ? "" : "\\")}), 0);
+    EXPECT_EQ(result()["journal"], name);
+    EXPECT_EQ(undo({name}), 0);
+    EXPECT_TRUE(result()["journal"].is_null());
+  }
+  for (const char* const name : {"..", "pippo", "", "\\", "0001"}) {
+    EXPECT_EQ(undo({name}), 2) << name;
+    EXPECT_EQ(std::count(trelv.console.errors.begin(), trelv.console.errors.end(), '\n'), 1);
+  }
+}
+
 // --- Killed, failing, and two at once, at each call
 
 using MakeDelivery = std::function<void(Delivery&)>;
@@ -526,6 +634,39 @@ TEST_P(PublishDisturbed, KilledInAnyCallLeavesOldOrNewAndIsRepeatedSafely) {
       }
       EXPECT_EQ(delivery->tree(), isUndo(work) ? ends.after : ends.before) << where;
     }
+  }
+}
+
+std::size_t journalsOf(Delivery& delivery) {
+  return delivery.share().exists(kShelf) ? delivery.share().names(kShelf).size() : 0;
+}
+
+TEST_P(PublishDisturbed, UndoBehindAKilledPublicationTakesBackThatOneAlone) {
+  const Work& work = GetParam();
+  if (isUndo(work)) {
+    return;
+  }
+  const Ends ends = undisturbed(work);
+  bool reached = true;
+  for (std::size_t number = 1; reached; ++number) {
+    const std::unique_ptr<Delivery> delivery = prepared(work);
+    const std::size_t journals = journalsOf(*delivery);
+    std::string where;
+    {
+      sim::KilledMachine killed(delivery->machine(), number);
+      try {
+        work.work(*delivery);
+      } catch (const sim::Killed&) {
+      }
+      reached = killed.reached();
+      where = std::string(work.name) + ", " + killed.killedCall();
+    }
+    if (!reached || journalsOf(*delivery) == journals) {
+      continue;
+    }
+    EXPECT_EQ(delivery->undo(), 0) << where << delivery->trelv.console.errors;
+    EXPECT_EQ(delivery->tree(), ends.before) << where;
+    EXPECT_FALSE(delivery->result()["journal"].is_null()) << where;
   }
 }
 
