@@ -671,6 +671,79 @@ TEST(Explain, SectionThatTheStartDidNotReadIsNoCauseWhenTheRecordIsGone) {
   EXPECT_NE(host.explain("ZB")["cause"], "no-version");
 }
 
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  for (std::size_t from = 0; from < text.size();) {
+    const std::size_t end = text.find('\n', from) + 1;
+    lines.push_back(text.substr(from, end - from));
+    from = end;
+  }
+  return lines;
+}
+
+TEST(Explain, UpdateThatTheStartDidNotReadIsNoCauseWhereNothingIsRecorded) {
+  PlantedHost host;
+  host.configure("ZB", {{"Update01", "", {"S:\\Lumo\\server.exe"}, {"S:\\Lumo\\client.exe"}}});
+  host.record("ZB", "");
+  host.startFor("ZB");
+  EXPECT_NE(host.explain("ZB")["cause"], "no-version");
+}
+
+TEST(Explain, LogThatIsCutBehindAProductIsNoCauseOfIt) {
+  PlantedHost host;
+  host.putFirst("ZM");
+  host.record("LUDA", PlantedHost::kOld);
+  host.share().putProgram("S:\\Lumo\\server.exe", [](sim::SimProcess&) -> std::uint32_t {
+    throw sim::Killed(sim::Unfinished::NotBegun);
+  });
+  try {
+    host.startFor("ZM");
+  } catch (const sim::Killed&) {
+  }
+  EXPECT_EQ(host.explain("LUDA")["cause"], "log-cut");
+  EXPECT_EQ(host.explain("ZM")["cause"], "up-to-date");
+}
+
+TEST(Explain, LogWhoseUpdateWasStoppedIsNotCut) {
+  PlantedHost host;
+  host.order = {"LUDA", "ZB"};
+  host.putCatalogue();
+  host.record("LUDA", PlantedHost::kOld);
+  host.share().putProgram("S:\\Lumo\\server.exe", [](sim::SimProcess& process) -> std::uint32_t {
+    process.machine().programs().endSession();
+  });
+  try {
+    host.startFor("ZM");
+  } catch (const sim::Killed&) {
+    host.machine().startSession();
+  }
+  EXPECT_EQ(host.explain("ZM")["cause"], "not-in-catalogue");
+  EXPECT_EQ(host.explain("ZB")["cause"], "run-stopped-earlier");
+}
+
+TEST(Explain, StopBehindWhichTheStartWentOnIsNotItsOwn) {
+  PlantedHost host;
+  host.putFirst("LUDA");
+  host.machine().removeTree(PlantedHost::kLog);
+  host.startFor("ZM");
+  std::vector<std::string> lines = linesOf(host.machine().fileText(PlantedHost::kLog));
+  const auto isSearch = [](const std::string& line) -> bool {
+    return line.find("Inizio verifica presenza di pacchi zip") != std::string::npos;
+  };
+  const auto first = std::find_if(lines.begin(), lines.end(), isSearch);
+  const std::string stop = first->substr(0, first->find(" -- ") + 4) +
+                           "Gestione ProdTrelv - esecuzione non effettuata per presenza altre "
+                           "sessioni: Tipo=Update - Oggetto=Server - Comando=x\r\n";
+  lines.erase(std::find_if(first + 6, lines.end(), isSearch), lines.end());
+  lines.insert(std::find_if(lines.begin(), lines.end(), isSearch) + 1, stop);
+  std::string text;
+  for (const std::string& line : lines) {
+    text += line;
+  }
+  host.machine().putFile(PlantedHost::kLog, text);
+  EXPECT_EQ(host.explain("LUDA")["cause"], "unknown");
+}
+
 TEST(Explain, LogThatEndsAnywhereIsNeverExplainedWrongly) {
   PlantedHost host;
   host.putFirst("ZM");
@@ -766,16 +839,6 @@ TEST(Explain, StartInWhichOneOfAnotherKindBeganIsNotTakenForCut) {
                            whole.substr(0, at + 2) + other + whole.substr(at + 2));
     EXPECT_THAT(host.causeOf("ZM"), testing::AnyOf("unknown", "up-to-date")) << at;
   }
-}
-
-std::vector<std::string> linesOf(const std::string& text) {
-  std::vector<std::string> lines;
-  for (std::size_t from = 0; from < text.size();) {
-    const std::size_t end = text.find('\n', from) + 1;
-    lines.push_back(text.substr(from, end - from));
-    from = end;
-  }
-  return lines;
 }
 
 /// The lines of both in their orders; the last one's first line comes behind the other's.
