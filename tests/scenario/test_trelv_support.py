@@ -5,6 +5,7 @@ import json
 import re
 import shutil
 import subprocess
+import zipfile
 
 import pytest
 
@@ -33,14 +34,14 @@ class Trelv:
         folder.mkdir(parents=True, exist_ok=True)
         shutil.copy(station.prefix.build.release / "trelv.exe", folder)
 
-    def run(self, *arguments, debug="-all"):
+    def run(self, *arguments, debug="-all", stdout=subprocess.PIPE):
         """A finished process with what it wrote."""
         prefix = self.station.prefix
         return subprocess.run(
             [*prefix._as_a_user(), windows.PROJECT / "tools/wine",
              "C:\\Lumo\\Manager\\trelv.exe", *arguments],
             cwd=prefix.disk, env={**prefix.environment, "WINEDEBUG": debug}, timeout=120,
-            stdin=subprocess.DEVNULL, capture_output=True, check=False)
+            stdin=subprocess.DEVNULL, stdout=stdout, stderr=subprocess.PIPE, check=False)
 
     def result(self, *arguments, exit_code):
         done = self.run(*arguments, "--json")
@@ -68,6 +69,14 @@ def trelv(installed):
 
 def put_lock(station):
     installation.write_text(station.server_lock, TAKEN + "\n")
+
+
+def pack(station):
+    """A pack that brings a file, beside trelv."""
+    path = station.manager_folder / "novità.zip"
+    with zipfile.ZipFile(path, "w") as archive:
+        archive.writestr("prg/com/setup/aggdovra/bilancio/perché.txt", "testo")
+    return f"C:\\Lumo\\Manager\\{path.name}"
 
 
 def all_files(station):
@@ -159,13 +168,31 @@ def test_what_a_start_met_is_explained_from_its_log(installed, trelv):
     assert found["cause"] == "up-to-date"
 
 
+def test_a_lock_that_is_read_only_stays(installed, trelv):
+    put_lock(installed)
+    installed.server_lock.chmod(0o444)
+    assert trelv.run("locks", HOST, "--remove", "--yes").returncode == 2
+    assert installed.server_lock.exists()
+    installed.server_lock.chmod(0o644)
+    assert trelv.run("locks", HOST, "--remove", "--yes").returncode == 0
+    assert not installed.server_lock.exists()
+
+
+def test_an_answer_that_cannot_be_written_is_a_failure(trelv):
+    with open("/dev/full", "wb") as full:
+        done = trelv.run("verify", HOST, stdout=full)
+    assert done.returncode == 2
+    assert done.stderr.decode("utf-8") == "trelv: standard output: Disco pieno\n"
+
+
 def test_what_only_reads_changes_nothing_and_is_in_nobodys_way(installed, trelv):
     installed.offer(ZB, NEW)
     installed.start()
     put_lock(installed)
+    assert trelv.run("publish", HOST, pack(installed)).returncode == 0
     before = all_files(installed)
     log = installed.facts["temporary"] + "log\\TrelvManager.log"
-    for arguments in (("locks", HOST), ("verify", HOST),
+    for arguments in (("locks", HOST), ("verify", HOST), ("publish", HOST, "--list"),
                       ("explain", "ZB", "--host", HOST, "--log", log)):
         openings = trelv.openings(*arguments)
         assert openings, "the trace has no opening of the host's files"
@@ -179,16 +206,47 @@ def test_what_only_reads_changes_nothing_and_is_in_nobodys_way(installed, trelv)
 
 def test_whoever_may_only_read_gets_the_same(installed, trelv):
     installed.offer(ZB, NEW)
+    installed.write_catalogue(ZB)
     put_lock(installed)
-    whole = {verb: trelv.run(verb, HOST, "--json").stdout for verb in ("verify",)}
+    installed.run(f"{INTEGRATED} MVBIL")
+    packed = pack(installed)
+    assert trelv.run("publish", HOST, packed).returncode == 0
+    log = installed.facts["temporary"] + "log\\TrelvManager.log"
+    reading = (("verify", HOST), ("locks", HOST), ("publish", HOST, "--list"),
+               ("explain", "ZB", "--host", HOST, "--log", log))
+
+    def told():
+        # The lock grows older.
+        return [(done.returncode, re.sub(rb'"age": \d+', b"", done.stdout))
+                for done in (trelv.run(*arguments, "--json") for arguments in reading)]
+
+    whole = told()
+    assert [code for code, _ in whole] == [1, 1, 0, 1]
     modes = {path: path.stat().st_mode for path in installed.share.rglob("*")}
     for path in modes:
         path.chmod(0o555 if path.is_dir() else 0o444)
     try:
-        for verb, text in whole.items():
-            assert trelv.run(verb, HOST, "--json").stdout == text
+        assert told() == whole
         assert trelv.run("locks", HOST, "--remove", "--yes").returncode == 2
         assert installed.server_lock.exists()
+        refused = trelv.run("publish", HOST, "--undo")
+        assert refused.returncode == 2
+        assert refused.stderr.decode("utf-8").startswith("trelv: ")
     finally:
         for path, mode in modes.items():
             path.chmod(mode)
+
+
+def test_a_publication_is_opened_by_a_start_and_taken_back(installed, trelv):
+    brought = installed.share / "Lumo/prg/com/setup/aggdovra/bilancio/perché.txt"
+    packed = pack(installed)
+    result = trelv.result("publish", HOST, packed, exit_code=0)
+    assert list(result) == ["journal", "published", "present", "replaces", "adds"]
+    assert (result["published"], result["adds"]) == (["novità.zip"], ["bilancio\\perché.txt"])
+    installed.start()
+    assert brought.exists()
+    assert trelv.result("publish", HOST, packed, exit_code=0)["present"] == ["novità.zip"]
+    [listed] = trelv.result("publish", HOST, "--list", exit_code=0)["journals"]
+    assert (listed["name"], listed["state"]) == (result["journal"], "opened")
+    assert trelv.result("publish", HOST, "--undo", exit_code=0)["removed"] == result["adds"]
+    assert not brought.exists()
