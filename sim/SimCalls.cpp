@@ -63,6 +63,9 @@ std::optional<SystemCode> SimCalls::enter(CallKind kind, const std::string& meth
                            (detail.empty() ? "" : " " + detail);
   const SimCall call{calls_.size() + 1, kind, text, path, target};
   calls_.push_back(call);
+  if (turns_) {
+    turns_(call);
+  }
   runHooks(call);
   return injector_ ? injector_(call) : std::nullopt;
 }

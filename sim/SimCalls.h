@@ -133,6 +133,9 @@ class SimCalls {
   /// Looks at a call before it is carried out; a code makes it fail with that code, or in the way
   /// that its interface has for failing.
   using Injector = std::function<std::optional<SystemCode>(const SimCall&)>;
+  /// Runs before each call is carried out. Where programs run at once others may have their turn
+  /// meanwhile.
+  using Turns = std::function<void(const SimCall&)>;
 
   /// Records a call and runs the hooks that wait for it. `detail` only adds to its text. The
   /// injected code, or nothing.
@@ -155,6 +158,8 @@ class SimCalls {
   /// Runs `hook` once, just before the next call whose text begins like this (no regard to case).
   void onCall(const std::string& beginning, Hook hook);
   /// Null takes it away.
+  void setTurns(Turns turns) { turns_ = std::move(turns); }
+  /// Null takes it away.
   void setInjector(Injector injector) { injector_ = std::move(injector); }
 
   /// The program was killed: whatever it still asks is refused with code 5 and leaves no trace.
@@ -167,6 +172,7 @@ class SimCalls {
   std::vector<SimCall> calls_;
   std::multimap<std::size_t, Hook> numberHooks_;
   std::vector<std::pair<std::string, Hook>> textHooks_;
+  Turns turns_;
   Injector injector_;
   bool dead_ = false;
 };

@@ -1,5 +1,6 @@
 #include "sim/SimExclusion.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -32,8 +33,11 @@ SystemCode SimExclusion::take(const std::string& path, const std::string& text,
     std::exchange(hook_, nullptr)();
     code = open(path, text, mark);
   }
-  if (code == kSharingViolation) {
-    clock_.advance(milliseconds / 1000);
+  constexpr std::uint32_t kBetweenLooks = 100;
+  for (std::uint32_t waited = 0; code == kSharingViolation && waited < milliseconds;
+       waited += kBetweenLooks) {
+    clock_.wait(std::min(kBetweenLooks, milliseconds - waited));
+    code = open(path, text, mark);
   }
   return code;
 }

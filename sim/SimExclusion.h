@@ -23,8 +23,8 @@ class SimExclusion : public machine::Exclusion {
   SystemCode take(const std::string& path, const std::string& text, std::uint32_t milliseconds,
                   std::unique_ptr<machine::Mark>& mark) override;
 
-  /// Runs `hook` once when a program next waits for a mark; then the mark is asked for again. A
-  /// wait in which nobody frees it lasts until its end: the clock moves on.
+  /// Runs `hook` once when a program next waits for a mark; then the mark is asked for again. While
+  /// it waits the clock moves on; a wait in which nobody frees the mark lasts until its end.
   void onWait(Hook hook) { hook_ = std::move(hook); }
   /// Somebody else takes a mark, for as long as the answer lives.
   [[nodiscard]] std::unique_ptr<machine::Mark> takeForAnother(const std::string& path,

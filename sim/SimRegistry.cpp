@@ -160,6 +160,11 @@ SimRegistry::SimRegistry(SimCalls& calls)
       currentUser_(std::make_shared<SimRegistryNode>()),
       localMachine_(std::make_shared<SimRegistryNode>()) {}
 
+void SimRegistry::shareKeysOf(const SimRegistry& other) {
+  currentUser_ = other.currentUser_;
+  localMachine_ = other.localMachine_;
+}
+
 SystemCode SimRegistry::openKey(Hive hive, const std::string& path, std::uint32_t access,
                                 std::unique_ptr<machine::RegistryKey>& key) {
   const std::string full = hiveName(hive) + "\\" + path;

@@ -36,6 +36,10 @@ class SimRegistry : public machine::Registry {
   SystemCode createKey(machine::Hive hive, const std::string& path, std::uint32_t access,
                        std::unique_ptr<machine::RegistryKey>& key) override;
 
+  /// Makes this the registry of another process on the same computer: both see the same keys.
+  void shareKeysOf(const SimRegistry& other);
+  bool sharesKeysOf(const SimRegistry& other) const { return localMachine_ == other.localMachine_; }
+
   // For tests, without a trace in the calls.
 
   /// Makes a key and its parents.

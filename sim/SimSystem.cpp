@@ -139,7 +139,15 @@ VersionRecord versionOf(WindowsEdition edition) {
 
 void SimClock::pause(std::uint32_t milliseconds) {
   paused_ += milliseconds;
-  pass(milliseconds);
+  wait(milliseconds);
+}
+
+void SimClock::wait(std::uint32_t milliseconds) {
+  if (sleeper_) {
+    sleeper_(milliseconds);
+  } else {
+    pass(milliseconds);
+  }
 }
 
 void SimClock::advance(std::uint32_t seconds) { pass(seconds * std::uint64_t{kPerSecond}); }

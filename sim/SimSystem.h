@@ -23,6 +23,13 @@ class SimClock : public machine::Clock {
   /// Local time is universal time here.
   machine::LocalTime localTime(std::uint64_t moment) override;
   void pause(std::uint32_t milliseconds) override;
+  /// Time that the program spends waiting for somebody else, not counted as a pause of its own.
+  void wait(std::uint32_t milliseconds);
+  /// Who lets time pass when a program pauses or waits: gets the milliseconds and returns when they
+  /// are over, having moved this clock with pass(). Null: nobody, the clock just moves on.
+  void setSleeper(std::function<void(std::uint32_t)> sleeper) { sleeper_ = std::move(sleeper); }
+  /// So much time is over.
+  void pass(std::uint64_t milliseconds);
   void set(const machine::LocalTime& time) { now_ = time; }
   /// Forward only.
   void advance(std::uint32_t seconds);
@@ -33,7 +40,6 @@ class SimClock : public machine::Clock {
   std::uint64_t paused() const { return paused_; }
 
  private:
-  void pass(std::uint64_t milliseconds);
   void moveTo(std::uint64_t elapsed);
 
   machine::LocalTime now_{2026, 11, 16, 9, 30, 0};
@@ -41,6 +47,7 @@ class SimClock : public machine::Clock {
   std::uint64_t elapsed_ = 0;
   std::uint64_t paused_ = 0;
   std::multimap<std::uint64_t, std::function<void()>> events_;
+  std::function<void(std::uint32_t)> sleeper_;
 };
 
 enum class Language { Italian, English };

@@ -101,5 +101,25 @@ TEST_F(SimCallsTest, AHookMayCallTheSameMachine) {
               ElementsAre("files.write C:\\outer.txt", "files.write C:\\inner.txt"));
 }
 
+TEST_F(SimCallsTest, OthersHaveTheirTurnBeforeACallIsCarriedOut) {
+  std::vector<std::string> seen;
+  machine_.callLog().setTurns([&](const SimCall& call) {
+    seen.push_back(call.text);
+    machine_.putFile("C:\\a.txt", "theirs");
+  });
+  EXPECT_EQ(read("C:\\a.txt"), "theirs");
+  machine_.callLog().setTurns(nullptr);
+  read("C:\\a.txt");
+  EXPECT_THAT(seen, ElementsAre("files.read C:\\a.txt"));
+}
+
+TEST_F(SimCallsTest, AMarkThatIsFreedWhileSomebodyWaitsForItIsHis) {
+  std::unique_ptr<machine::Mark> theirs = machine_.exclusion().takeForAnother("C:\\a.lck", "x");
+  machine_.clock().after(700, [&] { theirs.reset(); });
+  std::unique_ptr<machine::Mark> ours;
+  EXPECT_EQ(machine_.exclusion().take("C:\\a.lck", "y", 3000, ours), kSuccess);
+  EXPECT_NE(ours, nullptr);
+}
+
 }  // namespace
 }  // namespace trelv::sim

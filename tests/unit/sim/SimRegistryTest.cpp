@@ -60,5 +60,14 @@ TEST_F(SimRegistryTest, DumpTellsEverything) {
             "HKLM\\SOFTWARE\\LUMO\\Programmi: PathLocale=C:\\Lumo\n");
 }
 
+TEST_F(SimRegistryTest, TwoProcessesOfOneComputerSeeTheSameKeys) {
+  SimMachine other;
+  other.registry().shareKeysOf(registry_);
+  registry_.setText(Hive::LocalMachine, kPath, "v", "abc");
+  EXPECT_EQ(other.registry().text(Hive::LocalMachine, kPath, "v"), "abc");
+  EXPECT_TRUE(other.registry().sharesKeysOf(registry_));
+  EXPECT_FALSE(SimMachine().registry().sharesKeysOf(registry_));
+}
+
 }  // namespace
 }  // namespace trelv::sim

@@ -188,5 +188,19 @@ TEST(SimClock, APauseMovesTheClockAndWhatIsDueHappensInItsOrder) {
   EXPECT_EQ(clock.paused(), 2100U);
 }
 
+TEST(SimClock, WhoeverSleepsForTheProgramLetsTimePass) {
+  SimClock clock;
+  std::vector<std::uint32_t> slept;
+  clock.setSleeper([&](std::uint32_t milliseconds) {
+    slept.push_back(milliseconds);
+    clock.pass(5000);
+  });
+  clock.pause(400);
+  clock.wait(100);
+  EXPECT_EQ(slept, (std::vector<std::uint32_t>{400, 100}));
+  EXPECT_EQ(clock.now().second, 10);
+  EXPECT_EQ(clock.paused(), 400U) << "waiting is no pause of the program's own";
+}
+
 }  // namespace
 }  // namespace trelv::sim
