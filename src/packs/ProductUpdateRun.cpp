@@ -185,8 +185,8 @@ void ProductUpdate::freeLock(const std::string& failureText) {
   std::set<std::string>& told = program_.state.packs.locksLeftAlone;
   resumeNext(
       [&]() -> void {
-        if (told.count(lockPath_) == 0 && modLibrary::FileExists(program_, lockPath_)) {
-          program_.fileSystem.deleteFile(lockPath_, false);
+        if (told.count(lockPath_) == 0 && modLibrary::FileExists(program_, lockPath_) &&
+            program_.fileSystem.deleteFileIfThere(lockPath_, false)) {
           program_.log.WriteLog("Cancellazione file: " + lockPath_ + " effettuata con successo");
         }
       },

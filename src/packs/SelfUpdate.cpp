@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -26,6 +27,9 @@ constexpr const char* kDownloadMark = "Zone.Identifier";
 /// Another workstation may put its own program there, or put one aside, between any two steps.
 constexpr int kMostRounds = 3;
 
+/// So long an update waits for another one, in milliseconds: a copy over a slow line.
+constexpr std::uint32_t kLongestWait = 10'000;
+
 /// A program that was put aside: where it lies, and what its name says of it.
 constexpr const char* kAsideEnding = ".old";
 constexpr const char* kTemporaryEnding = ".tmp";
@@ -40,6 +44,7 @@ class SelfUpdate {
   void removeOwnTemporaries();
 
  private:
+  std::unique_ptr<machine::Mark> takeTurn();
   void removeLeftovers();
   void removeLeftoversIn(const std::string& folder);
   bool isLeftover(const std::string& file) const;
@@ -114,6 +119,7 @@ SelfUpdate::SelfUpdate(Program& program, const std::string& serverPath)
 
 void SelfUpdate::run() {
   program_.log.WriteLog("Gestione ProdTrelv - Copia Trelvmanager.Exe su " + clientCopyFolder_);
+  const std::unique_ptr<machine::Mark> turn = takeTurn();
   // An update that was ended by force may have left some, a program that was put aside may have
   // ended since.
   removeLeftovers();
@@ -123,6 +129,17 @@ void SelfUpdate::run() {
   stampEnvironmentFile();
 }
 
+/// Two updates that compare and copy at once could leave the older program. Who cannot have his
+/// turn goes on all the same: programs of before know of none.
+std::unique_ptr<machine::Mark> SelfUpdate::takeTurn() {
+  std::unique_ptr<machine::Mark> turn;
+  if (calls_.mayAddFile(temporaryFolder_) == system_code::kSuccess) {
+    program_.machine.exclusion.take(temporaryFolder_ + "\\" + name_ + ".lck", whose_, kLongestWait,
+                                    turn);
+  }
+  return turn;
+}
+
 void SelfUpdate::removeOwnTemporaries() {
   removeTemporary(newProgram_);
   removeTemporary(addedProgram_);
@@ -130,16 +147,11 @@ void SelfUpdate::removeOwnTemporaries() {
 }
 
 void SelfUpdate::removeTemporary(const std::string& path) {
-  resumeNext(
-      [&]() -> void {
-        if (files_.fileExists(path)) {
-          files_.deleteFile(path, true);
-        }
-      },
-      [&](const RuntimeError& failure) -> void {
-        program_.log.WriteLog("Gestione ProdTrelv - File temporaneo non rimosso: " + path + " (" +
-                              failure.description() + ")");
-      });
+  resumeNext([&]() -> void { files_.deleteFileIfThere(path, true); },
+             [&](const RuntimeError& failure) -> void {
+               program_.log.WriteLog("Gestione ProdTrelv - File temporaneo non rimosso: " + path +
+                                     " (" + failure.description() + ")");
+             });
 }
 
 void SelfUpdate::removeLeftovers() {

@@ -169,6 +169,23 @@ void FileSystemObject::deleteFile(const std::string& path, bool force) {
   removeOneFile(files_, path, facts.readOnly, force);
 }
 
+bool FileSystemObject::deleteFileIfThere(const std::string& path, bool force) {
+  machine::FileFacts facts;
+  const SystemCode looked = files_.look(path, facts);
+  if (meansMissing(looked) || (looked == system_code::kSuccess && facts.folder)) {
+    return false;
+  }
+  require(looked, path);
+  if (facts.readOnly && force) {
+    require(files_.setReadOnly(path, false), path);
+  }
+  const SystemCode code = files_.removeFile(path);
+  if (!meansMissing(code)) {
+    require(code, path);
+  }
+  return !meansMissing(code);
+}
+
 void FileSystemObject::deleteFolder(const std::string& path, bool force) {
   const std::string folder = bareFolder(path);
   if (isRoot(folder)) {

@@ -33,6 +33,8 @@ class FileSystemObject {
 
   /// Deletes one file; raises 53 when missing, 70 when read-only (unless `force`).
   void deleteFile(const std::string& path, bool force);
+  /// The same, false where it is missing, also when somebody else deletes it at that moment.
+  bool deleteFileIfThere(const std::string& path, bool force);
 
   /// Deletes a folder with everything in it, read-only content included when `force`. A link or
   /// junction, the folder itself included, is removed and what it points to left alone. Raises 76

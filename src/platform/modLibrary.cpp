@@ -282,11 +282,9 @@ void CreaKvarTemp(Program& program, const std::string& folder) {
 
 bool DeleteFile(Program& program, const std::string& path) {
   return guarded(program, "DeleteFile", "Errore in cancellazione file: ", false, [&]() -> bool {
-    if (!FileExists(program, path)) {
-      return false;
-    }
-    program.fileSystem.deleteFile(path, false);
-    if (FileExists(program, path)) {
+    // Another session may delete it between the look and the deletion.
+    if (!FileExists(program, path) || !program.fileSystem.deleteFileIfThere(path, false) ||
+        FileExists(program, path)) {
       return false;
     }
     program.log.WriteLog("Cancellazione file: " + path + " effettuata con successo");

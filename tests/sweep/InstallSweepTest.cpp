@@ -68,6 +68,10 @@ const CallTable<Outcome> kOutcomes{
      "Errore in installazione singolo prodotto integrato: ", Work::NotDone},
     // The pack.
     {"system.userName", nullptr, Work::Done, "the mark of the work folder tells no name"},
+    {"exclusion.take S:\\Lumo\\prg\\tempterm", nullptr, Work::Done,
+     "the self-update goes on without its turn"},
+    {"files.mayAddFile S:\\Lumo\\prg\\tempterm", nullptr, Work::Done,
+     "the self-update goes on without its turn"},
     {"exclusion.take", "nessun pacco viene aperto", Work::NotDone},
     {"files.read S:\\Lumo\\TrelvManager.lck", "Errore in Apertura Pacco ", Work::NotDone,
      "the target may be the work folder under another name"},

@@ -637,6 +637,15 @@ TEST_F(PackExtraction, AFailingPackIsTriedAndShownOncePerProcessWhateverCaseItsF
   EXPECT_EQ(boxes().size(), 2U);
 }
 
+TEST_F(PackExtraction, APackThatAnotherWorkstationDeletesFirstIsNoFailure) {
+  putPacks("a");
+  machine_.onCall("files.removeFile " + inSetup("a.zip"),
+                  [&] { machine_.removeTree(inSetup("a.zip")); });
+  EXPECT_TRUE(scan());
+  EXPECT_THAT(program_.reports(), IsEmpty());
+  EXPECT_EQ(brought("a.ini"), "a");
+}
+
 TEST_F(PackExtraction, AFailingPackThatIsReplacedIsTriedAgain) {
   put("a.zip", packBytes({}, 2));
   scan();

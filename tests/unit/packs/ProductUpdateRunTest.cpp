@@ -430,6 +430,18 @@ TEST_F(UpdateRun, WithoutWorkFreesTheLockOfAnotherSession) {
   EXPECT_THAT(boxes(), IsEmpty());
 }
 
+TEST_F(UpdateRun, LockThatItsOwnerRemovesAtTheSameMomentIsNoFailure) {
+  share().put(kLock, "other");
+  configure(section("Update01", "01.00", "a.exe"));
+  version_ = "01.00";
+  machine().onCall(std::string("files.removeFile ") + kLock, [&] { share().removeTree(kLock); });
+  EXPECT_TRUE(updateServer());
+  EXPECT_THAT(reports(), IsEmpty());
+  for (const std::string& line : lines()) {
+    EXPECT_EQ(line.find("non rimosso"), std::string::npos) << line;
+  }
+}
+
 /// Why the lock cannot be taken, and the line that tells it last but for its end.
 struct Obstacle : Row {
   void (*arrange)(UpdateRun&);

@@ -159,11 +159,11 @@ TEST_F(SelfUpdate, CopiesUnderTheNameOfTheRunningProgram) {
 TEST_F(SelfUpdate, PutsItInPlaceByOneRenameFromTheServersTemporaryFolder) {
   machine().onCall("files.replaceFile", [&] {
     EXPECT_EQ(clientCopy(), "il vecchio");
-    EXPECT_THAT(temporaries(), ElementsAre("TrelvManager-STAZIONE-1-4711.tmp"));
+    EXPECT_THAT(temporaries(), ElementsAre("TrelvManager.lck", "TrelvManager-STAZIONE-1-4711.tmp"));
     EXPECT_THAT(share().names(kClientCopyFolder), ElementsAre("TrelvManager.exe"));
     machine().onCall("files.replaceFile", [&] {
       EXPECT_EQ(ambver(), "AMB0001 01/02/08 10:11\r\n");
-      EXPECT_THAT(temporaries(), ElementsAre("ambver-STAZIONE-1-4711.tmp"));
+      EXPECT_THAT(temporaries(), ElementsAre("TrelvManager.lck", "ambver-STAZIONE-1-4711.tmp"));
     });
   });
   update();
@@ -679,6 +679,28 @@ TEST_F(SelfUpdate, TwoWorkstationsAtOnceBothSucceedAndLeaveOtherTemporariesAlone
   EXPECT_THAT(reports(), IsEmpty());
   EXPECT_THAT(other.program().reports(), IsEmpty());
   EXPECT_THAT(temporaries(), ElementsAre("TrelvManager-TERZA-1-7.tmp", "agdv.lck"));
+}
+
+TEST_F(SelfUpdate, WaitsForAnotherOneAndDoesNotPutTheOlderProgramOverTheNewer) {
+  std::unique_ptr<machine::Mark> theirs =
+      machine().exclusion().takeForAnother("S:\\Lumo\\prg\\tempterm\\TrelvManager.lck", "x");
+  machine().clock().after(2000, [&] {
+    putClientCopy("dell'altra", {2009, 3, 2, 12, 0, 0});
+    theirs.reset();
+  });
+  update();
+  EXPECT_EQ(clientCopy(), "dell'altra");
+  EXPECT_THAT(lines(), ElementsAre(kCopyLine, kNotCopied, kStampLine));
+  EXPECT_THAT(temporaries(), IsEmpty());
+}
+
+TEST_F(SelfUpdate, WithoutItsTurnGoesOnAllTheSame) {
+  const std::unique_ptr<machine::Mark> theirs =
+      machine().exclusion().takeForAnother("S:\\Lumo\\prg\\tempterm\\TrelvManager.lck", "x");
+  update();
+  EXPECT_EQ(clientCopy(), "il nuovo");
+  EXPECT_EQ(machine().clock().now().second, 9) << "ten seconds later";
+  EXPECT_THAT(reports(), IsEmpty());
 }
 
 // --- The environment file

@@ -232,6 +232,14 @@ TEST_F(Deleting, WhatIsMissingIsSilentAndNoSuccessForAFileOnly) {
   EXPECT_TRUE(sim.folderExists("C:\\d"));
 }
 
+TEST_F(Deleting, AFileThatAnotherSessionDeletesFirstCountsAsMissing) {
+  sim.putFile("C:\\a.txt", "x");
+  sim.onCall("files.removeFile", [&] { sim.removeTree("C:\\a.txt"); });
+  EXPECT_FALSE(DeleteFile(program, "C:\\a.txt"));
+  EXPECT_THAT(program.lines(), IsEmpty());
+  EXPECT_THAT(program.reports(), IsEmpty());
+}
+
 TEST_F(Deleting, AFileThatStaysIsReportedAndLogged) {
   sim.putFile("C:\\a.txt", "x");
   sim.diskOf("C:\\").setReadOnly("C:\\a.txt");
