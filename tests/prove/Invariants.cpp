@@ -172,6 +172,8 @@ const char* nameOf(Invariant invariant) {
       return "nothing-half";
     case Invariant::LocksGo:
       return "locks-go";
+    case Invariant::LocksRespected:
+      return "locks-respected";
     case Invariant::NothingElseDeleted:
       return "nothing-else-deleted";
     case Invariant::OthersSurvive:
@@ -180,6 +182,8 @@ const char* nameOf(Invariant invariant) {
       return "failure-told";
     case Invariant::ToldOnce:
       return "told-once";
+    case Invariant::ToldForAReason:
+      return "told-for-a-reason";
     case Invariant::ScreenIsFree:
       return "screen-is-free";
     case Invariant::Heals:

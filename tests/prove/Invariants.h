@@ -23,6 +23,8 @@ enum class Invariant {
   NothingHalf,
   /// No lock of a run outlives it, unless the run was killed.
   LocksGo,
+  /// Who takes a lock has looked, and found none.
+  LocksRespected,
   /// Nothing is deleted outside the folders that the operation names.
   NothingElseDeleted,
   /// What other workstations and other programs wrote survives.
@@ -31,6 +33,8 @@ enum class Invariant {
   FailureTold,
   /// A failure is not told twice.
   ToldOnce,
+  /// Nothing is told as a failure where none was.
+  ToldForAReason,
   /// Nothing of the program stays on the screen.
   ScreenIsFree,
   /// After enough starts without faults the world is that of an undisturbed run.

@@ -4,6 +4,7 @@
 
 #include "prove/CommandLine.h"
 #include "prove/Faults.h"
+#include "prove/WeaveProof.h"
 
 namespace trelv::tests {
 namespace {
@@ -20,6 +21,16 @@ constexpr std::array kProofs{
           "ended before each call and within each that writes, then started until nothing is left "
           "to do",
           200, 2, 180, proveKills},
+    Proof{"weave",
+          "programs that run at once do each other no harm, and end as one after the other",
+          "meetings of workstations, sessions and processes: the turn changes before any call that "
+          "another one minds, once, twice, and three times drawn by chance",
+          kSeedsOfMeetings, kMeetings, 30, proveInterleavings},
+    Proof{
+        "weeks", "a week of forty workstations and sixty sessions leaves nothing to mend",
+        "starts at once, packs, installations, failures, kills and a share that vanishes, all from "
+        "a seed; then everybody starts once more",
+        2000, 20, 10, proveWeeks},
 };
 
 }  // namespace

@@ -39,6 +39,7 @@ class MediumStation {
   sim::SimDisk& medium() { return *medium_; }
   sim::SimDisk& share() { return installation_.share(); }
   Station& station() { return station_; }
+  Installation& installation() { return installation_; }
   /// The process of the manager that runs, or ran last.
   RealProgram& program() { return *process_; }
   SessionState& session() { return process_->state().session; }

@@ -58,6 +58,9 @@ std::uint32_t PackPrograms::unpack(sim::SimProcess& process, const std::string& 
     if (onFile) {
       onFile(full);
     }
+    if (onFileOf) {
+      onFileOf(machine, full);
+    }
   }
   return exitCode;
 }

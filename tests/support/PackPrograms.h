@@ -29,6 +29,9 @@ class PackPrograms {
 
   /// Runs after each file that a program wrote, with its path.
   std::function<void(const std::string&)> onFile;
+  /// The same with the machine that the program runs on: processes of one computer share its disk,
+  /// and with it the programs.
+  std::function<void(sim::SimMachine&, const std::string&)> onFileOf;
 
  private:
   std::uint32_t unpack(sim::SimProcess& process, const std::string& pack,

@@ -1,0 +1,115 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "prove/Weave.h"
+#include "prove/WeaveAccess.h"
+#include "sweep/Sweep.h"
+
+namespace trelv::tests {
+
+/// Programs that run at once, and what must hold when all have ended. Made afresh for each
+/// schedule; the same calls are made in the same order wherever the turns are the same.
+class WovenWorld {
+ public:
+  virtual ~WovenWorld() = default;
+
+  virtual std::vector<Weave::Program> programs() = 0;
+  /// A call of a program is carried out now.
+  virtual void observe(std::size_t /*program*/, const sim::SimCall& /*call*/) {}
+  virtual void judge(Findings& findings) = 0;
+  /// Was it so that the end may be another one by design? Asked before end().
+  virtual bool mayEndOtherwise() { return false; }
+  /// What the world is like when each workplace has been started once more. Two ends that are alike
+  /// are the same text.
+  virtual std::string end() = 0;
+};
+
+/// One kind of meeting.
+struct Meeting {
+  const char* name;
+  std::function<std::unique_ptr<WovenWorld>()> make;
+  /// The programs differ in nothing but where they run: who comes first is the same for all.
+  bool alike = false;
+};
+
+/// Just before this call of a program (from 1) the turn is another one's.
+struct TurnSwitch {
+  std::size_t program = 0;
+  std::size_t call = 0;
+  std::size_t target = 0;
+  /// The program then stands still until the others have ended or stand still too.
+  bool stalls = false;
+};
+
+/// Who has the turn when. Text: the order in letters, then the switches, "AB A137>B B12>>A", where
+/// ">>" is a switch that stalls.
+struct Schedule {
+  std::vector<std::size_t> order;
+  std::vector<TurnSwitch> switches;
+
+  std::string text() const;
+  /// Raises std::invalid_argument for what is no such text.
+  static Schedule of(const std::string& text);
+};
+
+/// A place behind the last switch of a schedule where one more would make a difference.
+struct SwitchPoint {
+  std::size_t program = 0;
+  std::size_t call = 0;
+  /// Who could have the turn instead.
+  std::vector<std::size_t> targets;
+};
+
+/// What a schedule came to.
+struct Woven {
+  std::vector<std::string> findings;
+  std::vector<SwitchPoint> points;
+};
+
+class Draw;
+
+/// All schedules of one meeting.
+class Interleavings {
+ public:
+  /// Runs the schedules without a switch. Their ends are those that the others are compared with,
+  /// and what their programs touch says which calls somebody else minds; a thorough look sees what
+  /// they touch in schedules with one switch too, on ways that they take only then.
+  Interleavings(const Meeting& meeting, bool thorough);
+
+  const std::vector<Schedule>& serial() const { return serial_; }
+  /// The schedules with one switch more than `schedule`, which came to `woven`.
+  static std::vector<Schedule> oneMore(const Schedule& schedule, const Woven& woven, bool stalling);
+  /// The schedules with one switch: before each call that anybody else minds.
+  std::vector<Schedule> withOneSwitch() const;
+  /// Runs a schedule in a world of its own. Can be called from several threads.
+  Woven run(const Schedule& schedule) const;
+  /// Runs one with so many switches, before calls drawn by chance, and says which it was; fewer
+  /// where the programs end before.
+  Woven runDrawn(std::size_t switches, std::uint64_t seed, Schedule& drawn) const;
+
+  std::size_t sharedPlaces() const { return places_.sharedPlaces(); }
+  /// How many calls of the schedules without a switch somebody else minds.
+  std::size_t sharedCalls() const { return sharedCalls_; }
+
+ private:
+  void touch(const Schedule& schedule);
+  void runSerial();
+  Woven weave(Schedule& schedule, Draw* draw) const;
+  Woven weaveWorld(WovenWorld& world, Schedule& schedule, Draw* draw) const;
+
+  const Meeting& meeting_;
+  TouchedPlaces places_{0};
+  std::vector<Schedule> serial_;
+  std::vector<Woven> serialWoven_;
+  std::set<std::string> ends_;
+  std::size_t sharedCalls_ = 0;
+};
+
+}  // namespace trelv::tests

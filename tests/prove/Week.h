@@ -1,0 +1,103 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "prove/Weave.h"
+#include "prove/WeaveHost.h"
+#include "sweep/Sweep.h"
+
+namespace trelv::tests {
+
+/// How large a week is.
+struct WeekSize {
+  std::size_t computers = 40;
+  std::size_t sessions = 60;
+  std::size_t startsOfADay = 300;
+};
+
+/// What happened in a week.
+struct WeekCounts {
+  std::size_t starts = 0;
+  std::size_t commands = 0;
+  std::size_t packs = 0;
+  std::size_t installs = 0;
+  std::size_t faults = 0;
+  std::size_t kills = 0;
+  std::size_t outages = 0;
+  std::size_t locksRemovedByHand = 0;
+  std::size_t packsDeliveredAgain = 0;
+  std::size_t versionsWrittenBack = 0;
+};
+
+/// A working week of one server: workstations and the sessions of a Terminal Server, at which users
+/// start programs, several at once, while packs come, single products are installed, calls fail,
+/// programs are ended by force and the share is gone for seconds. All of it comes from a seed.
+class Week {
+ public:
+  Week(std::uint64_t seed, const WeekSize& size);
+
+  /// From Monday morning to the starts of the weekend, which find nothing left to do.
+  void run(Findings& findings);
+  const WeekCounts& counts() const { return counts_; }
+
+ private:
+  /// What disturbs one program.
+  struct Trouble;
+  struct Started {
+    Workplace* workplace = nullptr;
+    const char* product = nullptr;
+    std::unique_ptr<Trouble> trouble;
+    std::size_t programs = 0;
+  };
+
+  void putWorkplaces();
+  void day(int number);
+  void hour(std::size_t starts);
+  void meet(std::size_t programs);
+  std::vector<Started> someStarts(std::size_t programs);
+  Started someStart(Workplace& workplace);
+  void disturb(Started& started);
+  Weave::Turn choose(Weave& weave, std::size_t program, std::size_t programs);
+  void deliver();
+  void installSingle();
+  void evening();
+  void weekend();
+  void loseShare();
+  void judge(const std::vector<Started>& started, bool outage);
+  void judgeProgram(const Started& started, bool quiet);
+  void judgeRecords();
+  void judgeVersion(const std::string& where, const std::string& side, const std::string& id,
+                    const std::string& version);
+  void judgeFiles();
+  void expect(Invariant invariant, bool holds, const std::string& otherwise);
+  std::size_t below(std::size_t count) { return random_() % count; }
+  bool oneIn(std::size_t count) { return below(count) == 0; }
+
+  std::mt19937_64 random_;
+  WeekSize size_;
+  Installation installation_;
+  std::deque<Workplace> workplaces_;
+  Findings* findings_ = nullptr;
+  WeekCounts counts_;
+  /// The moment, told with each finding.
+  machine::LocalTime now_{2026, 11, 16, 8, 0, 0};
+  /// Release of each product that was delivered last; the pack that brought it.
+  std::map<std::string, int> release_;
+  std::map<std::string, PackContent> delivered_;
+  /// The commands that were ever started: product, side and version.
+  std::set<std::string> brought_;
+  std::map<std::string, std::string> recorded_;
+  /// Calls until the share goes, 0: it does not; and until it is back, 0: it is there.
+  std::size_t untilOutage_ = 0;
+  std::size_t gone_ = 0;
+};
+
+}  // namespace trelv::tests
