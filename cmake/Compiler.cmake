@@ -10,6 +10,7 @@ if(NOT CMAKE_BUILD_TYPE)
 endif()
 
 option(TRELV_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
+option(TRELV_FUZZ "Build the programs that look for inputs, with clang" OFF)
 
 # Compiles again only what no build folder of any checkout has compiled before, where ccache is
 # installed.
@@ -33,6 +34,10 @@ endif()
 if(TRELV_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
+endif()
+if(TRELV_FUZZ)
+  # Tells libFuzzer which parts of the program an input has reached.
+  add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
 if(WIN32)

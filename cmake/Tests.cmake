@@ -52,8 +52,7 @@ if(NOT TARGET pugixml::pugixml)
   string(APPEND not_here "|/XmlStore[^/]*Test\\.cpp$")
 endif()
 if(NOT TRELV_DECODER_LIBRARIES)
-  string(APPEND not_here "|/decoder/(Decoder|Extraction|GzipReader|TarReader)[^/]*\\.cpp$"
-         "|/fuzz/Decoder[^/]*\\.cpp$")
+  string(APPEND not_here "|/decoder/(Decoder|Extraction|GzipReader|TarReader)[^/]*\\.cpp$")
 endif()
 set(kit_not_here "^$")
 if(NOT TRELV_KIT_LIBRARIES)
@@ -122,6 +121,7 @@ else()
              EXCEPT "${kit_not_here}" LINKS ${kit_rooms} test_support main xmlstore overlay posix sim)
   # These read the sources, the documents and whole logs.
   set_source_files_properties(
+    "${PROJECT_SOURCE_DIR}/tests/fuzz/KeptInputsTest.cpp"
     "${PROJECT_SOURCE_DIR}/tests/support/Golden.cpp"
     "${PROJECT_SOURCE_DIR}/tests/unit/kit/LintTest.cpp"
     "${PROJECT_SOURCE_DIR}/tests/unit/win32/DialogControlsTest.cpp"
@@ -138,8 +138,11 @@ else()
     trelv_test_target(prove LINKS ${kit_rooms} test_support main xmlstore sim)
     set_target_properties(prove PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
   endif()
-  trelv_test(fuzz_tests SOURCES "fuzz/*.cpp" EXCEPT "${not_here}"
-             LINKS test_support main xmlstore decoder sim)
+  # All targets of cmake/Fuzz.cmake in one program, on the inputs that are kept.
+  if(TRELV_KIT_LIBRARIES AND TARGET pugixml::pugixml)
+    trelv_test(fuzz_tests SOURCES "fuzz/*.cpp" EXCEPT "/fuzz/(Entry|[A-Za-z]*Mutation)\\.cpp$"
+               LINKS kit test_support main xmlstore decoder sim)
+  endif()
   # tools/bench-decoder: the decoder on this system's own files.
   if(TRELV_DECODER_LIBRARIES)
     file(GLOB decoder_bench CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/bench/decoder/*.cpp")

@@ -154,6 +154,20 @@ Layout parsed(const std::string& bytes) {
   return layout;
 }
 
+/// The same, kept until other bytes are asked for: many values of one file are read one after the
+/// other.
+const Layout& layoutOf(const std::string& bytes) {
+  struct Kept {
+    std::string bytes;
+    Layout layout = parsed("");
+  };
+  static thread_local Kept kept;
+  if (bytes != kept.bytes) {
+    kept = {bytes, parsed(bytes)};
+  }
+  return kept.layout;
+}
+
 std::string written(const Layout& layout) {
   std::string text;
   for (const Section& section : layout.sections) {
@@ -166,30 +180,28 @@ std::string written(const Layout& layout) {
 }
 
 // Only the first section of a name exists.
-Section* findSection(Layout& layout, const std::string& name) {
+template <class AnyLayout>
+auto findSection(AnyLayout& layout, const std::string& name) -> decltype(&layout.sections.front()) {
   if (name.empty()) {
     return &layout.sections.front();
   }
-  for (std::size_t i = 1; i < layout.sections.size(); ++i) {
-    if (sameName(layout.sections[i].name, name)) {
-      return &layout.sections[i];
-    }
-  }
-  return nullptr;
+  const auto found =
+      std::find_if(layout.sections.begin() + 1, layout.sections.end(),
+                   [&](const Section& section) -> bool { return sameName(section.name, name); });
+  return found == layout.sections.end() ? nullptr : &*found;
 }
 
-Line* findKey(Section& section, const std::string& key) {
-  for (Line& line : section.lines) {
-    if (sameName(line.key, key)) {
-      return &line;
-    }
-  }
-  return nullptr;
+template <class AnySection>
+auto findKey(AnySection& section, const std::string& key) -> decltype(&section.lines.front()) {
+  const auto found =
+      std::find_if(section.lines.begin(), section.lines.end(),
+                   [&](const Line& line) -> bool { return sameName(line.key, key); });
+  return found == section.lines.end() ? nullptr : &*found;
 }
 
-std::optional<std::string> valueIn(Layout layout, const std::string& section,
+std::optional<std::string> valueIn(const Layout& layout, const std::string& section,
                                    const std::string& key) {
-  Section* found = findSection(layout, section);
+  const Section* found = findSection(layout, section);
   const Line* line = found == nullptr ? nullptr : findKey(*found, key);
   if (line == nullptr || !line->hasValue) {
     return std::nullopt;
@@ -265,7 +277,7 @@ std::string SimProfileFiles::quietRead(const std::string& section, const std::st
   std::string bytes;
   std::optional<std::string> value;
   if (files_.quietRead(placeOf(throughAnsi(file)), bytes) == kSuccess) {
-    value = valueIn(parsed(bytes), throughAnsi(stripped(section)), throughAnsi(stripped(key)));
+    value = valueIn(layoutOf(bytes), throughAnsi(stripped(section)), throughAnsi(stripped(key)));
   }
   return answer(value, defaultValue, size);
 }

@@ -50,8 +50,8 @@ struct GzipReader::Inflation {
 GzipReader::GzipReader(PackInput& input, std::uint64_t limit)
     : input_(input),
       limit_(limit),
-      packed_(kPackedBuffer),
-      unpacked_(kUnpackedBuffer),
+      packed_(std::make_unique_for_overwrite<char[]>(kPackedBuffer)),
+      unpacked_(std::make_unique_for_overwrite<char[]>(kUnpackedBuffer)),
       inflation_(std::make_unique<Inflation>()) {
   if (!fill()) {
     refuse(kEmpty);
@@ -71,8 +71,8 @@ bool GzipReader::fill() {
     return true;
   }
   std::size_t got = 0;
-  require(input_.read(packed_.data(), packed_.size(), got), input_.path());
-  stream.next_in = reinterpret_cast<Bytef*>(packed_.data());
+  require(input_.read(packed_.get(), kPackedBuffer, got), input_.path());
+  stream.next_in = reinterpret_cast<Bytef*>(packed_.get());
   stream.avail_in = static_cast<uInt>(got);
   return got > 0;
 }
@@ -115,8 +115,8 @@ void GzipReader::passPadding() {
 /// One member's bytes, up to a full buffer or its end.
 std::string_view GzipReader::inflateSome() {
   z_stream& stream = inflation_->stream;
-  stream.next_out = reinterpret_cast<Bytef*>(unpacked_.data());
-  stream.avail_out = static_cast<uInt>(unpacked_.size());
+  stream.next_out = reinterpret_cast<Bytef*>(unpacked_.get());
+  stream.avail_out = static_cast<uInt>(kUnpackedBuffer);
   while (inMember_ && stream.avail_out > 0) {
     requireInput();
     const int result = inflate(&stream, Z_NO_FLUSH);
@@ -128,7 +128,7 @@ std::string_view GzipReader::inflateSome() {
     }
     inMember_ = result == Z_OK;
   }
-  return {unpacked_.data(), unpacked_.size() - stream.avail_out};
+  return {unpacked_.get(), kUnpackedBuffer - stream.avail_out};
 }
 
 void GzipReader::count(std::string_view bytes) {

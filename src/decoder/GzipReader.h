@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
-#include <vector>
 
 #include "decoder/PackInput.h"
 
@@ -40,8 +39,8 @@ class GzipReader {
 
   PackInput& input_;
   const std::uint64_t limit_;
-  std::vector<char> packed_;
-  std::vector<char> unpacked_;
+  std::unique_ptr<char[]> packed_;
+  std::unique_ptr<char[]> unpacked_;
   std::unique_ptr<Inflation> inflation_;
   bool inMember_ = false;
   bool ended_ = false;

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "kit/TextLines.h"
-#include "startup/modMain.h"
+#include "startup/CommandLine.h"
 
 namespace trelv::kit {
 namespace {

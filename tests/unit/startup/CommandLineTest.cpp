@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "startup/modMain.h"
+#include "startup/CommandLine.h"
 
 namespace trelv::modMain {
 namespace {
