@@ -34,6 +34,17 @@ std::string contentOf(ArchiveReader& zip, bool wanted) {
   return content;
 }
 
+/// Nothing but the record that ends an archive, with no entries: good for 7-Zip, not for the
+/// library.
+bool isEmptyZip(const ByteSource& source) {
+  using namespace std::string_view_literals;
+  constexpr std::string_view kEndOfNothing = "PK\5\6\0\0\0\0\0\0\0\0\0\0\0\0"sv;
+  constexpr std::size_t kEndLength = 22;
+  std::string bytes;
+  source.read(0, kEndLength, bytes);
+  return bytes.size() == kEndLength && bytes.starts_with(kEndOfNothing);
+}
+
 // --- Gz
 
 class SourceInput : public decoder::PackInput {
@@ -183,6 +194,9 @@ std::string wordsOf(Work&& work) {
 
 std::string readZip(const ByteSource& source, const WantEntry& want, const TakeContent& take) {
   return wordsOf([&]() -> void {
+    if (isEmptyZip(source)) {
+      return;
+    }
     ArchiveReader zip(source, ArchiveKind::Zip);
     for (ArchivedEntry header; zip.next(header);) {
       const PackEntry entry{replaceAll(header.name, "\\", "/"), header.folder, header.link,

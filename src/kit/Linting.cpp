@@ -284,10 +284,17 @@ const IniText* Linting::readIni(const std::string& path, std::string& trouble) {
 }
 
 const IniText* Linting::readExistingIni(const std::string& path, const GivenPath& place) {
+  machine::FileFacts facts;
+  const SystemCode code = workplace_.machine.files.look(path, facts);
+  if (meansMissing(code) || facts.folder) {
+    return nullptr;
+  }
+  if (code != system_code::kSuccess) {
+    throw Failure(place.shown(path), code);
+  }
   std::string trouble;
-  const IniText* const text =
-      modLibrary::FileExists(quiet_.program(), path) ? readIni(path, trouble) : nullptr;
-  if (text == nullptr && !trouble.empty() && trouble != kMissing) {
+  const IniText* const text = readIni(path, trouble);
+  if (text == nullptr && trouble != kMissing) {
     throw Failure(place.shown(path), trouble);
   }
   return text;

@@ -250,3 +250,52 @@ def test_a_publication_is_opened_by_a_start_and_taken_back(installed, trelv):
     assert (listed["name"], listed["state"]) == (result["journal"], "opened")
     assert trelv.result("publish", HOST, "--undo", exit_code=0)["removed"] == result["adds"]
     assert not brought.exists()
+
+
+@pytest.fixture
+def release(installed, trelv):
+    """The host with the client copy of this release."""
+    installed.prefix.build.put_release(installed.client_copy)
+    return installed
+
+
+def findings(trelv, *arguments, exit_code=1):
+    done = trelv.run("lint", *arguments, "--json")
+    assert done.returncode == exit_code, done.stderr.decode("utf-8", "replace")
+    return [(each["code"], each["file"], each["line"])
+            for each in json.loads(done.stdout.decode("utf-8"))["findings"]]
+
+
+def test_lint_finds_nothing_on_the_installed_demonstration(release, trelv):
+    assert findings(trelv, HOST, exit_code=0) == []
+    release.offer(ZB, NEW)
+    assert findings(trelv, HOST, exit_code=0) == []
+
+
+def test_lint_shows_paths_as_they_were_given(release, trelv):
+    (release.server / "prg/etc/dvrel").unlink()
+    unc = release.prefix.folder / "dosdevices/unc/server"
+    unc.mkdir(parents=True, exist_ok=True)
+    (unc / "lumo").symlink_to(release.share)
+    try:
+        for given, shown in ((HOST + "\\", HOST), ("s:\\lumo", "s:\\lumo"), ("S:/Lumo/", "S:/Lumo"),
+                             ("\\\\server\\lumo\\Lumo\\", "\\\\server\\lumo\\Lumo")):
+            assert findings(trelv, given) == [("TK405", shown + "\\prg\\etc\\dvrel", None)]
+        # Two names of one folder.
+        assert len(findings(trelv, HOST, "\\\\server\\lumo\\Lumo")) == 1
+    finally:
+        (unc / "lumo").unlink()
+
+
+def test_lint_is_in_nobodys_way(release, trelv):
+    release.offer(ZB, NEW)
+    before = all_files(release)
+    openings = trelv.openings("lint", HOST)
+    assert len(openings) > 10, "the trace has no opening of the host's files"
+    for path, access, sharing in openings:
+        # The folder is asked whether this user may make files in it.
+        if path != HOST + "\\prg\\etc":
+            assert access & CHANGES == 0, path
+        if not path.endswith(".exe"):
+            assert sharing & SHARED_READ_AND_WRITE == SHARED_READ_AND_WRITE, path
+    assert all_files(release) == before
