@@ -9,6 +9,7 @@
 #include <map>
 #include <random>
 
+#include "base/Text.h"
 #include "kit/LintRules.h"
 #include "support/kit/LintWorld.h"
 
@@ -302,22 +303,31 @@ std::size_t worlds() {
   return wanted != nullptr ? static_cast<std::size_t>(std::atoi(wanted)) : traps().size();
 }
 
+/// Names that differ in case only are one file.
+void addTouched(std::set<std::string>& touched, const Trap& trap) {
+  for (const std::string& one : trap.touches) {
+    touched.insert(upperCase(one));
+  }
+}
+
 bool fits(const Trap& trap, const std::set<std::string>& touched) {
   const bool alone = trap.touches.count(kEverything) > 0;
-  return touched.count(kEverything) == 0 && (!alone || touched.empty()) &&
-         std::none_of(trap.touches.begin(), trap.touches.end(),
-                      [&](const std::string& one) { return touched.count(one) > 0; });
+  return touched.count(upperCase(kEverything)) == 0 && (!alone || touched.empty()) &&
+         std::none_of(trap.touches.begin(), trap.touches.end(), [&](const std::string& one) {
+           return touched.count(upperCase(one)) > 0;
+         });
 }
 
 /// The trap whose turn it is and up to two more.
 std::vector<Trap> chosen(std::size_t number, std::mt19937& random) {
   std::vector<Trap> all{traps()[number % traps().size()]};
-  std::set<std::string> touched = all.front().touches;
+  std::set<std::string> touched;
+  addTouched(touched, all.front());
   for (std::size_t more = random() % 3; more > 0; --more) {
     const Trap& trap = traps()[random() % traps().size()];
     if (fits(trap, touched)) {
       all.push_back(trap);
-      touched.insert(trap.touches.begin(), trap.touches.end());
+      addTouched(touched, trap);
     }
   }
   return all;
