@@ -107,11 +107,25 @@ class Hand(windows.Prefix):
         return self.box(button)
 
     def answer_by_keys(self, key):
-        """The same by a key of the screen's keyboard."""
+        """The same by a key of the screen's keyboard, pressed again where the box stays: on a loaded
+        machine one that has just come may not have the keyboard yet."""
         shown = self.dialog("TrelvManager")
-        self.point_at(shown)
-        self.keys(key)
-        return shown.text(windows.MESSAGE_TEXT), shown.buttons()
+        text = shown.text(windows.MESSAGE_TEXT)
+        for _ in range(3):
+            self.point_at(shown)
+            self.keys(key)
+            if self.goes(text):
+                break
+        return text, shown.buttons()
+
+    def goes(self, text):
+        """True once no box has this text; false when it stays for five seconds."""
+        deadline = time.monotonic() + 5
+        while any(windows.Box.of(each).text == text for each in self.ask("boxes") if "box" in each):
+            if time.monotonic() > deadline:
+                return False
+            time.sleep(0.1)
+        return True
 
     def titles(self):
         """The titles of all dialogs that show."""

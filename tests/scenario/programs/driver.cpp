@@ -138,7 +138,7 @@ std::vector<HWND> childrenOf(HWND window) {
   return children;
 }
 
-/// The visible dialogs of one process, of all for 0.
+/// The visible dialogs of one process, of all for 0. One without controls is just coming or going.
 std::vector<HWND> boxesOf(DWORD process) {
   std::vector<HWND> all;
   EnumWindows(collect, reinterpret_cast<LPARAM>(&all));
@@ -147,7 +147,7 @@ std::vector<HWND> boxesOf(DWORD process) {
     DWORD owner = 0;
     GetWindowThreadProcessId(window, &owner);
     if ((process == 0 || owner == process) && IsWindowVisible(window) &&
-        classOf(window) == L"#32770") {
+        classOf(window) == L"#32770" && !childrenOf(window).empty()) {
       boxes.push_back(window);
     }
   }
@@ -596,10 +596,15 @@ std::string describeState(HWND control) {
   return state;
 }
 
+/// Identifier of the control with the keyboard, which comes back a moment after a box has gone; 0
+/// where none has it.
 int focusOf(HWND form) {
   GUITHREADINFO info = {};
   info.cbSize = sizeof info;
-  GetGUIThreadInfo(GetWindowThreadProcessId(form, nullptr), &info);
+  for (int i = 0; i < 50 && info.hwndFocus == nullptr; ++i) {
+    Sleep(i == 0 ? 0 : 10);
+    GetGUIThreadInfo(GetWindowThreadProcessId(form, nullptr), &info);
+  }
   return info.hwndFocus == nullptr ? 0 : GetDlgCtrlID(info.hwndFocus) & 0xFFFF;
 }
 
