@@ -52,7 +52,8 @@ std::string trees(const std::string& key, const std::vector<kit::SourceFile>& fi
   std::string text;
   std::string last;
   for (const kit::SourceFile& file : files) {
-    const std::string root = file.path.substr(0, file.path.size() - file.name.size() - 1);
+    const std::string root =
+        file.source.path.substr(0, file.source.path.size() - file.name.size() - 1);
     text += root == last ? "" : line(key, root);
     last = root;
   }
@@ -64,7 +65,7 @@ std::string headText(const kit::MediumPlan& plan) {
                      line("version", plan.version) + line("header", plan.header) +
                      trees("manager", plan.manager) +
                      line("manager-date", kit::momentText(plan.managerMoment)) +
-                     line("manual", plan.documents.front().path) +
+                     line("manual", plan.documents.front().source.path) +
                      line("show-integration-path", plan.showIntegrationPath ? "yes" : "no");
   text += "[products]\n";
   for (const std::string& product : plan.products) {
@@ -73,7 +74,7 @@ std::string headText(const kit::MediumPlan& plan) {
   }
   text += "[documents]\n";
   for (std::size_t i = 1; i < plan.documents.size(); ++i) {
-    text += line(plan.documents[i].name, plan.documents[i].path);
+    text += line(plan.documents[i].name, plan.documents[i].source.path);
   }
   return text;
 }
