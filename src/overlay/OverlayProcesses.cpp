@@ -120,8 +120,7 @@ SystemCode OverlayProcesses::unpack(Start way, const Unpacking& unpacking, bool 
 std::string OverlayProcesses::copyToOpen(const std::string& pack) {
   constexpr std::size_t kPiece = 1U << 20U;
   // With its name behind: the program may go by the ending.
-  std::string copy =
-      privateFolder_.newPath() + "-" + pack.substr(pack.find_last_of("\\/") + 1);
+  std::string copy = privateFolder_.newPath() + "-" + pack.substr(pack.find_last_of("\\/") + 1);
   SystemCode code = files_.write(copy, "");
   std::string piece;
   for (std::uint64_t at = 0; code == kSuccess; at += piece.size()) {

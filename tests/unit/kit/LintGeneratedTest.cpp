@@ -313,9 +313,8 @@ void addTouched(std::set<std::string>& touched, const Trap& trap) {
 bool fits(const Trap& trap, const std::set<std::string>& touched) {
   const bool alone = trap.touches.count(kEverything) > 0;
   return touched.count(upperCase(kEverything)) == 0 && (!alone || touched.empty()) &&
-         std::none_of(trap.touches.begin(), trap.touches.end(), [&](const std::string& one) {
-           return touched.count(upperCase(one)) > 0;
-         });
+         std::none_of(trap.touches.begin(), trap.touches.end(),
+                      [&](const std::string& one) { return touched.count(upperCase(one)) > 0; });
 }
 
 /// The trap whose turn it is and up to two more.
