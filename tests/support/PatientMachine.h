@@ -1,35 +1,22 @@
 #pragma once
 
 #include "machine/Machine.h"
-#include "platform/PatientFiles.h"
+#include "platform/PatientParts.h"
 
 namespace trelv::tests {
 
-/// A machine with patient files in the place of its own, as the shipped program gets it.
+/// A machine with patient parts in the place of its own, as the shipped program gets it.
 class PatientMachine {
  public:
   explicit PatientMachine(machine::Machine& machine)
-      : files_(machine.files, machine.clock), machine_{files_,
-                                                       machine.profiles,
-                                                       machine.registry,
-                                                       machine.processes,
-                                                       machine.environment,
-                                                       machine.system,
-                                                       machine.clock,
-                                                       machine.locale,
-                                                       machine.versions,
-                                                       machine.configuration,
-                                                       machine.support,
-                                                       machine.desktop,
-                                                       machine.automation,
-                                                       machine.exclusion} {}
+      : parts_(machine), machine_(parts_.machine(machine.configuration)) {}
   PatientMachine(const PatientMachine&) = delete;
   PatientMachine& operator=(const PatientMachine&) = delete;
 
   machine::Machine& machine() { return machine_; }
 
  private:
-  PatientFiles files_;
+  PatientParts parts_;
   machine::Machine machine_;
 };
 

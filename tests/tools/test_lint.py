@@ -210,7 +210,7 @@ def test_paths_are_shown_as_they_were_given(trelv, host, tmp_path):
 
 
 def test_a_large_pack_costs_neither_time_nor_memory(trelv, tmp_path):
-    """A million entries: more than are read, told within a minute and half a gigabyte."""
+    """More entries than are read, told within a minute and 800 MB, whatever else the pack holds."""
     import io
     import zipfile
     bytes_ = io.BytesIO()
@@ -218,10 +218,14 @@ def test_a_large_pack_costs_neither_time_nor_memory(trelv, tmp_path):
         for number in range(250_000):
             archive.writestr(zipfile.ZipInfo(f"{SETUPS}/{number}"), b"")
     (tmp_path / "a.zip").write_bytes(bytes_.getvalue())
-    done = subprocess.run(["bash", "-c", f'ulimit -v 800000; exec "{trelv}" lint "{tmp_path}/a.zip"'],
-                          capture_output=True, text=True, check=False, timeout=60)
-    assert done.returncode == 2
-    assert done.stderr == f"trelv: {tmp_path}/a.zip: ha più di 200000 voci\n"
+    with subprocess.Popen([trelv, "lint", tmp_path / "a.zip"], stderr=subprocess.PIPE, text=True) as process:
+        told = process.stderr.read()
+        _, status, usage = os.wait4(process.pid, 0)
+        process.returncode = os.waitstatus_to_exitcode(status)
+    assert process.returncode == 2
+    assert told == f"trelv: {tmp_path}/a.zip: ha più di 200000 voci\n"
+    assert usage.ru_utime + usage.ru_stime < 60
+    assert usage.ru_maxrss < 800_000
 
 
 # --- Whoever looks on
@@ -235,8 +239,9 @@ def test_nothing_is_opened_to_be_changed_and_nothing_is_locked(trelv, station, h
     (station.setups / "zb.zip").write_bytes(packs.zip_bytes(station.pack_files(ZB, "09.94.00.00")))
     before = state(host)
     trace = tmp_path / "trace"
+    # A build with sanitizers cannot look for leaks while it is traced.
     done = subprocess.run(["strace", "-f", "-o", trace, trelv, "lint", host], capture_output=True,
-                          text=True, check=False)
+                          text=True, check=False, env=dict(os.environ, ASAN_OPTIONS="detect_leaks=0"))
     assert done.returncode == 0, done.stdout + done.stderr
     calls = trace.read_text(encoding="utf-8", errors="replace").splitlines()
     opened = [call for call in calls if "open" in call and str(host) in call]

@@ -18,6 +18,7 @@ class FakeMachine : public DecoderMachine {
  public:
   SystemCode openPack(const std::string& path, std::unique_ptr<PackInput>& pack) override {
     asked.push_back(path);
+    made = nullptr;
     if (packCode == system_code::kSuccess) {
       pack = std::make_unique<MemoryPack>(packBytes);
     }

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "integrated/TerminalServerRepairs.h"
 #include "support/FakeProgram.h"
 #include "support/Matchers.h"
@@ -657,8 +659,10 @@ TEST_F(Repairs, LudaLeavesNoHalfIniBehind) {
   for (std::size_t failed = 1; failed <= kValues; ++failed) {
     SCOPED_TRACE(failed);
     program_.log.lines.clear();
-    machine().callLog().setInjector(
-        refuse(CallKind::ProfileWrite, failed, failed, system_code::kDiskFull));
+    // A write that fails is tried again: the disk stays full.
+    machine().callLog().setInjector(refuse(CallKind::ProfileWrite, failed,
+                                           std::numeric_limits<std::size_t>::max(),
+                                           system_code::kDiskFull));
     repairLuda();
     EXPECT_FALSE(exists("C:\\WINDOWS\\luda.ini"));
     EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Gestione anomalia Luda: Impossibile "

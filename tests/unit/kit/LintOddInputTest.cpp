@@ -22,7 +22,6 @@ const std::string kZb = LintWorld::kConfiguration;
 const std::string kRecord = LintWorld::kRecord;
 const std::string kTree = LintWorld::kTree;
 const std::string kBilancio = "D:\\prodotti\\packs\\bilancio";
-constexpr std::size_t kTooMany = 200'001;
 
 /// Exit code 2: nothing but one line with path and reason.
 void expectRefusal(LintWorld& world, const std::string& path) {
@@ -172,20 +171,6 @@ TEST(LintOddInput, AGzPackThatEndsAnywhereIsRefused) {
                 ElementsAre(Found{"TK513", "S:\\a.gz", 0}))
         << size;
   }
-}
-
-TEST(LintOddInput, MoreEntriesThanAPackHasEndWithALine) {
-  LintWorld world;
-  std::vector<ArchiveFile> files;
-  for (std::size_t i = 0; i < kTooMany; ++i) {
-    files.push_back({kTree + std::to_string(i), ""});
-  }
-  world.put("S:\\a.zip", zipBytes(files));
-  world.lint({"S:\\a.zip"});
-  expectRefusal(world, "S:\\a.zip");
-  world.put("S:\\a.gz", LintWorld::gzBytes(files));
-  world.lint({"S:\\a.gz"});
-  expectRefusal(world, "S:\\a.gz");
 }
 
 // --- Arguments

@@ -6,7 +6,7 @@
 #include "base/Text.h"
 #include "platform/ConfigurationFiles.h"
 #include "platform/FileSystemObject.h"
-#include "platform/PatientFiles.h"
+#include "platform/PatientParts.h"
 #include "startup/modError.h"
 #include "startup/modMain.h"
 
@@ -401,24 +401,13 @@ std::vector<Step> recordedRun(sim::SimMachine& machine, const std::string& argum
   RecordedEnvironment environment(machine.environment(), record);
   RecordedStore store(machine.machine().configuration, record);
   RecordedDesktop desktop(machine.desktop(), record, user);
-  PatientFiles files(recordedFiles, machine.clock());
-  machine::Machine watched{files,
-                           profiles,
-                           registry,
-                           processes,
-                           environment,
-                           machine.system(),
-                           machine.clock(),
-                           machine.locale(),
-                           machine.machine().versions,
-                           store,
-                           machine.support(),
-                           desktop,
-                           machine.automation(),
-                           machine.exclusion()};
+  PatientParts parts({recordedFiles, profiles, registry, processes, environment, machine.system(),
+                      machine.clock(), machine.locale(), machine.machine().versions, store,
+                      machine.support(), desktop, machine.automation(), machine.exclusion()});
+  machine::Machine watched = parts.machine(store);
   ProgramState state;
   modError::LogAndReporter log;
-  FileSystemObject fileSystem(files);
+  FileSystemObject fileSystem(parts.files());
   ConfigurationFiles configurationFiles(watched);
   Program program{watched, state, log, log, fileSystem, configurationFiles};
   log.attach(program);
