@@ -731,6 +731,19 @@ TEST(Lint, EndsClearlyWithAVeryLongLine) {
   EXPECT_THAT(world.lint({kHost, "--only", "TK101"}), ElementsAre(Found{"TK101", kCatalogue, 0}));
 }
 
+TEST(Lint, SaysOfTheSectionBehindTheLastOneWhomItAnswersFor) {
+  for (const auto& [section, told] :
+       {std::pair{"[prod101]", true}, std::pair{"[prod102]", false}}) {
+    LintWorld world;
+    world.edit(kCatalogue, "; prodotti", section);
+    world.lint({kHost});
+    EXPECT_EQ(world.trelv.console.output.find("che risponde per i prodotti non elencati") !=
+                  std::string::npos,
+              told)
+        << section;
+  }
+}
+
 TEST(Lint, ReadsUtf16WithItsMark) {
   LintWorld world;
   for (const bool swapped : {false, true}) {
