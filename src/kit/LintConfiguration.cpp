@@ -464,6 +464,7 @@ std::vector<IniText::Key> keysOfSide(const IniText::Section& section, const std:
     }
   }
   std::vector<IniText::Key> found;
+  found.reserve(keys.size());
   for (const auto& [number, key] : keys) {
     found.push_back(key);
   }
