@@ -22,13 +22,13 @@ std::int64_t daysSince1601(const machine::LocalTime& time) {
   return year * 365 + year / 4 - year / 100 + year / 400 + dayOfYear - kDaysTo1601;
 }
 
-std::size_t nextLevel(const std::string& path, std::size_t from) {
-  const std::size_t end = path.find('\\', from);
-  return end == std::string::npos ? path.size() : end;
+std::size_t nextLevel(std::string_view path, std::size_t from) {
+  return std::min(path.find('\\', from), path.size());
 }
 
-std::vector<std::string> levelsOf(const std::string& diskPath) {
-  std::vector<std::string> levels;
+/// They stand in `diskPath`, which has to outlive them.
+std::vector<std::string_view> levelsOf(std::string_view diskPath) {
+  std::vector<std::string_view> levels;
   for (std::size_t at = 0; at < diskPath.size();) {
     const std::size_t end = nextLevel(diskPath, at);
     if (end > at) {
@@ -39,7 +39,7 @@ std::vector<std::string> levelsOf(const std::string& diskPath) {
   return levels;
 }
 
-bool liesUnder(const std::string& path, const std::string& folder) {
+bool liesUnder(std::string_view path, std::string_view folder) {
   return folder.empty() ||
          (path.size() >= folder.size() && equalNoCase(path.substr(0, folder.size()), folder) &&
           (path.size() == folder.size() || path[folder.size()] == '\\'));
@@ -136,23 +136,26 @@ SimDisk::SimDisk() : root_(std::make_unique<SimNode>()), serial_(nextSerial()) {
 SimDisk::~SimDisk() = default;
 
 std::string SimDisk::pathOnDisk(const std::string& path) {
-  std::string rest = replaceAll(path, "/", "\\");
-  if (rest.compare(0, 2, "\\\\") == 0) {
+  std::string plain = path;
+  std::replace(plain.begin(), plain.end(), '/', '\\');
+  std::string_view rest = plain;
+  if (rest.starts_with("\\\\")) {
     const std::size_t share = nextLevel(rest, 2) + 1;
-    rest = share < rest.size() ? rest.substr(nextLevel(rest, share)) : "";
+    rest = share < rest.size() ? rest.substr(nextLevel(rest, share)) : std::string_view();
   } else if (rest.size() >= 2 && rest[1] == ':') {
-    rest.erase(0, 2);
+    rest.remove_prefix(2);
   }
   std::string joined;
-  for (const std::string& level : levelsOf(rest)) {
-    joined += (joined.empty() ? "" : "\\") + level;
+  for (const std::string_view level : levelsOf(rest)) {
+    joined.append(joined.empty() ? "" : "\\").append(level);
   }
   return joined;
 }
 
 SimNode* SimDisk::find(const std::string& path) const {
   SimNode* node = root_.get();
-  for (const std::string& level : levelsOf(pathOnDisk(path))) {
+  const std::string onDisk = pathOnDisk(path);
+  for (const std::string_view level : levelsOf(onDisk)) {
     node = node == nullptr ? nullptr : node->child(level);
   }
   return node;
@@ -181,9 +184,10 @@ SimNode& SimDisk::addChild(SimNode& folder, const std::string& name, bool isFold
 
 SimNode& SimDisk::folderFor(const std::string& path) {
   SimNode* node = root_.get();
-  for (const std::string& level : levelsOf(pathOnDisk(path))) {
+  const std::string onDisk = pathOnDisk(path);
+  for (const std::string_view level : levelsOf(onDisk)) {
     SimNode* next = node->child(level);
-    node = next == nullptr ? &addChild(*node, level, true) : next;
+    node = next == nullptr ? &addChild(*node, std::string(level), true) : next;
     if (!node->folder) {
       throw std::logic_error("a file stands in the way of a folder: " + path);
     }

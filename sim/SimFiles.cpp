@@ -16,7 +16,7 @@ using namespace system_code;
 constexpr SystemCode kNotSameDevice = 17;
 constexpr int kMostLinks = 32;
 
-bool isShare(const std::string& path) { return path.compare(0, 2, "\\\\") == 0; }
+bool isShare(std::string_view path) { return path.starts_with("\\\\"); }
 
 bool isLiteral(const std::string& path) { return path.compare(0, 4, "\\\\?\\") == 0; }
 
@@ -33,7 +33,7 @@ std::string withoutTrailing(std::string text, char c) {
 }
 
 // The volume part of a full path: "S:" or "\\server\share".
-std::string volumeOf(const std::string& full) {
+std::string_view volumeOf(std::string_view full) {
   if (!isShare(full)) {
     return full.substr(0, 2);
   }
@@ -42,19 +42,20 @@ std::string volumeOf(const std::string& full) {
   return full.substr(0, end);
 }
 
-std::string cleanName(std::string name) {
+std::string_view cleanName(std::string_view name) {
   while (!name.empty() && (name.back() == ' ' || name.back() == '.')) {
-    name.pop_back();
+    name.remove_suffix(1);
   }
   return name;
 }
 
-// Levels of a path without volume, with "." and ".." resolved as text.
-std::vector<std::string> resolvedLevels(const std::string& rest) {
-  std::vector<std::string> levels;
+// Levels of a path without volume, with "." and ".." resolved as text. They stand in `rest`, which
+// has to outlive them.
+std::vector<std::string_view> resolvedLevels(std::string_view rest) {
+  std::vector<std::string_view> levels;
   for (std::size_t at = 0; at <= rest.size();) {
     const std::size_t end = std::min(rest.find('\\', at), rest.size());
-    const std::string level = rest.substr(at, end - at);
+    const std::string_view level = rest.substr(at, end - at);
     if (level == "..") {
       if (!levels.empty()) {
         levels.pop_back();
@@ -67,7 +68,7 @@ std::vector<std::string> resolvedLevels(const std::string& rest) {
   return levels;
 }
 
-bool isInvalidName(const std::string& name) {
+bool isInvalidName(std::string_view name) {
   return name.find_first_of("<>|?*:\"") != std::string::npos;
 }
 
@@ -164,7 +165,7 @@ void SimVolumes::unmount(const std::string& name) {
 }
 
 std::shared_ptr<SimDisk> SimVolumes::diskOf(const std::string& path) const {
-  const std::string volume = volumeOf(path);
+  const std::string_view volume = volumeOf(path);
   for (const auto& [name, disk] : mounts_) {
     if (equalNoCase(name, volume)) {
       return disk;
@@ -186,12 +187,13 @@ std::string SimVolumes::fullPath(const std::string& path) const {
   const bool hasDrive = text.size() >= 2 && text[1] == ':';
   if (!isShare(text) && !hasDrive) {
     const bool fromRoot = !text.empty() && text[0] == '\\';
-    text = (fromRoot ? volumeOf(currentFolder_) : currentFolder_ + "\\") + text;
+    text.insert(0, fromRoot ? std::string(volumeOf(currentFolder_)) : currentFolder_ + "\\");
   }
-  const std::string volume = volumeOf(text);
-  std::string full = volume;
-  for (const std::string& level : resolvedLevels(text.substr(volume.size()))) {
-    full += "\\" + level;
+  const std::string_view volume = volumeOf(text);
+  std::string full(volume);
+  for (const std::string_view level :
+       resolvedLevels(std::string_view(text).substr(volume.size()))) {
+    full.append("\\").append(level);
   }
   return full == volume && !isShare(full) ? full + "\\" : full;
 }
@@ -234,7 +236,7 @@ SimVolumes::Place SimVolumes::findOnce(const std::string& full, bool followLast,
     return place;
   }
   place.node = &place.disk->root();
-  const std::vector<std::string> levels = resolvedLevels(place.diskPath);
+  const std::vector<std::string_view> levels = resolvedLevels(place.diskPath);
   for (std::size_t i = 0; i < levels.size(); ++i) {
     const bool last = i + 1 == levels.size();
     if (isInvalidName(levels[i])) {
@@ -256,7 +258,7 @@ SimVolumes::Place SimVolumes::findOnce(const std::string& full, bool followLast,
     if (!place.node->linkTarget.empty() && (!last || followLast)) {
       redirect = place.node->linkTarget;
       for (std::size_t rest = i + 1; rest < levels.size(); ++rest) {
-        redirect += "\\" + levels[rest];
+        redirect.append("\\").append(levels[rest]);
       }
       return place;
     }

@@ -21,17 +21,20 @@ bool isLatinSmall(char c) {
 
 constexpr char kCaseBit = 0x20;
 
+/// The byte at `at` as it stands in the text's upper case, which is as long.
+char upperAt(std::string_view text, std::size_t at) {
+  const char c = text[at];
+  const bool isSmall =
+      (c >= 'a' && c <= 'z') || (at > 0 && text[at - 1] == kLatinLead && isLatinSmall(c));
+  return isSmall ? static_cast<char>(c - kCaseBit) : c;
+}
+
 }  // namespace
 
 std::string upperCase(std::string_view text) {
   std::string result(text);
-  for (std::size_t i = 0; i < result.size(); ++i) {
-    char& c = result[i];
-    if (c >= 'a' && c <= 'z') {
-      c = static_cast<char>(c - kCaseBit);
-    } else if (i > 0 && result[i - 1] == kLatinLead && isLatinSmall(c)) {
-      c = static_cast<char>(c - kCaseBit);
-    }
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    result[i] = upperAt(text, i);
   }
   return result;
 }
@@ -50,7 +53,14 @@ std::string lowerCase(std::string_view text) {
 }
 
 bool equalNoCase(std::string_view left, std::string_view right) {
-  return left.size() == right.size() && upperCase(left) == upperCase(right);
+  if (left.size() != right.size()) {
+    return false;
+  }
+  std::size_t at = 0;
+  while (at < left.size() && upperAt(left, at) == upperAt(right, at)) {
+    ++at;
+  }
+  return at == left.size();
 }
 
 std::string trimLeft(std::string_view text) {
