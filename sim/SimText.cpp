@@ -1,5 +1,6 @@
 #include "sim/SimText.h"
 
+#include <algorithm>
 #include <array>
 
 namespace trelv::sim {
@@ -25,6 +26,17 @@ std::size_t sequenceLength(unsigned char lead) {
     return 0;
   }
   return lead < 0xE0U ? 2 : (lead < 0xF0U ? 3 : 4);
+}
+
+bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80U; }
+
+/// Plain letters, which most texts consist of, are the same in each encoding: copies them up to the
+/// next other character.
+std::size_t copyAscii(const std::string& from, std::size_t at, std::string& to) {
+  const auto begin = from.begin() + static_cast<std::ptrdiff_t>(at);
+  const auto end = std::find_if_not(begin, from.end(), isAscii);
+  to.append(begin, end);
+  return static_cast<std::size_t>(end - from.begin());
 }
 
 std::string ansiOfCharacter(char32_t character) {
@@ -141,7 +153,8 @@ std::size_t characterCount(const std::string& text) {
 
 std::string ansiOf(const std::string& text) {
   std::string bytes;
-  for (std::size_t at = 0; at < text.size();) {
+  for (std::size_t at = copyAscii(text, 0, bytes); at < text.size();
+       at = copyAscii(text, at, bytes)) {
     bytes += ansiOfCharacter(nextCharacter(text, at));
   }
   return bytes;
@@ -149,8 +162,9 @@ std::string ansiOf(const std::string& text) {
 
 std::string textOfAnsi(const std::string& bytes) {
   std::string text;
-  for (const char c : bytes) {
-    const char32_t byte = static_cast<unsigned char>(c);
+  for (std::size_t at = copyAscii(bytes, 0, text); at < bytes.size();
+       at = copyAscii(bytes, at + 1, text)) {
+    const char32_t byte = static_cast<unsigned char>(bytes[at]);
     const bool special = byte >= 0x80 && byte < 0xA0 && kUpperControls[byte - 0x80] != 0;
     addCharacter(text, special ? kUpperControls[byte - 0x80] : byte);
   }
