@@ -13,6 +13,8 @@ import windows
 
 # How long a manager may be worked in.
 SECONDS = 400
+# How long it may take to its end once nothing is done in it any more.
+ENDING_SECONDS = 150
 # Its exit code where the driver ended it.
 ENDED_BY_FORCE = 99
 
@@ -134,8 +136,9 @@ class Hand(windows.Prefix):
             self.point_at(shown)
             self.keys(key)
             if self.goes(text):
-                break
-        return text, shown.buttons()
+                return text, shown.buttons()
+            self.dialog("TrelvManager")
+        raise AssertionError(f"the box stays: {text}")
 
     def goes(self, text):
         """True once no box has this text; false when it stays for five seconds."""
@@ -228,11 +231,15 @@ def running(station, arguments, title, kill_when=""):
     try:
         hand.dialog(title)
         yield hand
+        thread.join(timeout=ENDING_SECONDS)
     except BaseException:
         hand.end()
         raise
     finally:
+        ended = not thread.is_alive()
+        if not ended:
+            hand.end()
         hand.close()
         thread.join(timeout=SECONDS + 60)
-    assert runs and not runs[0].late, "the manager did not end"
+    assert ended and runs and not runs[0].late, "the manager did not end"
     assert (runs[0].exit_code == ENDED_BY_FORCE) == bool(kill_when), "the manager ended otherwise"

@@ -31,6 +31,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <utility>
 #include <vector>
@@ -522,6 +523,25 @@ void closeWindow(const Words& words) {
 
 // --- Forms
 
+bool isWine10OrLater() {
+  using VersionOfWine = const char*(CDECL*)();
+  const HMODULE system = GetModuleHandleW(L"ntdll.dll");
+  const auto version = reinterpret_cast<VersionOfWine>(
+      reinterpret_cast<void*>(GetProcAddress(system, "wine_get_version")));
+  return version != nullptr && std::atoi(version()) >= 10;
+}
+
+/// Under Wine 10 its own desktop may be what is active when a command has run, although the form of
+/// the program stands there and nobody left it. A window manager would give the keyboard back, but
+/// here none is.
+void giveTheKeyboardBack(HWND box) {
+  const HWND active = GetForegroundWindow();
+  const bool lost = active == nullptr || active == GetDesktopWindow();
+  if (lost && isWine10OrLater() && IsWindowEnabled(box)) {
+    SetForegroundWindow(box);
+  }
+}
+
 /// The dialog of a title once it shows and answers; null when it does not come.
 HWND formOf(const std::wstring& title) {
   for (int i = 0; i < 1000; ++i) {
@@ -529,6 +549,7 @@ HWND formOf(const std::wstring& title) {
       // As the system keeps it: a program that is busy must not be disturbed.
       if (keptTextOf(box) == title) {
         letItSettle(box);
+        giveTheKeyboardBack(box);
         return box;
       }
     }
