@@ -13,6 +13,9 @@ namespace {
 /// not asked a hundred times over a network.
 constexpr std::array<std::uint32_t, 10> kPauses{10, 20, 40, 80, 160, 320, 640, 640, 640, 450};
 
+/// So many files or folders may cost 3 s each; a start that meets more of them goes on.
+constexpr std::size_t kMostInVain = 5;
+
 bool mayPass(SystemCode code) {
   // The last one is said of a file that goes when its user closes it; older systems say 5.
   constexpr SystemCode kLockViolation = 33;
@@ -53,7 +56,8 @@ SystemCode Patience::change(const std::string& path, const std::function<SystemC
 bool Patience::isWorthWaiting(SystemCode code, const std::string& path,
                               const std::function<bool()>& lasts) const {
   const bool denied = code == system_code::kAccessDenied;
-  return !wasInVain(path) && !(denied && wasDeniedBeside(path)) && !(denied && lasts());
+  return inVain_.size() < kMostInVain && !wasInVain(path) && !(denied && wasDeniedBeside(path)) &&
+         !(denied && lasts());
 }
 
 void Patience::remember(SystemCode code, const std::string& path) {

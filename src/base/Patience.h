@@ -15,7 +15,9 @@ namespace trelv {
 ///
 /// Whom it was refused to for all of that time does not wait again: a file in use counts for
 /// itself, a refused right (5) for the whole folder, until something there can be changed. So who
-/// may not write somewhere loses 3 s there once, not with each call.
+/// may not write somewhere loses 3 s there once, not with each call. Where five files or folders
+/// were waited for in vain nothing more is: the user has lost 15 s, and it is no scanner that
+/// passes by.
 class Patience {
  public:
   using Pause = std::function<void(std::uint32_t milliseconds)>;

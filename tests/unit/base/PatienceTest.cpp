@@ -127,5 +127,29 @@ TEST_F(PatienceTest, WhatCouldBeChangedIsWaitedForAgain) {
   EXPECT_EQ(inVain("C:\\e\\a", kSharingViolation), kAll);
 }
 
+TEST_F(PatienceTest, AllWaitingInVainTogetherHasAnEnd) {
+  std::uint32_t together = 0;
+  for (int i = 0; i < 40; ++i) {
+    const std::string folder = "C:\\" + std::to_string(i) + "\\";
+    together += inVain(folder + "a", i % 2 == 0 ? kSharingViolation : kAccessDenied);
+  }
+  EXPECT_EQ(together, 5 * kAll);
+}
+
+TEST_F(PatienceTest, WhatPassesInTimeIsWaitedForHoweverOften) {
+  for (int i = 0; i < 40; ++i) {
+    EXPECT_EQ(change("C:\\" + std::to_string(i), kSharingViolation, kAll / 2), kSuccess) << i;
+  }
+}
+
+TEST_F(PatienceTest, WhereOneOfThoseCouldBeChangedAnotherIsWaitedFor) {
+  for (int i = 0; i < 5; ++i) {
+    EXPECT_EQ(inVain("C:\\" + std::to_string(i), kSharingViolation), kAll);
+  }
+  EXPECT_EQ(inVain("C:\\5", kSharingViolation), 0U);
+  EXPECT_EQ(change("C:\\3", kSharingViolation, 0), kSuccess);
+  EXPECT_EQ(inVain("C:\\5", kSharingViolation), kAll);
+}
+
 }  // namespace
 }  // namespace trelv
