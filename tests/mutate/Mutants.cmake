@@ -1,0 +1,17 @@
+# For tools/mutate (CMAKE_PROJECT_INCLUDE): the sources hold mutants, which are not laid out to please
+# warnings, and each test program has what makes one of them act.
+function(trelv_mutants)
+  get_property(targets DIRECTORY PROPERTY BUILDSYSTEM_TARGETS)
+  foreach(target IN LISTS targets)
+    get_target_property(folder ${target} SOURCES)
+    if(folder MATCHES "/src/[a-z]+/")
+      target_compile_options(${target} PRIVATE -w)
+    endif()
+  endforeach()
+  foreach(program IN ITEMS unit_tests kit_tests contract_sim fuzz_tests sweep_tests)
+    if(TARGET ${program})
+      target_sources(${program} PRIVATE "${PROJECT_SOURCE_DIR}/tests/mutate/Mutants.cpp")
+    endif()
+  endforeach()
+endfunction()
+cmake_language(DEFER CALL trelv_mutants)
