@@ -98,12 +98,10 @@ void Gathering::putWaitingPack() {
                             packBytes(packOf("ZB", kVersionOfPack)));
 }
 
-bool Gathering::hasStoodStill() {
-  constexpr int kShortest = 3;
+bool Gathering::hasStoodStill(int seconds) {
   const machine::LocalTime now = workplaces_.front().machine().clock().now();
   const machine::LocalTime began = sim::SimClock().now();
-  return (now.hour - began.hour) * 3600 + (now.minute - began.minute) * 60 + now.second >=
-         kShortest;
+  return (now.hour - began.hour) * 3600 + (now.minute - began.minute) * 60 + now.second >= seconds;
 }
 
 void Gathering::expectInstalled(const std::string& product, Findings& findings) {
@@ -119,15 +117,20 @@ void Gathering::expectInstalled(const std::string& product, Findings& findings) 
 
 std::vector<Weave::Program> Gathering::programs() { return programs_; }
 
+// Each update run begins with the list of the packs, and looks for its lock right before it takes
+// it: what the run before saw says nothing.
 void Gathering::observe(std::size_t program, const sim::SimCall& call) {
-  if (!equalNoCase(call.path, Installation::kServerLock)) {
+  std::set<std::string>& free = free_[program];
+  if (call.kind == sim::CallKind::FolderList) {
+    free.clear();
+  }
+  if (!call.path.ends_with("agdv.lck")) {
     return;
   }
-  if (call.kind == sim::CallKind::FileLook) {
-    free_[program] = !installation_.share().exists(Installation::kServerLock);
+  if (call.kind == sim::CallKind::FileLook && !programs_[program].machine->fileExists(call.path)) {
+    free.insert(call.path);
   } else if (call.kind == sim::CallKind::FileWrite) {
-    respected_ = respected_ && free_[program];
-    free_[program] = false;
+    respected_ = respected_ && free.count(call.path) > 0;
   }
 }
 
@@ -140,6 +143,7 @@ void Gathering::judge(Findings& findings) {
   for (const Asked& asked : asked_) {
     expect(findings, Invariant::ProgramStarts, asked.workplace->countOfStarted(asked.program) == 1,
            "not started once: " + std::string(asked.program));
+    expectUpdated(*asked.workplace, findings);
   }
   expectCleanDisks(findings);
   judgeMore(findings);
@@ -151,18 +155,43 @@ void Gathering::expectNothingTold(Workplace& workplace, Findings& findings) {
       return text.starts_with(beginning);
     });
     expect(findings, Invariant::ToldForAReason,
-           reason || !tellsOneOf({text}, kFailures) || isRight(text) || isOfOpenedPack(text) ||
-               (hasStoodStill() && tellsOneOf({text}, "in uso da un'altra sessione")),
+           reason || !tellsOneOf({text}, kFailures) || isRight(text) ||
+               isOfOpenedPack(workplace, text) || isOfWorkFolderInUse(text),
            "told without a reason: " + text);
   }
 }
 
-/// The box of a pack that 7-Zip could not open because another workstation has opened and removed
-/// it since the folder was listed.
-bool Gathering::isOfOpenedPack(const std::string& text) {
+/// The box, or the line, of a pack that could not be opened because somebody with another work
+/// folder has opened and removed it since the folder was listed. Who shares the work folder lists
+/// again behind his wait.
+bool Gathering::isOfOpenedPack(Workplace& workplace, const std::string& text) {
   const std::size_t pack = text.rfind(kSetupFolder);
-  return text.starts_with("Errore in esecuzione comando: ") && pack != std::string::npos &&
-         !installation_.share().exists(text.substr(pack, text.rfind('"') - pack));
+  const bool others = std::any_of(workplaces_.begin(), workplaces_.end(), [&](Workplace& other) {
+    return !other.sharesWorkFolderWith(workplace);
+  });
+  return others && tellsOneOf({text}, kPackNotOpened) && pack != std::string::npos &&
+         !installation_.share().exists(text.substr(pack, text.find('"', pack) - pack));
+}
+
+bool Gathering::isOfWorkFolderInUse(const std::string& text) {
+  constexpr int kLongestWait = 120;
+  return hasStoodStill(kLongestWait) && tellsOneOf({text}, "in uso da un'altra sessione");
+}
+
+/// Who tells nothing of a failure or another session has brought the products up to what the server
+/// had when all began, and recorded it.
+void Gathering::expectUpdated(Workplace& workplace, Findings& findings) {
+  if (tellsOneOf(workplace.told(), std::string("presenza altre sessioni|") + kFailures)) {
+    return;
+  }
+  Station& station = workplace.station();
+  for (const char* const id : {"ZB", "NERIO"}) {
+    const std::string there = std::string(id) == "ZB" ? kVersionThere : kNerioVersion;
+    for (const std::string& version : {station.serverVersion(id), station.clientVersion(id)}) {
+      expect(findings, Invariant::FailureTold, version >= there || mayStand(id, version),
+             "not updated, and not told: " + std::string(id) + " is \"" + version + "\"");
+    }
+  }
 }
 
 void Gathering::expectVersions(Workplace& workplace, Findings& findings) {
@@ -224,7 +253,7 @@ std::optional<std::string> Gathering::comparable(const std::string& path,
   return path.ends_with(".ini") ? sorted(bytes) : bytes;
 }
 
-std::string Gathering::end() {
+End Gathering::end() {
   for (Workplace& workplace : workplaces_) {
     workplace.nextProcess();
     workplace.start(kStartOfBilancio);
@@ -234,10 +263,10 @@ std::string Gathering::end() {
   for (std::size_t i = 0; i < workplaces_.size(); ++i) {
     gather(workplaces_[i].machine().diskOf("C:\\").root(), "c" + std::to_string(i) + ":", files);
   }
-  std::string end;
+  End end;
   for (const auto& [path, bytes] : files) {
     if (const std::optional<std::string> compared = comparable(path, bytes)) {
-      end += path + " " + *compared + "\n";
+      end[path] = *compared;
     }
   }
   return end;

@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,11 @@ constexpr const char* kStartOfNerio = "INTEGRATEDRUN S:\\Lumo S:\\Lumo NERIO";
 constexpr const char* kFailures =
     "rrore|frmError|non effettuata|non eseguit|Impossibile|non rimoss|non disponibile|non apert|"
     "non rilevato, file di config|non è stato trovato|non risulta installato";
+
+/// Beginnings of the box and the line of a zip pack that could not be opened.
+constexpr const char* kPackNotOpened =
+    "Errore in esecuzione comando: \"C:\\Lumo\\Programmi\\7z.exe|"
+    "Pacco zip protetto o incompleto, non aperto: ";
 
 /// Notes `otherwise`, with the invariant's name, where it does not hold.
 void expect(Findings& findings, Invariant invariant, bool holds, const std::string& otherwise);
@@ -41,7 +47,8 @@ class Gathering : public WovenWorld {
   std::vector<Weave::Program> programs() override;
   void observe(std::size_t program, const sim::SimCall& call) override;
   void judge(Findings& findings) override;
-  std::string end() override;
+  std::set<std::string> mayDiffer() override { return setUps_->disputed(); }
+  End end() override;
 
  protected:
   /// A computer of its own.
@@ -56,9 +63,11 @@ class Gathering : public WovenWorld {
   void putWaitingPack();
   /// What the pack of a single installation brings is there, whole.
   void expectInstalled(const std::string& product, Findings& findings);
-  /// Has one of them waited for another as long as anybody waits? Who is waited for so long has
-  /// stood still; the others go on without him, by design.
-  bool hasStoodStill();
+  /// Was one of them waited for so long that the others gave up? He has stood still, and they go on
+  /// without him, by design.
+  bool hasStoodStill(int seconds);
+  /// Does it tell of a work folder that another one had longer than anybody waits?
+  bool isOfWorkFolderInUse(const std::string& text);
   /// What holds of this meeting besides.
   virtual void judgeMore(Findings& /*findings*/) {}
   /// Is a failure that is told right here? The text is a line, a box or the name of a form.
@@ -72,7 +81,7 @@ class Gathering : public WovenWorld {
 
   std::unique_ptr<Installation> own_;
   Installation& installation_;
-  std::shared_ptr<const SetUps> setUps_;
+  std::shared_ptr<SetUps> setUps_;
   std::deque<Workplace> workplaces_;
   std::vector<Weave::Program> programs_;
 
@@ -82,8 +91,9 @@ class Gathering : public WovenWorld {
     const char* program;
   };
 
-  bool isOfOpenedPack(const std::string& text);
+  bool isOfOpenedPack(Workplace& workplace, const std::string& text);
   void expectNothingTold(Workplace& workplace, Findings& findings);
+  void expectUpdated(Workplace& workplace, Findings& findings);
   void expectVersions(Workplace& workplace, Findings& findings);
   void expectVersion(const std::string& where, const std::string& id, const std::string& side,
                      const std::string& version, Findings& findings);
@@ -91,8 +101,9 @@ class Gathering : public WovenWorld {
   bool wasBrought(const std::string& id, const std::string& side, const std::string& version);
 
   std::vector<Asked> asked_;
-  /// By program: it looked for the server's lock and found none.
-  std::map<std::size_t, bool> free_;
+  /// By program, since it began its present update run: the locks that it looked for and did not
+  /// find.
+  std::map<std::size_t, std::set<std::string>> free_;
   bool respected_ = true;
 };
 

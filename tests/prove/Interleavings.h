@@ -8,11 +8,15 @@
 #include <string>
 #include <vector>
 
+#include "prove/Invariants.h"
 #include "prove/Weave.h"
 #include "prove/WeaveAccess.h"
 #include "sweep/Sweep.h"
 
 namespace trelv::tests {
+
+/// What there is, by path in lower case; two ends that are alike are equal.
+using End = Picture;
 
 /// Programs that run at once, and what must hold when all have ended. Made afresh for each
 /// schedule; the same calls are made in the same order wherever the turns are the same.
@@ -24,19 +28,18 @@ class WovenWorld {
   /// A call of a program is carried out now.
   virtual void observe(std::size_t /*program*/, const sim::SimCall& /*call*/) {}
   virtual void judge(Findings& findings) = 0;
-  /// Was it so that the end may be another one by design? Asked before end().
-  virtual bool mayEndOtherwise() { return false; }
-  /// What the world is like when each workplace has been started once more. Two ends that are alike
-  /// are the same text.
-  virtual std::string end() = 0;
+  /// How the paths end, in lower case, that may be otherwise by design. Asked before end().
+  virtual std::set<std::string> mayDiffer() { return {}; }
+  /// What the world is like when each workplace has been started once more.
+  virtual End end() = 0;
 };
 
 /// One kind of meeting.
 struct Meeting {
   const char* name;
   std::function<std::unique_ptr<WovenWorld>()> make;
-  /// The programs differ in nothing but where they run: who comes first is the same for all.
-  bool alike = false;
+  /// Programs that differ in nothing but where they run: which of them comes first is the same.
+  std::vector<std::size_t> alike{};
 };
 
 /// Just before this call of a program (from 1) the turn is another one's.
@@ -94,22 +97,20 @@ class Interleavings {
   /// where the programs end before.
   Woven runDrawn(std::size_t switches, std::uint64_t seed, Schedule& drawn) const;
 
-  std::size_t sharedPlaces() const { return places_.sharedPlaces(); }
-  /// How many calls of the schedules without a switch somebody else minds.
-  std::size_t sharedCalls() const { return sharedCalls_; }
-
  private:
   void touch(const Schedule& schedule);
   void runSerial();
   Woven weave(Schedule& schedule, Draw* draw) const;
   Woven weaveWorld(WovenWorld& world, Schedule& schedule, Draw* draw) const;
+  void judgeEnd(WovenWorld& world, Findings& findings) const;
 
   const Meeting& meeting_;
   TouchedPlaces places_{0};
   std::vector<Schedule> serial_;
   std::vector<Woven> serialWoven_;
-  std::set<std::string> ends_;
-  std::size_t sharedCalls_ = 0;
+  std::set<End> ends_;
+  /// By program: at how many places of its schedules without a switch one would make a difference.
+  std::vector<std::size_t> pointsOf_;
 };
 
 }  // namespace trelv::tests

@@ -3,23 +3,17 @@
 #include <algorithm>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 
-#include "packs/ProductRemoval.h"
+#include "base/Text.h"
 #include "packs/SelfUpdate.h"
 #include "prove/Gathering.h"
 #include "support/MediumStation.h"
 
 namespace trelv::tests {
 namespace {
-
-class NoProgress : public modProdTrelvManager::RemovalProgress {
- public:
-  void begin(int /*max*/) override {}
-  void advance() override {}
-  void finish() override {}
-};
 
 /// Starts on computers of their own, while a pack waits.
 class Updates : public Gathering {
@@ -30,7 +24,6 @@ class Updates : public Gathering {
       starts(addComputer(), kStartOfBilancio, kBilancio);
     }
   }
-  bool mayEndOtherwise() override { return setUps_->met; }
 
  protected:
   void judgeMore(Findings& findings) override {
@@ -45,11 +38,13 @@ class Updates : public Gathering {
   }
 };
 
-class UpdateAndInstall : public Gathering {
+class UpdatesAndInstall : public Gathering {
  public:
-  UpdateAndInstall() {
+  explicit UpdatesAndInstall(std::size_t updates) {
     installation_.putConfiguration("prg\\com\\setup\\aggdovra\\q2.ini", configurationText({}));
-    starts(addComputer(), kStartOfBilancio, kBilancio);
+    for (std::size_t i = 0; i < updates; ++i) {
+      starts(addComputer(), kStartOfBilancio, kBilancio);
+    }
     installs(addComputer(), "LUDA");
   }
 
@@ -57,11 +52,13 @@ class UpdateAndInstall : public Gathering {
   void judgeMore(Findings& findings) override { expectInstalled("luda", findings); }
 };
 
-class TwoInstalls : public Gathering {
+/// The third one installs the same as the first.
+class Installs : public Gathering {
  public:
-  TwoInstalls() {
-    installs(addComputer(), "LUDA");
-    installs(addComputer(), "Q2");
+  explicit Installs(std::size_t computers) {
+    for (std::size_t i = 0; i < computers; ++i) {
+      installs(addComputer(), i % 2 == 0 ? "LUDA" : "Q2");
+    }
   }
 
  protected:
@@ -73,21 +70,26 @@ class TwoInstalls : public Gathering {
 
 /// One manager is newer than the other, both than the client copy. Who stands still too long is not
 /// waited for.
-class TwoSelfUpdates : public Gathering {
+class SelfUpdates : public Gathering {
  public:
-  TwoSelfUpdates() {
+  explicit SelfUpdates(std::size_t computers) {
     add("il nuovo", {2026, 11, 1, 12, 0, 0});
     add("il piu nuovo", {2026, 11, 5, 12, 0, 0});
+    if (computers > 2) {
+      add("quello di mezzo", {2026, 11, 3, 12, 0, 0});
+    }
   }
-  bool mayEndOtherwise() override { return hasStoodStill(); }
+  std::set<std::string> mayDiffer() override {
+    return isTurnLost() ? std::set<std::string>{lowerCase(kClientCopy).substr(2)}
+                        : std::set<std::string>();
+  }
 
  protected:
   void judgeMore(Findings& findings) override {
     sim::SimDisk& share = installation_.share();
-    expect(
-        findings, Invariant::VersionsTrue,
-        share.exists(kClientCopy) && (share.text(kClientCopy) == "il piu nuovo" || hasStoodStill()),
-        "the client copy is not the newest");
+    expect(findings, Invariant::VersionsTrue,
+           share.exists(kClientCopy) && (share.text(kClientCopy) == "il piu nuovo" || isTurnLost()),
+           "the client copy is not the newest");
     expect(findings, Invariant::NothingHalf,
            share.exists(kEnvironmentFile) &&
                share.text(kEnvironmentFile).starts_with("AMB000116/11/26 "),
@@ -95,6 +97,12 @@ class TwoSelfUpdates : public Gathering {
   }
 
  private:
+  /// Whoever waited for his turn has gone on without it.
+  bool isTurnLost() {
+    constexpr int kLongestWait = 10;
+    return hasStoodStill(kLongestWait);
+  }
+
   void add(const char* bytes, const machine::LocalTime& date) {
     Workplace& workplace = addComputer();
     const std::string own = workplace.machine().system().executablePath();
@@ -110,15 +118,20 @@ class TwoSelfUpdates : public Gathering {
   }
 };
 
-/// Two processes of one computer, each of which writes a setting of its own.
-class TwoStoreWriters : public Gathering {
+/// Processes of one computer, each of which writes a setting of its own.
+class StoreWriters : public Gathering {
  public:
-  TwoStoreWriters() {
+  explicit StoreWriters(std::size_t processes) {
     Workplace& first = addComputer();
     writes(first, "Uno");
-    writes(addProcess(first, "mario", 1), "Due");
+    for (std::size_t i = 1; i < processes; ++i) {
+      writes(addProcess(first, "mario", 1), "Altro" + std::to_string(i));
+    }
   }
-  bool mayEndOtherwise() override { return hasStoodStill(); }
+  std::set<std::string> mayDiffer() override {
+    return isRefused() ? std::set<std::string>{lowerCase(Workplace::kStoreFile).substr(2)}
+                       : std::set<std::string>();
+  }
 
  protected:
   void judgeMore(Findings& findings) override {
@@ -129,12 +142,18 @@ class TwoStoreWriters : public Gathering {
       expect(findings, Invariant::OthersSurvive,
              written != 0 || (code == 0 && buffer.substr(0, buffer.find('\0')) == attribute),
              "the setting is lost: " + attribute);
-      expect(findings, Invariant::ToldForAReason, written == 0 || hasStoodStill(),
+      expect(findings, Invariant::ToldForAReason, written == 0 || isRefused(),
              "a write was refused");
     }
   }
 
  private:
+  /// Whoever waited for the store has been refused.
+  bool isRefused() {
+    constexpr int kLongestWait = 3;
+    return hasStoodStill(kLongestWait);
+  }
+
   void writes(Workplace& workplace, const std::string& attribute) {
     does(workplace, [this, &workplace, attribute] {
       codes_[attribute] = workplace.store().setParameter("SYSTEM", "Complementary_Products",
@@ -146,24 +165,30 @@ class TwoStoreWriters : public Gathering {
   std::map<std::string, std::int32_t> codes_;
 };
 
-/// Bilancio is removed from the server while another workstation starts Nerio.
-class RemovalAndUpdate : public Gathering {
+/// Bilancio is removed from the server while other workstations start Nerio.
+class RemovalAndUpdates : public Gathering {
  public:
-  RemovalAndUpdate() {
+  explicit RemovalAndUpdates(std::size_t updates) {
     Workplace& removing = addComputer();
-    does(removing, [&removing] {
-      removing.work([](RealProgram& program) {
-        NoProgress progress;
-        modProdTrelvManager::RemoveProduct(program, {"S:\\Lumo", "S:\\Lumo", "C:\\Lumo\\Client"},
-                                           {"ZB", Side::Server}, progress);
-      });
-    });
-    starts(addComputer(), kStartOfNerio, kNerio);
+    does(removing, [&removing] { removing.removeProduct("ZB", Side::Server); });
+    for (std::size_t i = 0; i < updates; ++i) {
+      starts(addComputer(), kStartOfNerio, kNerio);
+    }
+  }
+
+  /// What is in use cannot be removed, and is told.
+  std::set<std::string> mayDiffer() override {
+    std::set<std::string> paths = Gathering::mayDiffer();
+    if (tellsOneOf(workplaces_.front().told(), kNotRemoved)) {
+      paths.insert({"\\aggdovra\\zb\\", "\\zb\\server.exe", "\\zb\\client.exe", "\\zb\\togli.exe"});
+    }
+    return paths;
   }
 
  protected:
+  /// Whoever found the product removed writes back what he read.
   bool mayStand(const std::string& id, const std::string& version) override {
-    return id == "ZB" && version.empty();
+    return id == "ZB" && (version.empty() || version == kVersionBefore);
   }
   /// A removal takes no lock: what it removes may be what the update is about to start.
   /// Nor does it know of an update that writes back what it read, or has begun to set up what is
@@ -180,8 +205,12 @@ class RemovalAndUpdate : public Gathering {
     return text;
   }
   bool isRight(const std::string& text) override {
-    return tellsOneOf({text}, "aggdovra\\zb\\|aggdovra\\zb.ini") || text == "frmError";
+    return tellsOneOf({text}, std::string("aggdovra\\zb\\|aggdovra\\zb.ini|") + kNotRemoved) ||
+           text == "frmError";
   }
+
+ private:
+  static constexpr const char* kNotRemoved = "Cartella server di setup non rimossa: ";
 };
 
 /// Two starts of one user on one computer: one work folder, one client lock, one log.
@@ -278,7 +307,7 @@ void StartAndSession::judgeMore(Findings& findings) {
   }
   for (const std::string& text : medium_.desktop().boxTexts()) {
     expect(findings, Invariant::ToldForAReason,
-           !tellsOneOf({text}, std::string(kFailures) + "|Attenzione"),
+           !tellsOneOf({text}, std::string(kFailures) + "|Attenzione") || isOfWorkFolderInUse(text),
            "told without a reason: " + text);
   }
 }
@@ -292,20 +321,29 @@ std::function<std::unique_ptr<WovenWorld>()> making(Arguments... arguments) {
 
 }  // namespace
 
-const std::array<Meeting, 12>& meetings() {
-  static const std::array<Meeting, 12> all{
-      {{"update-update", making<Updates>(std::size_t{2}), true},
-       {"update-install", making<UpdateAndInstall>()},
-       {"install-install", making<TwoInstalls>()},
-       {"selfupdate-selfupdate", making<TwoSelfUpdates>()},
-       {"store-store", making<TwoStoreWriters>(), true},
-       {"removal-update", making<RemovalAndUpdate>()},
+const std::array<Meeting, kMeetings>& meetings() {
+  constexpr std::size_t kOne = 1;
+  constexpr std::size_t kTwo = 2;
+  constexpr std::size_t kThree = 3;
+  static const std::array<Meeting, kMeetings> all{
+      {{"update-update", making<Updates>(kTwo), {0, 1}},
+       {"update-install", making<UpdatesAndInstall>(kOne)},
+       {"install-install", making<Installs>(kTwo)},
+       {"selfupdate-selfupdate", making<SelfUpdates>(kTwo)},
+       {"store-store", making<StoreWriters>(kTwo), {0, 1}},
+       {"removal-update", making<RemovalAndUpdates>(kOne)},
        {"starts-of-one-user", making<TwoStartsOfOneUser>()},
-       {"terminal-server", making<TwoSessions>(), true},
+       {"terminal-server", making<TwoSessions>(), {0, 1}},
        {"start-session", making<StartAndSession>(true)},
        {"start-session-beside", making<StartAndSession>(false)},
-       startAndPublish(),
-       {"three-updates", making<Updates>(std::size_t{3}), true}}};
+       startsAndPublish("start-publish", kOne, {}),
+       {"three-updates", making<Updates>(kThree), {0, 1, 2}},
+       {"two-updates-install", making<UpdatesAndInstall>(kTwo), {0, 1}},
+       {"three-installs", making<Installs>(kThree), {0, 2}},
+       {"three-selfupdates", making<SelfUpdates>(kThree)},
+       {"three-stores", making<StoreWriters>(kThree), {0, 1, 2}},
+       {"removal-two-updates", making<RemovalAndUpdates>(kTwo), {1, 2}},
+       startsAndPublish("two-starts-publish", kTwo, {0, 1})}};
   return all;
 }
 

@@ -1,15 +1,20 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
+#include <vector>
 
 #include "prove/Interleavings.h"
 
 namespace trelv::tests {
 
-/// A pack that the second program publishes while a workstation starts.
-Meeting startAndPublish();
+constexpr std::size_t kMeetings = 18;
 
-/// Every kind of meeting of the manager's programs with each other.
-const std::array<Meeting, 12>& meetings();
+/// A pack that the second program publishes while so many workstations start.
+Meeting startsAndPublish(const char* name, std::size_t starts,
+                         const std::vector<std::size_t>& alike);
+
+/// Every kind of meeting of the manager's programs with each other: those of two programs first.
+const std::array<Meeting, kMeetings>& meetings();
 
 }  // namespace trelv::tests

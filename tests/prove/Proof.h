@@ -22,7 +22,7 @@ struct Job {
 /// What the runs of one seed came to. Filled by one thread.
 class Tally {
  public:
-  /// `what` is shown in the report: "runs", "worlds". Every proof counts its "runs".
+  /// `what` is one word, shown in the report: "runs", "worlds". Every proof counts its "runs".
   void count(const std::string& what, std::uint64_t by = 1) { counts_[what] += by; }
   /// A run broke an invariant. `run` is its name within the seed: it has no quotes and no line
   /// ends, and makes exactly that run again as Job::only.

@@ -11,10 +11,10 @@ namespace {
 
 constexpr const char* kGivenPack = "C:\\Consegne\\zb-09.94.zip";
 
-/// A pack is published while a workstation starts.
-class StartAndPublish : public Gathering {
+/// A pack is published while workstations start.
+class StartsAndPublish : public Gathering {
  public:
-  StartAndPublish();
+  explicit StartsAndPublish(std::size_t computers);
 
  protected:
   void judgeMore(Findings& findings) override;
@@ -24,8 +24,10 @@ class StartAndPublish : public Gathering {
   int exitCode_ = -1;
 };
 
-StartAndPublish::StartAndPublish() {
-  starts(addComputer(), kStartOfBilancio, kBilancio);
+StartsAndPublish::StartsAndPublish(std::size_t computers) {
+  for (std::size_t i = 0; i < computers; ++i) {
+    starts(addComputer(), kStartOfBilancio, kBilancio);
+  }
   Workplace& publishing = addComputer();
   std::vector<std::pair<std::string, std::string>> files;
   const std::string tree = "prg\\com\\setup\\aggdovra\\";
@@ -40,15 +42,16 @@ StartAndPublish::StartAndPublish() {
   does(publishing, [this] { exitCode_ = trelv_->run({"publish", "S:\\Lumo", kGivenPack}); });
 }
 
-void StartAndPublish::judgeMore(Findings& findings) {
+void StartsAndPublish::judgeMore(Findings& findings) {
   expect(findings, Invariant::ToldForAReason, exitCode_ == 0,
          "not published: " + trelv_->console.errors + trelv_->console.output);
 }
 
 }  // namespace
 
-Meeting startAndPublish() {
-  return {"start-publish", [] { return std::make_unique<StartAndPublish>(); }};
+Meeting startsAndPublish(const char* name, std::size_t starts,
+                         const std::vector<std::size_t>& alike) {
+  return {name, [starts] { return std::make_unique<StartsAndPublish>(starts); }, alike};
 }
 
 }  // namespace trelv::tests

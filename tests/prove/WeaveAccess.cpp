@@ -79,24 +79,6 @@ bool isOfRegistry(CallKind kind) {
 
 }  // namespace
 
-void TouchedPlaces::add(const TouchedPlaces& other) {
-  for (std::size_t program = 0; program < touched_.size(); ++program) {
-    for (const auto& [place, accesses] : other.touched_[program]) {
-      touched_[program][place] |= accesses;
-    }
-  }
-}
-
-std::size_t TouchedPlaces::sharedPlaces() const {
-  std::size_t count = 0;
-  for (std::size_t program = 0; program < touched_.size(); ++program) {
-    for (const auto& [place, accesses] : touched_[program]) {
-      count += isMinded(program, place, accesses) ? 1U : 0U;
-    }
-  }
-  return count;
-}
-
 bool TouchedPlaces::isMinded(std::size_t program, const std::string& place, Accesses access) const {
   for (std::size_t other = 0; other < touched_.size(); ++other) {
     const Places& places = touched_[other];

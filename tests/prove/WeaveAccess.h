@@ -19,11 +19,6 @@ class TouchedPlaces {
   /// For so many programs.
   explicit TouchedPlaces(std::size_t programs) : touched_(programs) {}
 
-  /// Notes what another table of the same programs has.
-  void add(const TouchedPlaces& other);
-  /// How many places several programs touch, one of them so that the others mind.
-  std::size_t sharedPlaces() const;
-
  private:
   friend class PlacesOfWorld;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/Text.h"
+#include "packs/ProductRemoval.h"
 #include "support/SessionForms.h"
 
 namespace trelv::tests {
@@ -15,19 +16,27 @@ constexpr const char* kSchemaFile = "C:\\Lumo\\Client\\schema.xsd";
 constexpr const char* kForeign = "[KXK]\r\nversion=01.02.03.04\r\n";
 constexpr machine::LocalTime kOldCopy{2026, 10, 1, 12, 0, 0};
 
+class NoProgress : public modProdTrelvManager::RemovalProgress {
+ public:
+  void begin(int /*max*/) override {}
+  void advance() override {}
+  void finish() override {}
+};
+
 std::string setupPath(const std::string& path) { return std::string(kSetupFolder) + "\\" + path; }
 
 /// A set-up that writes a file, half of it first: what a command line says behind the program is
 /// what it brings.
 sim::ProgramScript settingUp(const std::string& file, const std::shared_ptr<SetUps>& setUps) {
   return [file, setUps](sim::SimProcess& process) -> std::uint32_t {
-    setUps->met = ++setUps->running > 1 || setUps->met;
     const std::string version = process.arguments().empty() ? "" : process.arguments().front();
+    const sim::SimDisk& disk = process.machine().diskOf(file);
+    setUps->begins(disk, file, version);
     machine::Files& files = process.machine().machine().files;
     const std::string whole = "versione " + version;
     files.write(file, whole.substr(0, whole.size() / 2));
     files.write(file, whole);
-    --setUps->running;
+    setUps->ends(disk, file);
     return 0;
   };
 }
@@ -120,6 +129,14 @@ void Workplace::work(const std::function<void(RealProgram&)>& procedure) {
   }
 }
 
+void Workplace::removeProduct(const std::string& id, Side side) {
+  work([&](RealProgram& program) {
+    NoProgress progress;
+    modProdTrelvManager::RemoveProduct(program, {"S:\\Lumo", "S:\\Lumo", "C:\\Lumo\\Client"},
+                                       {id, side}, progress);
+  });
+}
+
 void Workplace::nextProcess() {
   machine().startSession();
   if (beside_ != nullptr) {
@@ -144,11 +161,27 @@ void Workplace::forgetTold() {
   machine().makeFolders(temp_ + "\\log");
 }
 
+bool Workplace::sharesWorkFolderWith(Workplace& other) {
+  return &machine().diskOf("C:\\") == &other.machine().diskOf("C:\\") && temp_ == other.temp_;
+}
+
 std::size_t Workplace::countOfStarted(const std::string& beginning) {
   const std::vector<std::string> lines = commands();
   return static_cast<std::size_t>(
       std::count_if(lines.begin(), lines.end(),
                     [&](const std::string& line) { return line.starts_with(beginning); }));
+}
+
+void SetUps::begins(const sim::SimDisk& disk, const std::string& file, const std::string& version) {
+  Target& target = targets_[{&disk, file}];
+  if (++target.writers > 1 || version < target.newest) {
+    disputed_.insert(lowerCase(file.substr(2)));
+  }
+  target.newest = std::max(target.newest, version);
+}
+
+void SetUps::ends(const sim::SimDisk& disk, const std::string& file) {
+  --targets_[{&disk, file}].writers;
 }
 
 void putStore(sim::SimMachine& machine) {
@@ -162,7 +195,7 @@ void putStore(sim::SimMachine& machine) {
                   "</configuration>");
 }
 
-std::shared_ptr<const SetUps> putServer(Installation& installation) {
+std::shared_ptr<SetUps> putServer(Installation& installation) {
   auto setUps = std::make_shared<SetUps>();
   sim::SimDisk& share = installation.share();
   std::vector<ProductEntry> entries = wholeCatalogue();
@@ -174,7 +207,7 @@ std::shared_ptr<const SetUps> putServer(Installation& installation) {
     share.putProgram(setupPath(product + "\\server.exe"),
                      settingUp("S:\\Lumo\\mv\\" + product + "\\dati.txt", setUps));
     share.putProgram(setupPath(product + "\\client.exe"),
-                     settingUp("C:\\Lumo\\" + product + ".txt", std::make_shared<SetUps>()));
+                     settingUp("C:\\Lumo\\" + product + ".txt", setUps));
     share.putProgram(setupPath(product + "\\togli.exe"));
   }
   share.putProgram(kBilancio);

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -31,11 +33,15 @@ class Workplace {
   XmlStore& store() { return store_; }
   /// Temporary folder of its user, without trailing backslash.
   const std::string& temp() const { return temp_; }
+  /// Do both unpack in the same folder?
+  bool sharesWorkFolderWith(Workplace& other);
 
   /// One process of the manager from start to end. What it told is kept.
   void start(const std::string& arguments);
   /// The same for a procedure of the manager instead of a whole start.
   void work(const std::function<void(RealProgram&)>& procedure);
+  /// A user of the maintenance form removes a product from one side.
+  void removeProduct(const std::string& id, Side side);
   /// The process has ended and its number is another one's: the next one has another.
   void nextProcess();
 
@@ -69,18 +75,31 @@ class Workplace {
 /// The files and pointers of a configuration store, with the integration recorded.
 void putStore(sim::SimMachine& machine);
 
-/// The set-ups of one server.
-struct SetUps {
-  int running = 0;
-  /// Two of them ran at once.
-  bool met = false;
+/// The set-ups of one server and of its clients, each of which writes one file.
+class SetUps {
+ public:
+  /// A set-up begins or ends to write a file of a disk.
+  void begins(const sim::SimDisk& disk, const std::string& file, const std::string& version);
+  void ends(const sim::SimDisk& disk, const std::string& file);
+  /// Files, in lower case and without their drives, that two set-ups wrote at once or an older one
+  /// after a newer one.
+  const std::set<std::string>& disputed() const { return disputed_; }
+
+ private:
+  struct Target {
+    int writers = 0;
+    std::string newest;
+  };
+
+  std::map<std::pair<const sim::SimDisk*, std::string>, Target> targets_;
+  std::set<std::string> disputed_;
 };
 
 /// What the server of the interleavings holds: Bilancio and Nerio, both behind what their
 /// configuration files bring, whose set-ups write what they install step by step; versions of a
 /// product that nobody touches in each record; the manager's copy for the clients and the
 /// environment file.
-std::shared_ptr<const SetUps> putServer(Installation& installation);
+std::shared_ptr<SetUps> putServer(Installation& installation);
 
 /// What is recorded on a workplace of that server.
 void putClient(Workplace& workplace);

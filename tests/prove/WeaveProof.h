@@ -2,15 +2,16 @@
 
 #include <cstddef>
 
+#include "prove/Meetings.h"
 #include "prove/Proof.h"
 
 namespace trelv::tests {
 
-constexpr std::size_t kMeetings = 12;
 /// Into so many seeds the schedules of a meeting are divided.
 constexpr std::size_t kPartsOfAMeeting = 20;
 constexpr std::size_t kSeedsOfMeetings = kMeetings * kPartsOfAMeeting;
-/// Schedules with three switches that are drawn for each meeting of two, all seeds together.
+/// Schedules with three switches that are drawn for each meeting of two, all seeds together, where
+/// there are so many.
 constexpr std::size_t kDrawnOfAMeeting = 20'000;
 
 /// Programs of several workstations, sessions or processes at once. A seed is one meeting, and one

@@ -39,8 +39,7 @@ std::string momentText(const machine::LocalTime& time) {
 
 /// Lines that a start tells because another one was disturbed, or works beside it.
 constexpr const char* kOthersTrouble =
-    "presenza altre sessioni|Il sistema ha rilevato|Copia Trelvmanager.Exe non eseguita|"
-    "Errore in esecuzione comando: \"C:\\Lumo\\Programmi\\7z.exe";
+    "presenza altre sessioni|Il sistema ha rilevato|Copia Trelvmanager.Exe non eseguita";
 
 }  // namespace
 
@@ -55,12 +54,21 @@ Week::Week(std::uint64_t seed, const WeekSize& size) : random_(seed), size_(size
   installation_.putConfiguration("prg\\com\\setup\\aggdovra\\q2.ini", configurationText({}));
   for (const char* const id : kProducts) {
     release_[id] = 0;
-    // A set-up does nothing but end: what fails in it is not the manager's.
-    for (const char* const program : {"\\server.exe", "\\client.exe"}) {
-      installation_.share().putProgram(std::string(kSetupFolder) + "\\" + lowerCase(id) + program);
-    }
+    deliverAnew(id);
   }
   putWorkplaces();
+}
+
+/// All of a product, as its newest release has it.
+void Week::deliverAnew(const std::string& id) {
+  sim::SimDisk& share = installation_.share();
+  // A set-up does nothing but end: what fails in it is not the manager's.
+  for (const char* const program : {"\\server.exe", "\\client.exe", "\\togli.exe"}) {
+    share.putProgram(std::string(kSetupFolder) + "\\" + lowerCase(id) + program);
+  }
+  for (const auto& [path, bytes] : packOf(id, versionOf(id, release_[id]))) {
+    share.put("S:\\Lumo\\" + path, bytes);
+  }
 }
 
 void Week::putWorkplaces() {
@@ -103,9 +111,6 @@ void Week::hour(std::size_t starts) {
   if (oneIn(8)) {
     deliver();
   }
-  if (oneIn(20)) {
-    installSingle();
-  }
   for (std::size_t left = starts; left > 0;) {
     const std::size_t programs = std::min(left, 1 + below(kMostAtOnce));
     meet(programs);
@@ -122,31 +127,57 @@ void Week::deliver() {
   ++counts_.packs;
 }
 
-void Week::installSingle() {
-  Workplace& workplace = workplaces_[below(size_.computers)];
-  workplace.machine().putFile("C:\\Lumo\\Programmi\\luda.gz", productPack("LUDA"));
-  workplace.nextProcess();
-  workplace.start("SINGLEINSTALL LUDA luda.gz");
-  ++counts_.installs;
-  expect(Invariant::NothingHalf,
-         installation_.share().exists(std::string(kSetupFolder) + "\\luda\\leggimi.txt"),
-         "a single installation has brought nothing");
-}
-
 // --- Starts
 
 Week::Started Week::someStart(Workplace& workplace) {
   Started started;
   started.workplace = &workplace;
   started.product = kProducts.at(below(kProducts.size()));
+  takeUpWork(started);
   started.workplace->nextProcess();
   started.workplace->machine().callLog().clear();
   started.workplace->machine().clock().set(now_);
   started.workplace->forgetTold();
   started.programs = started.workplace->countOfStarted(programOf(started.product));
   disturb(started);
-  ++counts_.starts;
   return started;
+}
+
+/// Most start their program; seldom one installs a product or removes one.
+void Week::takeUpWork(Started& started) {
+  constexpr std::size_t kSeldom = 150;
+  constexpr std::size_t kFromServer = 4;
+  if (oneIn(kSeldom)) {
+    started.work = Work::Install;
+    started.workplace->machine().putFile("C:\\Lumo\\Programmi\\luda.gz", productPack("LUDA"));
+    ++counts_.installs;
+  } else if (oneIn(kSeldom)) {
+    started.work = Work::Removal;
+    started.side = oneIn(kFromServer) ? Side::Server : Side::Client;
+    removed_.insert(started.product +
+                    (started.side == Side::Server ? "server" : std::string("client")));
+    if (started.side == Side::Server) {
+      missing_[started.product] = 1 + below(kMostAtOnce);
+    }
+    ++counts_.removals;
+  } else {
+    ++counts_.starts;
+  }
+}
+
+void Week::workAt(const Started& started) {
+  switch (started.work) {
+    case Work::Start:
+      started.workplace->start(std::string("INTEGRATEDRUN S:\\Lumo S:\\Lumo ") +
+                               codeOf(started.product));
+      break;
+    case Work::Install:
+      started.workplace->start("SINGLEINSTALL LUDA luda.gz");
+      break;
+    case Work::Removal:
+      started.workplace->removeProduct(started.product, started.side);
+      break;
+  }
 }
 
 void Week::disturb(Started& started) {
@@ -183,18 +214,18 @@ void Week::meet(std::size_t programs) {
   std::vector<std::size_t> order;
   for (Started& each : started) {
     order.push_back(woven.size());
-    woven.push_back({&each.workplace->machine(), [&each] {
-                       each.workplace->start(std::string("INTEGRATEDRUN S:\\Lumo S:\\Lumo ") +
-                                             codeOf(each.product));
-                     }});
+    woven.push_back({&each.workplace->machine(), [this, &each] { workAt(each); }});
   }
   constexpr std::size_t kOutages = 60;
   const bool outage = oneIn(kOutages);
   untilOutage_ = outage ? 1 + below(kCallsOfAStart) : 0;
   gone_ = 0;
+  constexpr std::size_t kPacks = 50;
+  untilPack_ = oneIn(kPacks) ? 1 + below(kCallsOfAStart) : 0;
   Weave weave(std::move(woven));
   weave.run(order, [&](std::size_t program, const sim::SimCall&) -> Weave::Turn {
     loseShare();
+    deliverInTheMiddle();
     return choose(weave, program, order.size());
   });
   installation_.share().reconnect();
@@ -203,6 +234,23 @@ void Week::meet(std::size_t programs) {
     expect(Invariant::Ends, false, "it was raised: " + raised);
   }
   judge(started, outage);
+  deliverMissing();
+}
+
+void Week::deliverMissing() {
+  for (const char* const id : kProducts) {
+    const auto product = missing_.find(id);
+    if (product != missing_.end() && --product->second == 0) {
+      deliverAnew(id);
+      missing_.erase(product);
+    }
+  }
+}
+
+void Week::deliverInTheMiddle() {
+  if (untilPack_ > 0 && --untilPack_ == 0) {
+    deliver();
+  }
 }
 
 /// The share goes, and comes back so many calls later.
@@ -239,41 +287,74 @@ void Week::judge(const std::vector<Started>& started, bool outage) {
     for (const std::string& line : each.workplace->commands()) {
       brought_.insert(upperCase(line));
     }
-    judgeProgram(each, !disturbed && !outage);
-    if (each.trouble != nullptr) {
-      counts_.faults +=
-          each.trouble->failing != nullptr && each.trouble->failing->reached() ? 1U : 0U;
-      counts_.kills += each.trouble->killed != nullptr && each.trouble->killed->reached() ? 1U : 0U;
+    countTrouble(each);
+    if (!disturbed && !outage) {
+      judgeTold(each);
     }
     if (each.trouble == nullptr && !outage) {
-      expect(Invariant::ProgramStarts,
-             each.workplace->countOfStarted(programOf(each.product)) == each.programs + 1,
-             "not started once: " + std::string(programOf(each.product)));
+      judgeWork(each);
     }
   }
-  judgeRecords();
+  judgeRecords(started);
   judgeFiles();
 }
 
-void Week::judgeProgram(const Started& started, bool quiet) {
-  if (!quiet) {
-    return;
+void Week::countTrouble(const Started& started) {
+  if (started.trouble != nullptr) {
+    const Trouble& trouble = *started.trouble;
+    counts_.faults += trouble.failing != nullptr && trouble.failing->reached() ? 1U : 0U;
+    counts_.kills += trouble.killed != nullptr && trouble.killed->reached() ? 1U : 0U;
   }
+}
+
+void Week::judgeWork(const Started& started) {
+  if (started.work == Work::Start && missing_.count(started.product) == 0) {
+    expect(Invariant::ProgramStarts,
+           started.workplace->countOfStarted(programOf(started.product)) == started.programs + 1,
+           "not started once: " + std::string(programOf(started.product)));
+  }
+  if (started.work == Work::Install) {
+    expect(Invariant::ProgramInstalled,
+           installation_.share().exists(std::string(kSetupFolder) + "\\luda\\leggimi.txt"),
+           "a single installation has brought nothing");
+  }
+}
+
+void Week::judgeTold(const Started& started) {
   for (const std::string& text : started.workplace->told()) {
+    const std::size_t pack = text.rfind(kSetupFolder);
+    const bool opened =
+        tellsOneOf({text}, kPackNotOpened) && pack != std::string::npos &&
+        !installation_.share().exists(text.substr(pack, text.find('"', pack) - pack));
     expect(Invariant::ToldForAReason,
-           !tellsOneOf({text}, kFailures) || tellsOneOf({text}, kOthersTrouble),
+           !tellsOneOf({text}, kFailures) || tellsOneOf({text}, kOthersTrouble) || opened ||
+               isOfRemoval(started, text),
            "told without a reason: " + text);
   }
 }
 
-void Week::judgeRecords() {
+/// What cannot be found, or not started, while a product is missing.
+bool Week::isOfRemoval(const Started& started, const std::string& text) const {
+  const bool asked =
+      missing_.count(started.product) > 0 && tellsOneOf({text}, "non risulta installato");
+  return asked || std::any_of(missing_.begin(), missing_.end(), [&](const auto& product) {
+           const std::string id = lowerCase(product.first);
+           return tellsOneOf({text}, "aggdovra\\" + id + "\\|aggdovra\\" + id + ".ini") ||
+                  text == "frmError";
+         });
+}
+
+void Week::judgeRecords(const std::vector<Started>& started) {
   Station& server = workplaces_.front().station();
   for (const char* const id : kProducts) {
     const std::string version = server.serverVersion(id);
     judgeVersion("the server's", "server", id, version);
     std::string& before = recorded_[id];
-    counts_.versionsWrittenBack += version < before ? 1U : 0U;
+    counts_.versionsWrittenBack += version < before && !version.empty() ? 1U : 0U;
     before = version;
+    for (const Started& each : started) {
+      judgeVersion("a client's", "client", id, each.workplace->station().clientVersion(id));
+    }
   }
   expect(Invariant::OthersSurvive, server.serverVersion("KXK") == "01.02.03.04",
          "a section of nobody here is lost");
@@ -284,7 +365,8 @@ void Week::judgeVersion(const std::string& where, const std::string& side, const
   const std::string command =
       upperCase(std::string(kSetupFolder) + "\\" + id + "\\" + side + ".exe " + version);
   const bool before = version == (id == "ZB" ? kVersionBefore : "03.20.00.00");
-  expect(Invariant::VersionsTrue, before || brought_.count(command) > 0,
+  const bool removed = version.empty() && removed_.count(id + side) > 0;
+  expect(Invariant::VersionsTrue, before || removed || brought_.count(command) > 0,
          where + " version of " + id + " is \"" + version + "\"");
 }
 
@@ -292,8 +374,8 @@ void Week::judgeVersion(const std::string& where, const std::string& side, const
 void Week::judgeFiles() {
   for (const char* const id : kProducts) {
     const std::string path = "prg\\com\\setup\\aggdovra\\" + lowerCase(id) + ".ini";
-    const std::string text = installation_.share().text("S:\\Lumo\\" + path);
-    bool whole = false;
+    bool whole = missing_.count(id) > 0 && !installation_.share().exists("S:\\Lumo\\" + path);
+    const std::string text = whole ? "" : installation_.share().text("S:\\Lumo\\" + path);
     for (int release = 0; release <= release_[id] && !whole; ++release) {
       whole = packOf(id, versionOf(id, release)).front().second == text;
     }
@@ -307,6 +389,9 @@ void Week::judgeFiles() {
 /// what was in them.
 void Week::evening() {
   now_.hour = 19;
+  for (const auto& [id, meetings] : std::exchange(missing_, {})) {
+    deliverAnew(id);
+  }
   sim::SimDisk& share = installation_.share();
   if (share.exists(Installation::kServerLock)) {
     share.removeTree(Installation::kServerLock);

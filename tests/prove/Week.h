@@ -29,6 +29,7 @@ struct WeekCounts {
   std::size_t commands = 0;
   std::size_t packs = 0;
   std::size_t installs = 0;
+  std::size_t removals = 0;
   std::size_t faults = 0;
   std::size_t kills = 0;
   std::size_t outages = 0;
@@ -38,8 +39,9 @@ struct WeekCounts {
 };
 
 /// A working week of one server: workstations and the sessions of a Terminal Server, at which users
-/// start programs, several at once, while packs come, single products are installed, calls fail,
-/// programs are ended by force and the share is gone for seconds. All of it comes from a seed.
+/// start programs, install single products and remove others, several at once, while packs come,
+/// calls fail, programs are ended by force and the share is gone for seconds. All of it comes from
+/// a seed.
 class Week {
  public:
   Week(std::uint64_t seed, const WeekSize& size);
@@ -51,9 +53,13 @@ class Week {
  private:
   /// What disturbs one program.
   struct Trouble;
+  enum class Work { Start, Install, Removal };
   struct Started {
     Workplace* workplace = nullptr;
+    Work work = Work::Start;
     const char* product = nullptr;
+    /// Of a removal.
+    Side side = Side::Client;
     std::unique_ptr<Trouble> trouble;
     std::size_t programs = 0;
   };
@@ -64,16 +70,23 @@ class Week {
   void meet(std::size_t programs);
   std::vector<Started> someStarts(std::size_t programs);
   Started someStart(Workplace& workplace);
+  void takeUpWork(Started& started);
   void disturb(Started& started);
+  void workAt(const Started& started);
   Weave::Turn choose(Weave& weave, std::size_t program, std::size_t programs);
   void deliver();
-  void installSingle();
+  void deliverInTheMiddle();
+  void deliverAnew(const std::string& id);
+  void deliverMissing();
   void evening();
   void weekend();
   void loseShare();
   void judge(const std::vector<Started>& started, bool outage);
-  void judgeProgram(const Started& started, bool quiet);
-  void judgeRecords();
+  void judgeWork(const Started& started);
+  void judgeTold(const Started& started);
+  bool isOfRemoval(const Started& started, const std::string& text) const;
+  void countTrouble(const Started& started);
+  void judgeRecords(const std::vector<Started>& started);
   void judgeVersion(const std::string& where, const std::string& side, const std::string& id,
                     const std::string& version);
   void judgeFiles();
@@ -95,6 +108,13 @@ class Week {
   /// The commands that were ever started: product, side and version.
   std::set<std::string> brought_;
   std::map<std::string, std::string> recorded_;
+  /// Products that were ever removed from a side: product and side.
+  std::set<std::string> removed_;
+  /// Products that are removed from the server, or half of them, and after how many meetings they
+  /// are delivered anew.
+  std::map<std::string, std::size_t> missing_;
+  /// Calls until a pack comes, 0: none does.
+  std::size_t untilPack_ = 0;
   /// Calls until the share goes, 0: it does not; and until it is back, 0: it is there.
   std::size_t untilOutage_ = 0;
   std::size_t gone_ = 0;

@@ -21,16 +21,17 @@ constexpr std::array kProofs{
           "ended before each call and within each that writes, then started until nothing is left "
           "to do",
           200, 2, 180, proveKills},
-    Proof{"weave",
-          "programs that run at once do each other no harm, and end as one after the other",
-          "meetings of workstations, sessions and processes: the turn changes before any call that "
-          "another one minds, once, twice, and three times drawn by chance",
-          kSeedsOfMeetings, kMeetings, 30, proveInterleavings},
+    Proof{
+        "weave", "programs that run at once do each other no harm, and end as one after the other",
+        "meetings of two and of three workstations, sessions and processes: the turn changes "
+        "before any call that another one minds, once and twice, and with two of them three times, "
+        "drawn by chance",
+        kSeedsOfMeetings, kMeetings, 100, proveInterleavings},
     Proof{
         "weeks", "a week of forty workstations and sixty sessions leaves nothing to mend",
-        "starts at once, packs, installations, failures, kills and a share that vanishes, all from "
-        "a seed; then everybody starts once more",
-        2000, 20, 10, proveWeeks},
+        "starts at once, packs in the middle of them, installations, removals, failures, kills and "
+        "a share that vanishes, all from a seed; then everybody starts once more",
+        2000, 20, 30, proveWeeks},
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <utility>
@@ -24,14 +25,19 @@ inline std::string zipPack(const std::vector<std::pair<std::string, std::string>
 /// What happens to a machine and a folder behind the opening of a pack; answers the exit code.
 using AfterOpening = std::function<int(sim::SimMachine& machine, const std::string& output)>;
 
-/// 7-Zip beside the manager of a simulated machine, which opens real zip packs.
+/// 7-Zip beside the manager of a simulated machine, which opens real zip packs; for one that is
+/// missing it ends with 2.
 inline void putSevenZip(sim::SimMachine& machine, const AfterOpening& after = nullptr) {
   machine.programs().define(
       "C:\\Lumo\\Programmi\\7z.exe", [after](sim::SimProcess& process) -> std::uint32_t {
         sim::SimMachine& station = process.machine();
+        const std::string& pack = process.arguments().at(3);
+        if (!station.fileExists(pack)) {
+          constexpr std::uint32_t kNoPack = 2;
+          return kNoPack;
+        }
         const std::string output = process.arguments().at(2).substr(2);
-        kit::ArchiveReader reader(kit::textSource(station.fileText(process.arguments().at(3))),
-                                  kit::ArchiveKind::Zip);
+        kit::ArchiveReader reader(kit::textSource(station.fileText(pack)), kit::ArchiveKind::Zip);
         for (kit::ArchivedEntry entry; reader.next(entry);) {
           station.putFile(output + "\\" + replaceAll(entry.name, "/", "\\"), reader.content());
         }
