@@ -161,10 +161,12 @@ bool isTried(CallKind kind, SystemCode code) {
 
 FailingMachine::FailingMachine(SimMachine& simMachine, std::size_t number, FailureSpan span,
                                std::size_t variant)
-    : machine_(simMachine),
-      before_(simMachine.callLog().count()),
-      span_(span),
-      failure_{number, variant, kSuccess, "", false} {
+    : machine_(simMachine), before_(simMachine.callLog().count()), span_(span), failure_{number,
+                                                                                         variant,
+                                                                                         kSuccess,
+                                                                                         "",
+                                                                                         false,
+                                                                                         kSuccess} {
   machine_.callLog().setInjector([this](const SimCall& call) { return look(call); });
 }
 
@@ -179,7 +181,7 @@ std::size_t FailingMachine::variants(CallKind kind) {
 }
 
 void FailingMachine::failAlso(std::size_t number, SystemCode code) {
-  second_ = {number, code, code, "", false};
+  second_ = {number, code, code, "", false, kSuccess};
 }
 
 std::vector<SystemCode> FailingMachine::codes(CallKind kind) {
@@ -208,7 +210,8 @@ std::optional<SystemCode> FailingMachine::lookFor(Failure& failure, const SimCal
   }
   if (failure.call.empty()) {
     failure.call = call.text;
-    failure.stillTried = isTried(call.kind, codeOf(failure, call.kind));
+    failure.answered = codeOf(failure, call.kind);
+    failure.stillTried = isTried(call.kind, failure.answered);
   }
   return codeOf(failure, call.kind);
 }

@@ -49,6 +49,8 @@ class FailingMachine {
   const std::string& failedCall() const { return failure_.call; }
   /// The same of the call of failAlso().
   const std::string& secondCall() const { return second_.call; }
+  /// The code that it failed with; 0 when it did not.
+  SystemCode secondCode() const { return second_.answered; }
 
  private:
   struct Failure {
@@ -60,6 +62,8 @@ class FailingMachine {
     std::string call;
     /// Nothing else was done since the call failed.
     bool stillTried = false;
+    /// The code that it failed with.
+    SystemCode answered = system_code::kSuccess;
   };
 
   std::optional<SystemCode> look(const SimCall& call);

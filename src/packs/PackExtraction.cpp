@@ -233,6 +233,11 @@ bool ZipScan::mayWork(WorkFolder& workFolder) {
                           ": il suo contenuto non viene rimosso");
   }
   elsewhere_ = !isTarget;
+  if (isHost) {
+    for (const machine::FolderEntry& pack : packs_) {
+      tellUnopened(program_, folder_ + "\\" + pack.name);
+    }
+  }
   return !isHost;
 }
 
@@ -242,7 +247,8 @@ bool ZipScan::isOfHost(WorkFolder& workFolder) {
     return !folder.empty() && !modLibrary::IsSamePath(program_, folder, target_) &&
            workFolder.isAlso(folder);
   };
-  return isAlso(state.startup.paths.server) || isAlso(state.session.serverPath);
+  return isAlso(state.startup.paths.server) || isAlso(state.session.serverPath) ||
+         MayBeInstallation(program_, work_);
 }
 
 /// What an earlier run left would reach the target with the first pack. What the decoder wrote is

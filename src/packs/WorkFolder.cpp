@@ -57,13 +57,6 @@ bool mayBeThere(Program& program, const std::string& path) {
   return !meansMissing(program.machine.files.look(path, facts));
 }
 
-/// Is a host installed in this folder? No pack brings these files. On a machine without integration
-/// nothing else says that somebody made its server folder the temporary one.
-bool mayBeInstallation(Program& program, const std::string& folder) {
-  return mayBeThere(program, hostPaths::serverVersionRecord(folder)) ||
-         mayBeThere(program, hostPaths::recordFolder(folder) + "\\" + hostPaths::kEnvironmentFile);
-}
-
 }  // namespace
 
 std::string WorkFolderPath(Program& program) {
@@ -176,6 +169,13 @@ bool IsUnpacked(Program& program, const std::string& workFolder) {
          system_code::kSuccess;
 }
 
+// No pack brings these files. On a machine that is integrated with another host, or with none,
+// nothing else says that somebody made this one's server folder the temporary one.
+bool MayBeInstallation(Program& program, const std::string& folder) {
+  return mayBeThere(program, hostPaths::serverVersionRecord(folder)) ||
+         mayBeThere(program, hostPaths::recordFolder(folder) + "\\" + hostPaths::kEnvironmentFile);
+}
+
 void TellUnpackedStays(Program& program, const std::string& path, const RuntimeError& failure) {
   program.log.WriteLog(
       "Gestione ProdTrelv - Contenuto di un pacco non rimosso, nessun altro pacco "
@@ -190,7 +190,7 @@ void DeleteUnpacked(Program& program, const std::string& workFolder) {
   if (meansMissing(code)) {
     return;
   }
-  if (mayBeInstallation(program, workFolder)) {
+  if (MayBeInstallation(program, workFolder)) {
     throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",
                        "la cartella temporanea è quella di un'installazione: " + workFolder);
   }

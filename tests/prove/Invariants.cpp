@@ -39,73 +39,6 @@ const Table kLockStays{
 
 const Table kNone{};
 
-// --- The same by chance
-
-constexpr const char* kNoStore = "these results of the store count as an empty path";
-constexpr const char* kNoEdition = "the edition's probes answer no";
-constexpr const char* kDefault = "ini reading answers its default";
-constexpr const char* kMissing = "what cannot be looked at counts as missing until the next start";
-constexpr const char* kLeftover = "leftovers of others stay for the next one";
-constexpr const char* kNobody = "there is nobody to answer";
-constexpr const char* kAbsent =
-    "a key that cannot be opened is an ordinary answer: no suite is seen";
-constexpr const char* kPlugin = "the host is no Dovra then";
-
-const Table kChanceProgramDoesNotStart{{"files.look *.exe", "its own test"},
-                                       {"processes.start", "its own start"},
-                                       {"profiles.readValue *", kDefault}};
-
-const Table kChanceVersionsTrue{{"profiles.readValue *", kDefault}};
-
-const Table kChanceLockStays{{"files.removeFile *agdv.lck", "its removal is what failed"},
-                             {"files.look *agdv.lck", "a lock that cannot be seen is not removed"}};
-
-const Table kChanceSilent{
-    {"files.append *.log", "a line that fails is lost"},
-    {"files.look *.log", "an old log is kept then"},
-    {"files.look *.zip", "a pack that is not seen is not removed: it is opened again"},
-    {"files.look *agdv.lck", "counts as missing"},
-    {"files.look *.ini", kMissing},
-    {"files.look *plugin", kPlugin},
-    {"files.look *LUDA2003", kMissing},
-    {"files.look *ZM", kMissing},
-    {"files.look *.exe", kMissing},
-    {"files.look *ProdInfo.txt", "the report of before counts as missing"},
-    {"files.look *.tmp", kLeftover},
-    {"files.removeFile *.tmp", kLeftover},
-    {"processes.isRunning", kLeftover},
-    {"files.list *tempterm", kLeftover},
-    {"files.list *cpy", kLeftover},
-    {"files.look *Setup.cmf", "the menu counts as missing the second time"},
-    {"system.temporaryFolder", "without it there is no log"},
-    {"system.computerName", kLeftover},
-    {"system.queryVersion", kNoEdition},
-    {"system.suiteIncludes", kNoEdition},
-    {"configuration.getConfigPath", kNoStore},
-    {"registry.", kAbsent},
-    {"profiles.readValue", kDefault},
-    {"profiles.writeValue *agdvver.ini *version=$",
-     "a version that nothing raised is written by the next start"},
-    {"environment.", "the folders are then those without the variable"},
-    {"desktop.messageBox", kNobody},
-    {"desktop.inputBox", kNobody},
-    {"desktop.show", kNobody},
-    {"processes.wait", "the command counts as one that ran"}};
-
-const Table kChanceDoesNotHeal{
-    {"configuration.getConfigPath", "what was put by an empty path stays there"},
-    {"configuration.getParameter", "a start that cannot read the integration prepares nothing"},
-    {"registry.", kAbsent},
-    {"system.queryVersion", kNoEdition},
-    {"system.suiteIncludes", kNoEdition},
-    {"files.look *plugin", kPlugin},
-    {"files.look *.tmp", kLeftover},
-    {"files.look *agdv.lck", "a lock of others that is not seen is not respected and not removed"},
-    {"files.removeFile *agdv.lck", "a lock stays until a run without work frees it"},
-    {"profiles.readValue", kDefault},
-    {"profiles.writeValue *agdvver.ini", "the correction for Dovra runs once"},
-    {"environment.", "the folders are then those without the variable"}};
-
 // --- Pictures
 
 std::string upperPath(const std::string& path) { return upperCase(path); }
@@ -116,7 +49,13 @@ std::string withoutMoment(const std::string& path, const std::string& bytes) {
   if (path.ends_with("AGDV.LCK")) {
     return "";
   }
-  return path.ends_with("\\AMBVER") ? bytes.substr(0, kField) : bytes;
+  std::string without = bytes;
+  if (path.ends_with("\\AMBVER")) {
+    for (std::size_t i = kField; i < without.size(); ++i) {
+      without[i] = without[i] >= '0' && without[i] <= '9' ? '#' : without[i];
+    }
+  }
+  return without;
 }
 
 void add(Picture& picture, const sim::SimNode& node, const std::string& path) {
@@ -136,22 +75,6 @@ void add(Picture& picture, const sim::SimNode& node, const std::string& path) {
 /// A version as a number: the digits that stand first when the dots are gone.
 unsigned long long numberOf(const std::string& version) {
   return std::strtoull(replaceAll(version, ".", "").c_str(), nullptr, 10);
-}
-
-/// The values of an ini file, whatever their order. An empty one reads like one that is missing.
-std::set<std::string> valuesOf(const std::string& bytes) {
-  std::istringstream text(bytes);
-  std::set<std::string> values;
-  std::string section;
-  for (std::string line; std::getline(text, line);) {
-    line = upperCase(trim(replaceAll(line, "\r", "")));
-    if (line.starts_with("[")) {
-      section = line;
-    } else if (!line.empty() && !line.ends_with("=")) {
-      values.insert(section + line);
-    }
-  }
-  return values;
 }
 
 bool isSame(const std::string& path, const std::string& expected, const std::string& found) {
@@ -207,27 +130,39 @@ const CallTable<Exception>& exceptionsOfTheStart(Invariant invariant) {
   }
 }
 
-const CallTable<Exception>& exceptionsByChance(Invariant invariant) {
-  switch (invariant) {
-    case Invariant::ProgramStarts:
-      return kChanceProgramDoesNotStart;
-    case Invariant::VersionsTrue:
-      return kChanceVersionsTrue;
-    case Invariant::LocksGo:
-      return kChanceLockStays;
-    case Invariant::FailureTold:
-      return kChanceSilent;
-    case Invariant::Heals:
-      return kChanceDoesNotHeal;
-    default:
-      return kNone;
+void Judge::demand(Invariant invariant, bool holds, const std::string& otherwise) {
+  if (holds) {
+    return;
+  }
+  const Exception* const exception = exceptions_(invariant).of(fault_);
+  if (exception == nullptr) {
+    findings_.expect(false, std::string(nameOf(invariant)) + ": " + otherwise);
+  } else {
+    findings_.excuse(nameOf(invariant, *exception));
   }
 }
 
-void Judge::demand(Invariant invariant, bool holds, const std::string& otherwise) {
-  if (!holds && !exceptions_(invariant).holds(fault_)) {
-    findings_.expect(false, std::string(nameOf(invariant)) + ": " + otherwise);
+std::string nameOf(Invariant invariant, const Exception& exception) {
+  const auto only = [](const char* words) -> std::string {
+    return *words == '\0' ? "" : std::string(", ") + words;
+  };
+  return std::string(nameOf(invariant)) + ": " + exception.call + only(exception.works) +
+         only(exception.codes) + ": " + exception.reason;
+}
+
+Values valuesOf(const std::string& bytes) {
+  std::istringstream text(bytes);
+  Values values;
+  std::string section;
+  for (std::string line; std::getline(text, line);) {
+    line = upperCase(trim(replaceAll(line, "\r", "")));
+    if (line.starts_with("[")) {
+      section = line;
+    } else if (!line.empty() && !line.ends_with("=")) {
+      values.insert(section + line);
+    }
   }
+  return values;
 }
 
 Picture pictureOf(sim::SimMachine& machine, const std::vector<std::string>& volumes) {
@@ -292,6 +227,107 @@ void Judge::nothingElseDeleted(const Picture& before, const Picture& after,
       demand(Invariant::NothingElseDeleted, allowed, "deleted: " + path);
     }
   }
+}
+
+void Judge::nothingHalf(const WholeFiles& whole, const Picture& after,
+                        const std::vector<std::string>& mayBeHalf) {
+  for (const auto& [path, bytes] : after) {
+    if (!whole.has(path, bytes) && std::none_of(mayBeHalf.begin(), mayBeHalf.end(),
+                                                [&path = path](const std::string& pattern) -> bool {
+                                                  return beginsLike(path, pattern);
+                                                })) {
+      demand(Invariant::NothingHalf, false, path + " is \"" + bytes + "\"");
+    }
+  }
+}
+
+void Judge::othersSurvive(const Foreign& before, const Picture& after) {
+  for (const auto& [path, values] : before) {
+    const auto at = after.find(path);
+    const Values left = at == after.end() ? Values() : foreignOf(path, at->second);
+    demand(Invariant::OthersSurvive,
+           std::includes(left.begin(), left.end(), values.begin(), values.end()),
+           path + " lost what others wrote");
+  }
+}
+
+// --- Whole files
+
+namespace {
+
+std::string nameIn(const std::string& path) { return path.substr(path.rfind('\\') + 1); }
+
+/// What the ini files that the repairs make beside their place have in any case.
+const Values& keysOf(const std::string& path) {
+  static const Values kNoKeys;
+  static const Values kLuda{
+      "[PATHNAMES]HOMEDIR=",   "[PATHNAMES]DATABASE=", "[PATHNAMES]EXEC=",   "[PATHNAMES]FILEDIR=",
+      "[PATHNAMES]CRITTADIR=", "[DRIVE]FLOPPY=",       "[CONFIGVISTE]VISTA="};
+  static const Values kModels{"[PARAMETRI]PATHMODELLI="};
+  if (path.find("WINDOWS\\") == std::string::npos) {
+    return kNoKeys;
+  }
+  return nameIn(path) == "LUDA.INI"           ? kLuda
+         : nameIn(path) == "ZELTOMODELLI.INI" ? kModels
+                                              : kNoKeys;
+}
+
+}  // namespace
+
+void WholeFiles::see(const Picture& moment) {
+  for (const auto& [path, bytes] : moment) {
+    contents_.insert(bytes);
+  }
+}
+
+bool WholeFiles::has(const std::string& path, const std::string& bytes) const {
+  if (contents_.contains(bytes) || path.starts_with("*registry")) {
+    return true;
+  }
+  if (!path.ends_with(".INI") || !bytes.ends_with("\n")) {
+    return false;
+  }
+  const Values values = valuesOf(bytes);
+  const Values& keys = keysOf(path);
+  return std::all_of(keys.begin(), keys.end(), [&values](const std::string& key) -> bool {
+    const auto at = values.lower_bound(key);
+    return at != values.end() && at->starts_with(key);
+  });
+}
+
+// --- What others have
+
+Values foreignOf(const std::string& path, const std::string& bytes) {
+  if (path.ends_with("\\ALTRI.TXT")) {
+    return {bytes};
+  }
+  Values values;
+  if (path.ends_with(".INI")) {
+    values = valuesOf(bytes);
+    std::erase_if(values, [](const std::string& value) -> bool {
+      return !value.starts_with("[KXK]") && !value.starts_with("[VICINO]") &&
+             !value.starts_with("[ALTRI]");
+    });
+  } else if (path == "*registry") {
+    std::istringstream text(bytes);
+    for (std::string line; std::getline(text, line);) {
+      if (line.find("ALTRI") != std::string::npos) {
+        values.insert(line);
+      }
+    }
+  }
+  return values;
+}
+
+Foreign foreignOf(const Picture& picture) {
+  Foreign foreign;
+  for (const auto& [path, bytes] : picture) {
+    Values values = foreignOf(path, bytes);
+    if (!values.empty()) {
+      foreign[path] = std::move(values);
+    }
+  }
+  return foreign;
 }
 
 std::vector<std::string> toldBesides(const std::vector<std::string>& told,

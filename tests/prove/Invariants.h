@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,8 @@ enum class Invariant {
 };
 
 const char* nameOf(Invariant invariant);
+/// An exception and what it is for, in one line.
+std::string nameOf(Invariant invariant, const Exception& exception);
 
 /// The calls behind whose failure an invariant need not hold, and why: what the system leaves
 /// undone by design. Empty for most.
@@ -51,8 +54,6 @@ using Exceptions = const CallTable<Exception>& (*)(Invariant invariant);
 
 /// Those of the start that the sweeps know call by call.
 const CallTable<Exception>& exceptionsOfTheStart(Invariant invariant);
-/// Those of worlds that are made up by chance.
-const CallTable<Exception>& exceptionsByChance(Invariant invariant);
 
 // --- What is looked at
 
@@ -68,6 +69,30 @@ Picture pictureOf(sim::SimMachine& machine, const std::vector<std::string>& volu
 
 /// The first difference of two pictures in words; empty where there is none.
 std::string differenceOf(const Picture& expected, const Picture& found);
+
+/// The values of an ini file, each with its section before it, in upper case and whatever their
+/// order. An empty value reads like one that is missing.
+using Values = std::set<std::string>;
+Values valuesOf(const std::string& bytes);
+
+/// The contents that files have at the moments of undisturbed runs: no file that must be whole ever
+/// has another one.
+class WholeFiles {
+ public:
+  void see(const Picture& moment);
+  /// Has a file such contents, or is it an ini file that was not cut off? Those that are made
+  /// beside their place have all their keys, the others are written value by value.
+  bool has(const std::string& path, const std::string& bytes) const;
+
+ private:
+  std::set<std::string> contents_;
+};
+
+/// What other workstations and other programs have, by path: sections KXK, VICINO and ALTRI of ini
+/// files, files ALTRI.TXT, registry keys that are called ALTRI.
+using Foreign = std::map<std::string, Values>;
+Foreign foreignOf(const Picture& picture);
+Values foreignOf(const std::string& path, const std::string& bytes);
 
 /// Versions of one record by product.
 using Versions = std::map<std::string, std::string>;
@@ -102,6 +127,11 @@ class Judge {
   /// What is gone was allowed to go: one of the paths (see beginsLike) or below it.
   void nothingElseDeleted(const Picture& before, const Picture& after,
                           const std::vector<std::string>& mayGo);
+  /// Each file is whole, but for those that may be half (see beginsLike).
+  void nothingHalf(const WholeFiles& whole, const Picture& after,
+                   const std::vector<std::string>& mayBeHalf);
+  /// What others had is still there.
+  void othersSurvive(const Foreign& before, const Picture& after);
 
  private:
   const Fault& fault_;

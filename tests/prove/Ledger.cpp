@@ -9,6 +9,7 @@ namespace {
 
 constexpr const char* kSeed = "seed ";
 constexpr const char* kFinding = "finding ";
+constexpr const char* kNeeded = "needed ";
 /// Behind the last word of a line that was written whole.
 constexpr const char* kEnd = " .";
 
@@ -35,7 +36,7 @@ Ledger::Ledger(const std::string& path) {
 }
 
 // Lines "finding SEED<tab>RUN<tab>SENTENCE ." stand before the line "seed SEED NAME=COUNT … ." that
-// closes their seed.
+// closes their seed, lines "needed EXCEPTION ." anywhere.
 void Ledger::read(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::vector<LedgerFinding> pending;
@@ -46,6 +47,8 @@ void Ledger::read(const std::string& path) {
     line.resize(line.size() - std::string(kEnd).size());
     if (line.starts_with(kSeed)) {
       readSeed(line.substr(std::string(kSeed).size()), pending);
+    } else if (line.starts_with(kNeeded)) {
+      needed_.insert(line.substr(std::string(kNeeded).size()));
     } else if (line.starts_with(kFinding)) {
       std::istringstream words(line.substr(std::string(kFinding).size()));
       LedgerFinding found;
@@ -82,6 +85,11 @@ void Ledger::add(unsigned seed, const Tally& tally) {
     text += kFinding + std::to_string(seed) + "\t" + finding.run + "\t" +
             onOneLine(finding.sentence) + kEnd + "\n";
     findings_.push_back({seed, finding});
+  }
+  for (const std::string& exception : tally.needed()) {
+    if (needed_.insert(exception).second) {
+      text += kNeeded + onOneLine(exception) + kEnd + "\n";
+    }
   }
   text += kSeed + std::to_string(seed);
   for (const auto& [what, count] : tally.counts()) {

@@ -36,6 +36,8 @@ class Ledger {
   /// Sums over all seeds, in the order of their names.
   const std::map<std::string, std::uint64_t>& counts() const { return counts_; }
   const std::vector<LedgerFinding>& findings() const { return findings_; }
+  /// The exceptions that were needed.
+  const std::set<std::string>& needed() const { return needed_; }
 
  private:
   void read(const std::string& path);
@@ -46,6 +48,7 @@ class Ledger {
   std::set<unsigned> seeds_;
   std::map<std::string, std::uint64_t> counts_;
   std::vector<LedgerFinding> findings_;
+  std::set<std::string> needed_;
 };
 
 }  // namespace trelv::tests

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -30,15 +31,20 @@ class Tally {
     findings_.push_back({run, sentence});
   }
 
+  /// An exception was needed: an invariant did not hold and need not.
+  void needed(const std::string& exception) { needed_.insert(exception); }
+
   struct Finding {
     std::string run;
     std::string sentence;
   };
   const std::map<std::string, std::uint64_t>& counts() const { return counts_; }
   const std::vector<Finding>& findings() const { return findings_; }
+  const std::set<std::string>& needed() const { return needed_; }
 
  private:
   std::map<std::string, std::uint64_t> counts_;
+  std::set<std::string> needed_;
   std::vector<Finding> findings_;
 };
 
@@ -56,6 +62,9 @@ struct Proof {
   std::size_t seedsOfADay;
   std::size_t enough;
   void (*work)(const Job& job, Tally& tally);
+  /// The names of the exceptions that it judges with: one that the whole proof does not need is a
+  /// finding. None where this is null.
+  std::vector<std::string> (*exceptions)() = nullptr;
 };
 
 }  // namespace trelv::tests

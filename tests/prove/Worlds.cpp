@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "base/Text.h"
+#include "prove/ChanceExceptions.h"
 #include "prove/Users.h"
 #include "support/GeneratedStation.h"
 #include "support/RealProgram.h"
@@ -15,6 +16,7 @@
 namespace trelv::tests {
 namespace {
 
+constexpr const char* kUpdate = "INTEGRATEDRUN";
 constexpr const char* kServer = "S:\\Lumo";
 constexpr const char* kTemp = "C:\\Users\\mario\\Temp";
 constexpr const char* kClient = "C:\\Lumo\\Client";
@@ -40,6 +42,21 @@ std::string quoted(const std::vector<std::string>& arguments) {
     line += (line.empty() ? "" : " ") + (quotes ? "\"" + argument + "\"" : argument);
   }
   return line;
+}
+
+/// About as long as a folder of the ANSI functions can be, with what is put into it.
+std::string longFolder() {
+  constexpr std::size_t kLength = 150;
+  std::string folder = "C:\\Users\\mario\\Dati applicazioni";
+  while (folder.size() < kLength) {
+    folder += "\\cartella dal nome lungo";
+  }
+  return folder;
+}
+
+/// Of whatever server; the path as pictures have it.
+bool isInSetupTree(const std::string& path) {
+  return path.find("\\PRG\\COM\\SETUP\\AGGDOVRA\\") != std::string::npos;
 }
 
 using Windows = std::vector<std::pair<std::size_t, std::size_t>>;
@@ -99,12 +116,14 @@ class ChanceWorld : public World {
   void applyNames();
   void chooseArguments();
   std::vector<std::string> integratedRun();
+  std::vector<std::string> singleInstall();
   void putOthers();
   void putRemovals();
 
   // --- Running
 
   void start();
+  void watch(const sim::SimCall& call);
   void startSecond();
   void disturb();
   void beginTelling();
@@ -115,24 +134,37 @@ class ChanceWorld : public World {
 
   std::vector<std::string> volumes() const;
   Picture picture() { return pictureOf(machine(), volumes()); }
+  const Beginning& before() const { return undisturbed_ == nullptr ? own_ : undisturbed_->before; }
   std::string physical(const std::string& path);
   std::string record(bool server);
   Versions versions(bool server);
   std::vector<std::string> mayGo();
+  std::vector<std::string> mayBeHalf();
   bool wasCorrected(const std::string& id, const std::string& version) const;
   Origin originOf(const std::string& id, const std::string& version) const;
   void removeLocks(const Picture& after);
   void judgeProgram(Judge& judge);
   void judgeRecords(Judge& judge);
   void judgeTelling(Judge& judge, const Picture& after);
+  bool isNamed(const std::string& call) const;
   Picture withoutScratch(Picture picture);
   void judgeScreen(Judge& judge);
-  /// Without a user whose choices depend on what he sees.
-  bool runsByItself() const {
-    return work_ == Work::IntegratedRun || work_ == Work::TwoStarts || work_ == Work::Refusal;
+  /// Without a user who does again what he did.
+  bool runsByItself() const { return work_ != Work::Maintenance && work_ != Work::Session; }
+  bool isInstallation() const { return work_ == Work::SingleInstall || work_ == Work::TwoInstalls; }
+  bool updates() const {
+    return arguments_.size() > 2 &&
+           (arguments_[0] == kUpdate || (!alone_ && secondArguments_[0] == kUpdate));
+  }
+  bool isIntegrated() const {
+    return std::any_of(undisturbed_->told.begin(), undisturbed_->told.end(),
+                       [](const std::string& line) -> bool {
+                         return line.starts_with("Gestione ProdTrelv - Integrazione Dovra SP ril");
+                       });
   }
   bool wasBrokenOff(const Fault& fault);
-  Picture comparable(Picture picture) const;
+  bool bringsPacks() const { return !undisturbed_->windows.empty(); }
+  Picture comparable(Picture picture, bool brokenOff);
   void judgeHealing(Judge& judge);
   /// What the world comes to when it is started again and again; does it rest?
   Picture settle(bool& rests);
@@ -148,9 +180,18 @@ class ChanceWorld : public World {
   /// At which call the second start, or the other workstation, comes between; 0: never.
   std::size_t secondAt_ = 0;
   std::size_t neighbourAt_ = 0;
-  Picture before_;
-  Versions serverBefore_;
-  Versions clientBefore_;
+  /// What the second start asks for.
+  std::vector<std::string> secondArguments_;
+  /// The undisturbed run's own.
+  Beginning own_;
+  WholeFiles whole_;
+  bool mayHaveWritten_ = true;
+  /// What other workstations and programs have.
+  Foreign foreign_;
+  /// The text of the call before.
+  std::string lastCall_;
+  bool alone_ = true;
+  bool lockWasThere_ = false;
   bool endless_ = false;
   std::size_t startedBefore_ = 0;
   std::size_t boxesBefore_ = 0;
@@ -179,29 +220,33 @@ ChanceWorld::ChanceWorld(Work work, unsigned seed, const Undisturbed* undisturbe
   }
   chooseArguments();
   constexpr std::size_t kMostCalls = 250;
-  secondAt_ = work_ == Work::TwoStarts ? 1 + below(kMostCalls) : 0;
+  const bool two = work_ == Work::TwoStarts || work_ == Work::TwoInstalls;
+  secondAt_ = two ? 1 + below(kMostCalls) : 0;
   // Where there is no record yet it depends on the run whether there is one at that call.
   neighbourAt_ = oneIn(2) && machine().fileExists(record(true)) ? 1 + below(kMostCalls) : 0;
-  before_ = picture();
-  serverBefore_ = versions(true);
-  clientBefore_ = versions(false);
+  alone_ = secondAt_ == 0;
+  if (undisturbed_ == nullptr) {
+    own_ = {picture(), versions(true), versions(false)};
+  }
+  foreign_ = foreignOf(before().picture);
 }
 
 // --- Making
 
 void ChanceWorld::chooseNames() {
-  if (oneIn(2)) {
+  if (oneIn(4)) {
     return;
   }
-  names_.server =
-      oneOf({kServer, "s:\\LUMO", "\\\\SRVLUMO\\Dati\\Lumo", "\\\\?\\S:\\Lumo",
-             "\\\\?\\UNC\\SRVLUMO\\Dati\\Lumo", "C:\\Società\\Lumo rete", "S:\\Collegata"});
+  names_.server = oneOf({kServer, "s:\\LUMO", "\\\\SRVLUMO\\Dati\\Lumo", "\\\\?\\S:\\Lumo",
+                         "\\\\?\\UNC\\SRVLUMO\\Dati\\Lumo", "C:\\Società\\Lumo rete",
+                         "S:\\Collegata", "C:\\SOCIET~1\\Lumo rete"});
   names_.temporary =
       oneOf({kTemp, "C:\\Users\\mario\\Temp è\\di lavoro", "\\\\?\\C:\\Users\\mario\\Temp",
-             "\\\\SRVLUMO\\Dati\\temp\\mario", "C:\\T", kServer, "S:\\Lumo\\prg\\tempterm", "C:"});
+             "\\\\SRVLUMO\\Dati\\temp\\mario", "C:\\T", kServer, "S:\\Lumo\\prg\\tempterm",
+             "C:", "C:\\Users\\mario\\TEMP~1\\di lavoro", longFolder()});
   names_.client =
       oneOf({kClient, "C:\\Lumo\\Client\\", "C:\\Lumo\\Cliente è", "C:", "\\\\?\\C:\\Lumo\\Client",
-             "\\\\SRVLUMO\\Dati\\Lumo\\postazioni\\p 1"});
+             "\\\\SRVLUMO\\Dati\\Lumo\\postazioni\\p 1", longFolder()});
 }
 
 void ChanceWorld::applyNames() {
@@ -209,6 +254,10 @@ void ChanceWorld::applyNames() {
   machine().mount("\\\\SRVLUMO\\Dati", station_.installation().sharedDisk());
   disk.putLink("C:\\Società\\Lumo rete", kServer);
   share().putLink("S:\\Collegata", kServer);
+  // What short names lead to is what links lead to.
+  disk.putLink("C:\\SOCIET~1", "C:\\Società");
+  disk.putLink("C:\\Users\\mario\\TEMP~1", "C:\\Users\\mario\\Temp è");
+  machine().makeFolders(longFolder());
   disk.putLink("C:\\T", kTemp);
   machine().makeFolders("C:\\Users\\mario\\Temp è\\di lavoro");
   machine().makeFolders("C:\\Lumo\\Cliente è");
@@ -239,11 +288,23 @@ std::vector<std::string> ChanceWorld::integratedRun() {
           "azienda uno",   "esercizio 2"};
 }
 
+std::vector<std::string> ChanceWorld::singleInstall() {
+  return {"SINGLEINSTALL", oneOf({"NERIO", "ZB", "nerio", "RR"}),
+          oneIn(8) ? "manca.gz" : "nerio.gz"};
+}
+
 void ChanceWorld::chooseArguments() {
   switch (work_) {
     case Work::IntegratedRun:
+      arguments_ = integratedRun();
+      return;
     case Work::TwoStarts:
       arguments_ = integratedRun();
+      secondArguments_ = oneIn(3) ? singleInstall() : arguments_;
+      return;
+    case Work::TwoInstalls:
+      arguments_ = singleInstall();
+      secondArguments_ = oneIn(3) ? integratedRun() : arguments_;
       return;
     case Work::Maintenance:
       arguments_ = {"INTEGRATEDMAINTAIN"};
@@ -252,8 +313,7 @@ void ChanceWorld::chooseArguments() {
       arguments_ = {"INTERACTIVE"};
       return;
     case Work::SingleInstall:
-      arguments_ = {"SINGLEINSTALL", oneOf({"NERIO", "ZB", "nerio", "RR"}),
-                    oneIn(8) ? "manca.gz" : "nerio.gz"};
+      arguments_ = singleInstall();
       return;
     case Work::Refusal:
       arguments_ =
@@ -264,8 +324,21 @@ void ChanceWorld::chooseArguments() {
   }
 }
 
-/// What others have in the records.
+/// What others have in the records, in the suite's ini file, in the registry and in folders.
 void ChanceWorld::putOthers() {
+  const sim::SimVolumes::Place suite = machine().volumes().find("C:\\WINDOWS\\lumow.ini", true);
+  if (suite.node != nullptr) {
+    suite.node->bytes += "\r\n[Altri]\r\nChiave=1\r\n";
+  }
+  machine().registry().setText(machine::Hive::LocalMachine, "SOFTWARE\\ALTRI", "Chiave", "1");
+  for (const std::string& folder :
+       {std::string("S:\\Lumo\\prg\\com\\setup\\aggdovra"), std::string("S:\\Lumo\\prg\\tempterm"),
+        std::string("S:\\Lumo\\prg\\com\\bin\\cpy\\client"), names_.temporary, names_.client}) {
+    const sim::SimVolumes::Place place = machine().volumes().find(folder, true);
+    if (place.node != nullptr && place.node->folder && place.node->child("altri.txt") == nullptr) {
+      place.disk->addChild(*place.node, "altri.txt", false).bytes = "di altri";
+    }
+  }
   for (const bool server : {true, false}) {
     const std::string path = record(server);
     const sim::SimVolumes::Place place = machine().volumes().find(path, true);
@@ -304,6 +377,7 @@ std::string ChanceWorld::description() const {
 
 void ChanceWorld::run() {
   const std::size_t calls = machine().callCount();
+  machine().callLog().setTurns([this](const sim::SimCall& call) -> void { watch(call); });
   if (secondAt_ != 0) {
     machine().onCall(calls + secondAt_, [this]() -> void { startSecond(); });
   }
@@ -323,6 +397,23 @@ void ChanceWorld::run() {
   endTelling();
 }
 
+/// Each moment of an undisturbed run shows what files have that are whole. Who takes a lock has
+/// seen none.
+void ChanceWorld::watch(const sim::SimCall& call) {
+  if (undisturbed_ == nullptr && std::exchange(mayHaveWritten_, false)) {
+    whole_.see(picture());
+  }
+  mayHaveWritten_ = call.kind == sim::CallKind::FileWrite || call.kind == sim::CallKind::FileCopy ||
+                    call.kind == sim::CallKind::ProfileWrite ||
+                    call.kind == sim::CallKind::ProcessStart;
+  if (call.kind == sim::CallKind::FileWrite && call.path.ends_with("agdv.lck") &&
+      call.text != lastCall_) {
+    const sim::SimVolumes::Place place = machine().volumes().find(call.path, true);
+    lockWasThere_ = lockWasThere_ || (place.node != nullptr && !place.node->folder);
+  }
+  lastCall_ = call.text;
+}
+
 /// The other start dies alone: the first one lives on.
 void ChanceWorld::startSecond() {
   if (std::exchange(secondAt_, 0) == 0) {
@@ -333,7 +424,8 @@ void ChanceWorld::startSecond() {
   machine().system().setProcessId(process + kOther);
   try {
     RealProgram second(machine());
-    second.run(quoted(arguments_));
+    second.run(quoted(secondArguments_));
+    log_ = second.logLines();
   } catch (const sim::Killed&) {
     machine().callLog().setDead(false);
   }
@@ -348,8 +440,11 @@ void ChanceWorld::disturb() {
   const sim::SimVolumes::Place place = machine().volumes().find(record(true), true);
   if (place.node != nullptr && !place.node->folder && !place.node->readOnly &&
       !place.node->leaving) {
-    place.node->bytes +=
+    const std::string section =
         std::string("\r\n[") + kNeighbour + "]\r\nversion=" + kNeighbourVersion + "\r\n";
+    place.node->bytes += section;
+    const Values values = valuesOf(section);
+    foreign_[physical(record(true))].insert(values.begin(), values.end());
   }
 }
 
@@ -438,9 +533,9 @@ bool ChanceWorld::wasCorrected(const std::string& id, const std::string& version
                                    {"ZB", "09.93.00.00"},
                                    {"Q2", "02.92.00.00"},
                                    {"ZM", "06.50.30.00"}};
-  const auto release = before_.find("S:\\LUMO\\PRG\\ETC\\DVREL");
+  const auto release = before().picture.find("S:\\LUMO\\PRG\\ETC\\DVREL");
   const auto corrected = kCorrected.find(id);
-  return release != before_.end() && release->second.starts_with("10.70.00") &&
+  return release != before().picture.end() && release->second.starts_with("10.70.00") &&
          corrected != kCorrected.end() && corrected->second == version;
 }
 
@@ -459,7 +554,8 @@ Origin ChanceWorld::originOf(const std::string& id, const std::string& version) 
   const auto has = [&](const auto& file) -> bool {
     return file.second.find("version=" + version + "\r\n") != std::string::npos;
   };
-  const bool known = version == kPackVersion || std::any_of(before_.begin(), before_.end(), has);
+  const bool known =
+      version == kPackVersion || std::any_of(before().picture.begin(), before().picture.end(), has);
   return known && !started_.empty() ? Origin::Command : Origin::Nowhere;
 }
 
@@ -476,6 +572,12 @@ std::vector<std::string> ChanceWorld::mayGo() {
   return paths;
 }
 
+/// What a kill may leave half: copies under way, the line of the environment file before it is put
+/// in its place, the report that a form shows, and locks.
+std::vector<std::string> ChanceWorld::mayBeHalf() {
+  return {"*.TMP$", "*.LCK$", "*\\PRODINFO.TXT$", physical(names_.temporary) + "\\AMBVER$"};
+}
+
 void ChanceWorld::judge(const Fault& fault, Findings& findings) {
   if (undisturbed_ == nullptr) {
     return;
@@ -483,14 +585,19 @@ void ChanceWorld::judge(const Fault& fault, Findings& findings) {
   Judge judge(fault, findings, exceptionsByChance);
   const Picture after = picture();
   judgeRecords(judge);
-  judge.nothingElseDeleted(before_, after, mayGo());
+  judge.nothingHalf(undisturbed_->whole, after, mayBeHalf());
+  judge.othersSurvive(foreign_, after);
+  // Two that meet between test and creation both take it.
+  judge.demand(Invariant::LocksRespected, !alone_ || !lockWasThere_,
+               "a lock was taken that another one had");
+  judge.nothingElseDeleted(before().picture, after, mayGo());
   if (fault.trouble == Trouble::Killed) {
     secondAt_ = 0;
     disturb();
     removeLocks(after);
   } else {
     judgeProgram(judge);
-    judge.locksGone(before_, after);
+    judge.locksGone(before().picture, after);
     judgeTelling(judge, after);
     judgeScreen(judge);
   }
@@ -501,7 +608,7 @@ void ChanceWorld::judge(const Fault& fault, Findings& findings) {
 /// What the box of the next start asks for: a lock whose owner was killed is removed by hand.
 void ChanceWorld::removeLocks(const Picture& after) {
   for (const auto& [path, bytes] : after) {
-    if (path.ends_with("AGDV.LCK") && !before_.contains(path)) {
+    if (path.ends_with("AGDV.LCK") && !before().picture.contains(path)) {
       machine().removeTree(path);
     }
   }
@@ -519,18 +626,31 @@ void ChanceWorld::judgeRecords(Judge& judge) {
   const OriginOf origin = [this](const std::string& id, const std::string& version) -> Origin {
     return originOf(id, version);
   };
-  judge.versionsTrue("server", serverBefore_, versions(true), origin);
-  judge.versionsTrue("client", clientBefore_, versions(false), origin);
+  judge.versionsTrue("server", before().server, versions(true), origin);
+  judge.versionsTrue("client", before().client, versions(false), origin);
 }
 
-/// What is unpacked in the temporary folder belongs to nobody when the run is over.
+/// What is unpacked in the temporary folder, or lies beside that in a pack, belongs to nobody when
+/// the run is over, and copies under way are left to the next one.
 Picture ChanceWorld::withoutScratch(Picture picture) {
-  const std::string scratch = physical(names_.temporary) + "\\PRG\\";
-  if (runsByItself() && scratch != "S:\\LUMO\\PRG\\") {
-    std::erase_if(picture,
-                  [&scratch](const auto& file) -> bool { return file.first.starts_with(scratch); });
-  }
+  const std::string temporary = physical(names_.temporary);
+  const std::string scratch = temporary + "\\PRG\\";
+  std::erase_if(picture, [&](const auto& file) -> bool {
+    return (temporary != "S:\\LUMO" && file.first.starts_with(scratch)) ||
+           file.first == temporary + "\\LEGGIMI.TXT" || file.first == temporary + "\\AMBVER" ||
+           file.first.ends_with(".TMP");
+  });
   return picture;
+}
+
+/// Does a failure that is told name what the call was about? The undisturbed run may tell it in the
+/// same words.
+bool ChanceWorld::isNamed(const std::string& call) const {
+  const std::size_t at = call.find(' ');
+  const std::string path = at == std::string::npos ? call : call.substr(at + 1);
+  return std::any_of(told_.begin(), told_.end(), [&path](const std::string& line) -> bool {
+    return line.find("rrore") != std::string::npos && line.ends_with(path);
+  });
 }
 
 /// Where the machine has no place for a log nothing but a box can tell anything; what a user does
@@ -543,12 +663,13 @@ void ChanceWorld::judgeTelling(Judge& judge, const Picture& after) {
                                 });
   const std::string difference =
       logs ? differenceOf(withoutScratch(undisturbed_->after), withoutScratch(after)) : "";
-  judge.demand(Invariant::FailureTold, difference.empty() || !besides.empty(),
+  judge.demand(Invariant::FailureTold,
+               difference.empty() || !besides.empty() || isNamed(judge.fault().call),
                "nobody told that it did not come to this: " + difference);
   std::set<std::string> boxes;
   for (const std::string& line : besides) {
     // Each command that a user without rights is refused has a box, and each of two starts its own.
-    const bool mayRepeat = work_ != Work::IntegratedRun || !line.starts_with("box: ") ||
+    const bool mayRepeat = !alone_ || !runsByItself() || !line.starts_with("box: ") ||
                            line.starts_with("box: Per il corretto funzionamento");
     judge.demand(Invariant::ToldOnce, mayRepeat || boxes.insert(line).second,
                  "shown twice: " + line);
@@ -569,6 +690,10 @@ Picture ChanceWorld::settle(bool& rests) {
   for (int i = 0; i < kMostStarts; ++i) {
     beginTelling();
     start();
+    if (secondArguments_ != arguments_ && !alone_) {
+      secondAt_ = 1;
+      startSecond();
+    }
     endTelling();
     Picture next = picture();
     if (next == last) {
@@ -590,12 +715,28 @@ bool ChanceWorld::wasBrokenOff(const Fault& fault) {
   return std::any_of(undisturbed_->windows.begin(), undisturbed_->windows.end(), holds);
 }
 
-/// Packs bring catalogues and configurations of their own: which version a record ends with then
-/// depends on what was opened first.
-Picture ChanceWorld::comparable(Picture picture) const {
-  if (!undisturbed_->windows.empty()) {
-    std::erase_if(picture,
-                  [](const auto& file) -> bool { return file.first.ends_with("\\AGDVVER.INI"); });
+/// Packs bring catalogues and configurations of their own: which file of that name there is in the
+/// end, which of the waiting packs of a pack, and which version a record ends with, depends on what
+/// was opened first. A pack of the tree that waits in another one may arrive too, and what stood in
+/// the work folder with the first of them. A lock that was taken has made its folder, and one of
+/// others goes with a run that has no work. What is lost between the removal of a pack and its copy
+/// is delivered again.
+Picture ChanceWorld::comparable(Picture picture, bool brokenOff) {
+  picture = withoutScratch(std::move(picture));
+  if (!bringsPacks() && !brokenOff) {
+    return picture;
+  }
+  std::erase_if(picture, [&](const auto& file) -> bool {
+    const bool inTree = isInSetupTree(file.first);
+    return file.first.ends_with("\\AGDVVER.INI") || file.first.ends_with("AGDV.LCK") ||
+           file.first == "S:\\LUMO\\PRG\\TEMPTERM\\" ||
+           (inTree && (brokenOff || !undisturbed_->healed.contains(file.first) ||
+                       file.first.ends_with(".ZIP") || file.first.ends_with("\\VECCHIO.TXT")));
+  });
+  for (auto& [path, bytes] : picture) {
+    if (isInSetupTree(path)) {
+      bytes.clear();
+    }
   }
   return picture;
 }
@@ -603,6 +744,10 @@ Picture ChanceWorld::comparable(Picture picture) const {
 /// The work of a user is done again where he does it again: what it comes to then depends on what
 /// he sees. It comes to rest all the same.
 void ChanceWorld::judgeHealing(Judge& judge) {
+  // The world of the undisturbed run: its further starts were made.
+  if (picture() == undisturbed_->after) {
+    return;
+  }
   bool rests = false;
   const Picture healed = settle(rests);
   judge.demand(Invariant::Heals, rests || !undisturbed_->rests,
@@ -610,12 +755,11 @@ void ChanceWorld::judgeHealing(Judge& judge) {
   // Kept: a pack is deleted before its content is copied, and what is lost between is delivered
   // again; a record that names the corrected version of ZB counts as corrected.
   const bool brokenOff = wasBrokenOff(judge.fault());
-  // Without an integration record each start looks for products on their own, its own files
-  // included.
-  const bool recorded = !undisturbed_->after.at("*integration").empty();
+  // Without an integration record each start that updates looks for products on their own, its own
+  // files included.
   const std::string difference =
-      runsByItself() && recorded && !brokenOff
-          ? differenceOf(comparable(undisturbed_->healed), comparable(healed))
+      !updates() || isIntegrated()
+          ? differenceOf(comparable(undisturbed_->healed, brokenOff), comparable(healed, brokenOff))
           : "";
   judge.demand(Invariant::Heals, difference.empty(),
                "further starts do not mend it: " + difference);
@@ -624,17 +768,24 @@ void ChanceWorld::judgeHealing(Judge& judge) {
 Undisturbed ChanceWorld::takeUndisturbed() {
   Undisturbed undisturbed;
   undisturbed.calls = machine().callLog().all();
-  undisturbed.before = before_;
+  undisturbed.before = std::move(own_);
   undisturbed.after = picture();
   undisturbed.told = told_;
   undisturbed.started = started_;
   undisturbed.windows = windowsOf(undisturbed.calls);
   // What a pack brings may be what names the program.
-  if (runsByItself() && undisturbed.windows.empty() && !started_.empty() &&
+  if (runsByItself() && !isInstallation() && undisturbed.windows.empty() && !started_.empty() &&
       !machine().started().back().waited) {
     undisturbed.asked = started_.back();
   }
   undisturbed.healed = settle(undisturbed.rests);
+  undisturbed.whole = std::move(whole_);
+  undisturbed.whole.see(undisturbed.healed);
+  // What is in packs that it did not open, and the line of the environment file, its date left out.
+  undisturbed.whole.see({{"portato.exe", "MZ"},
+                         {"secondo.txt", "x"},
+                         {"dati.txt", "dati"},
+                         {"ambver", "AMB0001##/##/## ##:##\r\n"}});
   return undisturbed;
 }
 
@@ -646,6 +797,8 @@ const char* nameOf(Work work) {
       return "start";
     case Work::TwoStarts:
       return "two-starts";
+    case Work::TwoInstalls:
+      return "two-installs";
     case Work::Maintenance:
       return "maintenance";
     case Work::Session:

@@ -17,6 +17,8 @@ enum class Work {
   IntegratedRun,
   /// The same, and the same user starts it a second time while the first start works.
   TwoStarts,
+  /// One product from a pack, and the same user begins that, or a program, while it is installed.
+  TwoInstalls,
   /// The maintenance form in the hands of a scripted user.
   Maintenance,
   /// The session from a medium in the hands of a scripted user.
@@ -27,21 +29,31 @@ enum class Work {
   Refusal
 };
 
-constexpr std::array kEveryWork{Work::IntegratedRun, Work::TwoStarts,     Work::Maintenance,
-                                Work::Session,       Work::SingleInstall, Work::Refusal};
+constexpr std::array kEveryWork{Work::IntegratedRun, Work::TwoStarts, Work::TwoInstalls,
+                                Work::Maintenance,   Work::Session,   Work::SingleInstall,
+                                Work::Refusal};
 
 const char* nameOf(Work work);
+
+/// A world before anything is done in it.
+struct Beginning {
+  Picture picture;
+  Versions server;
+  Versions client;
+};
 
 /// What an undisturbed run of a world does: what disturbed ones are measured by.
 struct Undisturbed {
   /// The calls of the run.
   std::vector<sim::SimCall> calls;
-  Picture before;
+  Beginning before;
   Picture after;
   /// What the world is when further starts change nothing any more.
   Picture healed;
   /// There is such a world.
   bool rests = false;
+  /// What files have at any moment of it and of the further starts.
+  WholeFiles whole;
   std::vector<std::string> told;
   /// Command lines of all programs that it started.
   std::vector<std::string> started;
@@ -55,8 +67,9 @@ struct Undisturbed {
 };
 
 /// A workstation and its server made up from a number, and the work that is done there. The same
-/// number gives the same world. Half of the worlds know their folders by odd names: by the share,
-/// over a link, as a literal path, in another case, with a blank or an accent.
+/// number gives the same world. Three of four worlds know their folders by odd names: by the share,
+/// over a link, as a literal path, by a short name, in another case, with a blank or an accent,
+/// long.
 class World : public SweptWorld {
  public:
   /// `undisturbed` may be null where the run is the undisturbed one; it outlives the world.

@@ -34,6 +34,7 @@ std::string runFailing(SweptWorld& world, Fault& fault) {
   }
   world.run();
   fault.secondCall = failing.secondCall();
+  fault.secondCode = failing.secondCode();
   return failing.failedCall();
 }
 
@@ -190,6 +191,16 @@ bool beginsLike(std::string_view text, std::string_view beginning) {
     }
   }
   return false;
+}
+
+bool isListed(std::string_view list, std::string_view word) {
+  return list.empty() ||
+         ("|" + std::string(list) + "|").find("|" + std::string(word) + "|") != std::string::npos;
+}
+
+bool Exception::fits(const Fault& fault, SystemCode code) const {
+  return isListed(works, fault.work) &&
+         isListed(codes, std::to_string(static_cast<std::int32_t>(code)));
 }
 
 bool tellsOneOf(const std::vector<std::string>& texts, const std::string& parts) {

@@ -45,6 +45,8 @@ struct Fault {
   std::size_t secondNumber = 0;
   SystemCode secondCode = system_code::kSuccess;
   std::string secondCall{};
+  /// What is done in the world, for tables that ask for it.
+  const char* work = "";
 };
 
 /// What a run did and may not, one sentence each.
@@ -58,8 +60,13 @@ class Findings {
   }
   const std::vector<std::string>& sentences() const { return sentences_; }
 
+  /// Notes that something does not hold, and which exception says that it need not.
+  void excuse(const std::string& exception) { excuses_.push_back(exception); }
+  const std::vector<std::string>& excuses() const { return excuses_; }
+
  private:
   std::vector<std::string> sentences_;
+  std::vector<std::string> excuses_;
 };
 
 /// A world: a machine, a program that runs on it, and what must hold when it has ended. Made afresh
@@ -106,9 +113,13 @@ SweepResult sweep(const MakeWorld& make, std::initializer_list<Trouble> troubles
 /// the text's end.
 bool beginsLike(std::string_view text, std::string_view beginning);
 
+/// Is it one of the words that "|" separates? An empty list has all.
+bool isListed(std::string_view list, std::string_view word);
+
 /// Calls whose trouble may have a consequence that others may not have, and why. A row has the
 /// members `call`, how the call's text begins (see beginsLike), and `in`, the trouble that it is
-/// meant for. The first row that fits counts.
+/// meant for; it may have fits(fault, code) to ask for more of the fault and its code. The first
+/// row that fits counts.
 template <class Row>
 class CallTable {
  public:
@@ -118,8 +129,9 @@ class CallTable {
   const Row* of(const Fault& fault) const {
     for (std::size_t i = 0; i < rows_.size(); ++i) {
       if (rows_[i].in == fault.trouble &&
-          (beginsLike(fault.call, rows_[i].call) ||
-           (!fault.secondCall.empty() && beginsLike(fault.secondCall, rows_[i].call)))) {
+          (fits(rows_[i], fault, fault.call, fault.code) ||
+           (!fault.secondCall.empty() &&
+            fits(rows_[i], fault, fault.secondCall, fault.secondCode)))) {
         matched_[i] = true;
         return &rows_[i];
       }
@@ -138,8 +150,17 @@ class CallTable {
     }
     return rows;
   }
+  const std::vector<Row>& rows() const { return rows_; }
 
  private:
+  static bool fits(const Row& row, const Fault& fault, const std::string& call, SystemCode code) {
+    if constexpr (requires { row.fits(fault, code); }) {
+      return beginsLike(call, row.call) && row.fits(fault, code);
+    } else {
+      return beginsLike(call, row.call);
+    }
+  }
+
   std::vector<Row> rows_;
   mutable std::vector<std::atomic<bool>> matched_;
 };
@@ -149,6 +170,11 @@ struct Exception {
   const char* call;
   const char* reason;
   Trouble in = Trouble::FailsOnce;
+  /// Only in these works and with these codes; see isListed().
+  const char* works = "";
+  const char* codes = "";
+
+  bool fits(const Fault& fault, SystemCode code) const;
 };
 
 /// Does one of the texts contain one of the parts, which "|" separates?

@@ -212,6 +212,21 @@ TEST_F(ProductInstall, StandaloneNeverDeletesAnInstallationWhoseFolderIsTheTempo
             "la cartella temporanea è quella di un'installazione: S:\\Lumo");
 }
 
+TEST_F(ProductInstall, IntegratedOpensNothingInAnotherInstallationWhoseFolderIsTheTemporaryOne) {
+  machine().environment().put("TEMP", "S:\\Lumo");
+  machine().environment().put("TMP", "S:\\Lumo");
+  const std::string waiting = "S:\\Lumo\\" + kTree + "a.zip";
+  for (const char* const bytes : {"no pack", "pack 0\n"}) {
+    share().put(waiting, bytes);
+    installIntegrated("C:\\Altro");
+    EXPECT_EQ(share().text(waiting), bytes);
+    EXPECT_TRUE(share().exists(kAmbver));
+    EXPECT_TRUE(
+        told("Gestione ProdTrelv - Cartella di lavoro S:\\Lumo uguale alla cartella del server: "
+             "il suo contenuto non viene rimosso"));
+  }
+}
+
 TEST_F(ProductInstall, StandaloneTreeThatCannotBeDeletedIsReported) {
   duringSetUp([&] { disk().holdOpen(kWork + kTree + "luda.ini", sim::Sharing::Read); });
   installStandAlone();
