@@ -140,7 +140,7 @@ else()
   endif()
   # All targets of cmake/Fuzz.cmake in one program, on the inputs that are kept.
   if(TRELV_KIT_LIBRARIES AND TARGET pugixml::pugixml)
-    trelv_test(fuzz_tests SOURCES "fuzz/*.cpp" EXCEPT "/fuzz/(Entry|[A-Za-z]*Mutation)\\.cpp$"
+    trelv_test(fuzz_tests SOURCES "fuzz/*.cpp" EXCEPT "/fuzz/(Entry|LargeBlocks|[A-Za-z]*Mutation)\\.cpp$"
                LINKS kit test_support main xmlstore decoder sim)
   endif()
   # tools/bench-decoder: the decoder on this system's own files.

@@ -128,7 +128,8 @@ void checkProducts(const Lines& lines) {
   require(at == products.size(), "there are no other products");
 }
 
-/// A folder that lies on the medium is found below its root at each of its levels.
+/// A folder that lies on the medium is found below its root at each of its levels: those that may
+/// lead elsewhere, and the last.
 void checkFolder(std::string_view folder) {
   if (!mediumFiles::liesOnMedium(folder)) {
     return;
@@ -136,10 +137,12 @@ void checkFolder(std::string_view folder) {
   const std::string root = "M:\\supporto";
   for (std::size_t at = 0; at <= folder.size();) {
     const std::size_t end = std::min(folder.find_first_of("\\/", at), folder.size());
-    const std::string path = root + "\\" + std::string(folder.substr(0, end));
-    const std::string full = machine().volumes().fullPath(path);
-    require(full == root || full.starts_with(root + "\\"),
-            "a folder of the medium leads nowhere else", {folder, full});
+    if (end == folder.size() || folder.substr(at, end - at).find('.') != std::string_view::npos) {
+      const std::string path = root + "\\" + std::string(folder.substr(0, end));
+      const std::string full = machine().volumes().fullPath(path);
+      require(full == root || full.starts_with(root + "\\"),
+              "a folder of the medium leads nowhere else", {folder, full});
+    }
     at = end + 1;
   }
 }

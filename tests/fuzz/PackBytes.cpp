@@ -85,12 +85,37 @@ bool takeMember(std::string_view& pack, std::string& content) {
   return true;
 }
 
+void addNumber(std::string& bytes, std::size_t number, unsigned count) {
+  for (unsigned index = 0; index < count; ++index) {
+    bytes += static_cast<char>(number >> (8 * index) & 0xFFU);
+  }
+}
+
 }  // namespace
 
-std::string packed(std::string_view bytes, bool compressed) {
+std::string stored(std::string_view bytes) {
+  constexpr std::size_t kMost = 0xFFFF;
+  std::string pack("\x1F\x8B\x08\0\0\0\0\0\0\x03", kHeader);
+  const uLong sum = sumOf(bytes);
+  const std::size_t size = bytes.size();
+  bool last = false;
+  while (!last) {
+    const std::size_t count = std::min(bytes.size(), kMost);
+    last = count == bytes.size();
+    pack += static_cast<char>(last);
+    addNumber(pack, count, 2);
+    addNumber(pack, ~count, 2);
+    pack += bytes.substr(0, count);
+    bytes.remove_prefix(count);
+  }
+  addNumber(pack, sum, 4);
+  addNumber(pack, size, 4);
+  return pack;
+}
+
+std::string compressed(std::string_view bytes) {
   z_stream stream{};
-  deflateInit2(&stream, compressed ? Z_BEST_SPEED : Z_NO_COMPRESSION, Z_DEFLATED, 15 + 16, 8,
-               Z_DEFAULT_STRATEGY);
+  deflateInit2(&stream, Z_BEST_SPEED, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY);
   std::string result(deflateBound(&stream, static_cast<uLong>(bytes.size())) + 32, '\0');
   stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
   stream.avail_in = static_cast<uInt>(bytes.size());

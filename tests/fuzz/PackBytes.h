@@ -8,8 +8,11 @@
 /// Packs in bytes, made and read without the decoder.
 namespace trelv::fuzz {
 
-/// One gzip member; not compressed, which is fast, unless asked for.
-std::string packed(std::string_view bytes, bool compressed = false);
+/// One gzip member, not compressed: fast.
+std::string stored(std::string_view bytes);
+
+/// One gzip member, compressed.
+std::string compressed(std::string_view bytes);
 
 /// What a pack unpacks to; nothing where it is damaged, or something else stands behind it.
 std::optional<std::string> unpacked(std::string_view pack);

@@ -101,18 +101,20 @@ void checkGone(const std::string& command, const std::string& folder) {
 void checkRemovalCommand(std::string_view bytes) {
   constexpr const char* kServers[] = {"S:\\Lumo", "\\\\srv\\dati\\Lumo", "T:\\lumo",
                                       "\\\\?\\S:\\Lumo"};
-  const InstallationPaths paths{kServers[takeNumber(bytes) % std::size(kServers)],
-                                "D:\\Integrazione", "C:\\Lumo\\Client"};
+  const unsigned choice = takeNumber(bytes);
+  const InstallationPaths paths{kServers[choice % std::size(kServers)], "D:\\Integrazione",
+                                "C:\\Lumo\\Client"};
   Program& program = world().program;
   std::string command(bytes);
   modProdTrelvLibrary::ReplacePlaceholders(program, command, paths);
-  const std::string folder = modProdTrelvManager::FolderOfCommand(program, command);
+  // Half of all inputs are the folder itself.
+  const bool isFolder = choice / std::size(kServers) % 2 == 1;
+  const std::string folder =
+      isFolder ? command : modProdTrelvManager::FolderOfCommand(program, command);
   require(command.find(folder) != std::string::npos, "the folder stands in the command",
           {command, folder});
-  for (const std::string& text : {folder, command}) {
-    if (modProdTrelvManager::IsRemovableSetupFolder(program, paths, text)) {
-      checkGone(command, text);
-    }
+  if (modProdTrelvManager::IsRemovableSetupFolder(program, paths, folder)) {
+    checkGone(command, folder);
   }
   world().machine.callLog().clear();
 }

@@ -134,7 +134,8 @@ SystemCode MemoryPack::read(char* buffer, std::size_t size, std::size_t& count) 
 
 std::string extracted(const std::string& packBytes, MemoryTree& tree, std::uint64_t largest) {
   // The archive library takes names by way of the process's character set here.
-  EXPECT_NE(std::setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
+  static const char* const characters = std::setlocale(LC_CTYPE, "C.UTF-8");
+  EXPECT_NE(characters, nullptr);
   MemoryPack input(packBytes);
   try {
     extractPack(input, tree, largest);
