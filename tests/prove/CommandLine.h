@@ -11,6 +11,7 @@ namespace trelv::tests {
 /// something was found, 2 for a command line that says nothing.
 ///
 ///     prove                    names each proof: name, seeds, promise and how, tabs between them
+///     prove --today            what ./test makes of each, one after the other
 ///     prove NAME …             makes the proof's runs on all cores
 ///       --seeds A-B, --seed A  these seeds and not all of it
 ///       --today                as many as ./test makes, which change with the day
