@@ -248,7 +248,7 @@ bool ZipScan::isOfHost(WorkFolder& workFolder) {
            workFolder.isAlso(folder);
   };
   return isAlso(state.startup.paths.server) || isAlso(state.session.serverPath) ||
-         MayBeInstallation(program_, work_);
+         IsInstallation(program_, work_);
 }
 
 /// What an earlier run left would reach the target with the first pack. What the decoder wrote is

@@ -51,10 +51,14 @@ std::string linkAt(Program& program, std::string path) {
   return facts.reparsePoint ? "collegamento non seguito: " + path : std::string();
 }
 
-/// Does something stand there, or can nobody tell?
-bool mayBeThere(Program& program, const std::string& path) {
+/// Raises where nobody can tell.
+bool isThere(Program& program, const std::string& path) {
   machine::FileFacts facts;
-  return !meansMissing(program.machine.files.look(path, facts));
+  const SystemCode code = program.machine.files.look(path, facts);
+  if (code != system_code::kSuccess && !meansMissing(code)) {
+    throw failureFromSystemCode(code, path);
+  }
+  return code == system_code::kSuccess;
 }
 
 }  // namespace
@@ -171,9 +175,9 @@ bool IsUnpacked(Program& program, const std::string& workFolder) {
 
 // No pack brings these files. On a machine that is integrated with another host, or with none,
 // nothing else says that somebody made this one's server folder the temporary one.
-bool MayBeInstallation(Program& program, const std::string& folder) {
-  return mayBeThere(program, hostPaths::serverVersionRecord(folder)) ||
-         mayBeThere(program, hostPaths::recordFolder(folder) + "\\" + hostPaths::kEnvironmentFile);
+bool IsInstallation(Program& program, const std::string& folder) {
+  return isThere(program, hostPaths::serverVersionRecord(folder)) ||
+         isThere(program, hostPaths::recordFolder(folder) + "\\" + hostPaths::kEnvironmentFile);
 }
 
 void TellUnpackedStays(Program& program, const std::string& path, const RuntimeError& failure) {
@@ -190,7 +194,7 @@ void DeleteUnpacked(Program& program, const std::string& workFolder) {
   if (meansMissing(code)) {
     return;
   }
-  if (MayBeInstallation(program, workFolder)) {
+  if (IsInstallation(program, workFolder)) {
     throw RuntimeError(runtime_number::kPathAccess, "TrelvManager",
                        "la cartella temporanea è quella di un'installazione: " + workFolder);
   }

@@ -63,8 +63,9 @@ std::string LinkOnTheWay(Program& program, const std::string& folder);
 /// Does any unpacked tree, or a file in its place, stand in the work folder?
 bool IsUnpacked(Program& program, const std::string& workFolder);
 
-/// Is a host installed in this folder, or can nobody tell? Its "prg" is no unpacked tree then.
-bool MayBeInstallation(Program& program, const std::string& folder);
+/// Is a host installed in this folder? Its "prg" is no unpacked tree then. Raises where the files
+/// that tell it cannot be looked at.
+bool IsInstallation(Program& program, const std::string& folder);
 
 /// The log line for what cannot be removed from there.
 void TellUnpackedStays(Program& program, const std::string& path, const RuntimeError& failure);
