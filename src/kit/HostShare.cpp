@@ -198,15 +198,30 @@ void HostShare::removeFile(const std::string& path) {
   }
 }
 
-bool HostShare::copyAnew(const std::string& source, const std::string& target) {
+/// Frees both names of what is to be made at `target`; the one that it has until it is whole.
+std::string HostShare::beginAnew(const std::string& target) {
+  std::string made = target + JournalShelf::kUnderWay;
   removeFile(target);
-  const SystemCode code = machine_.files.copyFile(source, target);
+  removeFile(made);
+  return made;
+}
+
+bool HostShare::copyAnew(const std::string& source, const std::string& target) {
+  const std::string made = beginAnew(target);
+  const SystemCode code = machine_.files.copyFile(source, made);
   machine::FileFacts facts;
   if (meansMissing(code) && meansMissing(machine_.files.look(source, facts))) {
     return false;
   }
   requireDone(code, target);
+  requireDone(machine_.files.moveFile(made, target), target);
   return true;
+}
+
+void HostShare::writeAnew(const std::string& target, const std::string& bytes) {
+  const std::string made = beginAnew(target);
+  requireDone(machine_.files.write(made, bytes), made);
+  requireDone(machine_.files.moveFile(made, target), target);
 }
 
 void HostShare::recover() {

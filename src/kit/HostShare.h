@@ -56,8 +56,10 @@ class HostShare {
   /// Removes a file (full path), read-only ones too. One that is missing counts as removed.
   void removeFile(const std::string& path);
   /// Copies onto a path where one that was interrupted may have left a file; false where the source
-  /// is missing.
+  /// is missing. The copy is on the disk before it has its name, so that a journal may count on it.
   bool copyAnew(const std::string& source, const std::string& target);
+  /// The same for a content that no file has.
+  void writeAnew(const std::string& target, const std::string& bytes);
 
  private:
   void recover();
@@ -65,6 +67,7 @@ class HostShare {
   void recover(const Journal& journal);
   void takeBack(const Journal& journal);
   void removeUnderWay();
+  std::string beginAnew(const std::string& target);
   std::string holder();
 
   machine::Machine& machine_;

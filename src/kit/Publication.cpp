@@ -240,7 +240,7 @@ void Publication::keep(JournalFile& file) {
   const std::string name = nextKept();
   const std::string kept = share_.shelf().keptPath(journal_, name);
   if (const std::optional<std::string> bytes = bytesOfWaiting(file.path)) {
-    requireDone(files_.write(kept, *bytes), kept);
+    share_.writeAnew(kept, *bytes);
     file.keptPrint = fingerprintOf(*bytes);
   } else if (share_.copyAnew(share_.setup(file.path), kept)) {
     file.keptPrint = fingerprintOfFile(files_, kept).value_or(Fingerprint());

@@ -148,6 +148,15 @@ int copyBytes(const OpenFile& source, const OpenFile& target) {
   }
 }
 
+/// Puts what was written to a file on the disk: after a power failure its new name must not stand
+/// for content that was still on its way.
+void flush(const std::string& path) {
+  const OpenFile file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file) {
+    fsync(file.get());
+  }
+}
+
 int copyOnto(const std::string& source, const std::string& target) {
   struct stat status {};
   struct stat there {};
@@ -300,12 +309,14 @@ SystemCode PosixFiles::replaceFile(const std::string& source, const std::string&
     if (lookAt(to, facts) == 0 && facts.folder) {
       return EACCES;
     }
+    flush(from);
     return result(rename(from.c_str(), to.c_str()));
   });
 }
 
 SystemCode PosixFiles::moveFile(const std::string& source, const std::string& target) {
   return between(source, target, [](const std::string& from, const std::string& to) -> int {
+    flush(from);
     return result(renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE));
   });
 }

@@ -44,12 +44,36 @@ SystemCode writeAll(const OwnedFile& file, std::string_view bytes) {
   return code == system_code::kSuccess && written != bytes.size() ? system_code::kDiskFull : code;
 }
 
-/// Puts what was written to a file on the disk; as far as it can, since a read-only file refuses.
-void flush(const std::string& path) {
+SystemCode changeReadOnly(const std::wstring& name, bool readOnly) {
+  const Called<DWORD> attributes = called(GetFileAttributesW, name);
+  if (attributes.answer == INVALID_FILE_ATTRIBUTES) {
+    return attributes.failure();
+  }
+  const DWORD wanted = readOnly ? attributes.answer | FILE_ATTRIBUTE_READONLY
+                                : attributes.answer & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY);
+  return codeOf(SetFileAttributesW, name, wanted);
+}
+
+SystemCode flushOnce(const std::string& path) {
   OwnedFile file;
-  if (open(file, path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, OPEN_EXISTING) ==
-      system_code::kSuccess) {
-    FlushFileBuffers(file.get());
+  const SystemCode code =
+      open(file, path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+           OPEN_EXISTING);
+  return code == system_code::kSuccess ? codeOf(FlushFileBuffers, file.get()) : code;
+}
+
+bool isReadOnly(const std::string& path) {
+  const DWORD attributes = GetFileAttributesW(filePath(path).c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
+/// Puts what was written to a file on the disk, as far as the system lets it. A read-only file
+/// refuses to be opened for that: it is an ordinary one meanwhile.
+void flush(const std::string& path) {
+  if (flushOnce(path) == system_code::kAccessDenied && isReadOnly(path) &&
+      changeReadOnly(filePath(path), false) == system_code::kSuccess) {
+    flushOnce(path);
+    changeReadOnly(filePath(path), true);
   }
 }
 
@@ -256,14 +280,7 @@ SystemCode Win32Files::removeFile(const std::string& path) {
 }
 
 SystemCode Win32Files::setReadOnly(const std::string& path, bool readOnly) {
-  const std::wstring name = filePath(path);
-  const Called<DWORD> attributes = called(GetFileAttributesW, name);
-  if (attributes.answer == INVALID_FILE_ATTRIBUTES) {
-    return attributes.failure();
-  }
-  const DWORD wanted = readOnly ? attributes.answer | FILE_ATTRIBUTE_READONLY
-                                : attributes.answer & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY);
-  return codeOf(SetFileAttributesW, name, wanted);
+  return changeReadOnly(filePath(path), readOnly);
 }
 
 SystemCode Win32Files::makeFolder(const std::string& path) {

@@ -1,32 +1,62 @@
 #include "prove/Faults.h"
 
+#include <mutex>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "prove/Scenes.h"
 #include "prove/Worlds.h"
 #include "sim/FailingMachine.h"
+#include "sim/PowerLoss.h"
 
 namespace trelv::tests {
 namespace {
 
-/// "start 42 5": the world's work, the call, the code; "start 42 5 60 32" with a second fault; for
-/// kills how far the call had come.
-std::string nameOf(Work work, const Fault& fault) {
-  std::string name =
-      std::string(nameOf(work)) + " " + std::to_string(fault.number) + " " +
-      std::to_string(fault.trouble == Trouble::Killed ? static_cast<SystemCode>(fault.left)
-                                                      : fault.code);
+/// "start 42 5": what is done, the call, the code; "start 42 5 60 32" with a second fault; for
+/// kills and power failures how far the call had come, for the latter what is lost then.
+std::string nameOf(const std::string& what, const Fault& fault) {
+  const bool ended = fault.trouble == Trouble::Killed || fault.trouble == Trouble::PowerFails;
+  std::string name = what + " " + std::to_string(fault.number) + " " +
+                     std::to_string(ended ? static_cast<SystemCode>(fault.left) : fault.code);
   if (fault.secondNumber != 0) {
     name += " " + std::to_string(fault.secondNumber) + " " + std::to_string(fault.secondCode);
   }
+  if (fault.trouble == Trouble::PowerFails) {
+    name += " " + std::to_string(fault.variant);
+  }
   return name;
+}
+
+/// Makes some of the runs, spread over all of them: about `share`, or all where that is 0.
+void proveEach(const Job& job, Tally& tally, std::size_t share, const char* what,
+               const MakeWorld& make, const std::vector<Fault>& faults) {
+  const std::size_t step = share == 0 ? 1 : faults.size() / share + 1;
+  for (std::size_t i = job.seed % step; i < faults.size(); i += step) {
+    const std::string name = nameOf(what, faults[i]);
+    if (!job.wants(name)) {
+      continue;
+    }
+    Findings findings;
+    Fault fault = faults[i];
+    fault.work = what;
+    runOnce(make, fault, findings);
+    tally.count("runs");
+    for (const std::string& exception : findings.excuses()) {
+      tally.needed(exception);
+    }
+    for (const std::string& sentence : findings.sentences()) {
+      tally.found(name, describe(faults[i]) + ": " + sentence);
+    }
+  }
 }
 
 /// One world of each work, and the faults that its undisturbed run could meet.
 class Worlds {
  public:
-  Worlds(const Job& job, Tally& tally) : job_(job), tally_(tally) {}
+  /// `kinds` share what is enough: the works, and what a proof has besides.
+  Worlds(const Job& job, Tally& tally, std::size_t kinds = kEveryWork.size())
+      : job_(job), tally_(tally), kinds_(kinds) {}
 
   /// `faults` makes the faults of one world from its calls.
   template <class MakeFaults>
@@ -39,35 +69,14 @@ class Worlds {
       const MakeWorld make = [&]() -> std::unique_ptr<SweptWorld> {
         return World::make(work, job_.seed, &undisturbed);
       };
-      proveEach(work, make, faults(undisturbed.calls));
+      proveEach(job_, tally_, job_.enough / kinds_, nameOf(work), make, faults(undisturbed.calls));
     }
   }
 
  private:
-  void proveEach(Work work, const MakeWorld& make, const std::vector<Fault>& faults) {
-    const std::size_t share = job_.enough / kEveryWork.size();
-    const std::size_t step = share == 0 ? 1 : faults.size() / share + 1;
-    for (std::size_t i = job_.seed % step; i < faults.size(); i += step) {
-      const std::string name = nameOf(work, faults[i]);
-      if (!job_.wants(name)) {
-        continue;
-      }
-      Findings findings;
-      Fault fault = faults[i];
-      fault.work = nameOf(work);
-      runOnce(make, fault, findings);
-      tally_.count("runs");
-      for (const std::string& exception : findings.excuses()) {
-        tally_.needed(exception);
-      }
-      for (const std::string& sentence : findings.sentences()) {
-        tally_.found(name, describe(faults[i]) + ": " + sentence);
-      }
-    }
-  }
-
   const Job& job_;
   Tally& tally_;
+  const std::size_t kinds_;
 };
 
 std::vector<Fault> failuresOf(const sim::SimCall& call) {
@@ -89,6 +98,38 @@ std::vector<Fault> ofAll(const std::vector<sim::SimCall>& calls, const FaultsOf&
   }
   return faults;
 }
+
+/// At each moment at which something else may be lost, and behind the end: some losses.
+class PowerFailures {
+ public:
+  explicit PowerFailures(unsigned seed) : seed_(seed) {}
+
+  std::vector<Fault> operator()(const std::vector<sim::SimCall>& calls) const {
+    std::vector<Fault> faults;
+    for (const sim::SimCall& call : calls) {
+      if (sim::PowerLoss::matters(call.kind)) {
+        add(faults, faultsOf(call, Trouble::PowerFails));
+      }
+    }
+    add(faults, faultsOf({calls.size() + 1, sim::CallKind::FileLook, kNoCall, "", ""},
+                         Trouble::PowerFails));
+    return faults;
+  }
+
+ private:
+  void add(std::vector<Fault>& faults, const std::vector<Fault>& moments) const {
+    constexpr std::size_t kLosses = 3;
+    constexpr std::size_t kMostMoments = 10'000;
+    for (Fault fault : moments) {
+      for (std::size_t i = 0; i < kLosses; ++i) {
+        fault.variant = (seed_ * kMostMoments + faults.size()) * kLosses + i;
+        faults.push_back(fault);
+      }
+    }
+  }
+
+  const unsigned seed_;
+};
 
 }  // namespace
 
@@ -120,6 +161,27 @@ void proveKills(const Job& job, Tally& tally) {
       return faultsOf(call, Trouble::Killed);
     });
   });
+}
+
+void provePower(const Job& job, Tally& tally) {
+  constexpr std::size_t kKinds = kEveryWork.size() + kEverySubject.size();
+  // It is made for one thread: the command line and the locale are the process's.
+  static std::mutex secondProgram;
+  const PowerFailures failures(job.seed);
+  Worlds(job, tally, kKinds).prove(failures);
+  for (const Subject subject : kEverySubject) {
+    std::unique_lock alone(secondProgram, std::defer_lock);
+    if (subject == Subject::Publication || subject == Subject::Withdrawal) {
+      alone.lock();
+    }
+    const Past past = pastOf(subject, job.seed);
+    tally.count("worlds");
+    tally.count("calls", past.calls.size());
+    const MakeWorld make = [&]() -> std::unique_ptr<SweptWorld> {
+      return Scene::make(subject, job.seed, &past);
+    };
+    proveEach(job, tally, job.enough / kKinds, nameOf(subject), make, failures(past.calls));
+  }
 }
 
 }  // namespace trelv::tests

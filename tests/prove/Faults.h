@@ -11,5 +11,8 @@ void provePairs(const Job& job, Tally& tally);
 /// The program is ended by force before each call and within each that writes; then it is started
 /// until nothing is left to do.
 void proveKills(const Job& job, Tally& tally);
+/// The power fails before each call and within each that writes; the disks keep what chance says.
+/// Then it is started until nothing is left to do.
+void provePower(const Job& job, Tally& tally);
 
 }  // namespace trelv::tests

@@ -39,24 +39,51 @@ const Table kLockStays{
 
 const Table kNone{};
 
+// --- What a power failure may cost
+
+using sim::Writing;
+
+/// A file, and why its content may be on its way under its own name.
+struct MayBeLost {
+  const char* path;
+  const char* reason;
+  /// It has to be written so, or in a way that spoils less, for that.
+  Writing writing = Writing::Anew;
+};
+
+constexpr const char* kValueByValue =
+    "the profile functions write it value by value, so that the values of others survive; a copy "
+    "that is put in its place would undo theirs";
+constexpr const char* kEachStart = "each start writes its values again";
+constexpr const char* kNotInItsPlace = "not in its place yet";
+
+constexpr MayBeLost kMayBeLost[] = {
+    {"*.LOG", "opened, written and closed line by line: a flush of each would hold up every start"},
+    {"*PRODINFO.TXT", "a report for the reader, made anew each time"},
+    {"*AGDV.LCK", "a lock says by its name that there is one; its text is for the reader"},
+    {"*.LCK", "it goes with its process"},
+    {"*\\ANNULLATA", "says by its name that a publication was taken back; it is empty"},
+    {"*.TMP", kNotInItsPlace},
+    {"*.TRELV", kNotInItsPlace},
+    {"*\\AGDVVER.INI", kValueByValue, Writing::ByValues},
+    {"*\\MV\\LUDA2003\\LUDA.INI", kValueByValue, Writing::InPlace},
+    {"*\\WINDOWS\\ZELTOMODELLI.INI", kValueByValue, Writing::InPlace},
+    {"*\\WINDOWS\\LUMOW.INI", kEachStart, Writing::ByValues},
+    {"*\\WINDOWS\\RATING.INI", kEachStart, Writing::ByValues},
+    {"*\\WINDOWS\\VALUTAZIONE.INI", kEachStart, Writing::ByValues},
+    {"*\\WINDOWS\\RATINGVALUTAZIONE.INI", kEachStart, Writing::ByValues},
+    {"*\\WINDOWS\\ZELTOBILANCIO.INI", kEachStart, Writing::ByValues},
+    {"*\\WINDOWS\\BILANCIOCONSOLIDATO.INI", kEachStart, Writing::ByValues},
+    {"*\\WINDOWS\\CALCOLOIMPOSTE.INI", kEachStart, Writing::ByValues},
+    {"*\\WINDOWS\\BILANCIOIAS.INI", kEachStart, Writing::ByValues},
+    {"*\\WINDOWS\\CONSOLIDATOIAS.INI", kEachStart, Writing::ByValues},
+    {"*\\WINDOWS\\COOPERATIVE.INI", kEachStart, Writing::ByValues},
+    {"*\\WINDOWS\\ENTIFINANZIARI.INI", kEachStart, Writing::ByValues},
+};
+
 // --- Pictures
 
 std::string upperPath(const std::string& path) { return upperCase(path); }
-
-/// The date in these says when they were written.
-std::string withoutMoment(const std::string& path, const std::string& bytes) {
-  constexpr std::size_t kField = 7;
-  if (path.ends_with("AGDV.LCK")) {
-    return "";
-  }
-  std::string without = bytes;
-  if (path.ends_with("\\AMBVER")) {
-    for (std::size_t i = kField; i < without.size(); ++i) {
-      without[i] = without[i] >= '0' && without[i] <= '9' ? '#' : without[i];
-    }
-  }
-  return without;
-}
 
 void add(Picture& picture, const sim::SimNode& node, const std::string& path) {
   for (const auto& child : node.children) {
@@ -67,7 +94,7 @@ void add(Picture& picture, const sim::SimNode& node, const std::string& path) {
       picture[name + "\\"];
       add(picture, *child, name);
     } else if (!name.ends_with(".LOG")) {
-      picture[name] = withoutMoment(name, child->bytes);
+      picture[name] = asInPictures(name, child->bytes);
     }
   }
 }
@@ -115,6 +142,19 @@ const char* nameOf(Invariant invariant) {
       return "ends";
   }
   throw std::logic_error("an invariant without a name");
+}
+
+const char* whyNotWhole(const std::string& path, const std::string& temporaryFolder,
+                        Writing writing) {
+  for (const MayBeLost& row : kMayBeLost) {
+    if (beginsLike(path, row.path + std::string("$")) && writing >= row.writing) {
+      return row.reason;
+    }
+  }
+  // The scratch copy, and what the next search for packs clears.
+  const bool scratch =
+      path == temporaryFolder + "\\AMBVER" || path.starts_with(temporaryFolder + "\\PRG\\");
+  return scratch ? "it lies in the temporary folder" : nullptr;
 }
 
 const CallTable<Exception>& exceptionsOfTheStart(Invariant invariant) {
@@ -165,6 +205,21 @@ Values valuesOf(const std::string& bytes) {
   return values;
 }
 
+/// The date in these says when they were written.
+std::string asInPictures(const std::string& path, const std::string& bytes) {
+  constexpr std::size_t kField = 7;
+  if (path.ends_with("AGDV.LCK")) {
+    return "";
+  }
+  std::string without = bytes;
+  if (path.ends_with("\\AMBVER")) {
+    for (std::size_t i = kField; i < without.size(); ++i) {
+      without[i] = without[i] >= '0' && without[i] <= '9' ? '#' : without[i];
+    }
+  }
+  return without;
+}
+
 Picture pictureOf(sim::SimMachine& machine, const std::vector<std::string>& volumes) {
   Picture picture;
   for (const std::string& volume : volumes) {
@@ -174,6 +229,19 @@ Picture pictureOf(sim::SimMachine& machine, const std::vector<std::string>& volu
   picture["*integration"] =
       machine.configuration().value("SYSTEM", "Complementary_Products", "Integration", "Path");
   return picture;
+}
+
+Picture wholeOf(Picture picture, const std::string& temporaryFolder) {
+  std::erase_if(picture, [&](const auto& file) -> bool {
+    return whyNotWhole(file.first, temporaryFolder, Writing::InPlace) != nullptr;
+  });
+  return picture;
+}
+
+void addTo(Known& known, const Picture& picture) {
+  for (const auto& [path, bytes] : picture) {
+    known[path].insert(bytes);
+  }
 }
 
 std::string differenceOf(const Picture& expected, const Picture& found) {
@@ -214,6 +282,24 @@ void Judge::locksGone(const Picture& before, const Picture& after) {
     if (path.ends_with("AGDV.LCK")) {
       demand(Invariant::LocksGo, before.contains(path), "left behind: " + path);
     }
+  }
+}
+
+void Judge::nothingOnItsWay(const std::vector<sim::OnItsWay>& onTheirWay,
+                            const std::string& temporaryFolder) {
+  for (const sim::OnItsWay& file : onTheirWay) {
+    demand(Invariant::NothingHalf,
+           whyNotWhole(upperPath(file.path), temporaryFolder, file.writing) != nullptr,
+           "on its way: " + file.path);
+  }
+}
+
+void Judge::nothingHalf(const Known& known, const Picture& found,
+                        const std::string& temporaryFolder) {
+  for (const auto& [path, bytes] : wholeOf(found, temporaryFolder)) {
+    const auto at = known.find(path);
+    demand(Invariant::NothingHalf, at == known.end() || at->second.contains(bytes),
+           "neither old nor new: " + path + " is \"" + bytes + "\"");
   }
 }
 
@@ -276,12 +362,14 @@ const Values& keysOf(const std::string& path) {
 
 void WholeFiles::see(const Picture& moment) {
   for (const auto& [path, bytes] : moment) {
-    contents_.insert(bytes);
+    if (!path.ends_with("\\")) {
+      contents_.insert(bytes);
+    }
   }
 }
 
 bool WholeFiles::has(const std::string& path, const std::string& bytes) const {
-  if (contents_.contains(bytes) || path.starts_with("*registry")) {
+  if (contents_.contains(bytes) || path.ends_with("\\") || path.starts_with("*registry")) {
     return true;
   }
   if (!path.ends_with(".INI") || !bytes.ends_with("\n")) {

@@ -55,6 +55,11 @@ using Exceptions = const CallTable<Exception>& (*)(Invariant invariant);
 /// Those of the start that the sweeps know call by call.
 const CallTable<Exception>& exceptionsOfTheStart(Invariant invariant);
 
+/// May the content of this file be on its way when the power fails? Why, or null where it must be
+/// whole. Paths as pictures have them; the temporary folder without trailing backslash.
+const char* whyNotWhole(const std::string& path, const std::string& temporaryFolder,
+                        sim::Writing writing);
+
 // --- What is looked at
 
 /// What a machine and the disks that it uses hold, by path in upper case: bytes of files, nothing
@@ -66,6 +71,9 @@ using Picture = std::map<std::string, std::string>;
 /// file has. What tells the moment of a run (the run log, the date in locks and the environment
 /// file) is left out.
 Picture pictureOf(sim::SimMachine& machine, const std::vector<std::string>& volumes);
+
+/// What a picture has of a file with these bytes.
+std::string asInPictures(const std::string& path, const std::string& bytes);
 
 /// The first difference of two pictures in words; empty where there is none.
 std::string differenceOf(const Picture& expected, const Picture& found);
@@ -93,6 +101,13 @@ class WholeFiles {
 using Foreign = std::map<std::string, Values>;
 Foreign foreignOf(const Picture& picture);
 Values foreignOf(const std::string& path, const std::string& bytes);
+
+/// Without the files that need not be whole.
+Picture wholeOf(Picture picture, const std::string& temporaryFolder);
+
+/// What files held at one moment or another, by path.
+using Known = std::map<std::string, std::set<std::string>>;
+void addTo(Known& known, const Picture& picture);
 
 /// Versions of one record by product.
 using Versions = std::map<std::string, std::string>;
@@ -124,6 +139,12 @@ class Judge {
                     const OriginOf& originOf);
   /// No lock is there that was not there before.
   void locksGone(const Picture& before, const Picture& after);
+  /// When the power failed no file that must be whole had its content on its way. Full paths, in
+  /// any case.
+  void nothingOnItsWay(const std::vector<sim::OnItsWay>& onTheirWay,
+                       const std::string& temporaryFolder);
+  /// Each file that must be whole and is known holds what it held at some moment.
+  void nothingHalf(const Known& known, const Picture& found, const std::string& temporaryFolder);
   /// What is gone was allowed to go: one of the paths (see beginsLike) or below it.
   void nothingElseDeleted(const Picture& before, const Picture& after,
                           const std::vector<std::string>& mayGo);

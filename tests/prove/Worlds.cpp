@@ -59,7 +59,7 @@ bool isInSetupTree(const std::string& path) {
   return path.find("\\PRG\\COM\\SETUP\\AGGDOVRA\\") != std::string::npos;
 }
 
-using Windows = std::vector<std::pair<std::size_t, std::size_t>>;
+using Windows = std::vector<Undisturbed::Window>;
 
 bool beginsACorrection(const sim::SimCall& call) {
   return call.kind == sim::CallKind::ProfileWrite &&
@@ -72,16 +72,21 @@ bool endsACorrection(const sim::SimCall& call) {
 }
 
 /// From the removal of each pack to the end of its copy, and from the first to the last version of
-/// a correction.
+/// a correction. The last rename of a copy is on its way until others have been at work.
 Windows windowsOf(const std::vector<sim::SimCall>& calls) {
   Windows windows;
   for (const sim::SimCall& call : calls) {
     const bool removesAPack = call.kind == sim::CallKind::FileRemove && call.path.ends_with(".zip");
     if (removesAPack || beginsACorrection(call)) {
-      windows.emplace_back(call.number, call.number);
+      windows.push_back({call.number, call.number, calls.size() + 2});
     } else if (!windows.empty() &&
                (call.kind == sim::CallKind::FileReplace || endsACorrection(call))) {
-      windows.back().second = call.number;
+      windows.back().last = call.number;
+      windows.back().durable = calls.size() + 2;
+    } else if (call.kind == sim::CallKind::ProcessStart) {
+      for (Undisturbed::Window& window : windows) {
+        window.durable = std::min(window.durable, call.number);
+      }
     }
   }
   return windows;
@@ -101,6 +106,10 @@ class ChanceWorld : public World {
   sim::SimMachine& machine() override { return station_.machine(); }
   sim::SimDisk& share() override { return station_.share(); }
   void run() override;
+  void powerFailed(const std::vector<sim::OnItsWay>& onTheirWay) override {
+    powerFailed_ = true;
+    onTheirWay_ = onTheirWay;
+  }
   void judge(const Fault& fault, Findings& findings) override;
   Undisturbed takeUndisturbed() override;
   std::string description() const override;
@@ -144,7 +153,9 @@ class ChanceWorld : public World {
   Origin originOf(const std::string& id, const std::string& version) const;
   void removeLocks(const Picture& after);
   void judgeProgram(Judge& judge);
+  bool couldBeRead(const std::string& file, const Versions& versions);
   void judgeRecords(Judge& judge);
+  void judgePower(Judge& judge);
   void judgeTelling(Judge& judge, const Picture& after);
   bool isNamed(const std::string& call) const;
   Picture withoutScratch(Picture picture);
@@ -163,7 +174,11 @@ class ChanceWorld : public World {
                        });
   }
   bool wasBrokenOff(const Fault& fault);
-  bool bringsPacks() const { return !undisturbed_->windows.empty(); }
+  /// The second program may open its pack only in a further start.
+  bool bringsPacks() const {
+    return !undisturbed_->windows.empty() ||
+           (!alone_ && !secondArguments_.empty() && secondArguments_[0] == "SINGLEINSTALL");
+  }
   Picture comparable(Picture picture, bool brokenOff);
   void judgeHealing(Judge& judge);
   /// What the world comes to when it is started again and again; does it rest?
@@ -198,6 +213,9 @@ class ChanceWorld : public World {
   std::size_t formsBefore_ = 0;
   /// The log of the program that ended last.
   std::vector<std::string> log_;
+  bool powerFailed_ = false;
+  /// Files whose content was on its way then.
+  std::vector<sim::OnItsWay> onTheirWay_;
   /// Programs that the run started, and what it told.
   std::vector<std::string> started_;
   std::vector<std::string> told_;
@@ -583,6 +601,10 @@ void ChanceWorld::judge(const Fault& fault, Findings& findings) {
     return;
   }
   Judge judge(fault, findings, exceptionsByChance);
+  if (fault.trouble == Trouble::PowerFails) {
+    judgePower(judge);
+    return;
+  }
   const Picture after = picture();
   judgeRecords(judge);
   judge.nothingHalf(undisturbed_->whole, after, mayBeHalf());
@@ -614,6 +636,33 @@ void ChanceWorld::removeLocks(const Picture& after) {
   }
 }
 
+/// A record that was on its way may name any versions: then set-ups run again that did not run in
+/// the undisturbed run. And what a user does again depends on what he sees.
+void ChanceWorld::judgePower(Judge& judge) {
+  const std::string temporary = physical(names_.temporary);
+  const bool recordLost =
+      std::any_of(onTheirWay_.begin(), onTheirWay_.end(), [](const sim::OnItsWay& file) -> bool {
+        return upperCase(file.path).ends_with("AGDVVER.INI");
+      });
+  const Picture after = picture();
+  judge.nothingOnItsWay(onTheirWay_, temporary);
+  judge.nothingHalf(undisturbed_->whole, wholeOf(after, temporary), mayBeHalf());
+  judge.nothingElseDeleted(before().picture, after, mayGo());
+  secondAt_ = 0;
+  disturb();
+  removeLocks(after);
+  if (recordLost || !runsByItself()) {
+    bool rests = false;
+    settle(rests);
+    judge.demand(Invariant::Heals, rests || !undisturbed_->rests,
+                 "each further start changes something");
+  } else {
+    judgeRecords(judge);
+    judgeHealing(judge);
+  }
+  judge.demand(Invariant::Ends, !endless_, "a start that does not end");
+}
+
 void ChanceWorld::judgeProgram(Judge& judge) {
   const std::string& asked = undisturbed_->asked;
   judge.demand(
@@ -622,12 +671,23 @@ void ChanceWorld::judgeProgram(Judge& judge) {
       "not started: " + asked);
 }
 
+/// Behind a power failure nobody holds a record any more that nobody could read before.
+bool ChanceWorld::couldBeRead(const std::string& file, const Versions& versions) {
+  return !before().picture.contains(physical(file)) ||
+         std::any_of(versions.begin(), versions.end(),
+                     [](const auto& version) -> bool { return !version.second.empty(); });
+}
+
 void ChanceWorld::judgeRecords(Judge& judge) {
   const OriginOf origin = [this](const std::string& id, const std::string& version) -> Origin {
     return originOf(id, version);
   };
-  judge.versionsTrue("server", before().server, versions(true), origin);
-  judge.versionsTrue("client", before().client, versions(false), origin);
+  if (!powerFailed_ || couldBeRead(record(true), before().server)) {
+    judge.versionsTrue("server", before().server, versions(true), origin);
+  }
+  if (!powerFailed_ || couldBeRead(record(false), before().client)) {
+    judge.versionsTrue("client", before().client, versions(false), origin);
+  }
 }
 
 /// What is unpacked in the temporary folder, or lies beside that in a pack, belongs to nobody when
@@ -708,8 +768,9 @@ Picture ChanceWorld::settle(bool& rests) {
 /// Of two faults the second is counted in a run that the first has changed: behind any removal it
 /// may have hit the copy.
 bool ChanceWorld::wasBrokenOff(const Fault& fault) {
-  const auto holds = [&fault](const auto& window) -> bool {
-    const bool first = fault.number > window.first && fault.number <= window.second;
+  const auto holds = [&](const Undisturbed::Window& window) -> bool {
+    const std::size_t last = powerFailed_ ? window.durable : window.last;
+    const bool first = fault.number > window.first && fault.number <= last;
     return first || fault.secondNumber > window.first;
   };
   return std::any_of(undisturbed_->windows.begin(), undisturbed_->windows.end(), holds);
@@ -723,6 +784,9 @@ bool ChanceWorld::wasBrokenOff(const Fault& fault) {
 /// is delivered again.
 Picture ChanceWorld::comparable(Picture picture, bool brokenOff) {
   picture = withoutScratch(std::move(picture));
+  if (powerFailed_) {
+    picture = wholeOf(std::move(picture), physical(names_.temporary));
+  }
   if (!bringsPacks() && !brokenOff) {
     return picture;
   }

@@ -3,7 +3,6 @@
 #include <array>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "prove/Invariants.h"
@@ -57,9 +56,15 @@ struct Undisturbed {
   std::vector<std::string> told;
   /// Command lines of all programs that it started.
   std::vector<std::string> started;
-  /// The first and last call of each time in which a pack is removed and not yet copied, or one
-  /// record is being corrected for Dovra: what is broken off there is not taken up again.
-  std::vector<std::pair<std::size_t, std::size_t>> windows;
+  /// Calls of a time in which a pack is removed and not yet copied, or one record is being
+  /// corrected for Dovra: what is broken off there is not taken up again.
+  struct Window {
+    std::size_t first;
+    std::size_t last;
+    /// From here on a power failure cannot lose the last of it any more.
+    std::size_t durable;
+  };
+  std::vector<Window> windows;
   /// The command line of the program that was asked for, where it was started and was there before.
   std::string asked;
   /// Tells what each start tells, for a person.

@@ -24,6 +24,12 @@ constexpr std::array kProofs{
           "to do",
           200, 2, 180, proveKills},
     Proof{
+        "power", "a power failure leaves whole what must be whole",
+        "the power fails before and within each call that changes a disk, and behind the end: what "
+        "was not flushed is lost, zeros or there in part, renames lost or there; then started "
+        "until nothing is left to do",
+        200, 2, 110, provePower},
+    Proof{
         "weave", "programs that run at once do each other no harm, and end as one after the other",
         "meetings of two and of three workstations, sessions and processes: the turn changes "
         "before any call that another one minds, once and twice, and with two of them three times, "

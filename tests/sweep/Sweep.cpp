@@ -1,6 +1,7 @@
 #include "sweep/Sweep.h"
 
 #include <exception>
+#include <random>
 #include <sstream>
 #include <stdexcept>
 
@@ -46,7 +47,20 @@ std::string runKilled(SweptWorld& world, const Fault& fault) {
   } catch (const sim::Killed&) {
     // What it was killed in is asked for below.
   }
-  return killed.reached() ? killed.killedCall() : "none: it lived on";
+  return killed.reached() ? killed.killedCall() : kNoCall;
+}
+
+/// The text of the call in which the power failed.
+std::string runWithoutPower(SweptWorld& world, const Fault& fault) {
+  sim::PowerLoss power(world.machine(), {"C:", "S:"}, fault.number, fault.left);
+  try {
+    world.run();
+  } catch (const sim::Killed&) {
+    // What it was ended in is asked for below.
+  }
+  std::mt19937 random(static_cast<unsigned>(fault.variant));
+  world.powerFailed(power.cut([&](std::size_t count) -> std::size_t { return random() % count; }));
+  return power.reached() ? power.deadlyCall() : kNoCall;
 }
 
 /// The text of the first call that did without the share.
@@ -73,6 +87,8 @@ std::string runInto(SweptWorld& world, Fault& fault) {
       return runKilled(world, fault);
     case Trouble::ShareVanishes:
       return runWithoutShare(world, fault);
+    case Trouble::PowerFails:
+      return runWithoutPower(world, fault);
     default:
       world.run();
       return fault.call;
@@ -92,7 +108,7 @@ std::vector<Fault> faultsOf(const sim::SimCall& call, Trouble trouble) {
     for (std::size_t way = 0; way < waysToFail(call); ++way, ++fault.variant) {
       faults.push_back(fault);
     }
-  } else if (trouble == Trouble::Killed) {
+  } else if (trouble == Trouble::Killed || trouble == Trouble::PowerFails) {
     for (const sim::Unfinished left : waysToEnd(call)) {
       fault.left = left;
       faults.push_back(fault);
@@ -130,6 +146,8 @@ std::string describe(const Fault& fault) {
               : fault.left == sim::Unfinished::Empty  ? "opened"
                                                       : "half done") +
              ")";
+    case Trouble::PowerFails:
+      return "the power failed in " + call + " (loss " + std::to_string(fault.variant) + ")";
     case Trouble::ShareVanishes:
       return "the share vanished before " + call;
     default:
@@ -151,6 +169,8 @@ std::vector<sim::SimCall> runOnce(const MakeWorld& make, const Fault& fault, Fin
   }
   return calls;
 }
+
+void SweptWorld::powerFailed(const std::vector<sim::OnItsWay>& /*onTheirWay*/) {}
 
 sim::SimDisk& SweptWorld::share() { throw std::logic_error("a world without a share"); }
 

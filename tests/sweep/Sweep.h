@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "sim/PowerLoss.h"
 #include "sim/SimMachine.h"
 
 namespace trelv::tests {
@@ -25,7 +26,10 @@ enum class Trouble {
   /// The program is ended by force before a call, and within it where it writes.
   Killed,
   /// The share is gone from before a call until the program has ended.
-  ShareVanishes
+  ShareVanishes,
+  /// The power fails before a call, or within it where it writes, or behind the last one, and the
+  /// disks lose of what was on its way what chance says.
+  PowerFails
 };
 
 /// Which call of a run meets which trouble.
@@ -35,8 +39,9 @@ struct Fault {
   std::size_t number = 0;
   std::string call;
   /// FailsOnce, FailsFromThenOn: the way in which it fails, as sim::FailingMachine counts them.
+  /// PowerFails: the number that what is lost is made up from.
   std::size_t variant = 0;
-  /// Killed: how far the call had come.
+  /// Killed, PowerFails: how far the call had come.
   sim::Unfinished left = sim::Unfinished::NotBegun;
   /// FailsOnce: the code that it fails with; 0: as the variant says.
   SystemCode code = system_code::kSuccess;
@@ -81,10 +86,15 @@ class SweptWorld {
   virtual sim::SimDisk& share();
   /// Starts the program; returns when it has ended.
   virtual void run() = 0;
+  /// The power has failed while the contents of these files were on their way.
+  virtual void powerFailed(const std::vector<sim::OnItsWay>& onTheirWay);
   /// What must hold behind a run that met `fault`, which is over by now; may run the program again.
   /// Fault of trouble None: behind a run that nothing disturbed.
   virtual void judge(const Fault& fault, Findings& findings) = 0;
 };
+
+/// The text of a call that no run has: the fault is met behind the run's end.
+constexpr const char* kNoCall = "none: it lived on";
 
 using MakeWorld = std::function<std::unique_ptr<SweptWorld>()>;
 
