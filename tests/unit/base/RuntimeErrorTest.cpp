@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "base/RuntimeError.h"
 
@@ -35,6 +37,25 @@ TEST(FailureFromSystemCode, TellsAnUnknownCode) {
   const RuntimeError failure = failureFromSystemCode(1234, "C:\\a.txt");
   EXPECT_EQ(failure.number(), 440);
   EXPECT_EQ(failure.description(), "Errore di sistema 1234: C:\\a.txt");
+}
+
+TEST(FailureToStart, TellsWhatKeepsAProgramFromStarting) {
+  const std::vector<std::pair<SystemCode, std::string>> rows{
+      {193, "Il file non è un programma valido per questo Windows"},
+      {206, "Nome del programma troppo lungo"},
+      {216, "Il programma non è per questa versione di Windows"},
+      {225, "Il programma è bloccato dall'antivirus"},
+      {740, "Il programma richiede i diritti di amministratore"},
+      {1223, "Operazione annullata dall'utente"},
+      {1260, "Il programma è bloccato da un criterio di gruppo"},
+      {1392, "Il file del programma è danneggiato"},
+      {1455, "Memoria virtuale insufficiente"},
+      {9999, "Errore di sistema 9999"}};
+  for (const auto& [code, text] : rows) {
+    const RuntimeError failure = failureToStart(code);
+    EXPECT_EQ(failure.number(), static_cast<std::int32_t>(code));
+    EXPECT_EQ(failure.description(), text);
+  }
 }
 
 TEST(RuntimeError, KeepsItsThreeFields) {

@@ -131,6 +131,7 @@ TEST_F(ServerPath, OfADeviceIsThatOfTheCurrentOneAskedWithABufferThatDoubles) {
   } const rows[]{
       {{"\\Device\\Neu", "\\Device\\Alt"}, true, "\\Device\\Neu\\Lumo", 1},
       {{std::string(254, 'x')}, true, std::string(254, 'x') + "\\Lumo", 1},
+      {{std::string(600, 'x')}, true, std::string(600, 'x') + "\\Lumo", 3},
       {{std::string(1000, 'x') + "\\STAZIONE\\d"},
        false,
        std::string(1000, 'x') + "\\STAZIONE\\d\\Lumo",

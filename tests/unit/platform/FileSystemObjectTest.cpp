@@ -339,6 +339,7 @@ TEST_F(FileSystemObjectTest, TheParentIsTakenFromTheTextAlone) {
       {"", ""},
       {"\\a", ""},
       {"a\\b", "a"},
+      {"C:\\a\\b#c", "C:\\a"},
       {"C:/a/b", "C:/a"},
       {"C:\\a\\\\b", "C:\\a"},
       {"\\\\srv", ""},

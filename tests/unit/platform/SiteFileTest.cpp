@@ -50,6 +50,14 @@ TEST_F(SiteFile, DoesNotRenameTheProductsThatTheSuiteNames) {
   EXPECT_EQ(modConfig::ProductName(program_, 999), "SYSTEM");
 }
 
+TEST_F(SiteFile, TakesTheShortestAndTheLongestNames) {
+  put("[LibrerieInnocue]\r\nLibreria1=a.dll\r\n[ProdottiArchivio]\r\n2=AZ\r\n10=OTTOLE09\r\n");
+  EXPECT_EQ(Names(program_).harmlessLibraries[0], "A.DLL");
+  EXPECT_EQ(modConfig::ProductName(program_, 2), "AZ");
+  EXPECT_EQ(modConfig::ProductName(program_, 10), "OTTOLE09");
+  EXPECT_THAT(program_.lines(), IsEmpty());
+}
+
 TEST_F(SiteFile, WithANameThatCannotBeRightGetsALineThatNamesIt) {
   struct Row {
     const char* text;

@@ -133,7 +133,8 @@ TEST(Codes, ProductOfAProgramIsItsTensHalvesRoundedToTheEvenNeighbour) {
 }
 
 TEST(Codes, ProductNumberBeyond16BitsIsAnOverflow) {
-  EXPECT_EQ(6, std::get<0>(failureOf([] { ProgramToProduct(32766); })));
+  const std::tuple failure = failureOf([] { ProgramToProduct(32766); });
+  EXPECT_EQ(failure, std::tuple(6, "ProgramToProduct", "Numero troppo grande"));
 }
 
 }  // namespace
