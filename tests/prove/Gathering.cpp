@@ -46,7 +46,7 @@ std::string sorted(const std::string& text) {
     if (line.starts_with("[")) {
       section = line;
       sections[section];
-    } else if (line.find_first_not_of("\r") != std::string::npos) {
+    } else if (line.find_first_not_of('\r') != std::string::npos) {
       sections[section].insert(line);
     }
   }

@@ -35,6 +35,7 @@ TurnSwitch switchOf(const std::string& text) {
 
 std::vector<sim::SimMachine*> machinesOf(const std::vector<Weave::Program>& programs) {
   std::vector<sim::SimMachine*> machines;
+  machines.reserve(programs.size());
   for (const Weave::Program& program : programs) {
     machines.push_back(program.machine);
   }

@@ -139,6 +139,7 @@ Week::Started Week::someStart(Workplace& workplace) {
   started.workplace->machine().clock().set(now_);
   started.workplace->forgetTold();
   started.programs = started.workplace->countOfStarted(programOf(started.product));
+  started.lockBefore = workplace.machine().fileExists(Station::kClientLock);
   disturb(started);
   return started;
 }
@@ -209,6 +210,7 @@ std::vector<Week::Started> Week::someStarts(std::size_t programs) {
 
 /// Several users start at the same moment.
 void Week::meet(std::size_t programs) {
+  lockBefore_ = installation_.serverLockExists();
   std::vector<Started> started = someStarts(programs);
   std::vector<Weave::Program> woven;
   std::vector<std::size_t> order;
@@ -290,6 +292,7 @@ void Week::judge(const std::vector<Started>& started, bool outage) {
     countTrouble(each);
     if (!disturbed && !outage) {
       judgeTold(each);
+      judgeLocks(each);
     }
     if (each.trouble == nullptr && !outage) {
       judgeWork(each);
@@ -331,6 +334,14 @@ void Week::judgeTold(const Started& started) {
                isOfRemoval(started, text),
            "told without a reason: " + text);
   }
+}
+
+void Week::judgeLocks(const Started& started) {
+  expect(Invariant::LocksGo, lockBefore_ || !installation_.serverLockExists(),
+         "the server's lock stays");
+  expect(Invariant::LocksGo,
+         started.lockBefore || !started.workplace->machine().fileExists(Station::kClientLock),
+         "a client's lock stays");
 }
 
 /// What cannot be found, or not started, while a product is missing.

@@ -62,6 +62,8 @@ class Week {
     Side side = Side::Client;
     std::unique_ptr<Trouble> trouble;
     std::size_t programs = 0;
+    /// Somebody has left the workplace's lock before.
+    bool lockBefore = false;
   };
 
   void putWorkplaces();
@@ -84,6 +86,7 @@ class Week {
   void judge(const std::vector<Started>& started, bool outage);
   void judgeWork(const Started& started);
   void judgeTold(const Started& started);
+  void judgeLocks(const Started& started);
   bool isOfRemoval(const Started& started, const std::string& text) const;
   void countTrouble(const Started& started);
   void judgeRecords(const std::vector<Started>& started);
@@ -113,6 +116,8 @@ class Week {
   /// Products that are removed from the server, or half of them, and after how many meetings they
   /// are delivered anew.
   std::map<std::string, std::size_t> missing_;
+  /// Somebody has left the server's lock before the present meeting.
+  bool lockBefore_ = false;
   /// Calls until a pack comes, 0: none does.
   std::size_t untilPack_ = 0;
   /// Calls until the share goes, 0: it does not; and until it is back, 0: it is there.
