@@ -26,7 +26,7 @@ constexpr std::array<std::string_view, 32> kLevels{"..",          "..",
                                                    "PROGRA~1",    "Users",
                                                    "mario",       "anna",
                                                    "utenti",      "server",
-                                                   "%PATHSETUP%", "%PATHWORK%",
+                                                   "%PATHSETUP%", "Temp",
                                                    "\\\\?\\S:",   "\\\\srv\\dati"};
 
 std::vector<std::string> levelsOf(std::string_view command) {

@@ -2,6 +2,7 @@
 // that stands at its end is read as if it stood alone.
 #include <cstdint>
 
+#include "base/Text.h"
 #include "fuzz/Property.h"
 #include "fuzz/Targets.h"
 #include "kit/StartLog.h"
@@ -37,6 +38,8 @@ void checkLines(const std::vector<kit::LogLine>& lines, const std::vector<std::s
 
 void checkStart(const kit::StartLog& start, const std::vector<std::string>& all) {
   require(!start.lines.empty(), "a start has lines");
+  require(!start.arguments.empty() && equalNoCase(trim(start.arguments.front()), "INTEGRATEDRUN"),
+          "a start of another mode is passed over", {start.lines.front().whole});
   checkLines(start.lines, all);
   for (std::size_t i = 0; i < start.runs.size(); ++i) {
     require(start.runs[i].side == (i % 2 == 0 ? Side::Server : Side::Client),

@@ -68,14 +68,29 @@ std::optional<std::map<std::string, std::string>> plainFiles(std::string_view ar
   return files;
 }
 
-/// What was unpacked is what such an archive holds.
-void checkContents(const MemoryTree& tree, std::string_view archive) {
-  const auto files = plainFiles(archive);
-  if (files) {
-    for (const auto& [name, content] : *files) {
-      require(tree.stands(name) && tree.at(name).content == content,
-              "a file has the bytes of its entry", {name});
+/// Files of one letter each, in their order, in headers as packing makes them, and a whole end.
+bool mustBeTaken(const std::map<std::string, std::string>& files, const std::string& archive) {
+  decoder::TarBytes packed;
+  for (const auto& [name, content] : files) {
+    if (name.size() > 1) {
+      return false;
     }
+    packed.file(name, content);
+  }
+  return !files.empty() && packed.withoutEnd() + kEnd == archive;
+}
+
+/// What was unpacked is what such an archive holds.
+void checkContents(const MemoryTree& tree, const std::string& refusal, const std::string& archive) {
+  const auto files = plainFiles(archive);
+  if (!files) {
+    return;
+  }
+  require(refusal.empty() || !mustBeTaken(*files, archive), "a plain archive is unpacked",
+          {refusal});
+  for (const auto& [name, content] : *files) {
+    require(!refusal.empty() || (tree.stands(name) && tree.at(name).content == content),
+            "a file has the bytes of its entry", {name});
   }
 }
 
@@ -128,8 +143,8 @@ void checkTar(std::string_view bytes) {
   }
   require(refusal.empty() || tree.at("prg/mine").content == "mine",
           "a refused archive changes nothing", {refusal});
+  checkContents(tree, refusal, std::string(bytes));
   if (refusal.empty()) {
-    checkContents(tree, bytes);
     checkAgain(tree, before);
   }
 }
