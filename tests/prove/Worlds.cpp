@@ -637,7 +637,8 @@ void ChanceWorld::removeLocks(const Picture& after) {
 }
 
 /// A record that was on its way may name any versions: then set-ups run again that did not run in
-/// the undisturbed run. And what a user does again depends on what he sees.
+/// the undisturbed run. What a user does again depends on what he sees, and two that did not meet
+/// any more come to what they do one after the other, each time: a work folder is held no longer.
 void ChanceWorld::judgePower(Judge& judge) {
   const std::string temporary = physical(names_.temporary);
   const bool recordLost =
@@ -651,14 +652,14 @@ void ChanceWorld::judgePower(Judge& judge) {
   secondAt_ = 0;
   disturb();
   removeLocks(after);
-  if (recordLost || !runsByItself()) {
+  if (!recordLost && runsByItself() && alone_) {
+    judgeRecords(judge);
+    judgeHealing(judge);
+  } else if (alone_) {
     bool rests = false;
     settle(rests);
     judge.demand(Invariant::Heals, rests || !undisturbed_->rests,
                  "each further start changes something");
-  } else {
-    judgeRecords(judge);
-    judgeHealing(judge);
   }
   judge.demand(Invariant::Ends, !endless_, "a start that does not end");
 }
