@@ -1,5 +1,7 @@
 #include "prove/Faults.h"
 
+#include <algorithm>
+#include <map>
 #include <mutex>
 #include <random>
 #include <string>
@@ -28,17 +30,47 @@ std::string nameOf(const std::string& what, const Fault& fault) {
   return name;
 }
 
-/// Makes some of the runs, spread over all of them: about `share`, or all where that is 0.
+/// What is called, and the file that it is about: "files.removeFile agdv.lck".
+std::string kindOf(const Fault& fault) {
+  const std::string method = fault.call.substr(0, fault.call.find(' '));
+  const std::size_t name = fault.call.find_last_of("\\ ");
+  return name == std::string::npos ? method : method + " " + fault.call.substr(name + 1);
+}
+
+/// About `share` of them: one of each kind, another one of each, and so on; other ones with another
+/// seed. All, in their order, where `share` is 0.
+std::vector<Fault> spread(const std::vector<Fault>& faults, std::size_t share, unsigned seed) {
+  if (share == 0 || faults.size() <= share) {
+    return faults;
+  }
+  std::map<std::string, std::vector<Fault>> kinds;
+  for (const Fault& fault : faults) {
+    kinds[kindOf(fault)].push_back(fault);
+  }
+  std::mt19937 random(seed);
+  for (auto& [kind, ones] : kinds) {
+    std::shuffle(ones.begin(), ones.end(), random);
+  }
+  std::vector<Fault> chosen;
+  for (std::size_t round = 0; chosen.size() < share; ++round) {
+    for (const auto& [kind, ones] : kinds) {
+      if (round < ones.size()) {
+        chosen.push_back(ones[round]);
+      }
+    }
+  }
+  return chosen;
+}
+
+/// Makes about `share` of the runs, or all where that is 0.
 void proveEach(const Job& job, Tally& tally, std::size_t share, const char* what,
                const MakeWorld& make, const std::vector<Fault>& faults) {
-  const std::size_t step = share == 0 ? 1 : faults.size() / share + 1;
-  for (std::size_t i = job.seed % step; i < faults.size(); i += step) {
-    const std::string name = nameOf(what, faults[i]);
+  for (Fault fault : spread(faults, share, job.seed)) {
+    const std::string name = nameOf(what, fault);
     if (!job.wants(name)) {
       continue;
     }
     Findings findings;
-    Fault fault = faults[i];
     fault.work = what;
     runOnce(make, fault, findings);
     tally.count("runs");
@@ -46,7 +78,7 @@ void proveEach(const Job& job, Tally& tally, std::size_t share, const char* what
       tally.needed(exception);
     }
     for (const std::string& sentence : findings.sentences()) {
-      tally.found(name, describe(faults[i]) + ": " + sentence);
+      tally.found(name, describe(fault) + ": " + sentence);
     }
   }
 }
