@@ -1,6 +1,7 @@
 #include "integrated/TerminalServerRepairs.h"
 
 #include <array>
+#include <memory>
 #include <utility>
 
 #include "base/Text.h"
@@ -91,11 +92,25 @@ void requireFree(Program& program, const std::string& target, Existing existing)
   }
 }
 
+/// Two starts of one user make the same copy under the same other name: one of them would put in
+/// its place what the other one has only begun. A turn that is refused for another reason is no
+/// hindrance: what hinders the copy too is told of that.
+std::unique_ptr<machine::Mark> takeTurn(Program& program, const std::string& target) {
+  constexpr std::uint32_t kLongestWait = 3000;
+  std::unique_ptr<machine::Mark> turn;
+  if (program.machine.exclusion.take(target + ".lck", "", kLongestWait, turn) ==
+      system_code::kSharingViolation) {
+    throw failureFromSystemCode(system_code::kSharingViolation, target);
+  }
+  return turn;
+}
+
 /// Makes a file under another name and puts it in its place in one step: half a file, which a start
 /// that is ended by force would leave, would count as present for good.
 template <class Make>
 void makeWhole(Program& program, const std::string& target, Existing existing, Make&& make) {
   FileSystemObject& files = program.fileSystem;
+  const std::unique_ptr<machine::Mark> turn = takeTurn(program, target);
   const std::string made = target + ".tmp";
   const auto discard = [&]() -> void {
     if (files.fileExists(made)) {

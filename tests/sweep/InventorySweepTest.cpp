@@ -33,7 +33,8 @@ const CallTable<Exception> kSilent{
     {"files.look", "counts as missing"},
     {"versions.read", "a program without version"},
     {"environment.get", "counts as not set"},
-    {"configuration.getConfigPath", "has its own line"}};
+    {"configuration.getConfigPath", "has its own line"},
+    {"exclusion.take", "the copy is made without a turn; one that somebody else has is told"}};
 
 /// Failures after which the ini files of Luda are other ones than without.
 const CallTable<Exception> kOtherLuda{

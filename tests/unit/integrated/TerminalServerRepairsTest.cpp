@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 
 #include "integrated/TerminalServerRepairs.h"
@@ -269,6 +270,36 @@ TEST_F(Repairs, CopyThatAnotherSessionPutThereMeanwhileStays) {
   EXPECT_FALSE(exists(kUser + "\\nerio.ini.tmp"));
 }
 
+/// Else half of the other's copy could be put in the place of the file.
+TEST_F(Repairs, CopyIsMadeByOneStartAtATime) {
+  useWorkstation();
+  put(kNerioMaster, "m");
+  const std::string turn = "C:\\WINDOWS\\nerio.ini.lck";
+  int asked = 0;
+  for (const char* const call : {"files.copy", "files.replace"}) {
+    machine().onCall(call, [&] {
+      ++asked;
+      EXPECT_TRUE(exists(turn));
+    });
+  }
+  repairNerio();
+  EXPECT_EQ(asked, 2);
+  EXPECT_FALSE(exists(turn));
+}
+
+TEST_F(Repairs, CopyThatAnotherStartIsMakingIsLeftToIt) {
+  useWorkstation();
+  put(kNerioMaster, "m");
+  put("C:\\WINDOWS\\nerio.ini.tmp", "[NER");
+  const auto turn = machine().exclusion().takeForAnother("C:\\WINDOWS\\nerio.ini.lck", "");
+  repairNerio();
+  EXPECT_EQ(text("C:\\WINDOWS\\nerio.ini.tmp"), "[NER");
+  EXPECT_FALSE(exists("C:\\WINDOWS\\nerio.ini"));
+  EXPECT_THAT(lines(),
+              Contains(testing::AllOf(StartsWith("Gestione ProdTrelv - Gestione anomalia Nerio: "),
+                                      testing::EndsWith("c:\\windows\\nerio.ini"))));
+}
+
 TEST_F(Repairs, NerioCopyThatFailsIsToldAndTheOthersAreDone) {
   put(kNerioMaster, "m");
   disk().denyWriting(kUser);
@@ -422,12 +453,14 @@ class TwoUsers {
     EXPECT_TRUE(program.reports().empty());
   }
 
-  /// Everything below the folders of both users and of the system.
+  /// Everything below the folders of both users and of the system, by name.
   std::string files() {
     std::string text;
     for (const char* const folder :
          {"C:\\Users\\mario\\windows", "C:\\Users\\anna\\windows", "C:\\WINDOWS"}) {
-      for (const std::string& name : machine_.diskOf("C:\\").names(folder)) {
+      std::vector<std::string> names = machine_.diskOf("C:\\").names(folder);
+      std::sort(names.begin(), names.end());
+      for (const std::string& name : names) {
         const std::string file = std::string(folder) + "\\" + name;
         text += file + "\n" + (machine_.fileExists(file) ? machine_.fileText(file) : "") + "\n";
       }
