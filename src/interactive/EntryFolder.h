@@ -12,8 +12,9 @@ namespace trelv::modProdTrelvInteractive {
 /// folder, new and empty, and nobody else's as long as this lives.
 class EntryFolder {
  public:
-  /// Takes the first number that no folder has. On its way it removes what sessions left that were
-  /// ended by force. Raises when there is no temporary folder or none can be made there.
+  /// Takes the first number that no folder has. Before and right behind it removes what sessions
+  /// left that were ended by force. Raises when there is no temporary folder or none can be made
+  /// there.
   explicit EntryFolder(Program& program);
   EntryFolder(const EntryFolder&) = delete;
   EntryFolder& operator=(const EntryFolder&) = delete;
@@ -26,6 +27,8 @@ class EntryFolder {
 
  private:
   bool take(const std::string& name);
+  void clearBehind(const std::string& temporary, int number);
+  void removeLeft(const std::string& path);
 
   Program& program_;
   std::string path_;

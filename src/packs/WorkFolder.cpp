@@ -173,11 +173,14 @@ bool IsUnpacked(Program& program, const std::string& workFolder) {
          system_code::kSuccess;
 }
 
-// No pack brings these files. On a machine that is integrated with another host, or with none,
-// nothing else says that somebody made this one's server folder the temporary one.
+// No pack brings these. On a machine that is integrated with another host, or with none, or that
+// cannot read with which, nothing else says that somebody made this one's server folder the
+// temporary one. A host into which nothing was installed yet has no records.
 bool IsInstallation(Program& program, const std::string& folder) {
   return isThere(program, hostPaths::serverVersionRecord(folder)) ||
-         isThere(program, hostPaths::recordFolder(folder) + "\\" + hostPaths::kEnvironmentFile);
+         isThere(program, hostPaths::recordFolder(folder) + "\\" + hostPaths::kEnvironmentFile) ||
+         isThere(program, hostPaths::dovraRelease(folder)) ||
+         isThere(program, hostPaths::copiesFolder(folder));
 }
 
 void TellUnpackedStays(Program& program, const std::string& path, const RuntimeError& failure) {

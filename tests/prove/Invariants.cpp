@@ -369,7 +369,7 @@ void WholeFiles::see(const Picture& moment) {
 }
 
 bool WholeFiles::has(const std::string& path, const std::string& bytes) const {
-  if (contents_.contains(bytes) || path.ends_with("\\") || path.starts_with("*registry")) {
+  if (contents_.contains(bytes) || path.ends_with("\\") || path.starts_with("*")) {
     return true;
   }
   if (!path.ends_with(".INI") || !bytes.ends_with("\n")) {

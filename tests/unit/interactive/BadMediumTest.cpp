@@ -508,6 +508,23 @@ TEST_F(BadMedium, WhatSessionsLeftThatWereEndedByForceIsRemovedAndItsNumberNotUs
   EXPECT_THAT(leftovers(), ElementsAre("prg"));
 }
 
+TEST_F(BadMedium, WhatWasLeftBehindAFreeNumberIsRemovedToo) {
+  for (const char* const left : {"~pacchi2.tmp\\vecchio.gz", "~pacchi3.tmp\\a\\vecchio.gz"}) {
+    machine().putFile(std::string("C:\\Users\\mario\\Temp\\") + left, "x");
+  }
+  installStandard({"Nerio"});
+  EXPECT_THAT(endsOf(lines(), "Apro lo zip "), ElementsAre(HasSubstr("~pacchi1.tmp")));
+  EXPECT_THAT(leftovers(), ElementsAre("prg"));
+}
+
+TEST_F(BadMedium, TheFolderOfAnotherSessionsPacksBehindAFreeNumberIsLeftAlone) {
+  const auto mark =
+      machine().exclusion().takeForAnother("C:\\Users\\mario\\Temp\\~pacchi2.lck", "");
+  machine().putFile("C:\\Users\\mario\\Temp\\~pacchi2.tmp\\suo.gz", "x");
+  installStandard({"Nerio"});
+  EXPECT_THAT(leftovers(), ElementsAre("prg", "~pacchi2.lck", "~pacchi2.tmp"));
+}
+
 TEST_F(BadMedium, WhatWasLeftAndCannotBeRemovedKeepsNothingFromBeingInstalled) {
   machine().putFile("C:\\Users\\mario\\Temp\\~pacchi1.tmp\\vecchio.gz", "x");
   machine().diskOf("C:\\").denyWriting("C:\\Users\\mario\\Temp\\~pacchi1.tmp");

@@ -212,6 +212,24 @@ TEST_F(ProductInstall, StandaloneNeverDeletesAnInstallationWhoseFolderIsTheTempo
             "la cartella temporanea è quella di un'installazione: S:\\Lumo");
 }
 
+/// A host into which nothing was installed yet has no records.
+TEST_F(ProductInstall, EachOfWhatOnlyAHostHasKeepsItFromBeingDeleted) {
+  machine().environment().put("TEMP", "S:\\Lumo");
+  machine().environment().put("TMP", "S:\\Lumo");
+  for (const char* const only :
+       {"etc\\agdvver.ini", "etc\\ambver", "etc\\dvrel", "com\\bin\\cpy\\suo.txt"}) {
+    const std::string path = std::string("S:\\Lumo\\prg\\") + only;
+    share().removeTree("S:\\Lumo\\prg\\etc");
+    share().removeTree("S:\\Lumo\\prg\\com\\bin");
+    share().put(path, "suo");
+    installStandAlone();
+    EXPECT_TRUE(share().exists(path));
+    EXPECT_EQ(reports().back().failure.description(),
+              "la cartella temporanea è quella di un'installazione: S:\\Lumo")
+        << only;
+  }
+}
+
 TEST_F(ProductInstall, IntegratedOpensNothingInAnotherInstallationWhoseFolderIsTheTemporaryOne) {
   machine().environment().put("TEMP", "S:\\Lumo");
   machine().environment().put("TMP", "S:\\Lumo");
