@@ -729,8 +729,10 @@ void ChanceWorld::judgeTelling(Judge& judge, const Picture& after) {
                                 });
   const std::string difference =
       logs ? differenceOf(withoutScratch(undisturbed_->after), withoutScratch(after)) : "";
-  // The second of two may hit the line that tells the first: it is lost.
-  const bool lineIsLost = judge.fault().secondCall.starts_with("files.append");
+  // One of two may hit the line that tells the other: it is lost.
+  const bool lineIsLost =
+      judge.fault().secondNumber != 0 && (judge.fault().call.starts_with("files.append") ||
+                                          judge.fault().secondCall.starts_with("files.append"));
   judge.demand(Invariant::FailureTold,
                difference.empty() || !besides.empty() || isNamed(judge.fault().call) || lineIsLost,
                "nobody told that it did not come to this: " + difference);
