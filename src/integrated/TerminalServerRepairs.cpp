@@ -185,10 +185,13 @@ void putMissingCopies(Program& program, const char* failureLine, const std::stri
 }
 
 /// Has the user the ini file of a product that is installed in `folder`? Where it could not be made
-/// this time the product's own must not take its place for good.
+/// this time the product's own must not take its place for good; a folder that nobody can look at
+/// may have the product in it.
 bool userHas(Program& program, const char* ini, const std::string& folder) {
-  return modLibrary::FileExists(program, modLibrary::GetWinDir(program) + ini) ||
-         !modLibrary::FolderExists(program, folder);
+  machine::FileFacts facts;
+  const SystemCode code = program.machine.files.look(folder, facts);
+  const bool mayBeInstalled = code == system_code::kSuccess ? facts.folder : !meansMissing(code);
+  return modLibrary::FileExists(program, modLibrary::GetWinDir(program) + ini) || !mayBeInstalled;
 }
 
 struct Setting {

@@ -605,6 +605,23 @@ TEST_F(Repairs, IniThatCannotBeMadeGetsNoOtherInItsPlaceAndIsMadeNextTime) {
   EXPECT_EQ(value(kUser + "\\luda.ini", "Drive", "Floppy"), "A:");
 }
 
+/// The look that asks whether the product is there comes last, when the user's own was refused.
+TEST_F(Repairs, ProductThatNobodyCanLookAtPutsNoOtherIniInThePlaceOfOneThatCannotBeMade) {
+  put(kModelsMaster, "[Altro]\r\n");
+  disk().denyWriting(kUser);
+  const std::string asksForTheIni =
+      "Gestione ProdTrelv - Ricerca esistenza file: " + std::string(kModelsMaster);
+  machine().callLog().setInjector([&](const sim::SimCall& call) -> std::optional<SystemCode> {
+    const std::vector<std::string> told = lines();
+    const bool isAsked = call.kind == CallKind::FileLook && call.path == kModels &&
+                         std::count(told.begin(), told.end(), asksForTheIni) > 0;
+    return isAsked ? std::optional<SystemCode>(system_code::kSharingViolation) : std::nullopt;
+  });
+  repairModels();
+  machine().callLog().setInjector(nullptr);
+  EXPECT_FALSE(exists("C:\\WINDOWS\\zeltomodelli.ini"));
+}
+
 // --- Luda
 
 TEST_F(Repairs, LudaMakesTheUsersIniOnAWorkstationToo) {
