@@ -86,7 +86,7 @@ const Table kDoesNotHeal{
     once("profiles.writeValue *.ini [TipoInstallazione]", kStarts, kPreparedOnce),
     once("profiles.writeValue *.ini [Parametri] PathCheck", kStarts, kPreparedOnce),
     once("profiles.writeValue *agdvver.ini", kStarts, "the correction for Dovra runs once"),
-    once("profiles.readValue", "start|two-starts|two-installs|session", kDefault),
+    once("profiles.readValue", "start|two-starts|two-installs|session|maintenance", kDefault),
     once("system.queryVersion", kStarts, "the edition's probes answer no"),
     once("system.suiteIncludes", kStarts, "the edition's probes answer no"),
     once("*.isAdministrator", kStarts, "a test that fails counts as an administrator's"),

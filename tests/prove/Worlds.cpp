@@ -608,8 +608,9 @@ void ChanceWorld::judge(const Fault& fault, Findings& findings) {
   const Picture after = picture();
   judgeRecords(judge);
   std::vector<std::string> mayBeHalf = this->mayBeHalf();
-  if (fault.secondNumber != 0) {
-    // Two faults leave packs unopened that lay in packs: nobody saw them whole before.
+  if (fault.secondNumber != 0 || work_ == Work::Session) {
+    // Two faults, and a user who sees something else, leave packs unopened that lay in packs:
+    // nobody saw them whole before.
     mayBeHalf.emplace_back("*.ZIP$");
   }
   judge.nothingHalf(undisturbed_->whole, after, mayBeHalf);
