@@ -57,8 +57,9 @@ class SelfUpdate {
   bool swapWithProgramInUse(SystemCode refusal);
   void putAsideBack(const std::string& aside);
   void stampEnvironmentFile();
-  void writeScratchCopy(const std::string& scratch, const std::string& head);
-  void putEnvironmentFileInPlace(const std::string& scratch);
+  void writeScratchCopy(const std::string& scratch, const std::string& stamped);
+  void putEnvironmentFileInPlace(const std::string& scratch, const std::string& stamped);
+  void requireContent(const std::string& path, const std::string& bytes, const std::string& source);
 
   void copyToShare(const std::string& source, const std::string& temporary);
   void takeDownloadMarkOff(const std::string& path);
@@ -402,22 +403,39 @@ void SelfUpdate::stampEnvironmentFile() {
   // Kept: nothing between folder and name, so a folder without trailing backslash gives a file
   // beside it. The folder is reported with one.
   const std::string scratch = folder + hostPaths::kEnvironmentFile;
-  writeScratchCopy(scratch, line.substr(0, kHeadLength));
-  putEnvironmentFileInPlace(scratch);
+  const std::string stamped =
+      line.substr(0, kHeadLength) + dateStamp(program_.machine.clock.now()) + kCrLf;
+  writeScratchCopy(scratch, stamped);
+  putEnvironmentFileInPlace(scratch, stamped);
 }
 
 // Kept: the file has one line from now on, whatever stood above it. The host reads its end only.
 // The scratch copy stays in the temporary folder, until the next self-update makes it anew.
-void SelfUpdate::writeScratchCopy(const std::string& scratch, const std::string& head) {
+void SelfUpdate::writeScratchCopy(const std::string& scratch, const std::string& stamped) {
   modLibrary::DeleteFile(program_, scratch);
-  files_.writeText(scratch, head + dateStamp(program_.machine.clock.now()) + kCrLf);
+  files_.writeText(scratch, stamped);
+}
+
+// Another self-update of the same user, for this server or another one, makes the scratch copy
+// anew.
+void SelfUpdate::requireContent(const std::string& path, const std::string& bytes,
+                                const std::string& source) {
+  std::string found;
+  const SystemCode code = calls_.read(path, bytes.size() + 1, found);
+  if (code != system_code::kSuccess) {
+    throw failureFromSystemCode(code, path);
+  }
+  if (found != bytes) {
+    throw failureFromSystemCode(system_code::kSharingViolation, source);
+  }
 }
 
 // Never renamed aside: between two renames the file would be missing, and nobody makes it anew.
-void SelfUpdate::putEnvironmentFileInPlace(const std::string& scratch) {
+void SelfUpdate::putEnvironmentFileInPlace(const std::string& scratch, const std::string& stamped) {
   const std::string target = environmentFolder_ + "\\" + hostPaths::kEnvironmentFile;
   modLibrary::CreaCartella(program_, temporaryFolder_);
   copyToShare(scratch, newEnvironmentFile_);
+  requireContent(newEnvironmentFile_, stamped, scratch);
   files_.requireReplaceable(target);
   SystemCode code = calls_.copyRights(target, newEnvironmentFile_);
   if (code == system_code::kSuccess) {

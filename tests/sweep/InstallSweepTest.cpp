@@ -161,6 +161,7 @@ const CallTable<Outcome> kOutcomes{
     {"files.replaceFile S:\\Lumo\\prg\\tempterm\\TrelvManager-STAZIONE", nullptr, Work::EitherWay,
      "one that is refused is tried by putting the old one aside"},
     {"files.read S:\\Lumo\\prg\\etc\\ambver", kSelfUpdateFails, Work::NotDone},
+    {"files.read S:\\Lumo\\prg\\tempterm\\ambver-", kSelfUpdateFails, Work::NotDone},
     {"files.look C:\\Users\\mario\\Temp\\ambver", nullptr, Work::EitherWay,
      "an old scratch copy counts as missing and is overwritten"},
     {"files.write C:\\Users\\mario\\Temp\\ambver", kSelfUpdateFails, Work::NotDone},

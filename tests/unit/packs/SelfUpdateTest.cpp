@@ -782,6 +782,19 @@ TEST_F(SelfUpdate, NewLineIsMadeInAScratchCopyAndAnOldOneIsDeletedFirst) {
             "Cancellazione file: C:\\Users\\mario\\Temp\\ambver effettuata con successo");
 }
 
+/// Another one of the same user, for another server or behind the wait for its turn.
+TEST_F(SelfUpdate, ScratchCopyThatAnotherSelfUpdateMakesAnewIsNotPutInPlace) {
+  for (const char* const others : {"", "AMB9999"}) {
+    const std::string before = ambver();
+    machine().onCall("files.copyFile " + std::string(kScratch),
+                     [&] { machine().putFile(kScratch, others); });
+    update();
+    EXPECT_EQ(ambver(), before);
+    ASSERT_FALSE(reports().empty());
+    EXPECT_THAT(reports().back().failure.description(), testing::HasSubstr(kScratch));
+  }
+}
+
 TEST_F(SelfUpdate, ScratchCopyOfAnEarlierOneThatAScannerReadsIsMadeAnew) {
   machine().putFile(kScratch, "di ieri");
   disk().holdOpen(kScratch, sim::Sharing::All);
