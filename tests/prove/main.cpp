@@ -14,7 +14,7 @@ namespace {
 constexpr std::array kProofs{
     Proof{"faults", "a call that fails is told, and costs nothing but what it was for",
           "every call of every mode in worlds made up by chance, every code that it can answer",
-          330, 30, 420, proveFaults,
+          330, 15, 420, proveFaults,
           []() -> std::vector<std::string> { return namesOfExceptions(Trouble::FailsOnce); }},
     Proof{"pairs", "two failures in one run cost no more than both of them",
           "a second fault anywhere behind the first, sampled", 200, 0, 0, provePairs},
