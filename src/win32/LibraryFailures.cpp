@@ -21,7 +21,7 @@ class LibraryFailure : public std::exception {
 }  // namespace
 }  // namespace trelv::win32
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the library calls them by these names.
+// The library calls them by these names.
 namespace std {
 
 void __throw_bad_alloc() { throw bad_alloc(); }
@@ -31,4 +31,3 @@ void __throw_length_error(const char* text) { throw trelv::win32::LibraryFailure
 void __throw_out_of_range_fmt(const char* text, ...) { throw trelv::win32::LibraryFailure(text); }
 
 }  // namespace std
-// NOLINTEND(bugprone-reserved-identifier)

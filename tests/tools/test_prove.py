@@ -6,6 +6,8 @@ import subprocess
 
 import pytest
 
+from histories import change, commit, git
+
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
 
 # In the place of the real one: each seed it is asked for has two runs, and the second seed a finding.
@@ -32,12 +34,6 @@ FUZZ = "#!/bin/bash\nprintf 'fuzz-tar\\t2\\tan archive is read whole\\tcoverage-
 HEAD = "| promise | how | count | found | when | commit | seeds | repeat |"
 
 
-def git(folder, *words):
-    identity = ("-c", "user.name=test", "-c", "user.email=test@localhost")
-    done = subprocess.run(["git", "-C", folder, *identity, *words], capture_output=True, text=True, check=True)
-    return done.stdout.strip()
-
-
 @pytest.fixture
 def checkout(tmp_path):
     """A history with one commit, and programs that are built already."""
@@ -54,17 +50,6 @@ def checkout(tmp_path):
     git(tmp_path, "init", "-q")
     commit(tmp_path)
     return tmp_path
-
-
-def commit(folder):
-    git(folder, "add", "-A")
-    git(folder, "commit", "-q", "-m", "one more")
-    return git(folder, "rev-parse", "HEAD")[:10]
-
-
-def change(folder, name):
-    (folder / name).write_text((folder / name).read_text() + "1")
-    return commit(folder)
 
 
 def work(folder, name, *options):

@@ -6,6 +6,8 @@ import subprocess
 
 import pytest
 
+from histories import change, commit, git
+
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
 
 # In the place of the real ones. "bad" beside the checkout names the tests that fail; each call is noted.
@@ -44,12 +46,6 @@ pathlib.Path(report).write_text("<testsuites><testsuite>" + cases + "</testsuite
 HEAD = "| Wine | prefix | Windows | contract tests | commit | scenarios | commit | when |"
 
 
-def git(folder, *words):
-    identity = ("-c", "user.name=test", "-c", "user.email=test@localhost")
-    done = subprocess.run(["git", "-C", folder, *identity, *words], capture_output=True, text=True, check=True)
-    return done.stdout.strip()
-
-
 @pytest.fixture
 def checkout(tmp_path):
     """A history with one commit, and programs that are built already."""
@@ -65,17 +61,6 @@ def checkout(tmp_path):
     git(tmp_path, "init", "-q")
     commit(tmp_path)
     return tmp_path
-
-
-def commit(folder):
-    git(folder, "add", "-A")
-    git(folder, "commit", "-q", "-m", "one more")
-    return git(folder, "rev-parse", "HEAD")[:10]
-
-
-def change(folder, name):
-    (folder / name).write_text((folder / name).read_text() + "1")
-    return commit(folder)
 
 
 def prove_wine(folder, *words):
