@@ -96,29 +96,11 @@ class Hand(windows.Prefix):
         self.ask_once("dismiss", title)
 
     def box(self, button="OK"):
-        """Text and buttons (in capitals) of the message box that shows; the button is then pressed."""
-        shown = self.dialog("TrelvManager")
-        self.ask_once("press", button)
-        return shown.text(windows.MESSAGE_TEXT), shown.buttons()
-
-    def box_that_went(self, button="OK"):
-        """Presses the button of one of the boxes that show, and tells the text of the one that has gone:
-        where two programs show one each, the button that is found need not be that of the text."""
-        shown = self.box_texts()
-        self.ask_once("press", button)
-        deadline = time.monotonic() + 10
-        while time.monotonic() < deadline:
-            left = self.box_texts()
-            for text in shown:
-                if left.count(text) < shown.count(text):
-                    return text
-            time.sleep(0.1)
-        raise AssertionError(f"no box went: {shown}")
-
-    def box_texts(self):
-        """The texts of all message boxes that show."""
-        boxes = [windows.Box.of(each) for each in self.ask("boxes") if "box" in each]
-        return [box.text for box in boxes if box.title == "TrelvManager"]
+        """Text and buttons (in capitals) of the message box that shows; the button is then pressed. Of
+        several boxes it is the one whose button was pressed."""
+        self.dialog("TrelvManager")
+        pressed = windows.Box.of(list(self.ask("press", button))[0])
+        return pressed.text, pressed.buttons
 
     def box_of(self, seconds, button="OK"):
         """The same of a box that comes after longer work."""

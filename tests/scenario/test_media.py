@@ -46,7 +46,7 @@ def answer_until(hand, beginning, seconds=200):
                 break
         else:
             if "TrelvManager" in titles:
-                texts.append(hand.box_that_went())
+                texts.append(hand.box()[0])
         time.sleep(0.3)
     return texts
 

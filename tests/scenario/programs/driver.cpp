@@ -17,7 +17,9 @@
 //   registry-delete HIVE KEY              the key with all below it
 //   facts                                 folders, code page, WoW64 of a 32-bit program
 //   boxes                                 the dialogs of all programs of this desktop
-//   press CAPTION                         presses the first button of that caption
+//   press CAPTION                         presses the first button of that caption and waits until
+//                                         its box has gone; tells that box before ({"box": true,
+//                                         …})
 //   close CLASS                           closes the top window of a class, waits for it first;
 //                                         {"done": true, "title": …}
 //   form TITLE                            the dialog of that title, waited for: where it stands on
@@ -274,9 +276,16 @@ void letItSettle(HWND box) {
   Sleep(30);
 }
 
+bool shows(HWND box) { return IsWindow(box) && IsWindowVisible(box); }
+
 void leaveToTheUser(HWND box, HANDLE process) {
-  while (IsWindow(box) && IsWindowVisible(box) &&
-         WaitForSingleObject(process, 50) == WAIT_TIMEOUT) {
+  while (shows(box) && WaitForSingleObject(process, 50) == WAIT_TIMEOUT) {
+  }
+}
+
+void waitWhileItShows(HWND box, int milliseconds) {
+  for (int passed = 0; passed < milliseconds && shows(box); passed += 10) {
+    Sleep(10);
   }
 }
 
@@ -288,9 +297,7 @@ void press(HWND box, const std::wstring& caption) {
     return;
   }
   PostMessageW(button, BM_CLICK, 0, 0);
-  for (int i = 0; i < 100 && IsWindow(box) && IsWindowVisible(box); ++i) {
-    Sleep(10);
-  }
+  waitWhileItShows(box, 1000);
 }
 
 bool isThere(const std::wstring& pattern) {
@@ -499,8 +506,11 @@ void listBoxes() {
 void pressAnywhere(const Words& words) {
   for (const HWND box : boxesOf(0)) {
     if (buttonOf(box, words[1]) != nullptr) {
+      letItSettle(box);
+      answer(describe("box", box));
       press(box, words[1]);
-      done();
+      waitWhileItShows(box, 9000);
+      shows(box) ? failed("the box stays") : done();
       return;
     }
   }
