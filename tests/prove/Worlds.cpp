@@ -731,11 +731,13 @@ void ChanceWorld::judgeTelling(Judge& judge, const Picture& after) {
   const std::string difference =
       logs ? differenceOf(withoutScratch(undisturbed_->after), withoutScratch(after)) : "";
   // One of two may hit the line that tells the other: it is lost.
-  const bool lineIsLost =
-      judge.fault().secondNumber != 0 && (judge.fault().call.starts_with("files.append") ||
-                                          judge.fault().secondCall.starts_with("files.append"));
+  const Fault& fault = judge.fault();
+  const bool lineIsLost = fault.secondNumber != 0 && (fault.call.starts_with("files.append") ||
+                                                      fault.secondCall.starts_with("files.append"));
+  const bool named =
+      isNamed(fault.call) || (!fault.secondCall.empty() && isNamed(fault.secondCall));
   judge.demand(Invariant::FailureTold,
-               difference.empty() || !besides.empty() || isNamed(judge.fault().call) || lineIsLost,
+               difference.empty() || !besides.empty() || named || lineIsLost,
                "nobody told that it did not come to this: " + difference);
   std::set<std::string> boxes;
   for (const std::string& line : besides) {

@@ -155,15 +155,14 @@ std::string describe(const Fault& fault) {
   }
 }
 
-std::vector<sim::SimCall> runOnce(const MakeWorld& make, const Fault& fault, Findings& findings) {
+std::vector<sim::SimCall> runOnce(const MakeWorld& make, Fault& fault, Findings& findings) {
   std::vector<sim::SimCall> calls;
   try {
     const std::unique_ptr<SweptWorld> world = make();
-    Fault met = fault;
-    const std::string call = runInto(*world, met);
+    const std::string call = runInto(*world, fault);
     calls = world->machine().callLog().all();
     findings.expect(call == fault.call, "it was met by another call: " + call);
-    world->judge(met, findings);
+    world->judge(fault, findings);
   } catch (const std::exception& raised) {
     findings.expect(false, std::string("ends: it was raised: ") + raised.what());
   }

@@ -106,8 +106,8 @@ std::vector<Fault> faultsOf(const sim::SimCall& call, Trouble trouble);
 std::string describe(const Fault& fault);
 
 /// Makes a world, runs it into a fault and has it judged. Gives the calls of the run. What the
-/// world raises is a finding.
-std::vector<sim::SimCall> runOnce(const MakeWorld& make, const Fault& fault, Findings& findings);
+/// world raises is a finding. Of a second failure the fault then says what it met.
+std::vector<sim::SimCall> runOnce(const MakeWorld& make, Fault& fault, Findings& findings);
 
 struct SweepResult {
   /// Calls of the run that nothing disturbed.
