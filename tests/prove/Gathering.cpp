@@ -62,10 +62,6 @@ std::string sorted(const std::string& text) {
 
 }  // namespace
 
-void expect(Findings& findings, Invariant invariant, bool holds, const std::string& otherwise) {
-  findings.expect(holds, nameOf(invariant) + (": " + otherwise));
-}
-
 Workplace& Gathering::addComputer() {
   Workplace& added =
       workplaces_.emplace_back(installation_, "PC" + std::to_string(workplaces_.size() + 1));

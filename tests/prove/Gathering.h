@@ -28,9 +28,6 @@ constexpr const char* kPackNotOpened =
     "Errore in esecuzione comando: \"C:\\Lumo\\Programmi\\7z.exe|"
     "Pacco zip protetto o incompleto, non aperto: ";
 
-/// Notes `otherwise`, with the invariant's name, where it does not hold.
-void expect(Findings& findings, Invariant invariant, bool holds, const std::string& otherwise);
-
 /// Workplaces of one server at which programs of the manager meet.
 class Gathering : public WovenWorld {
  public:

@@ -335,11 +335,11 @@ Woven Interleavings::weaveWorld(WovenWorld& world, Schedule& schedule, Draw* dra
         },
         [&world](std::size_t program, const sim::SimCall& call) { world.observe(program, call); });
     for (const std::size_t program : weave.endless()) {
-      findings.expect(false, nameOf(Invariant::Ends) + std::string(": it does not end: program ") +
-                                 letterOf(program));
+      expect(findings, Invariant::Ends, false,
+             std::string("it does not end: program ") + letterOf(program));
     }
     for (const std::string& raised : weave.raised()) {
-      findings.expect(false, nameOf(Invariant::Ends) + (": it was raised: " + raised));
+      expect(findings, Invariant::Ends, false, "it was raised: " + raised);
     }
     findings.expect(turns.allMet(), "the schedule is none of these programs");
   }
@@ -355,9 +355,9 @@ void Interleavings::judgeEnd(WovenWorld& world, Findings& findings) const {
     return mayDiffer.empty() ? serial == end : without(serial, mayDiffer) == end;
   });
   if (!known) {
-    findings.expect(
-        false, nameOf(Invariant::Heals) + (": none of the ends of one after the other: " +
-                                           differenceOf(without(*ends_.begin(), mayDiffer), end)));
+    expect(findings, Invariant::Heals, false,
+           "none of the ends of one after the other: " +
+               differenceOf(without(*ends_.begin(), mayDiffer), end));
   }
 }
 

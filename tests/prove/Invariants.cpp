@@ -144,6 +144,10 @@ const char* nameOf(Invariant invariant) {
   throw std::logic_error("an invariant without a name");
 }
 
+void expect(Findings& findings, Invariant invariant, bool holds, const std::string& otherwise) {
+  findings.expect(holds, nameOf(invariant) + (": " + otherwise));
+}
+
 const char* whyNotWhole(const std::string& path, const std::string& temporaryFolder,
                         Writing writing) {
   for (const MayBeLost& row : kMayBeLost) {
@@ -176,7 +180,7 @@ void Judge::demand(Invariant invariant, bool holds, const std::string& otherwise
   }
   const Exception* const exception = exceptions_(invariant).of(fault_);
   if (exception == nullptr) {
-    findings_.expect(false, std::string(nameOf(invariant)) + ": " + otherwise);
+    expect(findings_, invariant, false, otherwise);
   } else {
     findings_.excuse(nameOf(invariant, *exception));
   }

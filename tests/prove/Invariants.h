@@ -45,6 +45,8 @@ enum class Invariant {
 };
 
 const char* nameOf(Invariant invariant);
+/// Notes `otherwise`, with the invariant's name, where it does not hold.
+void expect(Findings& findings, Invariant invariant, bool holds, const std::string& otherwise);
 /// An exception and what it is for, in one line.
 std::string nameOf(Invariant invariant, const Exception& exception);
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "packs/SelfUpdate.h"
+#include "prove/Invariants.h"
 #include "support/Installation.h"
 #include "support/PackPrograms.h"
 #include "support/RealProgram.h"
@@ -284,38 +285,45 @@ void SweptInstall::judge(const Fault& fault, Findings& findings) {
   expectNothingHalf(findings);
   if (fault.trouble == Trouble::Killed) {
     // Between the two renames of a copy in use there is none.
-    findings.expect(share().exists(kClientCopy) || kind_ == InstallKind::SelfUpdateOfARunningCopy,
-                    "no client copy");
+    expect(findings, Invariant::NothingElseDeleted,
+           share().exists(kClientCopy) || kind_ == InstallKind::SelfUpdateOfARunningCopy,
+           "no client copy");
     finishAfterTheEnd(findings);
   } else {
     expectDeliveredWhole(findings);
   }
   if (fault.trouble == Trouble::None) {
-    findings.expect(isDone(), "not done");
+    expect(findings, Invariant::Heals, isDone(), "not done");
   } else if (fault.trouble == Trouble::FailsOnce) {
     expectOutcome(fault, findings);
-    findings.expect(share().exists(kClientCopy), "no client copy");
+    expect(findings, Invariant::NothingElseDeleted, share().exists(kClientCopy), "no client copy");
     expectNoTemporaries(kind_ == InstallKind::SelfUpdateOfARunningCopy, findings);
   }
 }
 
 /// Nothing of it is half, whatever happened.
 void SweptInstall::expectNothingHalf(Findings& findings) {
-  findings.expect(!share().exists(kClientCopy) || copyIs("il nuovo") || copyIs("il vecchio"),
-                  "half a client copy");
-  findings.expect(isStamped() || share().text(kAmbver) == kOldAmbver, "half an environment file");
-  findings.expect(machine().fileExists(kPack), "the pack is gone");
-  findings.expect(machine().fileText(kOwn) == "il nuovo", "the manager itself changed");
-  findings.expect(updatesItself(kind_) || !(copyIs("il nuovo") || isStamped() || isDelivered()),
-                  "the server changed");
+  expect(findings, Invariant::NothingHalf,
+         !share().exists(kClientCopy) || copyIs("il nuovo") || copyIs("il vecchio"),
+         "half a client copy");
+  expect(findings, Invariant::NothingHalf, isStamped() || share().text(kAmbver) == kOldAmbver,
+         "half an environment file");
+  expect(findings, Invariant::NothingElseDeleted, machine().fileExists(kPack), "the pack is gone");
+  expect(findings, Invariant::NothingHalf, machine().fileText(kOwn) == "il nuovo",
+         "the manager itself changed");
+  expect(findings, Invariant::OthersSurvive,
+         updatesItself(kind_) || !(copyIs("il nuovo") || isStamped() || isDelivered()),
+         "the server changed");
 }
 
 void SweptInstall::expectDeliveredWhole(Findings& findings) {
-  findings.expect(!share().exists(kDelivered) || share().text(kDelivered) == kConfigurationText,
-                  "half a configuration");
-  findings.expect(!share().exists(Installation::kCatalogue) ||
-                      share().text(Installation::kCatalogue) == kCatalogueText,
-                  "half a catalogue");
+  expect(findings, Invariant::NothingHalf,
+         !share().exists(kDelivered) || share().text(kDelivered) == kConfigurationText,
+         "half a configuration");
+  expect(findings, Invariant::NothingHalf,
+         !share().exists(Installation::kCatalogue) ||
+             share().text(Installation::kCatalogue) == kCatalogueText,
+         "half a catalogue");
 }
 
 void SweptInstall::expectOutcome(const Fault& fault, Findings& findings) {
@@ -324,27 +332,30 @@ void SweptInstall::expectOutcome(const Fault& fault, Findings& findings) {
     findings.expect(false, "nobody says what this failure leads to");
     return;
   }
-  findings.expect(row->told == nullptr || told(row->told),
-                  std::string("nobody told \"") + (row->told != nullptr ? row->told : ""));
+  expect(findings, Invariant::FailureTold, row->told == nullptr || told(row->told),
+         std::string("nobody told \"") + (row->told != nullptr ? row->told : ""));
   const bool done = isDone();
-  findings.expect(done || row->work != Work::Done, "not done");
-  findings.expect(!done || row->work != Work::NotDone, "done all the same");
-  findings.expect(done || told("rrore|nessun pacco viene aperto|non "
-                               "rilevat|non effettuata|non eseguita|Comando non eseguito|"
-                               "non trovata in registro|frmError"),
-                  "not done, and nobody told it");
+  expect(findings, Invariant::Heals, done || row->work != Work::Done, "not done");
+  expect(findings, Invariant::ToldForAReason, !done || row->work != Work::NotDone,
+         "done all the same");
+  expect(findings, Invariant::FailureTold,
+         done || told("rrore|nessun pacco viene aperto|non "
+                      "rilevat|non effettuata|non eseguita|Comando non eseguito|"
+                      "non trovata in registro|frmError"),
+         "not done, and nobody told it");
 }
 
 /// The lock of nobody lies there too. A client copy that runs may be put aside.
 void SweptInstall::expectNoTemporaries(bool runs, Findings& findings) {
   for (const std::string& name : share().names(kTemporaries)) {
-    findings.expect(false, "left on the share: " + name);
+    expect(findings, Invariant::Heals, false, "left on the share: " + name);
   }
   for (const std::string& name : share().names(kClientCopyFolder)) {
-    findings.expect(name == "TrelvManager.exe", "left beside the client copy: " + name);
+    expect(findings, Invariant::Heals, name == "TrelvManager.exe",
+           "left beside the client copy: " + name);
   }
   for (const std::string& name : share().names(kCopies)) {
-    findings.expect(name == "client" || runs, "left aside: " + name);
+    expect(findings, Invariant::Heals, name == "client" || runs, "left aside: " + name);
   }
 }
 
@@ -354,11 +365,12 @@ void SweptInstall::finishAfterTheEnd(Findings& findings) {
   if (lockWasLeft()) {
     // Kept: a lock is respected whoever left it. The start that met it deletes it with the tree.
     run();
-    findings.expect(told("presenza di una o più precedenti sessioni in corso"),
-                    "nobody told of the lock that was left");
+    expect(findings, Invariant::FailureTold,
+           told("presenza di una o più precedenti sessioni in corso"),
+           "nobody told of the lock that was left");
   }
   run();
-  findings.expect(isDone(), "not done by the next start");
+  expect(findings, Invariant::Heals, isDone(), "not done by the next start");
   expectNothingHalf(findings);
   expectDeliveredWhole(findings);
   expectNoTemporaries(false, findings);

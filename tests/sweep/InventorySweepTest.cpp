@@ -14,6 +14,7 @@
 #include "integrated/TerminalServerRepairs.h"
 #include "inventory/InstallationMode.h"
 #include "inventory/ProductReport.h"
+#include "prove/Invariants.h"
 #include "support/FakeProgram.h"
 #include "sweep/ExpectSwept.h"
 
@@ -179,14 +180,15 @@ Lines SweptSession::files() {
 }
 
 void SweptSession::judge(const Fault& fault, Findings& findings) {
-  findings.expect(foreign() == foreignBefore_, "files of others changed");
+  expect(findings, Invariant::OthersSurvive, foreign() == foreignBefore_,
+         "files of others changed");
   if (work_ == Work::Report) {
-    findings.expect(productIsFound_ || !tellsOneOf({fault.call}, "ProdInfo.txt"),
-                    "hides a product");
+    expect(findings, Invariant::FailureTold,
+           productIsFound_ || !tellsOneOf({fault.call}, "ProdInfo.txt"), "hides a product");
     return;
   }
   if (fault.trouble == Trouble::FailsOnce) {
-    findings.expect(told() || kSilent.holds(fault), "nobody told it");
+    expect(findings, Invariant::FailureTold, told() || kSilent.holds(fault), "nobody told it");
   }
   // The next start.
   FakeProgram next(machine());
@@ -194,7 +196,8 @@ void SweptSession::judge(const Fault& fault, Findings& findings) {
   runWith(next);
   if (work_ == Work::Repairs && fault.trouble != Trouble::FailsFromThenOn) {
     const std::string left = difference(repaired_, files());
-    findings.expect(left.empty() || kOtherLuda.holds(fault), "the next start leaves:\n" + left);
+    expect(findings, Invariant::Heals, left.empty() || kOtherLuda.holds(fault),
+           "the next start leaves:\n" + left);
   }
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "packs/frmProdTrelvMaintain.h"
+#include "prove/Invariants.h"
 #include "support/Installation.h"
 #include "support/RealProgram.h"
 #include "sweep/ExpectSwept.h"
@@ -315,25 +316,28 @@ const CallTable<Exception> kOtherClientShown{
      "without the programs path, which was reported, the record is looked for in the root"}};
 
 void SweptMaintenance::judge(const Fault& fault, Findings& findings) {
-  findings.expect(disabled_.empty(), "a control stays disabled");
-  findings.expect(maintained_.desktop().forcedCloses() == 0, "the form could not be left");
+  expect(findings, Invariant::ScreenIsFree, disabled_.empty(), "a control stays disabled");
+  expect(findings, Invariant::ScreenIsFree, maintained_.desktop().forcedCloses() == 0,
+         "the form could not be left");
   for (const std::string& file :
        {std::string(Installation::kCatalogue), MaintainedStation::configurationOf("NERIO"),
         std::string("S:\\Lumo\\mv\\NERIO\\s.exe")}) {
-    findings.expect(machine().fileExists(file), "lost: " + file);
+    expect(findings, Invariant::NothingElseDeleted, machine().fileExists(file), "lost: " + file);
   }
   Station& station = maintained_.station();
   for (const std::string id : {"LUDA", "Q2", "ZM", "ZB"}) {
-    findings.expect(!station.clientVersion(id).empty(), "lost: client version of " + id);
+    expect(findings, Invariant::NothingElseDeleted, !station.clientVersion(id).empty(),
+           "lost: client version of " + id);
   }
   for (const std::string id : {"LUDA", "Q2", "ZM", "NERIO"}) {
-    findings.expect(!station.serverVersion(id).empty(), "lost: server version of " + id);
+    expect(findings, Invariant::NothingElseDeleted, !station.serverVersion(id).empty(),
+           "lost: server version of " + id);
   }
-  findings.expect(isHonest(shownServer_, station.serverVersion("NERIO")),
-                  "shown of the server: " + shownServer_);
-  findings.expect(
-      isHonest(shownClient_, station.clientVersion("NERIO")) || kOtherClientShown.holds(fault),
-      "shown of the client: " + shownClient_);
+  expect(findings, Invariant::VersionsTrue, isHonest(shownServer_, station.serverVersion("NERIO")),
+         "shown of the server: " + shownServer_);
+  expect(findings, Invariant::VersionsTrue,
+         isHonest(shownClient_, station.clientVersion("NERIO")) || kOtherClientShown.holds(fault),
+         "shown of the client: " + shownClient_);
 }
 
 TEST(MaintenanceSweep, TheFormCanBeWorkedOnAndLeftWhateverFails) {

@@ -12,6 +12,7 @@
 
 #include "base/RuntimeError.h"
 #include "packs/PackExtraction.h"
+#include "prove/Invariants.h"
 #include "support/PackPrograms.h"
 #include "support/RealProgram.h"
 #include "sweep/ExpectSwept.h"
@@ -137,25 +138,28 @@ bool SweptPacks::told() {
 }
 
 void SweptPacks::expectNothingOnTheScreen(Findings& findings) {
-  findings.expect(!machine_.desktop().hourglass(), "the hourglass stays");
-  findings.expect(machine_.desktop().activeForm() == nullptr, "a form stays");
+  expect(findings, Invariant::ScreenIsFree, !machine_.desktop().hourglass(), "the hourglass stays");
+  expect(findings, Invariant::ScreenIsFree, machine_.desktop().activeForm() == nullptr,
+         "a form stays");
 }
 
 /// Each file under its name is the old one or the new one, and what names a version stands there
 /// only behind the set-up that it starts.
 void SweptPacks::expectNothingHalf(Findings& findings) {
   const std::string old = machine_.fileText(std::string(kSetup) + "old.ini");
-  findings.expect(old == "old" || old == "new", "half of old.ini");
+  expect(findings, Invariant::NothingHalf, old == "old" || old == "new", "half of old.ini");
   for (const Delivered& pack : delivered()) {
     for (const auto& [path, text] : pack.content) {
       const std::string file = "S:\\Lumo\\" + path;
-      findings.expect(!machine_.fileExists(file) || machine_.fileText(file) == text ||
-                          path.ends_with("old.ini"),
-                      "half of " + path);
+      expect(findings, Invariant::NothingHalf,
+             !machine_.fileExists(file) || machine_.fileText(file) == text ||
+                 path.ends_with("old.ini"),
+             "half of " + path);
     }
     const std::string name = kSetup + pack.name;
-    findings.expect(!machine_.fileExists(name + ".ini") || machine_.fileExists(name + "\\1.exe"),
-                    pack.name + " is named before its set-up is there");
+    expect(findings, Invariant::NothingHalf,
+           !machine_.fileExists(name + ".ini") || machine_.fileExists(name + "\\1.exe"),
+           pack.name + " is named before its set-up is there");
   }
 }
 
@@ -165,11 +169,13 @@ void SweptPacks::judge(const Fault& fault, Findings& findings) {
   }
   expectNothingHalf(findings);
   if (fault.trouble == Trouble::None) {
-    findings.expect(isDone(), "it did not go well");
+    expect(findings, Invariant::Heals, isDone(), "it did not go well");
   } else if (fault.trouble == Trouble::FailsOnce) {
-    findings.expect(isDone() || told() || kSilent.holds(fault), "not done and not told");
+    expect(findings, Invariant::FailureTold, isDone() || told() || kSilent.holds(fault),
+           "not done and not told");
     for (const Delivered& pack : delivered()) {
-      findings.expect(waits(pack) || arrived(pack) || told(), "nobody told of " + pack.name);
+      expect(findings, Invariant::FailureTold, waits(pack) || arrived(pack) || told(),
+             "nobody told of " + pack.name);
     }
   }
   run();
@@ -182,16 +188,19 @@ void SweptPacks::judge(const Fault& fault, Findings& findings) {
 /// What a search that was disturbed left undone is done by the next one.
 void SweptPacks::judgeNextSearch(const Fault& fault, Findings& findings) {
   const bool killed = fault.trouble == Trouble::Killed;
-  findings.expect(!machine_.folderExists(kUnpacked), "what was unpacked stays");
-  findings.expect(machine_.diskOf("S:\\").tree().find(".tmp") == std::string::npos,
-                  "a temporary stays on the share");
+  expect(findings, Invariant::Heals, !machine_.folderExists(kUnpacked), "what was unpacked stays");
+  expect(findings, Invariant::Heals,
+         machine_.diskOf("S:\\").tree().find(".tmp") == std::string::npos,
+         "a temporary stays on the share");
   for (std::size_t i = 0; i < delivered().size(); ++i) {
     const Delivered& pack = delivered()[i];
     const bool mayBeLost = !windows_.empty() && windows_[i].holds(fault);
-    findings.expect(arrived(pack) || mayBeLost, pack.name + " is lost");
+    expect(findings, Invariant::NothingElseDeleted, arrived(pack) || mayBeLost,
+           pack.name + " is lost");
     if (killed) {
-      findings.expect(!arrived(pack) || !mayBeLost, pack.name + " is not lost any more");
-      findings.expect(!waits(pack) || !zips_, pack.name + " is not opened");
+      expect(findings, Invariant::Heals, !arrived(pack) || !mayBeLost,
+             pack.name + " is not lost any more");
+      expect(findings, Invariant::Heals, !waits(pack) || !zips_, pack.name + " is not opened");
     }
   }
 }

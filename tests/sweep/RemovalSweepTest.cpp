@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "packs/ProductRemoval.h"
+#include "prove/Invariants.h"
 #include "support/Installation.h"
 #include "sweep/ExpectSwept.h"
 
@@ -104,19 +105,20 @@ void SweptRemoval::judge(const Fault& fault, Findings& findings) {
   expectSound(findings);
   switch (fault.trouble) {
     case Trouble::FailsOnce:
-      findings.expect(isRemoved() || toldFailure() || kSilent.holds(fault), "nobody told it");
+      expect(findings, Invariant::FailureTold, isRemoved() || toldFailure() || kSilent.holds(fault),
+             "nobody told it");
       break;
     case Trouble::ShareVanishes:
-      findings.expect(isRemoved() || toldFailure(), "nobody told it");
+      expect(findings, Invariant::FailureTold, isRemoved() || toldFailure(), "nobody told it");
       break;
     case Trouble::Killed:
       station_.endProgram();
       run();
       expectSound(findings);
-      findings.expect(isRemoved(), "the next removal could not finish it");
+      expect(findings, Invariant::Heals, isRemoved(), "the next removal could not finish it");
       break;
     case Trouble::None:
-      findings.expect(isRemoved() && !toldFailure(), "it did not go well");
+      expect(findings, Invariant::Heals, isRemoved() && !toldFailure(), "it did not go well");
       break;
     default:
       break;
@@ -127,19 +129,26 @@ void SweptRemoval::judge(const Fault& fault, Findings& findings) {
 void SweptRemoval::expectSound(Findings& findings) {
   for (const char* const path : {Installation::kCatalogue, Installation::kServerRecord,
                                  "S:\\Lumo\\prg\\com\\u.exe", "S:\\Lumo\\prg\\etc\\u.exe"}) {
-    findings.expect(share().fileExists(path), std::string("lost: ") + path);
+    expect(findings, Invariant::NothingElseDeleted, share().fileExists(path),
+           std::string("lost: ") + path);
   }
-  findings.expect(share().folderExists("S:\\Lumo\\prg\\tempterm"), "lost: tempterm");
+  expect(findings, Invariant::NothingElseDeleted, share().folderExists("S:\\Lumo\\prg\\tempterm"),
+         "lost: tempterm");
   for (const char* const id : {"NERIO", "LUDA", "Q2", "ZM"}) {
-    findings.expect(!version(Side::Server, id).empty() && !version(Side::Client, id).empty(),
-                    std::string("lost: a version of ") + id);
+    expect(findings, Invariant::NothingElseDeleted,
+           !version(Side::Server, id).empty() && !version(Side::Client, id).empty(),
+           std::string("lost: a version of ") + id);
   }
-  findings.expect(!version(otherSide_, "ZB").empty(), "lost: the other side's version");
+  expect(findings, Invariant::NothingElseDeleted, !version(otherSide_, "ZB").empty(),
+         "lost: the other side's version");
   if (side_ == Side::Client) {
-    findings.expect(share().fileExists("S:\\Lumo\\mv\\z b\\dati\\a.dat"), "lost: server files");
-    findings.expect(share().fileExists(kConfiguration), "lost: the configuration");
+    expect(findings, Invariant::NothingElseDeleted,
+           share().fileExists("S:\\Lumo\\mv\\z b\\dati\\a.dat"), "lost: server files");
+    expect(findings, Invariant::NothingElseDeleted, share().fileExists(kConfiguration),
+           "lost: the configuration");
   } else if (!share().fileExists(kConfiguration)) {
-    findings.expect(version(side_, "ZB").empty(), "configuration gone before the version");
+    expect(findings, Invariant::NothingElseDeleted, version(side_, "ZB").empty(),
+           "configuration gone before the version");
   }
 }
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <set>
 
+#include "prove/Invariants.h"
 #include "support/MediumStation.h"
 #include "sweep/ExpectSwept.h"
 
@@ -139,17 +140,22 @@ void SweptSession::judge(const Fault& fault, Findings& findings) {
     finishAfterTheEnd(findings);
     return;
   }
-  findings.expect(station_.desktop().forcedCloses() == 0, "a form did not close");
-  findings.expect(station_.desktop().activeForm() == nullptr, "a form is still there");
-  findings.expect(!station_.desktop().hourglass(), "the hourglass stands");
-  findings.expect(!told("Errore in modulo principale"), "the session was broken off");
-  findings.expect(isDone() ||
-                      // With the log and the desktop nothing can be told any more.
-                      fault.trouble == Trouble::FailsFromThenOn ||
-                      told("rrore|Impossibile|non completata|non ha path|Il supporto DVD|"
-                           "Comando non eseguito|non rilevato") ||
-                      kSilent.holds(fault),
-                  "not done, and nobody told it");
+  expect(findings, Invariant::ScreenIsFree, station_.desktop().forcedCloses() == 0,
+         "a form did not close");
+  expect(findings, Invariant::ScreenIsFree, station_.desktop().activeForm() == nullptr,
+         "a form is still there");
+  expect(findings, Invariant::ScreenIsFree, !station_.desktop().hourglass(),
+         "the hourglass stands");
+  expect(findings, Invariant::Ends, !told("Errore in modulo principale"),
+         "the session was broken off");
+  expect(findings, Invariant::FailureTold,
+         isDone() ||
+             // With the log and the desktop nothing can be told any more.
+             fault.trouble == Trouble::FailsFromThenOn ||
+             told("rrore|Impossibile|non completata|non ha path|Il supporto DVD|"
+                  "Comando non eseguito|non rilevato") ||
+             kSilent.holds(fault),
+         "not done, and nobody told it");
   std::set<std::string> allowed{"log", "prg", "ambver"};
   if (told("Cartella temporanea non rimossa: ") || fault.trouble == Trouble::FailsFromThenOn) {
     allowed.insert("~pacchi1.tmp");
@@ -159,21 +165,27 @@ void SweptSession::judge(const Fault& fault, Findings& findings) {
 
 /// Whatever happened.
 void SweptSession::expectNothingHalf(Findings& findings) {
-  findings.expect(station_.medium().tree() == medium_, "the medium changed");
+  expect(findings, Invariant::OthersSurvive, station_.medium().tree() == medium_,
+         "the medium changed");
   const std::string copy = share().exists(kClientCopy) ? share().text(kClientCopy) : "none";
-  findings.expect(copy == "il nuovo" || copy == "il vecchio", "client copy: " + copy);
+  expect(findings, Invariant::NothingHalf, copy == "il nuovo" || copy == "il vecchio",
+         "client copy: " + copy);
   const std::string ambver = share().text(kAmbver);
-  findings.expect(ambver == kOldAmbver || ambver == kNewAmbver, "environment file: " + ambver);
+  expect(findings, Invariant::NothingHalf, ambver == kOldAmbver || ambver == kNewAmbver,
+         "environment file: " + ambver);
   const std::string recorded = station_.station().recordedIntegration();
-  findings.expect(recorded.empty() || recorded == "S:\\Lumo", "recorded: " + recorded);
-  findings.expect(kind_ == SessionKind::Integrated || share().names(kTree).empty(),
-                  "a standard installation changed the server");
+  expect(findings, Invariant::VersionsTrue, recorded.empty() || recorded == "S:\\Lumo",
+         "recorded: " + recorded);
+  expect(findings, Invariant::OthersSurvive,
+         kind_ == SessionKind::Integrated || share().names(kTree).empty(),
+         "a standard installation changed the server");
 }
 
 void SweptSession::expectCleanTemporaryFolder(const std::set<std::string>& allowed,
                                               Findings& findings) {
   for (const std::string& name : station_.namesIn(MediumStation::kTemp)) {
-    findings.expect(allowed.count(name) > 0, "left in the temporary folder: " + name);
+    expect(findings, Invariant::Heals, allowed.count(name) > 0,
+           "left in the temporary folder: " + name);
   }
 }
 
@@ -181,12 +193,13 @@ void SweptSession::expectCleanTemporaryFolder(const std::set<std::string>& allow
 void SweptSession::finishAfterTheEnd(Findings& findings) {
   if (machine().fileExists(kLock)) {
     run();
-    findings.expect(told("presenza di una o più precedenti sessioni in corso"),
-                    "nobody told of the lock that was left");
+    expect(findings, Invariant::FailureTold,
+           told("presenza di una o più precedenti sessioni in corso"),
+           "nobody told of the lock that was left");
     machine().removeTree(kLock);
   }
   run();
-  findings.expect(isDone(), "not done by the next session");
+  expect(findings, Invariant::Heals, isDone(), "not done by the next session");
   expectNothingHalf(findings);
   expectCleanTemporaryFolder({"log", "prg", "ambver"}, findings);
 }
