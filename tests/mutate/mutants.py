@@ -82,10 +82,10 @@ def blanked(source):
 
 
 def closing(code, opening):
-    """The offset of the bracket that closes the one at `opening`; None where none does."""
-    depth = 0
+    """The offset of the bracket, "(" or "{", that closes the one at `opening`; None where none does."""
+    pair, depth = {"(": "()", "{": "{}"}[code[opening]], 0
     for at in range(opening, len(code)):
-        depth += {"(": 1, ")": -1}.get(code[at], 0)
+        depth += (code[at] == pair[0]) - (code[at] == pair[1])
         if depth == 0:
             return at
     return None

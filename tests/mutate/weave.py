@@ -39,16 +39,6 @@ class Woven:
     single: set = dataclasses.field(default_factory=set)
 
 
-def matching(code, opening):
-    """The offset of the curly bracket that closes the one at `opening`."""
-    depth = 0
-    for at in range(opening, len(code)):
-        depth += {"{": 1, "}": -1}.get(code[at], 0)
-        if depth == 0:
-            return at
-    return len(code) - 1
-
-
 def without_brackets(text):
     while True:
         less = re.sub(r"\([^()]*\)", "", text)
@@ -75,7 +65,7 @@ def functions(code):
             if depth == 0 and SCOPE.match(head) and "(" not in head:
                 begin = at + 1
             else:
-                closing = matching(code, at)
+                closing = faults.closing(code, at) or len(code) - 1
                 if depth == 0 and is_function(head, code[at - 1]):
                     constant = re.search(r"\b(?:constexpr|consteval)\b", head) is not None
                     found.append(Function(at, closing, constant))
