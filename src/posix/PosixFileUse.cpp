@@ -90,8 +90,9 @@ SystemCode PosixFileUse::owner(const std::string& path, std::string& account) {
   std::array<char, 16384> texts{};
   passwd record{};
   passwd* entry = nullptr;
-  if (getpwuid_r(facts.st_uid, &record, texts.data(), texts.size(), &entry) != 0 ||
-      entry == nullptr) {
+  getpwuid_r(facts.st_uid, &record, texts.data(), texts.size(), &entry);
+  // A question that fails finds none either.
+  if (entry == nullptr) {
     return kNoSuchAccount;
   }
   account = entry->pw_name;

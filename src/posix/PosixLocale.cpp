@@ -67,15 +67,10 @@ std::string ansiByte(char32_t character) {
   return character > 0xFFFF ? "??" : "?";
 }
 
-std::string fourDigits(int year) {
-  const std::string text = std::to_string(year);
-  return std::string(text.size() < 4 ? 4 - text.size() : 0, '0') + text;
-}
-
 }  // namespace
 
 std::string PosixLocale::shortDate(const machine::LocalTime& time) {
-  return twoDigits(time.day) + "/" + twoDigits(time.month) + "/" + fourDigits(time.year);
+  return twoDigits(time.day) + "/" + twoDigits(time.month) + "/" + std::to_string(time.year);
 }
 
 std::string PosixLocale::longTime(const machine::LocalTime& time) {

@@ -209,7 +209,7 @@ SystemCode PosixSystemFacts::deviceNames(const std::string& /*drive*/, std::uint
 
 SystemCode PosixSystemFacts::computerName(std::string& name) {
   std::array<char, HOST_NAME_MAX + 1> buffer{};
-  if (gethostname(buffer.data(), buffer.size() - 1) != 0) {
+  if (gethostname(buffer.data(), buffer.size()) != 0) {
     return system_code::kReadFault;
   }
   name = buffer.data();

@@ -52,7 +52,8 @@ class PosixSystemFacts : public machine::SystemFacts {
   std::string commandLine() override;
 };
 
-/// The file version in a Windows program, found in its resources.
+/// The file version in a Windows program, found in its resources; of a very large one only the
+/// first 64 MB are looked at.
 class PosixVersionResources : public machine::VersionResources {
  public:
   explicit PosixVersionResources(machine::Files& files) : files_(files) {}

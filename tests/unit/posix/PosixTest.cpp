@@ -1,20 +1,21 @@
+#include "unit/posix/PosixTest.h"
+
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <cstdlib>
+#include <array>
+#include <csignal>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <thread>
 #include <vector>
 
+#include "posix/OpenFile.h"
 #include "posix/PosixFileUse.h"
-#include "posix/PosixMachine.h"
 #include "posix/PosixPath.h"
 
 namespace trelv::tests {
@@ -22,35 +23,52 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A folder of its own, as a plain path and as the program sees it.
-class Posix : public testing::Test {
- protected:
-  Posix() {
-    std::string name = (fs::temp_directory_path() / "trelv-posix-XXXXXX").string();
-    folder_ = mkdtemp(name.data());
-    shown_ = posix::shownPath(folder_.string());
-  }
-  ~Posix() override { fs::remove_all(folder_); }
-
-  void put(const std::string& name, const std::string& bytes) {
-    fs::create_directories((folder_ / name).parent_path());
-    std::ofstream(folder_ / name, std::ios::binary) << bytes;
-  }
-  std::string textOf(const std::string& path) {
-    std::string content;
-    EXPECT_EQ(machine_.files.read(path, 1000, content), 0U);
-    return content;
-  }
-  std::string valueOf(const std::string& bytes, const std::string& section, const std::string& key,
-                      std::uint32_t size = 100) {
-    put("a.ini", bytes);
-    return machine_.profiles.readValue(section, key, "", size, shown_ + "\\a.ini");
+/// A process that has a file open while this object lives.
+class HoldingProcess {
+ public:
+  explicit HoldingProcess(const fs::path& file) : process_([&]() -> int { return hold(file); }) {
+    char letter = '\0';
+    EXPECT_EQ(read(ready_.front(), &letter, 1), 1);
   }
 
-  fs::path folder_;
-  std::string shown_;
-  posix::PosixMachine machine_;
+ private:
+  /// Two connected descriptors: the second is written when the file is open.
+  class Pipe : public std::array<int, 2> {
+   public:
+    Pipe() : array() { EXPECT_EQ(pipe(data()), 0); }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+    ~Pipe() {
+      close(front());
+      close(back());
+    }
+  };
+
+  int hold(const fs::path& file) const {
+    const posix::OpenFile held(open(file.c_str(), O_RDONLY));
+    if (held && write(ready_.back(), "x", 1) == 1) {
+      pause();
+    }
+    return 1;
+  }
+
+  Pipe ready_;
+  Process process_;
 };
+
+constexpr uid_t kOrdinaryUser = 65534;
+
+/// Where all may be done here, a file is given to a user for whom that does not hold.
+void giveToOrdinaryUser(const fs::path& path) {
+  if (geteuid() == 0) {
+    EXPECT_EQ(chown(path.c_str(), kOrdinaryUser, kOrdinaryUser), 0) << path;
+  }
+}
+
+int becomeOrdinaryUser() {
+  const bool isOne = geteuid() != 0;
+  return isOne || (setgid(kOrdinaryUser) == 0 && setuid(kOrdinaryUser) == 0) ? 0 : 1;
+}
 
 TEST_F(Posix, NamesMatchInAnyCase) {
   put("Prg/Com/AGDVCOMP.INI", "x");
@@ -64,6 +82,23 @@ TEST_F(Posix, TheExactNameComesBeforeOneOfAnotherCase) {
   put("a.txt", "small");
   EXPECT_EQ(textOf(shown_ + "\\a.txt"), "small");
   EXPECT_EQ(textOf(shown_ + "\\A.txt"), "capital");
+}
+
+TEST_F(Posix, TheDriveShowsTheWholeFileSystem) {
+  const auto meant = [](const std::string& path) -> std::string {
+    std::string plain = "nowhere";
+    EXPECT_EQ(posix::hostPath(path, plain), 0U) << path;
+    return plain;
+  };
+  EXPECT_EQ(meant("Z:\\"), "/");
+  EXPECT_EQ(meant("z:"), "/");
+  EXPECT_EQ(meant("Z:\\PROC\\Version"), "/proc/version");
+  EXPECT_EQ(meant("\\\\?\\Z:\\proc"), "/proc");
+  EXPECT_EQ(meant("Z:\\etc\\.\\..\\proc\\.."), "/");
+  std::string plain;
+  for (const char* const path : {"Y:\\proc", "Z:proc", "Zx\\proc", "Z", "proc", "\\\\z\\proc"}) {
+    EXPECT_EQ(posix::hostPath(path, plain), system_code::kPathNotFound) << path;
+  }
 }
 
 TEST_F(Posix, TellsAMissingFileFromAMissingFolder) {
@@ -82,21 +117,37 @@ TEST_F(Posix, ListsByEndingInAnyCase) {
   put("a.zip", "1");
   put("b.ZIP", "22");
   put("c.gz", "");
+  put(".zip", "333");
+  put("zip", "");
   std::vector<machine::FolderEntry> entries;
   ASSERT_EQ(machine_.files.list(shown_, ".zip", entries), 0U);
   std::vector<std::string> names;
   for (const machine::FolderEntry& entry : entries) {
     names.push_back(entry.name + " " + std::to_string(entry.facts.size));
   }
-  EXPECT_THAT(names, testing::UnorderedElementsAre("a.zip 1", "b.ZIP 2"));
+  EXPECT_THAT(names, testing::UnorderedElementsAre(".zip 3", "a.zip 1", "b.ZIP 2"));
 }
 
-TEST_F(Posix, NeitherAFolderNorAPipeIsReadAsAFile) {
+TEST_F(Posix, NeitherAFolderNorAPipeIsReadOrWrittenAsAFile) {
   std::string content = "before";
   EXPECT_EQ(machine_.files.read(shown_, 10, content), system_code::kAccessDenied);
   ASSERT_EQ(mkfifo((folder_ / "pipe").c_str(), 0600), 0);
   EXPECT_EQ(machine_.files.read(shown_ + "\\pipe", 10, content), system_code::kAccessDenied);
   EXPECT_EQ(content, "before");
+  put("a", "a");
+  EXPECT_EQ(machine_.files.copyFile(shown_ + "\\a", shown_ + "\\pipe"), system_code::kAccessDenied)
+      << "who opens one for writing waits for its reader";
+}
+
+TEST_F(Posix, TellsWhenAFileWasWrittenToTheTick) {
+  put("a", "a");
+  // 2026-01-02 03:04:05 UTC
+  constexpr std::time_t kWritten = 1767323045;
+  const std::array<timespec, 2> times{timespec{0, 0}, timespec{kWritten, 987654399}};
+  ASSERT_EQ(utimensat(AT_FDCWD, (folder_ / "a").c_str(), times.data(), 0), 0);
+  machine::FileFacts facts;
+  ASSERT_EQ(machine_.files.look(shown_ + "\\a", facts), 0U);
+  EXPECT_EQ(facts.modified, 134'117'966'459'876'543U);
 }
 
 TEST_F(Posix, ReadsAPart) {
@@ -115,6 +166,29 @@ TEST_F(Posix, RenamesWithoutReplacing) {
   EXPECT_EQ(textOf(shown_ + "\\b"), "a");
 }
 
+TEST_F(Posix, NothingReplacesAFolder) {
+  put("a", "a");
+  put("cartella/x", "x");
+  fs::create_directory(folder_ / "vuota");
+  for (const char* const source : {"\\a", "\\cartella"}) {
+    EXPECT_EQ(machine_.files.replaceFile(shown_ + source, shown_ + "\\vuota"),
+              system_code::kAccessDenied)
+        << source;
+  }
+  EXPECT_EQ(textOf(shown_ + "\\a"), "a");
+  EXPECT_EQ(textOf(shown_ + "\\cartella\\x"), "x");
+  EXPECT_TRUE(fs::is_empty(folder_ / "vuota"));
+}
+
+TEST_F(Posix, FilesHaveNoStreams) {
+  put("a", "a");
+  EXPECT_EQ(machine_.files.removeStream(shown_ + "\\a", "Zone.Identifier"),
+            system_code::kInvalidName);
+  EXPECT_EQ(machine_.files.removeStream(shown_ + "\\manca", "Zone.Identifier"),
+            system_code::kFileNotFound);
+  EXPECT_EQ(textOf(shown_ + "\\a"), "a");
+}
+
 TEST_F(Posix, CopiesWithTheDateAndNotOntoAReadOnlyFile) {
   put("a", "a");
   put("b", "b");
@@ -122,6 +196,7 @@ TEST_F(Posix, CopiesWithTheDateAndNotOntoAReadOnlyFile) {
   fs::last_write_time(folder_ / "a", date);
   ASSERT_EQ(machine_.files.copyFile(shown_ + "\\a", shown_ + "\\b"), 0U);
   EXPECT_EQ(fs::last_write_time(folder_ / "b"), date);
+  EXPECT_EQ(textOf(shown_ + "\\b"), "a");
   ASSERT_EQ(machine_.files.setReadOnly(shown_ + "\\b", true), 0U);
   EXPECT_EQ(machine_.files.copyFile(shown_ + "\\a", shown_ + "\\b"), system_code::kAccessDenied);
   EXPECT_EQ(machine_.files.removeFile(shown_ + "\\b"), system_code::kAccessDenied);
@@ -138,51 +213,6 @@ TEST_F(Posix, KnowsALinkAndRemovesItAlone) {
   EXPECT_TRUE(facts.folder);
   EXPECT_EQ(machine_.files.removeFolder(shown_ + "\\link"), 0U);
   EXPECT_EQ(textOf(shown_ + "\\folder\\a"), "a");
-}
-
-TEST_F(Posix, AMarkIsTakenOnce) {
-  std::unique_ptr<machine::Mark> first;
-  std::unique_ptr<machine::Mark> second;
-  const std::string path = shown_ + "\\mark.lck";
-  ASSERT_EQ(machine_.exclusion.take(path, "io", 0, first), 0U);
-  EXPECT_EQ(machine_.exclusion.take(path, "tu", 0, second), system_code::kSharingViolation);
-  EXPECT_EQ(textOf(path), "io");
-  first.reset();
-  EXPECT_FALSE(fs::exists(folder_ / "mark.lck"));
-  EXPECT_EQ(machine_.exclusion.take(path, "tu", 0, second), 0U);
-  EXPECT_EQ(machine_.exclusion.take(shown_ + "\\no\\mark.lck", "", 0, first),
-            system_code::kPathNotFound);
-}
-
-TEST_F(Posix, ReadsIniFilesAsThePlatformDoes) {
-  const std::string text = "[a]\r\nk=1\r\nk=2\r\n[b]\n x = \"quoted\" \n[A]\nz=3\n;k=5";
-  EXPECT_EQ(valueOf(text, "A", "K"), "1");
-  EXPECT_EQ(valueOf(text, "b", "x"), "quoted");
-  EXPECT_EQ(valueOf(text, "a", "z"), "");
-  EXPECT_EQ(valueOf(text, "c", "z"), "");
-  EXPECT_EQ(valueOf("[a]\nk=12345", "a", "k", 4), "123");
-  EXPECT_EQ(valueOf("[\xE8]\nk=\xE0\x80", "è", "k"), "à€");
-}
-
-TEST_F(Posix, ReadsUtf16WithItsMarkAndNoUtf8Mark) {
-  const std::string wide("\xFF\xFE[\0a\0]\0\n\0k\0=\0\xE8\0", 16);
-  EXPECT_EQ(valueOf(wide, "a", "k"), "è");
-  EXPECT_EQ(valueOf("\xEF\xBB\xBF[a]\nk=1", "a", "k"), "");
-}
-
-TEST_F(Posix, FindsTheVersionInAProgram) {
-  const std::string fixed("\xBD\x04\xEF\xFE\x00\x00\x01\x00\x02\x00\x01\x00\x04\x00\x03\x00", 16);
-  put("a.exe", "MZ...." + fixed + "...");
-  put("b.exe", "MZ....");
-  put("c.txt", fixed);
-  machine::FileVersion version{};
-  EXPECT_EQ(machine_.versions.read(shown_ + "\\a.exe", version), 0U);
-  EXPECT_EQ(version, (machine::FileVersion{1, 2, 3, 4}));
-  EXPECT_EQ(machine_.versions.read(shown_ + "\\b.exe", version),
-            system_code::kResourceDataNotFound);
-  EXPECT_EQ(machine_.versions.read(shown_ + "\\c.txt", version),
-            system_code::kResourceDataNotFound);
-  EXPECT_EQ(machine_.versions.read(shown_ + "\\d.exe", version), system_code::kFileNotFound);
 }
 
 TEST_F(Posix, TakesPathsAsTheyAreGiven) {
@@ -230,45 +260,79 @@ TEST_F(Posix, RemovesOnlyTheFileThatWasSeenAndThatNobodyHasOpen) {
   EXPECT_EQ(machine_.files.look(path, other), system_code::kFileNotFound);
 }
 
-TEST_F(Posix, MarkExcludesHoweverManyAskForIt) {
-  std::atomic<int> inside = 0;
-  std::atomic<int> mixed = 0;
-  std::vector<std::thread> askers;
-  for (int number = 0; number < 8; ++number) {
-    askers.emplace_back([&]() -> void {
-      for (int time = 0; time < 200; ++time) {
-        std::unique_ptr<machine::Mark> mark;
-        if (machine_.exclusion.take(shown_ + "\\m.lck", "x", 0, mark) == 0U) {
-          mixed += ++inside > 1 ? 1 : 0;
-          std::this_thread::yield();
-          --inside;
-        }
-      }
-    });
+TEST_F(Posix, SeesWhoElseHasAFileOpen) {
+  put("a.lck", "preso");
+  put("b.lck", "preso");
+  posix::PosixFileUse fileUse;
+  machine::FileFacts seen;
+  ASSERT_EQ(machine_.files.look(shown_ + "\\a.lck", seen), 0U);
+  EXPECT_EQ(fileUse.isOpen(shown_ + "\\a.lck"), std::nullopt) << "another computer may have it";
+  {
+    const HoldingProcess holder(folder_ / "a.lck");
+    EXPECT_EQ(fileUse.isOpen(shown_ + "\\a.lck"), true);
+    EXPECT_EQ(fileUse.isOpen(shown_ + "\\b.lck"), std::nullopt);
+    EXPECT_EQ(fileUse.removeUnused(shown_ + "\\a.lck", seen), system_code::kSharingViolation);
   }
-  for (std::thread& asker : askers) {
-    asker.join();
-  }
-  EXPECT_EQ(mixed, 0);
+  EXPECT_EQ(fileUse.isOpen(shown_ + "\\a.lck"), std::nullopt);
+  EXPECT_EQ(textOf(shown_ + "\\a.lck"), "preso");
 }
 
-TEST_F(Posix, ClosedStreamsAndFullDisksAreTold) {
-  const auto codeOf = [](const char* target) -> int {
-    const pid_t child = fork();
-    if (child == 0) {
-      close(STDOUT_FILENO);
-      if (target != nullptr) {
-        open(target, O_WRONLY);
-      }
-      _exit(static_cast<int>(posix::PosixConsole().print("testo")));
+TEST_F(Posix, RemovesNeitherAReadOnlyFileNorAFolder) {
+  put("a.lck", "preso");
+  fs::create_directory(folder_ / "b.lck");
+  ASSERT_EQ(machine_.files.setReadOnly(shown_ + "\\a.lck", true), 0U);
+  posix::PosixFileUse fileUse;
+  for (const char* const name : {"\\a.lck", "\\b.lck"}) {
+    machine::FileFacts seen;
+    ASSERT_EQ(machine_.files.look(shown_ + name, seen), 0U);
+    EXPECT_EQ(fileUse.removeUnused(shown_ + name, seen), system_code::kAccessDenied) << name;
+  }
+  EXPECT_EQ(textOf(shown_ + "\\a.lck"), "preso");
+  EXPECT_TRUE(fs::is_directory(folder_ / "b.lck"));
+}
+
+TEST_F(Posix, RemovesAFileThatItsOwnerMayWriteButNotRead) {
+  put("a.lck", "preso");
+  const std::string path = shown_ + "\\a.lck";
+  machine::FileFacts seen;
+  ASSERT_EQ(machine_.files.look(path, seen), 0U);
+  giveToOrdinaryUser(folder_);
+  giveToOrdinaryUser(folder_ / "a.lck");
+  ASSERT_EQ(chmod((folder_ / "a.lck").c_str(), 0200), 0);
+  const int code = inChild([&]() -> int {
+    const int failed = becomeOrdinaryUser();
+    return failed + static_cast<int>(posix::PosixFileUse().removeUnused(path, seen));
+  });
+  EXPECT_EQ(code, 0);
+  EXPECT_FALSE(fs::exists(folder_ / "a.lck"));
+}
+
+TEST_F(Posix, WhoOpensAFileWhileItIsRemovedEndsNobody) {
+  const std::string path = shown_ + "\\a.lck";
+  const Process visitor([name = (folder_ / "a.lck").string()]() -> int {
+    for (;;) {
+      const posix::OpenFile opened(open(name.c_str(), O_RDONLY | O_NONBLOCK));
     }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  });
+  const auto removes = [&]() -> bool {
+    put("a.lck", "preso");
+    machine::FileFacts seen;
+    machine_.files.look(path, seen);
+    SystemCode code = system_code::kSharingViolation;
+    for (int time = 0; code == system_code::kSharingViolation && time < 1'000'000; ++time) {
+      code = posix::PosixFileUse().removeUnused(path, seen);
+    }
+    return code == system_code::kSuccess;
   };
-  EXPECT_EQ(codeOf("/dev/null"), 0);
-  EXPECT_EQ(codeOf("/dev/full"), static_cast<int>(system_code::kDiskFull));
-  EXPECT_EQ(codeOf(nullptr), static_cast<int>(system_code::kWriteFault));
+  const int code = inChild([&]() -> int {
+    std::signal(SIGIO, SIG_DFL);
+    int times = 0;
+    while (times < 20 && removes()) {
+      ++times;
+    }
+    return times;
+  });
+  EXPECT_EQ(code, 20) << "-1: a signal ended it";
 }
 
 TEST_F(Posix, TellsTheRoomThatIsLeft) {
@@ -277,12 +341,6 @@ TEST_F(Posix, TellsTheRoomThatIsLeft) {
   ASSERT_EQ(paths.room(shown_, bytes), 0U);
   EXPECT_LT(0U, bytes);
   EXPECT_NE(paths.room(shown_ + "\\manca", bytes), 0U);
-}
-
-TEST_F(Posix, WritesTextsInTheCodePage) {
-  EXPECT_EQ(machine_.locale.toAnsi("è€Ω😀"), "\xE8\x80???");
-  EXPECT_EQ(machine_.locale.fromAnsi("\xE8\x80"), "è€");
-  EXPECT_EQ(machine_.locale.longTime({2026, 1, 2, 3, 4, 5}), "03:04:05");
 }
 
 }  // namespace

@@ -1,0 +1,96 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <utility>
+#include <vector>
+
+#include "unit/posix/PosixTest.h"
+
+namespace trelv::tests {
+namespace {
+
+/// Ini files and texts.
+class PosixText : public Posix {
+ protected:
+  std::string valueOf(const std::string& bytes, const std::string& section, const std::string& key,
+                      std::uint32_t size = 100) {
+    put("a.ini", bytes);
+    return machine_.profiles.readValue(section, key, "", size, shown_ + "\\a.ini");
+  }
+};
+
+TEST_F(PosixText, ReadsIniFilesAsThePlatformDoes) {
+  const std::string text = "[a]\r\nk=1\r\nk=2\r\n[b]\n x = \"quoted\" \n[A]\nz=3\n;k=5";
+  EXPECT_EQ(valueOf(text, "A", "K"), "1");
+  EXPECT_EQ(valueOf(text, "b", "x"), "quoted");
+  EXPECT_EQ(valueOf(text, "a", "z"), "");
+  EXPECT_EQ(valueOf(text, "c", "z"), "");
+  EXPECT_EQ(valueOf("[a]\nk=12345", "a", "k", 4), "123");
+  EXPECT_EQ(valueOf("[\xE8]\nk=\xE0\x80", "è", "k"), "à€");
+}
+
+TEST_F(PosixText, ReadsUtf16WithItsMarkAndNoUtf8Mark) {
+  const std::string wide("\xFF\xFE[\0a\0]\0\n\0k\0=\0\xE8\0", 16);
+  EXPECT_EQ(valueOf(wide, "a", "k"), "è");
+  EXPECT_EQ(valueOf("\xEF\xBB\xBF[a]\nk=1", "a", "k"), "");
+}
+
+TEST_F(PosixText, IniNamesAreComparedByTheirAsciiLettersOnly) {
+  EXPECT_EQ(valueOf("[azAZ]\nAzaz=1", "AZaz", "aZAZ"), "1");
+  EXPECT_EQ(valueOf("[a@[`{]\nk=1", "A@[`{", "K"), "1");
+  EXPECT_EQ(valueOf("[\xE8]\nk=1", "È", "k"), "");
+}
+
+TEST_F(PosixText, IniValuesLoseOnePairOfQuotes) {
+  EXPECT_EQ(valueOf("[a]\nk=\"\"", "a", "k"), "");
+  EXPECT_EQ(valueOf("[a]\nk=''", "a", "k"), "");
+  EXPECT_EQ(valueOf("[a]\nk=\"", "a", "k"), "\"");
+  EXPECT_EQ(valueOf("[a]\nk=\"'x'\"", "a", "k"), "'x'");
+  EXPECT_EQ(valueOf("[a]\nk=\"x'", "a", "k"), "\"x'");
+}
+
+TEST_F(PosixText, IniValuesAreCutToTheRoomForThem) {
+  EXPECT_EQ(valueOf("[a]\nk=12", "a", "k", 3), "12");
+  EXPECT_EQ(valueOf("[a]\nk=12", "a", "k", 1), "");
+  EXPECT_EQ(valueOf("[a]\nk=12", "a", "k", 0), "");
+}
+
+TEST_F(PosixText, EachByteHasItsCharacterAndEachCharacterItsByte) {
+  std::string bytes;
+  for (int byte = 0; byte < 0x100; ++byte) {
+    bytes += static_cast<char>(byte);
+  }
+  EXPECT_EQ(machine_.locale.toAnsi(machine_.locale.fromAnsi(bytes)), bytes);
+  EXPECT_EQ(machine_.locale.fromAnsi("\x7F\x80\x9F\xA0\xFF"), "\x7F€Ÿ\u00A0ÿ");
+}
+
+TEST_F(PosixText, WhatTheCodePageLacksIsAQuestionMarkForEachUnitOfUtf16) {
+  const std::vector<std::pair<std::string, std::string>> rows{
+      {"Ω.", "?."}, {"\u0905.", "?."}, {"日.", "?."}, {"😀.", "??."}, {"è€Ω😀", "\xE8\x80???"}};
+  for (const auto& [text, bytes] : rows) {
+    EXPECT_EQ(machine_.locale.toAnsi(text), bytes) << text;
+  }
+}
+
+TEST_F(PosixText, ReadsUtf16InBothOrders) {
+  const std::string little("a\0\xE8\0\xAC\x20\x3D\xD8\x00\xDE", 10);
+  EXPECT_EQ(posix::textOfWide(little, false), "aè€😀");
+  EXPECT_EQ(posix::textOfWide(std::string("\0a\0\xE8\x20\xAC\xD8\x3D\xDE\0", 10), true), "aè€😀");
+  EXPECT_EQ(posix::textOfWide(little + "b", false), "aè€😀") << "half a character at the end";
+  EXPECT_EQ(posix::textOfWide("", false), "");
+}
+
+TEST_F(PosixText, WritesDatesAndTruthAsAnItalianSystem) {
+  machine::Locale& locale = machine_.locale;
+  EXPECT_EQ(locale.shortDate({2026, 1, 2, 3, 4, 5}), "02/01/2026");
+  EXPECT_EQ(locale.longTime({2026, 1, 2, 3, 4, 5}), "03:04:05");
+  EXPECT_EQ(locale.monthName(1), "gennaio");
+  EXPECT_EQ(locale.monthName(12), "dicembre");
+  EXPECT_EQ(locale.monthName(0), "");
+  EXPECT_EQ(locale.monthName(13), "");
+  EXPECT_EQ(locale.truthText(true), "Vero");
+  EXPECT_EQ(locale.truthText(false), "Falso");
+}
+
+}  // namespace
+}  // namespace trelv::tests
