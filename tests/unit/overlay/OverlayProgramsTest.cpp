@@ -18,6 +18,14 @@ std::unique_ptr<machine::RunningProcess> started(OverlaidMachine& over, const st
   return process;
 }
 
+/// What file it is, by whatever path.
+std::string identified(machine::Files& files, const std::string& path) {
+  machine::FileIdentity identity;
+  const SystemCode code = files.identify(path, identity);
+  return std::to_string(code) + " " + std::to_string(identity.volume) + " " +
+         std::to_string(identity.number);
+}
+
 TEST(AnOverlaysPrograms, AreNotedInsteadOfStarted) {
   sim::SimMachine machine;
   machine.programs().define("C:\\Setup\\a.exe");
@@ -57,6 +65,52 @@ TEST(AnOverlaysPrograms, AreThoseThatTheMachineWouldFind) {
     sim::SimProcesses::Found tool;
     EXPECT_EQ(search.findTool(line, program), machine.programs().resolveTool(line, tool)) << line;
   }
+}
+
+TEST(AnOverlaysPrograms, AreLookedForInTheFoldersOfTheMachine) {
+  sim::SimMachine machine;
+  const auto share = machine.mount("\\\\server\\condivisa");
+  machine.makeFolders("C:\\lavoro\\relativa");
+  machine.volumes().setCurrentFolder("C:\\lavoro");
+  machine.environment().put("PATH",
+                            ";relativa;C:\\locale;;\\\\server\\condivisa\\bin;\\radice;C:senza");
+  share->put("\\\\server\\condivisa\\bin\\rete.exe", "MZ");
+  share->put("\\\\server\\condivisa\\bin\\doppio.exe", "MZ");
+  for (const char* const path :
+       {"C:\\lavoro\\corrente.exe", "C:\\lavoro\\relativa\\relativo.exe", "C:\\locale\\locale.exe",
+        "C:\\locale\\doppio.exe", "C:\\locale\\sistema.exe", "C:\\WINDOWS\\system32\\sistema.exe",
+        "C:\\WINDOWS\\system\\vecchio.exe", "C:\\WINDOWS\\finestra.exe", "C:\\radice\\radicato.exe",
+        "C:\\locale\\x.exe"}) {
+    machine.putFile(path, "MZ");
+  }
+  OverlaidMachine over(machine);
+  overlay::ProgramSearch search(over.files(), machine.system(), machine.environment());
+  std::vector<std::string> tools;
+  for (const char* const name : {"corrente", "relativo", "locale", "rete", "doppio", "sistema",
+                                 "vecchio", "finestra", "radicato", "x"}) {
+    const std::string line = std::string(name) + " y";
+    sim::SimProcesses::Found found;
+    std::string program;
+    EXPECT_EQ(search.find(line, program), machine.programs().resolve(line, found)) << line;
+    EXPECT_EQ(identified(machine.files(), program), identified(machine.files(), found.program))
+        << line;
+    const SystemCode code = search.findTool(line, program);
+    EXPECT_EQ(code, machine.programs().resolveTool(line, found)) << line;
+    if (code == system_code::kSuccess) {
+      EXPECT_EQ(program, found.program) << line;
+      tools.emplace_back(name);
+    }
+  }
+  EXPECT_THAT(tools, ElementsAre("locale", "rete", "doppio", "sistema", "finestra", "x"));
+}
+
+TEST(AnOverlaysPrograms, HaveCommandLinesOfTheSystemsLength) {
+  sim::SimMachine machine;
+  machine.programs().define("C:\\a.exe");
+  OverlaidMachine over(machine);
+  const std::string program = "C:\\a.exe ";
+  started(over, program + std::string(32767 - program.size(), 'x'));
+  started(over, program + std::string(32768 - program.size(), 'x'), system_code::kInvalidParameter);
 }
 
 TEST(AnOverlaysPrograms, MayStandOnTopOnly) {
@@ -99,6 +153,7 @@ TEST(AnOverlaysPrograms, OpenPacksForRealAndWhatTheyWriteIsMounted) {
     const std::string text = process.machine().fileText(process.arguments()[0]);
     process.machine().putFile(process.arguments()[1] + "\\c\\vecchio.txt", "nuovo " + text);
     process.machine().putFile(process.arguments()[1] + "\\c\\d\\altro.txt", text);
+    EXPECT_TRUE(process.arguments()[0].ends_with("-pacco")) << "it may go by the name";
     return 1;
   });
   OverlaidMachine over(machine, {.findUnpacking = unpackingOf});
@@ -116,6 +171,25 @@ TEST(AnOverlaysPrograms, OpenPacksForRealAndWhatTheyWriteIsMounted) {
   EXPECT_EQ(machine.fileText("C:\\uscita\\c\\vecchio.txt"), "vecchio");
   EXPECT_FALSE(machine.folderExists("C:\\uscita\\c\\d"));
   EXPECT_EQ(over.steps().size(), 1U) << "the write; opening packs is no step";
+}
+
+TEST(AnOverlaysPrograms, OpenPacksIntoFoldersThatAreMadeForThem) {
+  sim::SimMachine machine;
+  machine.putFile("C:\\pacco", "due");
+  machine.programs().define("C:\\apri.exe", [](sim::SimProcess& process) -> std::uint32_t {
+    process.machine().putFile(process.arguments()[1] + "\\x.txt", "x");
+    process.machine().makeFolders(process.arguments()[1] + "\\d");
+    return 0;
+  });
+  OverlaidMachine over(machine, {.findUnpacking = unpackingOf});
+  started(over, "C:\\apri.exe C:\\pacco C:\\nuova\\sotto")->wait();
+  std::string content;
+  EXPECT_EQ(over.files().read("C:\\nuova\\sotto\\x.txt", 100, content), 0U);
+  started(over, "C:\\apri.exe C:\\pacco C:\\pacco\\sotto")->wait();
+  EXPECT_EQ(over.files().read("C:\\pacco\\sotto\\x.txt", 100, content), 3U)
+      << "a file stands in the folder's place";
+  EXPECT_EQ(over.files().read("C:\\pacco", 100, content), 0U);
+  EXPECT_FALSE(machine.folderExists("C:\\nuova"));
 }
 
 TEST(AnOverlaysPrivateFolder, IsNotSeenAndGoes) {
@@ -171,6 +245,17 @@ TEST(AnOverlaysPrivateFolder, IsToldByItsWholeName) {
   EXPECT_THAT(leftOf(machine, {}), IsEmpty());
   EXPECT_TRUE(machine.fileExists(std::string(kTemporary) + "trelv-STAZIONE-78-2"));
   EXPECT_TRUE(machine.fileExists("C:\\altrove\\x.txt")) << "a link is not followed";
+}
+
+TEST(AnOverlaysPrivateFolder, GoesWithTheLinksInItAndWithoutWhatTheyLeadTo) {
+  sim::SimMachine machine;
+  machine.putFile("C:\\altrove\\x.txt", "x");
+  const std::string left = std::string(kTemporary) + "trelv-STAZIONE-78-1";
+  machine.makeFolders(left);
+  machine.diskOf("C:\\").putLink(left + "\\legame", "C:\\altrove");
+  EXPECT_THAT(leftOf(machine, {}), IsEmpty());
+  EXPECT_FALSE(machine.folderExists(left));
+  EXPECT_TRUE(machine.fileExists("C:\\altrove\\x.txt"));
 }
 
 }  // namespace

@@ -47,7 +47,11 @@ TEST(AnOverlay, TakesMarksOnTopOnly) {
   std::unique_ptr<machine::Mark> second;
   EXPECT_EQ(over.top().exclusion.take("C:\\manca\\x.lck", "io", 0, mark), 3U);
   EXPECT_EQ(over.top().exclusion.take(path, "io", 0, mark), 0U);
+  const machine::LocalTime before = over.top().clock.now();
   EXPECT_EQ(over.top().exclusion.take(path, "io", 120'000, second), 32U);
+  machine::LocalTime after = over.top().clock.now();
+  after.minute -= 2;
+  EXPECT_EQ(after, before) << "as long as it would wait for it";
   std::string text;
   EXPECT_EQ(over.files().read(path, 10, text), 0U);
   EXPECT_EQ(text, "io");
@@ -92,6 +96,93 @@ TEST(AnOverlay, KeepsTheStoreOnTopAndRefusesOneThatCannotBeRead) {
   machine.configuration().answerAlways(-3000);
   EXPECT_EQ(store.setParameter("SYSTEM", "S", "K2", "A", 1, "x"), -3000);
   EXPECT_THAT(over.steps(), ElementsAre(Step{.kind = StepKind::Store, .value = "S:\\Lumo"}));
+}
+
+/// A store that writes its settings into a file; refuses the value "no".
+class StoreInAFile : public sim::SimConfigurationLibrary {
+ public:
+  explicit StoreInAFile(machine::Files& files) : files_(files) {}
+
+  std::int32_t setParameter(const std::string& /*product*/, const std::string& /*section*/,
+                            const std::string& /*key*/, const std::string& /*attribute*/,
+                            std::int32_t /*type*/, const std::string& value) override {
+    if (value == "no") {
+      return -3000;
+    }
+    return files_.write("C:\\deposito.xml", value) == system_code::kSuccess ? 0 : -3000;
+  }
+
+ private:
+  machine::Files& files_;
+};
+
+TEST(AnOverlay, NotesWhatIsStoredInsteadOfHowItsFileIsWritten) {
+  sim::SimMachine machine;
+  OverlaidMachine over(machine);
+  StoreInAFile inAFile(over.files());
+  overlay::StoreOverFiles store(inAFile, over.noted());
+  EXPECT_EQ(store.setParameter("SYSTEM", "S", "K", "A", 1, "S:\\Lumo"), 0);
+  EXPECT_EQ(store.setParameter("SYSTEM", "S", "K", "A", 1, "no"), -3000);
+  std::string text;
+  EXPECT_EQ(over.files().read("C:\\deposito.xml", 100, text), 0U);
+  EXPECT_EQ(text, "S:\\Lumo");
+  EXPECT_THAT(over.steps(), ElementsAre(Step{.kind = StepKind::Store, .value = "S:\\Lumo"}));
+  EXPECT_EQ(over.files().write("C:\\altro.txt", "x"), 0U);
+  EXPECT_EQ(over.steps().size(), 2U) << "what comes behind is noted again";
+}
+
+TEST(AnOverlay, NotesWhatRegistryValuesBecome) {
+  sim::SimMachine machine;
+  const auto hive = machine::Hive::LocalMachine;
+  machine.registry().setText(hive, "SOFTWARE\\LUMO", "Path", "S:\\Lumo");
+  OverlaidMachine over(machine);
+  std::unique_ptr<machine::RegistryKey> key;
+  ASSERT_EQ(over.top().registry.openKey(hive, "SOFTWARE\\LUMO", machine::key_access::kAll, key),
+            0U);
+  const std::string number("\x02\x01\x04\x03", 4);
+  const std::vector<std::tuple<std::string, std::uint32_t, std::string, std::string>> rows{
+      {"Path", machine::value_type::kText, std::string("\xE8\0x", 3), "è"},
+      {"Cartella", machine::value_type::kExpandText, "%TEMP%", "%TEMP%"},
+      {"Numero", machine::value_type::kNumber, number, "50594050"},
+      {"Corto", machine::value_type::kNumber, std::string("\x07", 1), "7"},
+      {"Byte", machine::value_type::kBinary, number, number}};
+  std::vector<Step> expected;
+  for (const auto& [name, type, data, shown] : rows) {
+    EXPECT_EQ(key->writeValue(name, type, data), 0U);
+    expected.push_back({.kind = StepKind::Registry,
+                        .subject = "HKLM\\SOFTWARE\\LUMO",
+                        .name = name,
+                        .value = shown});
+  }
+  EXPECT_EQ(over.steps(), expected);
+}
+
+TEST(AnOverlay, NotesNoRegistryValueThatStaysAsItIs) {
+  sim::SimMachine machine;
+  const auto hive = machine::Hive::LocalMachine;
+  machine.registry().setText(hive, "SOFTWARE\\LUMO", "Path", "S:\\Lumo");
+  OverlaidMachine over(machine);
+  std::unique_ptr<machine::RegistryKey> key;
+  ASSERT_EQ(over.top().registry.openKey(hive, "SOFTWARE\\LUMO", machine::key_access::kAll, key),
+            0U);
+  EXPECT_EQ(key->writeValue("Path", machine::value_type::kText, "S:\\Lumo"), 0U);
+  EXPECT_THAT(over.steps(), IsEmpty());
+  EXPECT_EQ(key->writeValue("Path", machine::value_type::kExpandText, "S:\\Lumo"), 0U);
+  EXPECT_EQ(over.steps().size(), 1U) << "of another type";
+}
+
+TEST(AnOverlay, SaysNothingOfAWordProcessorThatIsNotThere) {
+  sim::SimMachine machine;
+  OverlaidMachine over(machine);
+  std::unique_ptr<machine::WordProcessor> word;
+  const machine::AutomationAnswer missing = over.top().automation.startWord(word);
+  EXPECT_EQ(missing.code, machine::automation_code::kNotRegistered);
+  EXPECT_EQ(missing.source + missing.description, "");
+  EXPECT_THAT(over.steps(), IsEmpty());
+  machine.registry().makeKey(machine::Hive::LocalMachine, "SOFTWARE\\Classes\\Word.Application");
+  EXPECT_EQ(over.top().automation.startWord(word).code, 0U);
+  EXPECT_THAT(over.steps(),
+              ElementsAre(Step{.kind = StepKind::Command, .subject = "Word.Application"}));
 }
 
 TEST(AnOverlay, TakesAdministratorsRightsAwayWhenTold) {
