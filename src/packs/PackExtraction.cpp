@@ -346,10 +346,14 @@ bool ZipScan::clearedOfFailedPack() {
 
 /// Removes what a failed pack left below `folder`: the next copy would take it along. The packs of
 /// this scan stay, since the decoder puts them below the work folder too; behind a link there are
-/// none of them, and it goes itself.
+/// none of them, and it goes itself. So does a file in the folder's place.
 void ZipScan::clearLeftovers(const std::string& folder) {
   machine::FileFacts facts;
-  if (program_.machine.files.look(folder, facts) != system_code::kSuccess || !facts.folder) {
+  if (program_.machine.files.look(folder, facts) != system_code::kSuccess) {
+    return;
+  }
+  if (!facts.folder) {
+    program_.fileSystem.deleteFile(folder, true);
     return;
   }
   if (facts.reparsePoint || !FileSystemObject::liesAtOrIn(folder_, folder)) {
