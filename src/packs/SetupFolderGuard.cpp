@@ -24,9 +24,11 @@ bool isProgramFile(Program& program, const std::string& path) {
                                                    modLibrary::FileExists(program, path + ".exe"));
 }
 
+/// Of several blanks behind a name only the first one ends it.
 bool endsLikeProgram(const std::string& path) {
   const std::string extension = lowerCase(modLibrary::Extension(lastLevel(path)));
-  return extension == "exe" || extension == "com" || extension == "bat" || extension == "cmd";
+  return !path.ends_with(' ') &&
+         (extension == "exe" || extension == "com" || extension == "bat" || extension == "cmd");
 }
 
 /// Every beginning that ends before a blank, shortest first, then the whole text.

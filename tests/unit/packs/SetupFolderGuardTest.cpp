@@ -272,6 +272,10 @@ TEST_F(Guard, ShortNameCountsAsEveryLongNameThatHasOne) {
   expectStays({"C:\\PROGRA~1", "C:\\progra~2\\"});
   expectMayGo({"C:\\PROGRA~1\\zb"});
   expectStays({"S:\\HOSTLU~1\\prg"}, "S:\\Host Lumo");
+  expectStays({"S:\\HOSTLU~1\\prg"}, "S:\\HostLumo2026");
+  // Also one of which nothing but the number is left.
+  expectStays({"C:\\~1"});
+  expectMayGo({"C:\\Lumo~"});
   machine().system().setWindowsFolder("C:\\Windows di prova");
   expectStays({"C:\\WINDOW~1\\system32"});
 }
@@ -316,12 +320,17 @@ TEST_F(Guard, FolderOfAnUnquotedCommandIsThatOfItsShortestBeginningThatIsAFileAs
   EXPECT_EQ(folderOf("S:\\Lumo\\mv\\z b\\un ins -s"), "S:\\Lumo\\mv\\z b");
   share().makeFolders("S:\\Lumo\\mv\\z");
   EXPECT_EQ(folderOf("S:\\Lumo\\mv\\z b\\un ins.exe"), "S:\\Lumo\\mv\\z b");
+  // Each of several blanks ends a beginning.
+  share().putProgram("S:\\Lumo\\mv\\q .exe");
+  share().putProgram("S:\\Lumo\\mv\\q  b\\unins.exe");
+  EXPECT_EQ(folderOf("S:\\Lumo\\mv\\q  b\\unins.exe -s"), "S:\\Lumo\\mv");
   share().putProgram("S:\\Lumo\\mv\\z.exe");
   EXPECT_EQ(folderOf("S:\\Lumo\\mv\\z b\\un ins.exe -s"), "S:\\Lumo\\mv");
 }
 
 TEST_F(Guard, OfAMissingProgramTheOnlyBeginningThatEndsLikeOneIsTaken) {
   EXPECT_EQ(folderOf("S:\\Lumo\\mv\\z b\\unins.EXE -s a"), "S:\\Lumo\\mv\\z b");
+  EXPECT_EQ(folderOf("S:\\Lumo\\mv\\z b\\unins.exe  -s   a"), "S:\\Lumo\\mv\\z b");
   for (const std::string extension : {"bat", "cmd", "com", "exe"}) {
     EXPECT_EQ(folderOf("S:\\Lumo\\mv\\z b\\unins." + extension), "S:\\Lumo\\mv\\z b") << extension;
   }
