@@ -3,7 +3,6 @@
 #include <array>
 #include <utility>
 
-#include "base/Marked.h"
 #include "base/ProductName.h"
 #include "base/Trap.h"
 #include "platform/modLibrary.h"
@@ -26,15 +25,8 @@ void showPicture(Program& program, FormWindow& window, const FormPicture& pictur
   window.setPicture(picture.control, folder + "\\images\\" + picture.file);
 }
 
-SessionForm::Installing::Installing(SessionForm& form) : form_(form) {
-  form_.installing_ = true;
-  shown_ = form_.program_.machine.desktop.showModeless(form_);
-}
-
-SessionForm::Installing::~Installing() {
-  shown_.reset();
-  form_.installing_ = false;
-}
+SessionForm::Installing::Installing(SessionForm& form)
+    : installing_(form.installing_), shown_(form.program_.machine.desktop.showModeless(form)) {}
 
 SessionForm::SessionForm(Program& program, modProdTrelvInteractive::Help& help,
                          const FormPicture& picture)

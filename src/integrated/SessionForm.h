@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "base/Marked.h"
 #include "integrated/Help.h"
 #include "machine/Desktop.h"
 #include "machine/Form.h"
@@ -32,10 +33,11 @@ class SessionForm : public machine::Form {
     explicit Installing(SessionForm& form);
     Installing(const Installing&) = delete;
     Installing& operator=(const Installing&) = delete;
-    ~Installing();
 
    private:
-    SessionForm& form_;
+    /// In the order of their making: the form takes nothing before it is shown and until it is
+    /// gone.
+    Marked installing_;
     std::unique_ptr<machine::ShownForm> shown_;
   };
 

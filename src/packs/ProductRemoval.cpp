@@ -1,5 +1,7 @@
 #include "packs/ProductRemoval.h"
 
+#include <optional>
+
 #include "base/RuntimeError.h"
 #include "base/Text.h"
 #include "base/Trap.h"
@@ -72,16 +74,18 @@ void Removal::runCommands(const std::string& sideName) {
 void Removal::runCommand(std::string command) {
   modProdTrelvLibrary::ReplacePlaceholders(program_, command, paths_);
   // Looked up before it runs: a removal program may delete itself.
-  const std::string folder =
-      product_.side == Side::Server ? FolderOfCommand(program_, command) : "";
+  std::optional<std::string> folder;
+  if (product_.side == Side::Server) {
+    folder = FolderOfCommand(program_, command);
+  }
   program_.log.WriteLog("Gestione ProdTrelv - Esecuzione comando di rimozione prodotto: " +
                         command);
   anyExecuted_ = true;
   modLibrary::Execute(program_, command, true);
-  if (product_.side == Side::Server) {
+  if (folder) {
     // Kept: deleted behind each command, so a further command from the same folder finds no
     // program. Configuration files have one command for each folder.
-    removeSetupFolder(folder);
+    removeSetupFolder(*folder);
   }
 }
 

@@ -39,9 +39,7 @@ std::string ownName(Program& program) {
 /// Why nothing is done at this level of a path; empty where it is a plain folder or file, or
 /// missing. A trailing backslash would let the system follow a link.
 std::string linkAt(Program& program, std::string path) {
-  while (path.size() > 1 && path.back() == '\\') {
-    path.pop_back();
-  }
+  path.erase(path.find_last_not_of('\\') + 1);
   machine::FileFacts facts;
   const SystemCode code = FileSystemObject::isRoot(path) ? system_code::kSuccess
                                                          : program.machine.files.look(path, facts);

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <functional>
 #include <memory>
+#include <numeric>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -73,11 +74,11 @@ std::string littleEndian(std::int32_t number) {
 }
 
 std::int32_t fromLittleEndian(const std::string& bytes) {
-  std::uint32_t bits = 0;
-  for (std::size_t i = 0; i < bytes.size() && i < kNumberBytes; ++i) {
-    bits |= std::uint32_t{static_cast<unsigned char>(bytes[i])} << (8U * i);
-  }
-  return static_cast<std::int32_t>(bits);
+  const auto append = [](std::uint32_t bits, char byte) -> std::uint32_t {
+    return (bits << 8U) | static_cast<unsigned char>(byte);
+  };
+  return static_cast<std::int32_t>(
+      std::accumulate(bytes.rbegin(), bytes.rend(), std::uint32_t{0}, append));
 }
 
 std::int32_t status(SystemCode code) { return static_cast<std::int32_t>(code); }

@@ -155,8 +155,7 @@ constexpr int kMostPercent = 99;
 std::string percentageText(const machine::ProgressNumbers& numbers) {
   const std::int64_t max = numbers.max;
   const std::int64_t rounded = (std::int64_t{200} * numbers.value + max) / (2 * max);
-  const std::string digits = std::to_string(std::min<std::int64_t>(rounded, kMostPercent));
-  return std::string(digits.size() < 3 ? 3 - digits.size() : 0, '0') + digits + "%";
+  return "0" + twoDigits(static_cast<int>(std::min<std::int64_t>(rounded, kMostPercent))) + "%";
 }
 
 /// Makes a fresh bar ready. Value 0 lies below the bar's own minimum of 1 and is kept as a number:
