@@ -72,6 +72,13 @@ bool isInvalidName(std::string_view name) {
   return name.find_first_of("<>|?*:\"") != std::string::npos;
 }
 
+/// What the short name beside a long one ends with: ".TMP" of "A.TMPX".
+std::string shortExtension(const std::string& name) {
+  constexpr std::size_t kPointAndThree = 4;
+  const std::size_t point = std::min(name.rfind('.'), name.size());
+  return name.substr(point, kPointAndThree);
+}
+
 FileFacts factsOf(const SimNode& node) {
   FileFacts facts;
   facts.folder = node.folder;
@@ -557,9 +564,11 @@ SystemCode SimFiles::doList(const std::string& folder, const std::string& ending
   if (!place.node->allows(volumes_.user(), Right::Read)) {
     return kAccessDenied;
   }
+  const std::string wanted = upperCase(ending);
   entries.clear();
   for (const auto& child : place.node->children) {
-    if (upperCase(child->name).ends_with(upperCase(ending))) {
+    const std::string name = upperCase(child->name);
+    if (name.ends_with(wanted) || shortExtension(name).ends_with(wanted)) {
       entries.push_back({child->name, factsOf(*child)});
     }
   }

@@ -95,6 +95,7 @@ TEST_F(PatienceTest, ARefusedRightIsWaitedForOnceInAFolder) {
   EXPECT_EQ(inVain("C:\\d\\a", kAccessDenied), kAll);
   EXPECT_EQ(inVain("C:\\D\\A", kAccessDenied), 0U);
   EXPECT_EQ(inVain("C:\\d\\b", kAccessDenied), 0U);
+  EXPECT_EQ(inVain("C:\\d\\#1", kAccessDenied), 0U) << "whatever it is named";
   EXPECT_EQ(inVain("C:\\d\\e\\a", kAccessDenied), kAll) << "another folder has rights of its own";
   EXPECT_EQ(inVain("C:\\d\\b", kSharingViolation), kAll) << "a file in use is no refused right";
 }
@@ -125,6 +126,18 @@ TEST_F(PatienceTest, WhatCouldBeChangedIsWaitedForAgain) {
   EXPECT_EQ(inVain("C:\\e\\a", kSharingViolation), kAll);
   EXPECT_EQ(change("C:\\e\\a", kSharingViolation, 0), kSuccess);
   EXPECT_EQ(inVain("C:\\e\\a", kSharingViolation), kAll);
+}
+
+TEST_F(PatienceTest, AFileInUseStaysOneWhenAnotherOfItsFolderCouldBeChanged) {
+  EXPECT_EQ(inVain("C:\\d\\a", kSharingViolation), kAll);
+  EXPECT_EQ(change("C:\\d\\b", kSharingViolation, 0), kSuccess);
+  EXPECT_EQ(inVain("C:\\d\\a", kSharingViolation), 0U);
+}
+
+TEST_F(PatienceTest, ARefusedRightStaysOneWhenAFileOfAnotherFolderCouldBeChanged) {
+  EXPECT_EQ(inVain("C:\\d\\a", kAccessDenied), kAll);
+  EXPECT_EQ(change("C:\\e\\a", kAccessDenied, 0), kSuccess);
+  EXPECT_EQ(inVain("C:\\d\\a", kAccessDenied), 0U);
 }
 
 TEST_F(PatienceTest, AllWaitingInVainTogetherHasAnEnd) {

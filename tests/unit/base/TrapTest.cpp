@@ -25,6 +25,12 @@ TEST(Trap, SeesMissingMemoryAndFailuresOfTheLibraryAsFailures) {
             "troppo lungo");
 }
 
+TEST(Trap, NamesTheProgramAsTheSourceOfWhatTheLibraryRaises) {
+  const auto sourceOf = [](const RuntimeError& failure) { return failure.source(); };
+  EXPECT_EQ(trap([]() -> std::string { throw std::bad_alloc(); }, sourceOf), "TrelvManager");
+  EXPECT_EQ(trap([]() -> std::string { throw std::length_error("x"); }, sourceOf), "TrelvManager");
+}
+
 TEST(Trap, LetsAFailureOfTheHandlerTravel) {
   EXPECT_THROW(trap(fail, [](const RuntimeError&) -> int { throw RuntimeError(5, "", "due"); }),
                RuntimeError);

@@ -13,27 +13,13 @@
 #include "base/RuntimeError.h"
 #include "decoder/Extraction.h"
 #include "decoder/Placement.h"
+#include "support/Allocated.h"
 #include "support/decoder/DecoderPacks.h"
-
-#ifdef __SANITIZE_ADDRESS__
-// The sanitiser's own; the compiler's headers do not declare it.
-extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
-#else
-#include <malloc.h>
-#endif
 
 namespace trelv::decoder {
 namespace {
 
-/// Bytes that the process has allocated and not given back.
-std::size_t allocated() {
-#ifdef __SANITIZE_ADDRESS__
-  return __sanitizer_get_current_allocated_bytes();
-#else
-  const struct mallinfo2 info = mallinfo2();
-  return info.uordblks + info.hblkhd;
-#endif
-}
+using tests::allocated;
 
 class Peak {
  public:

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -18,6 +19,9 @@ class FakeMachine : public DecoderMachine {
  public:
   SystemCode openPack(const std::string& path, std::unique_ptr<PackInput>& pack) override {
     asked.push_back(path);
+    if (withoutMemory) {
+      throw std::bad_alloc();
+    }
     made = nullptr;
     if (packCode == system_code::kSuccess) {
       pack = std::make_unique<MemoryPack>(packBytes);
@@ -45,6 +49,7 @@ class FakeMachine : public DecoderMachine {
   }
 
   std::string packBytes = pack(TarBytes());
+  bool withoutMemory = false;
   SystemCode packCode = system_code::kSuccess;
   SystemCode outputCode = system_code::kSuccess;
   std::vector<std::string> asked;
@@ -138,6 +143,13 @@ TEST_F(DecoderTest, AFailureIsToldInOneLine) {
     EXPECT_EQ(result.line, std::string("qalbunex: C:\\P\\a.gz: ") + row.line);
     EXPECT_EQ(machine_.asked.size(), row.asked);
   }
+}
+
+TEST_F(DecoderTest, MissingMemoryIsToldInOneLineOfThePack) {
+  machine_.withoutMemory = true;
+  const DecoderResult result = run({"C:\\P\\a.gz", "C:\\T"});
+  EXPECT_EQ(result.exitCode, 2);
+  EXPECT_EQ(result.line, "qalbunex: C:\\P\\a.gz: Memoria insufficiente");
 }
 
 }  // namespace

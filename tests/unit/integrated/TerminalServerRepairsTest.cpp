@@ -118,6 +118,14 @@ TEST_F(Repairs, ProfileIsTheLastPartOfTheSessionsOwnWhateverUserAndDomainAreCall
   EXPECT_FALSE(exists("C:\\Profili\\mario.UFFICIO\\windows\\lumow.ini"));
 }
 
+TEST_F(Repairs, ProfileOfAUserOfADomainIsThatOfTheNameWhereNoneCarriesTheDomain) {
+  machine().environment().remove("USERPROFILE");
+  machine().environment().put("USERDOMAIN", "UFFICIO");
+  RiparaCorvelTS(program_);
+  EXPECT_THAT(lines(),
+              Contains(testing::EndsWith(" a: \\windows\\..\\..\\mario\\windows\\lumow.ini")));
+}
+
 // To the system both names are the same folder.
 TEST_F(Repairs, ProfileOfAUserWithoutDomainIsNotThatOfANameWithAPoint) {
   machine().environment().remove("USERDOMAIN");
@@ -569,12 +577,24 @@ TEST_F(Repairs, ZeltomodelliOfAnotherPlaceIsPointedAtThisOneOneOfTheUsersOwnChoi
   };
   EXPECT_EQ(repaired("[Parametri]\r\nPathModelli=T:\\Vecchio\\mv\\zm\r\nAltro=1\r\n"),
             "[Parametri]\r\nPathModelli=S:\\Lumo\\mv\\ZM\r\nAltro=1\r\n");
+  EXPECT_THAT(lines(), Not(Contains(HasSubstr("Impossibile"))));
   for (const std::string content :
        {"[Parametri]\nPathModelli=D:\\Modelli\n", "[Parametri]\n PathModelli = s:\\LUMO\\mv\\zm\n",
         "[Altro]\nx=1\n"}) {
     EXPECT_EQ(repaired(content), content);
   }
   EXPECT_THAT(lines(), Not(Contains(HasSubstr("creazione"))));
+}
+
+TEST_F(Repairs, ZeltomodelliIniThatCannotBePointedAtThisPlaceIsTold) {
+  const std::string ini = kUser + "\\zeltomodelli.ini";
+  machine().makeFolders(kModels);
+  put(ini, "[Parametri]\r\nPathModelli=T:\\Vecchio\\mv\\zm\r\n");
+  disk().setReadOnly(ini);
+  repairModels();
+  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Gestione anomalia ZeltoModelli: Impossibile "
+                                "scrivere il file: " +
+                                ini));
 }
 
 TEST_F(Repairs, ZeltomodelliIniThatCannotBeMadeIsTold) {

@@ -3,6 +3,8 @@
 
 #include <functional>
 
+#include "interactive/PackInstallation.h"
+#include "interactive/modProdTrelvInteractive.h"
 #include "support/Refusals.h"
 #include "support/Rows.h"
 #include "support/Texts.h"
@@ -437,6 +439,21 @@ TEST_F(BadMedium, WithoutRoomForTheWorkFolderNothingIsOpened) {
   EXPECT_EQ(forms().back(), kStandalone);
 }
 
+TEST_F(BadMedium, WithoutRoomForTheFolderOfAnEntrysPacksNoneIsOpened) {
+  const std::string folder = "C:\\Users\\mario\\Temp\\~pacchi1.tmp";
+  machine().callLog().setInjector([&](const sim::SimCall& call) -> std::optional<SystemCode> {
+    const bool makesIt = call.kind == sim::CallKind::FolderMake && call.path == folder;
+    return makesIt ? std::optional<SystemCode>(system_code::kDiskFull) : std::nullopt;
+  });
+  installStandard({"Nerio"});
+  EXPECT_THAT(machine().started(), IsEmpty());
+  EXPECT_THAT(lines(),
+              Contains("Gestione ProdTrelv - Cartella temporanea non creata (Disco pieno: " +
+                       folder + ")"));
+  expectWarning("\r\nNerio: prodotti\\packs\\nerio\\nerio.zip");
+  EXPECT_THAT(leftovers(), IsEmpty());
+}
+
 TEST_F(BadMedium, WithoutRoomForAPackSevenZipSaysSo) {
   station_.putMediumFile("prodotti\\packs\\nerio\\nerio.zip", packBytes({{"nerio.gz", "h"}}, 8));
   installStandard({"Nerio"});
@@ -538,8 +555,9 @@ TEST_F(BadMedium, AWorkFolderThatCannotBeRemovedIsTold) {
     machine().diskOf("C:\\").denyWriting("C:\\Users\\mario\\Temp\\~pacchi1.tmp");
   });
   installStandard({"Nerio"});
-  EXPECT_THAT(lines(), Contains(HasSubstr("Gestione ProdTrelv - Cartella temporanea non rimossa: "
-                                          "C:\\Users\\mario\\Temp\\~pacchi1.tmp (")));
+  EXPECT_THAT(lines(), Contains("Gestione ProdTrelv - Cartella temporanea non rimossa: "
+                                "C:\\Users\\mario\\Temp\\~pacchi1.tmp (Autorizzazione negata: "
+                                "C:\\Users\\mario\\Temp\\~pacchi1.tmp)"));
   EXPECT_THAT(station_.setups(), ElementsAre(std::string(kTree) + "\\nerio\\setup.exe"));
 }
 
@@ -555,6 +573,46 @@ TEST_F(BadMedium, AShareThatIsGoneIsToldAndTheRecordIsWrittenAllTheSame) {
   expectWarning("\r\nNerio: nerio.gz", kNext);
   EXPECT_EQ(station_.station().recordedIntegration(), "S:\\Lumo");
   EXPECT_THAT(station_.reports(), Not(IsEmpty()));
+}
+
+// --- Who reports
+
+/// A process that was started from a medium in drive E:.
+class ReportOfASession : public testing::Test {
+ protected:
+  ReportOfASession() {
+    program_.sim.mount("E:");
+    program_.state.session.mediaRoot = "E:\\";
+  }
+
+  FakeProgram program_;
+};
+
+TEST_F(ReportOfASession, NamesTheLookAtTheMedium) {
+  program_.sim.putFile("E:\\Setup.cmf", "x");
+  program_.sim.diskOf("E:\\").deny("E:\\Setup.cmf");
+  EXPECT_FALSE(modProdTrelvInteractive::TestFileSetup(program_));
+  EXPECT_THAT(
+      program_.reports(),
+      ElementsAre(isReport("TestFileSetup", "Errore in teset configurazione", 70, "ModMain")));
+}
+
+TEST_F(ReportOfASession, NamesTheReadingOfAFileThatEndsTooSoonAndTheProgramAsItsSource) {
+  program_.sim.putFile("E:\\Versione.ver", "");
+  modProdTrelvInteractive::getVersione(program_);
+  ASSERT_THAT(
+      program_.reports(),
+      ElementsAre(isReport("getVersione", "Errore in reperimento versione", 62, "modutils")));
+  EXPECT_EQ(program_.reports()[0].failure.source(), "TrelvManager");
+  EXPECT_EQ(program_.reports()[0].failure.description(), "Fine del file: E:\\Versione.ver");
+}
+
+TEST_F(ReportOfASession, NamesTheInstallationOfPacks) {
+  program_.log.linesWithoutMemory = 1;
+  modProdTrelvInteractive::InstallPacks(program_);
+  EXPECT_THAT(program_.reports(),
+              ElementsAre(isReport("InstallPacks", "Errore in installazione pacchi: ", 7,
+                                   "ModProdTrelvInteractive")));
 }
 
 }  // namespace

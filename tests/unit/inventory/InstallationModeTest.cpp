@@ -132,6 +132,9 @@ TEST_F(ServerPath, OfADeviceIsThatOfTheCurrentOneAskedWithABufferThatDoubles) {
       {{"\\Device\\Neu", "\\Device\\Alt"}, true, "\\Device\\Neu\\Lumo", 1},
       {{std::string(254, 'x')}, true, std::string(254, 'x') + "\\Lumo", 1},
       {{std::string(600, 'x')}, true, std::string(600, 'x') + "\\Lumo", 3},
+      // What is asked with a buffer of a million characters is the most.
+      {{std::string(600'000, 'x')}, true, std::string(600'000, 'x') + "\\Lumo", 13},
+      {{std::string(1'100'000, 'x')}, true, "\\Lumo", 13},
       {{std::string(1000, 'x') + "\\STAZIONE\\d"},
        false,
        std::string(1000, 'x') + "\\STAZIONE\\d\\Lumo",

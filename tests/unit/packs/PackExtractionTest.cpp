@@ -439,11 +439,11 @@ TEST_F(Leftovers, ThatCannotBeRemovedKeepEveryPackClosedAndTheCallerGoesOn) {
   EXPECT_THAT(started(), IsEmpty());
   EXPECT_THAT(waiting(), ElementsAre("a.zip", "b.zip"));
   EXPECT_EQ(target().tree(), "");
-  EXPECT_EQ(endsOf(lines(),
-                   "Gestione ProdTrelv - Contenuto di un pacco non rimosso, nessun altro "
-                   "pacco viene aperto: ")
-                .size(),
-            1U);
+  EXPECT_THAT(endsOf(lines(),
+                     "Gestione ProdTrelv - Contenuto di un pacco non rimosso, nessun altro "
+                     "pacco viene aperto: "),
+              ElementsAre("C:\\Users\\mario\\Temp\\prg (File in uso da un altro programma: " +
+                          inWork("zb.ini") + ")"));
   EXPECT_THAT(boxes(), IsEmpty());
   EXPECT_THAT(program_.reports(), IsEmpty());
   machine_.diskOf("C:\\").release(inWork("zb.ini"));
@@ -460,6 +460,15 @@ TEST_F(Leftovers, AFileInTheirPlaceIsRemovedToo) {
   EXPECT_EQ(brought("a.ini"), "a");
   machine_.putFile(kTop, "x");
   scan();
+  EXPECT_FALSE(machine_.fileExists(kTop));
+}
+
+TEST_F(Leftovers, AFileInTheirPlaceThatAFailedPackLeftKeepsNoOtherPackClosed) {
+  machine_.removeTree(kTop);
+  put("a.zip", "no pack").putPacks("b");
+  machine_.desktop().onBox([this](const sim::SimBox&) { machine_.putFile(kTop, "x"); });
+  scan();
+  EXPECT_EQ(filesOf(kTargetTree), "b.ini=b");
   EXPECT_FALSE(machine_.fileExists(kTop));
 }
 

@@ -105,6 +105,14 @@ TEST_F(ProductInstall, IntegratedGoesOnWhenThePackIsMissing) {
   EXPECT_EQ(boxes().back().text, kInstalled);
 }
 
+TEST_F(ProductInstall, IntegratedRefreshesTheClientCopyAlsoWithoutATemporaryFolder) {
+  machine().support().setTemporaryPath("");
+  installIntegrated();
+  EXPECT_THAT(started(), IsEmpty());
+  EXPECT_TRUE(told("Gestione ProdTrelv - Copia Trelvmanager.Exe eseguita"));
+  EXPECT_EQ(boxes().back().text, kInstalled);
+}
+
 TEST_F(ProductInstall, IntegratedSaysSoAlsoWhenTheClientCopyCouldNotBeRefreshed) {
   share().removeTree(kAmbver);
   installIntegrated();

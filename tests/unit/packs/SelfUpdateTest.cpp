@@ -346,6 +346,7 @@ TEST_F(SelfUpdate, CopyThatWasPutAsideComesBackWhenTheNewOneCannotTakeItsPlace) 
   EXPECT_EQ(clientCopy(), "il vecchio");
   EXPECT_EQ(ambver(), "AMB0001 01/02/08 10:11\r\n");
   EXPECT_THAT(temporaries(), IsEmpty());
+  EXPECT_THAT(lines(), Not(Contains(HasSubstr("non ripristinata"))));
 }
 
 TEST_F(SelfUpdate, CopyThatCannotComeBackIsTold) {

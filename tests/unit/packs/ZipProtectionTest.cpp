@@ -103,6 +103,18 @@ std::string zip64Leading(std::uint64_t offset) {
   return entry + directory + end(directory.size(), entry.size());
 }
 
+/// An entry whose sizes and place all stand in its extra field.
+std::string zip64Whole(const Entry& entry) {
+  const std::string extra =
+      number(1, 2) + number(24, 2) + number(5, 8) + number(5, 8) + number(0, 8);
+  const std::string directory = "PK\1\2" + number(20, 2) + number(20, 2) + number(entry.flags, 2) +
+                                number(0, 10) + number(kIn64Record, 4) + number(kIn64Record, 4) +
+                                number(entry.name.size(), 2) + number(extra.size(), 2) +
+                                number(0, 10) + number(kIn64Record, 4) + entry.name + extra;
+  const std::string header = localHeader(entry);
+  return header + directory + end(directory.size(), header.size());
+}
+
 const std::vector<Entry> kPlain{{"prg/", ""}, {"prg/a.ini", "a"}, {"prg/b.ini", "b", 8}};
 const std::vector<Entry> kSecret{{"prg/", ""}, {"prg/a.ini", "a"}, {"prg/b.ini", "b", kEncrypted}};
 
@@ -148,10 +160,17 @@ const std::vector<Pack> kPacks{
     {"AnEntryThatStandsNowhere", zip64Leading(~std::uint64_t{0} - 10), true},
     {"AnEntryBehindTheEnd", zip64Leading(0x1'0000'0000), true},
     {"AnEntryWherePlaceIsInTheExtraField", zip64Leading(0), false},
+    {"AnEntryWhoseSizesAndPlaceAreInTheExtraField", zip64Whole({"a", "aaaaa"}), false},
+    {"EncryptedWithItsSizesAndPlaceInTheExtraField", zip64Whole({"a", "aaaaa", 0, kEncrypted}),
+     true},
     {"ManyLargeEntries",
      zip({{"a", std::string(20000, 'x')}, {"b", std::string(20000, 'x')}, {"c", "c"}}), false},
     {"TheLastOfManyLargeEntries",
      zip({{"a", std::string(20000, 'x')}, {"b", std::string(20000, 'x')}, {"c", "c", 0, 1}}), true},
+    // 16 KB are read at once, of which the second header has the last six bytes.
+    {"AHeaderThatIsReadInTwoPieces", zip({{"a", std::string(16347, 'x')}, {"b", "b"}}), false},
+    {"EncryptedByAHeaderThatIsReadInTwoPieces",
+     zip({{"a", std::string(16347, 'x')}, {"b", "b", 0, kEncrypted}}), true},
     {"BytesBehindTheEnd", zip(kPlain) + "rest", false},
     {"EncryptedWithBytesBehindTheEnd", zip(kSecret) + "rest", true},
     {"Beyond4GB", zip64(kPlain), false},

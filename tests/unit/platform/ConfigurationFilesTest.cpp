@@ -57,10 +57,14 @@ TEST_F(ConfigurationFilesTest, ManyValuesOfAFileCostOneOpening) {
 }
 
 TEST_F(ConfigurationFilesTest, EachFileIsReadOnceUnderAllSpellingsOfItsPath) {
-  machine_.mount("\\\\server\\share");
+  for (const char* const volume : {"\\\\server\\share", "A:", "Z:"}) {
+    machine_.mount(volume);
+  }
   for (const auto& [file, otherSpelling] : std::vector<std::pair<std::string, std::string>>{
            {kFile, "s:\\LUMO\\PRG\\AGDVCOMP.INI"},
            {"C:\\Lumo\\agdvver.ini", "c:\\lumo\\AGDVVER.ini"},
+           {"A:\\zm.ini", "a:\\ZM.ini"},
+           {"Z:\\zm\\zm.ini", "z:\\ZM\\zm.ini"},
            {"S:\\citt\u00E0.ini", "S:\\CITT\u00C0.INI"},
            {"\\\\server\\share\\a.ini", "\\\\SERVER\\share\\a.ini"}}) {
     const std::string value = std::to_string(file.size());

@@ -107,6 +107,13 @@ TEST_F(Execution, ThatFailsUnexpectedlyIsReportedAndNoSuccess) {
   define([](sim::SimProcess&) { throw std::bad_alloc(); });
   EXPECT_FALSE(execute());
   expectReported("C:\\p.exe", runtime_number::kOutOfMemory);
+  EXPECT_FALSE(ExecuteTool(program, "C:\\p.exe", true));
+  expectReported("C:\\p.exe", runtime_number::kOutOfMemory);
+  EXPECT_FALSE(ExecuteUntilReady(program, "C:\\p.exe"));
+  expectReported("C:\\p.exe", runtime_number::kOutOfMemory);
+  std::uint32_t exitCode = 0;
+  EXPECT_FALSE(ExecuteBound(program, "C:\\p.exe", exitCode));
+  expectReported("C:\\p.exe", runtime_number::kOutOfMemory);
 }
 
 TEST_F(Execution, PassesTheCommandLineAsItIs) {
@@ -153,6 +160,11 @@ TEST_F(Execution, LetsIniFilesBeReadAnewAfterwards) {
   EXPECT_EQ(ReadSetting(program, value), "old");
   EXPECT_TRUE(execute());
   EXPECT_EQ(ReadSetting(program, value), "new");
+  sim.putFile("C:\\a.ini", "[S]\r\nk=old\r\n");
+  program.configurationFiles.forget();
+  EXPECT_EQ(ReadSetting(program, value), "old");
+  EXPECT_TRUE(ExecuteUntilReady(program, "C:\\p.exe"));
+  EXPECT_EQ(ReadSetting(program, value), "new") << "also before it has ended";
 }
 
 TEST_F(Execution, UntilReadyEndsOnceTheProgramHasReadWhatItWasGiven) {

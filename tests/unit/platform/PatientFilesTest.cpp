@@ -204,6 +204,16 @@ TEST_F(PatientFilesTest, AServerThatStaysAwayIsWaitedForOnceOnEachOfItsShares) {
   EXPECT_LT(callsOf("files.look"), 120U);
 }
 
+TEST_F(PatientFilesTest, EachShareOfAServerHasTimeToComeBack) {
+  machine_.mount("\\\\SRV\\Uno")->disconnect(kNetNameDeleted);
+  machine_.mount("\\\\SRV\\Due")->disconnect(kNetNameDeleted);
+  machine::FileFacts facts;
+  for (const char* const path : {"\\\\SRV\\Uno\\a", "\\\\srv\\uno\\b", "\\\\SRV\\Due\\a"}) {
+    EXPECT_EQ(files_.look(path, facts), kNetNameDeleted);
+  }
+  EXPECT_EQ(paused(), 2 * kAll);
+}
+
 TEST_F(PatientFilesTest, WritingWaitsForNoRight) {
   disk_.denyWriting("C:\\d");
   EXPECT_EQ(files_.write("C:\\d\\none.txt", "x"), kAccessDenied);
@@ -217,6 +227,12 @@ TEST_F(PatientFilesTest, AProgramThatRunsIsWaitedForOnceUnderBothItsNames) {
   EXPECT_EQ(files_.moveFile(kFile, "C:\\e.txt"), kSuccess);
   EXPECT_EQ(files_.removeFile("C:\\e.txt"), kAccessDenied);
   EXPECT_EQ(paused(), kAll);
+}
+
+TEST_F(PatientFilesTest, AFileThatWasMovedIsWaitedForUnderItsNewName) {
+  ASSERT_EQ(files_.moveFile(kFile, "C:\\e.txt"), kSuccess);
+  holdFor("C:\\e.txt", 1500);
+  EXPECT_EQ(files_.removeFile("C:\\e.txt"), kSuccess);
 }
 
 TEST_F(PatientFilesTest, WhatALookShowsToBeRefusedForGoodIsNotWaitedFor) {

@@ -285,6 +285,15 @@ TEST_F(XmlStoreTest, EveryCutOfAGoodDocumentIsToldAndNoneCrashes) {
   }
 }
 
+TEST_F(XmlStoreTest, AFileThatIsGoneBehindTheLookAtItIsMissing) {
+  for (const SystemCode gone :
+       {system_code::kFileNotFound, system_code::kPathNotFound, system_code::kBadNetPath,
+        system_code::kInvalidName, system_code::kBadPathname}) {
+    sim.callLog().setInjector(tests::refuse({sim::CallKind::FileRead}, gone));
+    expectRefused(-4012);
+  }
+}
+
 TEST_F(XmlStoreTest, AFileThatMayNotBeReadIsANavigationError) {
   sim.diskOf(kFile).holdOpen(kFile, sim::Sharing::None);
   expectRefused(-3000);

@@ -199,11 +199,16 @@ TEST_F(Store, FailsOnAValueOrAPathThatFillsTheBuffer) {
   EXPECT_FALSE(read());
   EXPECT_EQ(value, "");
   library.setConfigPath("C:\\" + std::string(997, 'x'));
-  EXPECT_NE(configPath(), 0);
+  EXPECT_EQ(configPath(), -9999);
   EXPECT_EQ(value, "");
   EXPECT_THAT(program.reports(),
               ElementsAre(isReport("GetParameterXML", _, testing::Ne(0), kModule),
-                          isReport("GetConfigPath", _, testing::Ne(0), kModule)));
+                          isReport("GetConfigPath",
+                                   "Errore in lettura percorso di configurazione: ", testing::Ne(0),
+                                   kModule)));
+  for (const FakeReport& report : program.reports()) {
+    EXPECT_EQ(report.failure.description(), "Valore troppo lungo");
+  }
 }
 
 TEST_F(Store, ThatCannotBeCalledIsReportedByEveryWrapper) {

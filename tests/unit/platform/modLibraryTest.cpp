@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <new>
+
 #include "platform/modLibrary.h"
 #include "support/FakeProgram.h"
 #include "support/Matchers.h"
@@ -47,7 +49,9 @@ TEST_F(TheWindowsFolder, IsLowerCaseAndEndsBeforeASystemFolderAndAtTheFirstNul) 
 TEST_F(TheWindowsFolder, IsEmptyAfterAReportWhenTheSystemDoesNotTell) {
   sim.callLog().setInjector(refuse({CallKind::WindowsFolderQuery}));
   EXPECT_EQ(WindowsFolder(program), "");
-  EXPECT_THAT(program.reports(), ElementsAre(isReport("WindowsFolder", _, 70, kModule)));
+  EXPECT_THAT(program.reports(),
+              ElementsAre(isReport("WindowsFolder", "Errore in lettura cartella di Windows: ", 70,
+                                   kModule)));
 }
 
 TEST_F(TheWindowsFolder, OfTheUserLiesBelowTheProfileOnATerminalServer) {
@@ -377,6 +381,13 @@ TEST_F(Settings, WithoutASectionAreWrittenWithoutACall) {
 TEST_F(Settings, ThatAreRefusedAnswerZero) {
   EXPECT_EQ(write("w", "S", "C:\\no\\a.ini"), 0U);
   EXPECT_THAT(program.reports(), IsEmpty());
+}
+
+TEST_F(Settings, WhoseWritingFailsUnexpectedlyAnswerZeroAfterAReport) {
+  sim.onCall("profiles.writeValue", [] { throw std::bad_alloc(); });
+  EXPECT_EQ(write("w"), 0U);
+  EXPECT_THAT(program.reports(),
+              ElementsAre(isReport("WriteSetting", "Errore in scrittura file: ", 7, kModule)));
 }
 
 // --- File version

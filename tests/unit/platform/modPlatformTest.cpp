@@ -242,6 +242,15 @@ TEST(TerminalServerAnswers, AreResetAtEveryCall) {
   EXPECT_FALSE(program.state.platform.win2003SingleUser);
 }
 
+TEST(TerminalServerAnswers, AreThoseOfNoneWhereTheSystemCannotBeAskedAnyMore) {
+  FakeProgram program;
+  program.sim.setEdition(WindowsEdition::Win2003TerminalServer);
+  EXPECT_TRUE(IsWin2003TS(program));
+  raiseFromNowOn(program);
+  EXPECT_FALSE(IsWin2003TS(program));
+  EXPECT_FALSE(program.state.platform.win2003TerminalServer);
+}
+
 TEST(IsWinNT40TS, NeedsTheNameOfTheTerminalServerInTheRegistry) {
   constexpr const char* kKey = "System\\CurrentControlSet\\Control\\ProductOptions";
   FakeProgram program;
@@ -306,6 +315,15 @@ TEST(UserName, HasUpTo250CharactersEndsAtTheFirstNulAndIsElseEmptyInSilence) {
     EXPECT_EQ(UserName(program), found);
   }
   EXPECT_THAT(program.reports(), IsEmpty());
+}
+
+TEST(UserName, ThatFailsUnexpectedlyIsReportedAndEmpty) {
+  FakeProgram program;
+  raiseFromNowOn(program);
+  EXPECT_EQ(UserName(program), "");
+  EXPECT_THAT(
+      program.reports(),
+      ElementsAre(isReport("UserName", "Errore in lettura nome utente: ", 5, "modPlatform")));
 }
 
 }  // namespace

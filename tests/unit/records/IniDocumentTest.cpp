@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -7,6 +8,7 @@
 #include <vector>
 
 #include "records/IniDocument.h"
+#include "support/Allocated.h"
 
 namespace trelv {
 namespace {
@@ -134,6 +136,18 @@ TEST(IniDocument, EveryOfManySectionsAndKeysIsFound) {
 }
 
 // --- What it can be asked
+
+TEST(IniDocument, OfALargeFileTakesLittleMoreMemoryThanTheFile) {
+  std::string text = "[s]\n";
+  while (text.size() < 1'000'000) {
+    text += "k" + std::to_string(text.size()) + "=" + std::string(1000, 'v') + "\n";
+  }
+  const std::size_t length = text.size();
+  const std::size_t before = tests::allocated();
+  const IniDocument document(std::move(text));
+  EXPECT_EQ(document.value("s", "k4"), std::string(1000, 'v'));
+  EXPECT_LT(tests::allocated() - before, length / 2);
+}
 
 TEST(IniDocument, UnderstandsPlainAnsiText) {
   for (const char* const text :

@@ -130,6 +130,14 @@ TEST_F(ShowProgressOnForm, RefusingBarEndsItWithoutAWord) {
   EXPECT_EQ(0U, eventRounds());
 }
 
+TEST_F(ShowProgressOnForm, BarThatComesToZeroIsAtItsBeginning) {
+  showAt({.min = -3, .max = 4, .value = -1});
+  EXPECT_EQ("0 of 5 from -3", bar());
+  EXPECT_EQ("000%", percentage());
+  showAt({.min = -3, .max = 4, .value = -2}, "altra");
+  EXPECT_THAT(lines(), ElementsAre("riga")) << "below zero there is no percentage";
+}
+
 TEST_F(ShowProgressOnForm, BarWhoseEndWouldBeZeroEndsIt) {
   showAt({.min = 0, .max = -1, .value = 0});
   EXPECT_THAT(percentages(), IsEmpty());

@@ -194,6 +194,7 @@ TEST_F(WriteLog, NamedFileIsUsedForThisAndAllLaterLinesAndNeverDiscarded) {
   EXPECT_FALSE(machine_.fileExists(kLog));
   EXPECT_EQ(kOtherLog, state().logFile);
   EXPECT_EQ(kLogFolder, state().logFolder);
+  EXPECT_EQ(1U, machine_.openings("C:\\Users").looks) << "the log folder is there";
 }
 
 TEST_F(FirstLog, ThatIsNamedStillMakesTheLogFolder) {

@@ -76,8 +76,10 @@ TEST_F(VersionForm, ConfirmingNothingShowsTheMessageAndStays) {
   put({"a.zip", "b.zip"});
   program_.state.session.chosenVersions = {{"vecchio", "vecchio"}};
   EXPECT_FALSE(show([this](SimFormWindow& form) {
+    form.setFocus("cmdExec");
     form.click("cmdExec");
     EXPECT_TRUE(form.isOpen());
+    EXPECT_EQ(form.focus(), kList);
     EXPECT_THAT(chosen(), IsEmpty()) << "emptied at the beginning";
   }));
   EXPECT_THAT(boxes(), ElementsAre(isBox(BoxIcon::Critical, "Selezionare almeno una voce")));

@@ -139,7 +139,9 @@ TEST_F(StandaloneForm, PictureAndBackButtonAreAsTheSessionSays) {
 
 TEST_F(StandaloneForm, WithNothingSelectedEitherWayHasItsOwnMessage) {
   show([](SimFormWindow& form) {
+    form.setFocus("cmdExec");
     form.click("cmdExec");
+    EXPECT_EQ(form.focus(), kList);
     form.doubleClick(kList, -1);
     EXPECT_TRUE(form.isOpen());
   });
@@ -168,6 +170,17 @@ TEST_F(StandaloneForm, GoingOnRecordsTheProductAndItsLinesStandInTheirOrder) {
 TEST_F(StandaloneForm, ADoubleClickSelectsItsItemAndConfirms) {
   show([](SimFormWindow& form) {
     form.doubleClick(kList, 0);
+    EXPECT_FALSE(form.isOpen());
+  });
+  ASSERT_THAT(selection(), SizeIs(1));
+  EXPECT_EQ(selection()[0].identifier, "NERIO");
+}
+
+// What reads the screen aloud, or works by itself, selects without a word to the form.
+TEST_F(StandaloneForm, WhatTheListShowsSelectedIsTakenHoweverItCameToBe) {
+  show([](SimFormWindow& form) {
+    form.setItemSelected(kList, 0, true);
+    form.click("cmdExec");
     EXPECT_FALSE(form.isOpen());
   });
   ASSERT_THAT(selection(), SizeIs(1));
@@ -382,8 +395,8 @@ TEST_F(StandaloneForm, AFolderThatCannotBeReadIsReportedAndTheFormStays) {
   });
   machine_.desktop().declareForm("frmError", {{"txtModulo", "txtProcedura"}, {}});
   std::vector<std::string> told;
-  machine_.desktop().onForm("frmError", [&](SimFormWindow& form) {
-    told = {form.text("txtModulo"), form.text("txtProcedura")};
+  machine_.desktop().onEveryForm("frmError", [&](SimFormWindow& form) {
+    told.push_back(form.text("txtModulo") + "." + form.text("txtProcedura"));
   });
   show([](SimFormWindow& form) {
     form.toggle(kList, 0);
@@ -392,7 +405,8 @@ TEST_F(StandaloneForm, AFolderThatCannotBeReadIsReportedAndTheFormStays) {
     form.doubleClick(kList, 0);
     EXPECT_TRUE(form.isOpen());
   });
-  EXPECT_THAT(told, ElementsAre("frmProdTrelvStandalone", "cmdExec_Click"));
+  EXPECT_THAT(told, ElementsAre("frmProdTrelvStandalone.cmdExec_Click",
+                                "frmProdTrelvStandalone.ListProd_DblClick"));
   EXPECT_THAT(selection(), IsEmpty());
 }
 

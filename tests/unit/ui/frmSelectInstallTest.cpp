@@ -99,8 +99,10 @@ TEST_F(SelectInstall, AnEarlierChoiceIsSelectedAgain) {
 
 TEST_F(SelectInstall, WithNothingSelectedOnlyTheMessageIsShown) {
   show([](SimFormWindow& form) {
+    form.setFocus("cmdExec");
     form.click("cmdExec");
     EXPECT_TRUE(form.isOpen());
+    EXPECT_EQ(form.focus(), kList);
     form.doubleClick(kList, -1);
     EXPECT_TRUE(form.isOpen());
   });
