@@ -141,6 +141,7 @@ SessionForm& chooseProducts(Program& program, Forms& forms) {
     forms.standalone.showModal();
     return forms.standalone;
   }
+  forms.integrated.setBackDisable(false);
   forms.integrated.showModal();
   return forms.integrated;
 }
