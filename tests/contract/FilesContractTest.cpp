@@ -176,6 +176,14 @@ TEST_F(RefusedCalls, BelowAMissingFolderAnswer3) {
   EXPECT_FALSE(world().exists(path("none")));
 }
 
+// As for a session of the same user that has not connected it.
+TEST_F(RefusedCalls, OnADriveThatIsNotThereAnswer3) {
+  expectRefused(3, "Q:\\Lumo\\a.txt",
+                {kLook, kRead, kReadPart, kWrite, kAppend, kRemoveFile, kSetReadOnly, kMakeFolder,
+                 kRemoveFolder, kList, kCopyFrom, kCopyOnto, kReplaceOnto, kMoveFrom, kMoveOnto,
+                 kRightsFrom, kRightsOnto});
+}
+
 TEST_F(RefusedCalls, OfAnEmptyPathAMissingFolderOrAFileOnTheWayAnswer3) {
   EXPECT_EQ(look(files(), "", ""), 3U);
   expectRefused(3, path("none"), {kList});

@@ -85,7 +85,7 @@ class SimContractMachine : public ContractMachine {
   }
   std::string fileBytes(const std::string& path) override { return simulated_.fileText(path); }
   bool exists(const std::string& path) override {
-    return simulated_.fileExists(path) || simulated_.folderExists(path);
+    return simulated_.volumes().find(path, false).code == system_code::kSuccess;
   }
   void putFolder(const std::string& path) override { simulated_.makeFolders(path); }
   void putFolderLink(const std::string& link, const std::string& target) override {
