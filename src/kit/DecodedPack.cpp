@@ -96,7 +96,6 @@ class TextTree : public decoder::OutputTree {
     if (moved.empty()) {
       return system_code::kFileNotFound;
     }
-    files.erase(to);
     moved.key() = to;
     files.insert(std::move(moved));
     return system_code::kSuccess;
@@ -112,7 +111,8 @@ class TextTree : public decoder::OutputTree {
     return files.erase(name) != 0 ? system_code::kSuccess : system_code::kFileNotFound;
   }
   SystemCode removeFolder(const std::string& name) override {
-    return folders_.erase(name) != 0 ? system_code::kSuccess : system_code::kPathNotFound;
+    folders_.erase(name);
+    return system_code::kSuccess;
   }
 
  private:

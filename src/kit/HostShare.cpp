@@ -8,6 +8,7 @@
 #include "base/RuntimeError.h"
 #include "base/Text.h"
 #include "kit/Failure.h"
+#include "kit/HostProducts.h"
 #include "kit/QuietProgram.h"
 #include "platform/modLibrary.h"
 #include "startup/HostPaths.h"
@@ -19,7 +20,6 @@ constexpr const char* kMarkFile = "pubblicazione.lck";
 constexpr std::uint32_t kPatience = 30000;
 constexpr std::uint32_t kLongestName = 256;
 constexpr int kMostTries = 10;
-constexpr int kMostProducts = 100;
 constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
 
 /// Products that may be recorded without being listed.
@@ -27,15 +27,10 @@ constexpr std::array kProducts{"NERIO", "LUDA", "ZB", "Q2", "ZM"};
 
 std::vector<std::string> productsOf(Program& program, const std::string& serverPath) {
   std::vector<std::string> products(kProducts.begin(), kProducts.end());
-  const std::string catalogue = hostPaths::catalogue(serverPath);
-  for (int index = 1; index <= kMostProducts; ++index) {
-    const std::string section = "prod" + twoDigits(index);
-    const std::string id = modLibrary::ReadSetting(program, {catalogue, section, "id"});
-    if (modLibrary::ReadSetting(program, {catalogue, section, "conf"}).empty()) {
-      break;
-    }
-    if (!id.empty() && std::find(products.begin(), products.end(), id) == products.end()) {
-      products.push_back(id);
+  for (const CatalogueEntry& entry : walkedEntries(program, serverPath)) {
+    if (!entry.id.empty() &&
+        std::find(products.begin(), products.end(), entry.id) == products.end()) {
+      products.push_back(entry.id);
     }
   }
   return products;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <utility>
 
 #include "base/RuntimeError.h"
 #include "base/Text.h"
@@ -37,11 +38,7 @@ Making::Making(Workplace& workplace, const std::string& target)
   }
 }
 
-Making::~Making() {
-  if (!finished_) {
-    finish();
-  }
-}
+Making::~Making() { finish(); }
 
 void Making::require(SystemCode code) const {
   if (code != system_code::kSuccess) {
@@ -99,13 +96,12 @@ void Making::putRight() {
 }
 
 void Making::finish() {
-  finished_ = true;
   if (mark_ != nullptr) {
     removeQuietly();
     mark_.reset();
   }
   // Those that hold something by now stay.
-  for (const std::string& folder : parents_) {
+  for (const std::string& folder : std::exchange(parents_, {})) {
     workplace_.machine.files.removeFolder(folder);
   }
 }

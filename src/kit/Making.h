@@ -62,7 +62,6 @@ class Making {
   /// Folders above that were made, from below.
   std::vector<std::string> parents_;
   std::unique_ptr<machine::Mark> mark_;
-  bool finished_ = false;
 };
 
 /// Runs `work`, which builds `output` (as it was given). What it raises as RuntimeError is raised

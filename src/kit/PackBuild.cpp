@@ -71,26 +71,14 @@ Contents zipContents(ByteSource source) {
   return found;
 }
 
-/// A folder that is new and empty, for what is called `shown`.
-class WorkingFolder {
- public:
-  WorkingFolder(machine::Files& files, const std::string& path, const std::string& shown)
-      : fileSystem_(files), path_(path) {
-    remove();
-    require(files.makeFolder(path), shown);
+/// Makes a folder new and empty, for what is called `shown`. It goes with the folder it lies in.
+void makeAnew(machine::Files& files, const std::string& path, const std::string& shown) {
+  FileSystemObject fileSystem(files);
+  if (fileSystem.folderExists(path)) {
+    fileSystem.deleteFolder(path, true);
   }
-
-  /// Behind a failure it goes with the folder that it lies in.
-  void remove() {
-    if (fileSystem_.folderExists(path_)) {
-      fileSystem_.deleteFolder(path_, true);
-    }
-  }
-
- private:
-  FileSystemObject fileSystem_;
-  std::string path_;
-};
+  require(files.makeFolder(path), shown);
+}
 
 /// Full path of the 7-Zip that lies beside this program; empty where no program of Windows runs.
 std::string sevenZipOf(machine::Machine& machine) {
@@ -187,7 +175,7 @@ void PackProof::medium(const std::string& path, const std::string& shown, const 
 
 void PackProof::gzHolds(const std::string& bytes, const std::string& shown, const GzPart& part) {
   Contents zips = decodedPack(bytes, shown);
-  WorkingFolder folder(files_, folder_, shown);
+  makeAnew(files_, folder_, shown);
   std::vector<ArchiveFile> read;
   for (const ZipPart& zip : part.zips) {
     const std::string name = inSetup(zip.name);
@@ -200,7 +188,6 @@ void PackProof::gzHolds(const std::string& bytes, const std::string& shown, cons
         .zipHolds(path, shown + "!" + name, filesOf(files_, zip));
     read.push_back({name, zips[name]});
   }
-  folder.remove();
   requireSame(shown, read, std::move(zips));
 }
 
@@ -215,7 +202,7 @@ void PackProof::sevenZipOpens(const std::string& path, const std::string& shown,
   if (sevenZip_.empty()) {
     return;
   }
-  WorkingFolder folder(files_, folder_, shown);
+  makeAnew(files_, folder_, shown);
   QuietProgram quiet(workplace_.machine);
   std::uint32_t exitCode = 0;
   const std::string command = "\"" + sevenZip_ + "\" x -y -o\"" + folder_ + "\" \"" + path + "\"";
@@ -228,7 +215,6 @@ void PackProof::sevenZipOpens(const std::string& path, const std::string& shown,
   Contents found;
   gather(files_, folder_, "", found);
   requireSame(shown + " (7-Zip)", expected, std::move(found));
-  folder.remove();
 }
 
 }  // namespace trelv::kit
