@@ -9,7 +9,7 @@
 
 namespace trelv::tests {
 
-/// An entry of an archive that a test makes.
+/// An entry of an archive that a test makes; a folder where the name ends in "/".
 struct ArchiveFile {
   std::string name;
   std::string content;
@@ -40,7 +40,9 @@ inline std::string zipBytes(const std::vector<ArchiveFile>& files,
     const std::unique_ptr<archive_entry, void (*)(archive_entry*)> entry(archive_entry_new(),
                                                                          archive_entry_free);
     archive_entry_set_pathname_utf8(entry.get(), file.name.c_str());
-    archive_entry_set_filetype(entry.get(), file.link.empty() ? AE_IFREG : AE_IFLNK);
+    archive_entry_set_filetype(entry.get(), !file.link.empty()         ? AE_IFLNK
+                                            : file.name.ends_with('/') ? AE_IFDIR
+                                                                       : AE_IFREG);
     archive_entry_set_perm(entry.get(), 0644);
     if (!file.link.empty()) {
       archive_entry_set_symlink(entry.get(), file.link.c_str());

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/Text.h"
 #include "kit/ArchiveReader.h"
 #include "kit/ArchiveWriter.h"
 #include "sim/SimMachine.h"

@@ -8,7 +8,11 @@
 #include "base/RuntimeError.h"
 #include "decoder/Extraction.h"
 #include "kit/ArchiveReader.h"
+#include "kit/ArchiveReading.h"
 #include "kit/ArchiveWriter.h"
+#include "kit/DecodedPack.h"
+#include "sim/SimMachine.h"
+#include "support/kit/Archives.h"
 
 namespace trelv::kit {
 namespace {
@@ -17,8 +21,8 @@ constexpr Moment kMoment = 1795255200;  // 2026-11-21 10:00:00
 
 using Files = std::map<std::string, std::string>;
 
-Files filesOf(const std::string& bytes, ArchiveKind kind) {
-  ArchiveReader reader(textSource(bytes), kind);
+Files filesOf(ByteSource source, ArchiveKind kind) {
+  ArchiveReader reader(std::move(source), kind);
   Files files;
   for (ArchivedEntry entry; reader.next(entry);) {
     if (!entry.folder) {
@@ -26,6 +30,10 @@ Files filesOf(const std::string& bytes, ArchiveKind kind) {
     }
   }
   return files;
+}
+
+Files filesOf(const std::string& bytes, ArchiveKind kind) {
+  return filesOf(textSource(bytes), kind);
 }
 
 const std::vector<ArchiveFile>& someFiles() {
@@ -52,6 +60,15 @@ std::string isoOf(const std::vector<ArchiveFile>& files, Moment moment = kMoment
   }
   image.finish();
   return bytes;
+}
+
+/// Bytes that cannot be packed.
+std::string noiseOf(unsigned count) {
+  std::string noise;
+  for (unsigned i = 0, value = 1; i < count; ++i, value = value * 1103515245U + 12345U) {
+    noise += static_cast<char>(value >> 16U);
+  }
+  return noise;
 }
 
 /// The time zone of the process while it lives.
@@ -92,9 +109,9 @@ TEST(Archive, ZoneOfTheMachineChangesNothing) {
   EXPECT_STREQ(std::getenv("TZ"), "Asia/Tokyo");
 }
 
-TEST(Archive, GzipHeaderHasTheGivenTime) {
+TEST(Archive, GzipHeaderHasTheGivenTimeAndTellsTheStrongestPacking) {
   const std::string bytes = tarGzArchive({{"prg/a.txt", "a"}}, 0x01020304);
-  EXPECT_EQ(bytes.substr(4, 4), "\x04\x03\x02\x01");
+  EXPECT_EQ(bytes.substr(0, 9), std::string("\x1F\x8B\x08\x00\x04\x03\x02\x01\x02", 9));
 }
 
 TEST(Archive, ImageHasTheNamesOfJolietAndWhatWasPutIn) {
@@ -139,15 +156,98 @@ TEST(Archive, FolderOfManyFilesKeepsItsTimesInAnImage) {
   }
 }
 
+TEST(Archive, ImageTakesWhatLiesSixFoldersDeepAndNothingBelow) {
+  const std::string deepest = "1/2/3/4/5/6/file.txt";
+  ASSERT_TRUE(IsoImage::takes(deepest));
+  EXPECT_EQ(filesOf(isoOf({{deepest, "x"}}), ArchiveKind::Iso), (Files{{deepest, "x"}}));
+  EXPECT_FALSE(IsoImage::takes("0/" + deepest));
+}
+
+TEST(Archive, FileThatCannotBeReadEndsWithTheReasonOfTheSystem) {
+  sim::SimMachine machine;
+  machine.makeFolders("C:\\cartella.zip");
+  for (const char* const path : {"C:\\manca.zip", "C:\\cartella.zip"}) {
+    EXPECT_THROW(fileSource(machine.files(), path), RuntimeError) << path;
+  }
+  const ByteSource refused{1000, [](std::uint64_t, std::size_t, std::string&) -> SystemCode {
+                             return system_code::kAccessDenied;
+                           }};
+  try {
+    filesOf(refused, ArchiveKind::Zip);
+    FAIL() << "the source refuses every byte";
+  } catch (const RuntimeError& failure) {
+    EXPECT_EQ(failure.number(), failureFromSystemCode(system_code::kAccessDenied, "").number());
+  }
+}
+
+TEST(Archive, LinkInAZipIsNeitherAFileNorAFolder) {
+  ArchiveReader reader(textSource(tests::zipBytes({{"a.txt", "a"}, {"b.txt", "", "a.txt"}})),
+                       ArchiveKind::Zip);
+  ArchivedEntry entry;
+  ASSERT_TRUE(reader.next(entry));
+  EXPECT_FALSE(entry.other);
+  ASSERT_TRUE(reader.next(entry));
+  EXPECT_TRUE(entry.other);
+  EXPECT_FALSE(entry.folder);
+}
+
+TEST(Archive, EncryptedEntryIsToldAndNotRead) {
+  std::vector<PackEntry> told;
+  const std::string damage = readZip(
+      textSource(tests::zipBytes({{"a.ini", "x"}}, "segreto")),
+      [&told](const PackEntry& entry) -> bool {
+        told.push_back(entry);
+        return true;
+      },
+      [](const PackEntry& entry, const std::string&) -> void { ADD_FAILURE() << entry.name; });
+  EXPECT_EQ(damage, "");
+  ASSERT_EQ(told.size(), 1U);
+  EXPECT_TRUE(told.front().encrypted);
+}
+
+TEST(Archive, BackslashesInAZipPartFoldersToo) {
+  std::string told;
+  readZip(
+      textSource(tests::zipBytes({{"prg\\com/a.ini", "x"}})),
+      [&told](const PackEntry& entry) -> bool {
+        told += entry.name;
+        return false;
+      },
+      [](const PackEntry&, const std::string&) -> void {});
+  EXPECT_EQ(told, "prg/com/a.ini");
+}
+
+TEST(Archive, DecodedPackIsWhatWasPutInHoweverLong) {
+  const std::vector<ArchiveFile> files{{"leggimi.txt", "a"},
+                                       {"prg/com/rumore.bin", noiseOf(300000)}};
+  const Files decoded = decodedPack(tarGzArchive(files, kMoment), "a.gz");
+  ASSERT_EQ(decoded.size(), 2U);
+  EXPECT_EQ(decoded.at("leggimi.txt"), "a");
+  EXPECT_TRUE(decoded.at("prg/com/rumore.bin") == files.back().content);
+}
+
+/// Folders of 250 letters, and a file: so long in all.
+std::string nameOfLength(std::size_t length) {
+  std::string name;
+  while (length - name.size() > 251) {
+    name += std::string(250, 'n') + "/";
+  }
+  return name + std::string(length - name.size(), 'n');
+}
+
+TEST(Archive, NameForWhichNoOutputFolderHasRoomIsRefusedAsTheDecoderDoes) {
+  const auto refusal = [](std::size_t length) -> std::string {
+    return decoderRefusal(textSource(tarGzArchive({{nameOfLength(length), "a"}}, kMoment)), "a.gz");
+  };
+  EXPECT_EQ(refusal(2040), "");
+  EXPECT_NE(refusal(2041).find("percorso troppo lungo"), std::string::npos) << refusal(2041);
+}
+
 TEST(Archive, WhatIsNoArchiveIsRefused) {
   EXPECT_THROW(filesOf("no archive at all", ArchiveKind::Zip), RuntimeError);
   const std::string zip = zipArchive(someFiles(), kMoment);
   EXPECT_THROW(filesOf(zip.substr(0, zip.size() / 2), ArchiveKind::Zip), RuntimeError);
-  std::string noise;
-  for (unsigned i = 0, value = 1; i < 5000; ++i, value = value * 1103515245U + 12345U) {
-    noise += static_cast<char>(value >> 16U);
-  }
-  std::string damaged = zipArchive({{"a", noise}}, kMoment);
+  std::string damaged = zipArchive({{"a", noiseOf(5000)}}, kMoment);
   damaged[2500] = static_cast<char>(damaged[2500] ^ 0x55);
   EXPECT_THROW(filesOf(damaged, ArchiveKind::Zip), RuntimeError);
 }

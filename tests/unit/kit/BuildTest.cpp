@@ -136,6 +136,40 @@ TEST_F(Build, WhatCannotBeMadeIsTold) {
   EXPECT_NE(trelv.console.errors.find("pacchi.txt:1: il pacco a non ha date"), std::string::npos);
 }
 
+TEST_F(Build, PackOfSeveralGzPacksIsForAMediumAlone) {
+  machine.putFile(kPacks,
+                  "[pack a]\ndate = 2026-11-21\ngz = uno\ntree = zb\ngz = due\ntree = altro\n");
+  for (const char* const output : {"C:\\Lavoro\\a.gz", "C:\\Lavoro\\a.zip"}) {
+    EXPECT_EQ(trelv.run({"pack", kPacks, output}), 2);
+    EXPECT_EQ(trelv.console.errors,
+              "trelv: C:\\Lavoro\\pacchi.txt:1: pacco a: più archivi gz, li tiene insieme solo un "
+              "supporto\n");
+    EXPECT_FALSE(machine.fileExists(output));
+  }
+}
+
+TEST_F(Build, TellsWhatIsBeingDoneAndWhatIsReady) {
+  trelv.console.terminal = true;
+  ASSERT_EQ(pack(), 0) << trelv.console.errors;
+  EXPECT_NE(trelv.console.errors.find("\rCostruzione di zb-09.95.zip"), std::string::npos);
+  EXPECT_TRUE(trelv.console.output.ends_with("\nPronto: C:\\Lavoro\\zb-09.95.zip\n") ||
+              trelv.console.output == "Pronto: C:\\Lavoro\\zb-09.95.zip\n")
+      << trelv.console.output;
+  ASSERT_EQ(medium("C:\\Lavoro\\supporto"), 0) << trelv.console.errors;
+  EXPECT_NE(trelv.console.errors.find("\rControllo del supporto"), std::string::npos);
+}
+
+TEST_F(Build, HelpOfThePackNamesItsArguments) {
+  EXPECT_EQ(trelv.run({"pack", "--help"}), 0);
+  EXPECT_NE(trelv.console.output.find("Uso: trelv pack [OPZIONI] DESCRIPTION OUTPUT\n"),
+            std::string::npos)
+      << trelv.console.output;
+  EXPECT_NE(
+      trelv.console.output.find(" il pacco, .zip o .gz, o una cartella per tutti i pacchi zip\n"),
+      std::string::npos)
+      << trelv.console.output;
+}
+
 TEST_F(Build, ListingOrderOfTheSourcesChangesNothing) {
   pack();
   const std::string first = machine.fileText(kOutput);
@@ -171,6 +205,23 @@ TEST_F(Build, PackThatSevenZipOpensDifferentlyIsNotDone) {
     EXPECT_FALSE(machine.fileExists(kOutput)) << kind;
     expectNothingLeft(kOutput);
   }
+}
+
+TEST_F(Build, SourceThatChangesMeanwhileIsFoundWhenThePackIsReopened) {
+  machine.onCall("files.write",
+                 [this]() -> void { machine.putFile("C:\\Lavoro\\zb\\zb.ini", "altro"); });
+  EXPECT_EQ(pack(), 2);
+  EXPECT_EQ(trelv.console.errors,
+            "trelv: C:\\Lavoro\\zb-09.95.zip: riaperto, non contiene ciò che è descritto: "
+            "prg/com/setup/aggdovra/zb.ini\n");
+  EXPECT_FALSE(machine.fileExists(kOutput));
+}
+
+TEST_F(Build, SevenZipThatDoesNotStartIsTold) {
+  machine.programs().failStart("C:\\Lumo\\Programmi\\7z.exe", system_code::kBadExeFormat);
+  EXPECT_EQ(pack(), 2);
+  EXPECT_EQ(trelv.console.errors, "trelv: C:\\Lumo\\Programmi\\7z.exe: non si avvia\n");
+  EXPECT_FALSE(machine.fileExists(kOutput));
 }
 
 TEST_F(Build, WithoutSevenZipNothingIsBuiltOnWindows) {
@@ -211,11 +262,40 @@ TEST_F(Build, NameThatTheImageWouldShortenIsTold) {
   machine.putFile("C:\\Lavoro\\rilascio\\" + name, "x");
   EXPECT_EQ(trelv.run({"medium", kMedium, "C:\\Lavoro\\supporto.iso", "--iso"}), 2);
   EXPECT_NE(
-      trelv.console.errors.find("manager\\" + name + ": un'immagine non può tenere questo nome"),
+      trelv.console.errors.find("manager\\" + name + ": un'immagine non può tenere questo nome\n"),
       std::string::npos)
       << trelv.console.errors;
   EXPECT_FALSE(machine.fileExists("C:\\Lavoro\\supporto.iso"));
   expectNothingLeft("C:\\Lavoro\\supporto.iso");
+}
+
+TEST_F(Build, FileTooDeepForAnImageLiesOnAFolderAllTheSame) {
+  const std::string deep = "1\\2\\3\\4\\5\\6\\leggimi.txt";
+  machine.putFile("C:\\Lavoro\\rilascio\\" + deep, "x");
+  EXPECT_EQ(medium("C:\\Lavoro\\supporto"), 0) << trelv.console.errors;
+  EXPECT_TRUE(machine.fileExists("C:\\Lavoro\\supporto\\prodotti\\manager\\" + deep));
+  trelv.console.terminal = true;
+  EXPECT_EQ(trelv.run({"medium", kMedium, "C:\\Lavoro\\supporto.iso", "--iso"}), 2);
+  EXPECT_TRUE(trelv.console.errors.ends_with("manager\\" + deep +
+                                             ": un'immagine non può tenere questo nome\n"))
+      << trelv.console.errors;
+  EXPECT_EQ(trelv.console.errors.find("Costruzione"), std::string::npos) << "told before the work";
+}
+
+TEST_F(Build, EachListOfTheMenuHasItsMark) {
+  std::string description = machine.fileText(kMedium);
+  for (const char* const list : {"2", "3", "4"}) {
+    description += "[list " + std::string(list) + "]\ncaption = Lista " + list +
+                   "\n[entry]\ncaption = Esci\nproduct = Exit\n";
+  }
+  machine.putFile(kMedium, description);
+  ASSERT_EQ(medium("C:\\Lavoro\\supporto"), 0) << trelv.console.errors << trelv.console.output;
+  const std::string lines = machine.fileText("C:\\Lavoro\\supporto\\Setup.cmf");
+  EXPECT_TRUE(
+      lines.ends_with("#SECONDA_LISTA#Lista 2\r\n#SECONDA_LISTA#Esci||Exit\r\n"
+                      "#TERZA_LISTA#Lista 3\r\n#TERZA_LISTA#Esci||Exit\r\n"
+                      "#QUARTA_LISTA#Lista 4\r\n#QUARTA_LISTA#Esci||Exit\r\n"))
+      << lines;
 }
 
 TEST_F(Build, MediumReplacesAMediumAndNothingElse) {
@@ -338,6 +418,7 @@ TEST_F(Build, OnlyOneProgramBuildsSomething) {
   EXPECT_NE(trelv.console.errors.find("lo sta costruendo un altro programma"), std::string::npos)
       << trelv.console.errors;
   EXPECT_TRUE(machine.fileExists(std::string(kOutput) + ".costruzione.trelv\\nuovo\\zb-09.95.zip"));
+  EXPECT_EQ(machine.clock().paused(), 0U) << "nobody waits for it";
   mark.reset();
   EXPECT_EQ(pack(), 0) << trelv.console.errors;
   expectNothingLeft(kOutput);

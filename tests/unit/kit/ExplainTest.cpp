@@ -621,6 +621,25 @@ TEST(Explain, PackThatBearsOnAnotherProductIsNoCause) {
   EXPECT_EQ(host.explain("ZM")["cause"], "pack-name");
 }
 
+TEST(Explain, PackThatFailedStopsTheProductsThatTheSameStartDidNotUpdate) {
+  PlantedHost host;
+  host.putPack("agg.zip", 2);
+  host.record("NERIO", PlantedHost::kOld);
+  host.startFor("ZM");
+  EXPECT_EQ(host.explain("NERIO")["cause"], "up-to-date");
+  EXPECT_EQ(host.explain("ZM")["cause"], "pack-failed");
+}
+
+TEST(Explain, EvidenceInAFileThatIsMissingIsTheFileAlone) {
+  PlantedHost host;
+  kit::QuietProgram quiet(host.machine().machine());
+  const kit::Evidence evidence =
+      kit::inIniFile(quiet.program(), "S:\\Lumo\\manca.ini", "ZM", "version");
+  EXPECT_EQ(evidence.file, "S:\\Lumo\\manca.ini");
+  EXPECT_FALSE(evidence.line);
+  EXPECT_EQ(evidence.text, "");
+}
+
 TEST(Explain, ProductThatStoppedTheOthersIsNamed) {
   PlantedHost host;
   host.putFirst("LUDA");

@@ -92,6 +92,24 @@ TEST_F(Locks, AgeOfATextThatIsNoDateIsTheFiles) {
   }
 }
 
+TEST_F(Locks, AgeIsToldInTheLargestUnitThatItFills) {
+  struct Row {
+    const char* written;
+    const char* told;
+  };
+  for (const Row& row :
+       {Row{"16/11/2026 09:29:59", "1 secondo"}, Row{"16/11/2026 09:29:01", "59 secondi"},
+        Row{"16/11/2026 09:29:00", "1 minuto"}, Row{"16/11/2026 09:28:00", "2 minuti"},
+        Row{"16/11/2026 08:30:01", "59 minuti"}, Row{"16/11/2026 08:30:00", "1 ora"},
+        Row{"15/11/2026 09:30:01", "23 ore"}, Row{"15/11/2026 09:30:00", "1 giorno"},
+        Row{"14/11/2026 09:30:00", "2 giorni"}}) {
+    share().put(Installation::kServerLock, std::string(row.written) + "\r\n");
+    trelv_.run({"locks", "S:\\Lumo"});
+    EXPECT_THAT(output(),
+                HasSubstr("preso: " + std::string(row.written) + " (" + row.told + " fa)\n"));
+  }
+}
+
 TEST_F(Locks, AgeIsNeverNegative) {
   share().put(Installation::kServerLock, "17/11/2026 09:30:00\r\n");
   EXPECT_EQ(locks()[0]["age"], 0);
@@ -250,10 +268,15 @@ TEST_F(Locks, AreRemovedWhenAPersonConfirms) {
   trelv_.console.input = {};
   EXPECT_EQ(trelv_.run({"locks", "S:\\Lumo", "--remove"}), 1);
   EXPECT_TRUE(installation_.serverLockExists());
-  trelv_.console.input = {"s"};
-  EXPECT_EQ(trelv_.run({"locks", "S:\\Lumo", "--remove"}), 0);
-  EXPECT_THAT(errors(), HasSubstr("Rimuovere S:\\Lumo\\prg\\tempterm\\agdv.lck (preso 2 ore fa)?"));
-  EXPECT_FALSE(installation_.serverLockExists());
+  for (const char* const answer : {"s", "S", " si ", "sì"}) {
+    share().put(Installation::kServerLock, "16/11/2026 07:30:00\r\n");
+    trelv_.console.input = {answer};
+    EXPECT_EQ(trelv_.run({"locks", "S:\\Lumo", "--remove"}), 0) << answer;
+    EXPECT_THAT(errors(), HasSubstr("\rRicerca dei blocchi"));
+    EXPECT_THAT(errors(),
+                HasSubstr("Rimuovere S:\\Lumo\\prg\\tempterm\\agdv.lck (preso 2 ore fa)?"));
+    EXPECT_FALSE(installation_.serverLockExists()) << answer;
+  }
 }
 
 TEST_F(Locks, HeldOpenInWhateverWayStays) {

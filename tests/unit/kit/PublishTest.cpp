@@ -97,6 +97,16 @@ class Delivery {
     return trelv.run(words);
   }
   Json result() { return Json::parse(trelv.console.output).at("result"); }
+  /// Of the publications, done or not.
+  std::vector<std::string> journals() {
+    std::vector<std::string> names;
+    for (const std::string& name : share().exists(kShelf) ? share().names(kShelf) : names) {
+      if (name.find("-20") != std::string::npos) {
+        names.push_back(name);
+      }
+    }
+    return names;
+  }
 
   /// A start on the station opens what waits.
   void open() {
@@ -198,6 +208,50 @@ TEST_F(Publish, UndoTellsTheVersionsThatStayRaised) {
   EXPECT_EQ(installation.serverRecord(), "[ZB]\r\nversion=09.95.00.00\r\n");
 }
 
+TEST_F(Publish, UndoTellsTheRaisedVersionsOfAllProducts) {
+  const std::vector<std::string> products{"KXK", "LUDA", "NERIO", "Q2", "ZB", "ZM"};
+  share().put(setup("agdvcomp.ini"), "[prod01]\r\nid=KXK\r\nname=K\r\nconf=k.ini\r\n");
+  installation.putServerRecord("");
+  publish();
+  std::string record;
+  for (const std::string& product : products) {
+    record += "[" + product + "]\r\nversion=09.95.00.00\r\n";
+  }
+  installation.putServerRecord(record);
+  ASSERT_EQ(undo(), 0);
+  std::vector<std::string> told;
+  const Json all = result()["raised"];
+  for (const Json& raised : all) {
+    told.push_back(raised["product"]);
+  }
+  EXPECT_EQ(told, products);
+}
+
+TEST_F(Publish, TellsAPersonWhatIsAndWillBe) {
+  trelv.console.terminal = true;
+  ASSERT_EQ(trelv.run({"publish", kHost, kPack}), 0) << trelv.console.errors;
+  EXPECT_NE(trelv.console.errors.find("\rConfronto di zb-09.95.zip con il server"),
+            std::string::npos);
+  const std::string journal = journals().at(0);
+  EXPECT_EQ(trelv.console.output,
+            "Pubblicati:\n    zb-09.95.zip\n"
+            "All'apertura verranno sostituiti:\n    zb.ini\n    zb\\setup.exe\n"
+            "All'apertura verranno aggiunti:\n    zb\\novità\\leggimi.txt\n    zb\\perché.txt\n"
+            "Giornale: " +
+                journal + " (si annulla con --undo " + journal + ")\n");
+  ASSERT_EQ(trelv.run({"publish", kHost, kPack}), 0);
+  EXPECT_EQ(trelv.console.output, "Già presenti sul server:\n    zb-09.95.zip\nNulla da fare.\n");
+  ASSERT_EQ(trelv.run({"publish", kHost, "--list"}), 0);
+  EXPECT_EQ(trelv.console.output.find(journal + "  "), 0U);
+  EXPECT_TRUE(trelv.console.output.ends_with("  in attesa\n    zb-09.95.zip\n"))
+      << trelv.console.output;
+  ASSERT_EQ(trelv.run({"publish", kHost, "--undo"}), 0);
+  EXPECT_EQ(trelv.console.output, "Annullata la pubblicazione " + journal +
+                                      "\nPacchi tolti prima dell'apertura:\n    zb-09.95.zip\n");
+  ASSERT_EQ(trelv.run({"publish", kHost, "--undo"}), 0);
+  EXPECT_EQ(trelv.console.output, "Nessuna pubblicazione da annullare.\n");
+}
+
 TEST_F(Publish, UndoOfUndoneGoesToTheOneBeforeAndThenFindsNothing) {
   const Tree before = tree();
   publish();
@@ -296,8 +350,11 @@ TEST_F(Publish, ListTellsEachPublicationAndChangesNothing) {
   ASSERT_EQ(trelv.run({"publish", kHost, "--list", "--json"}), 0);
   const Json journals = result()["journals"];
   ASSERT_EQ(journals.size(), 2U);
-  EXPECT_EQ(journals[0]["state"], "opened");
-  EXPECT_EQ(journals[0]["packs"], Json({"zb-09.95.zip"}));
+  EXPECT_EQ(journals[0].dump(),
+            R"({"name":")" + journals[0]["name"].get<std::string>() +
+                R"(","written":"16/11/2026 09:30:00","author":"mario@STAZIONE","state":"opened",)"
+                R"("packs":["zb-09.95.zip"],"waiting":[],"replaces":["zb.ini","zb\\setup.exe"],)"
+                R"("adds":["zb\\novità\\leggimi.txt","zb\\perché.txt"]})");
   EXPECT_EQ(journals[1]["state"], "undone");
   EXPECT_EQ(machine().openings("S:\\").writes, writes);
 }
@@ -331,8 +388,126 @@ TEST_F(Publish, SetupFolderThatCannotBeWrittenLeavesNoJournal) {
   const Tree before = tree();
   EXPECT_EQ(publish(), 2);
   EXPECT_EQ(tree(), before);
+  EXPECT_TRUE(journals().empty());
   EXPECT_EQ(trelv.run({"publish", kHost, "--list"}), 0);
   EXPECT_EQ(trelv.console.output, "Nessuna pubblicazione.\n");
+}
+
+TEST_F(Publish, JournalsThatCannotBeReadAreNotTakenForNone) {
+  publish();
+  share().deny(kShelf);
+  EXPECT_EQ(trelv.run({"publish", kHost, "--list"}), 2);
+  EXPECT_NE(trelv.console.errors.find(kShelf), std::string::npos) << trelv.console.errors;
+}
+
+TEST_F(Publish, FoldersThatStandAreNotMadeAgain) {
+  publish({kOther});
+  machine().callLog().clear();
+  ASSERT_EQ(publish(), 0) << trelv.console.errors;
+  EXPECT_EQ(machine().callLog().countOf("files.makeFolder S:\\Lumo"),
+            machine().callLog().countOf("files.makeFolder " + std::string(kShelf) + "\\0002"));
+}
+
+TEST_F(Publish, PackThatSomebodyPutsThereMeanwhileStaysAndEndsThePublication) {
+  Tree expected = tree();
+  expected[setup("nerio-03.21.zip")] = "di altri";
+  machine().onCall("files.write S:\\Lumo\\prg\\tempterm\\trelv\\0001",
+                   [this]() -> void { share().put(setup("nerio-03.21.zip"), "di altri"); });
+  EXPECT_EQ(publish({kPack, kOther}), 2);
+  EXPECT_EQ(tree(), expected);
+  EXPECT_TRUE(journals().empty());
+}
+
+TEST_F(Publish, PackThatChangesDuringTheCopyIsNotPublished) {
+  const Tree before = tree();
+  machine().onCall("files.copyFile " + std::string(kPack), [this]() -> void {
+    machine().putFile(kPack, zipPack({{"zb.ini", "a"}}));
+  });
+  EXPECT_EQ(publish(), 2);
+  EXPECT_EQ(trelv.console.errors,
+            "trelv: " + std::string(kPack) + ": il pacco è cambiato durante la copia\n");
+  EXPECT_EQ(tree(), before);
+}
+
+TEST_F(Publish, PackThatIsGoneWhenItIsJudgedIsTold) {
+  machine().onCall("files.look " + setup("agdvcomp.ini"),
+                   [this]() -> void { machine().removeTree(kPack); });
+  machine().onCall("files.read " + setup("agdvcomp.ini"),
+                   [this]() -> void { machine().removeTree(kPack); });
+  EXPECT_EQ(publish(), 2);
+  EXPECT_NE(trelv.console.errors.find(kPack), std::string::npos) << trelv.console.errors;
+}
+
+TEST_F(Publish, WaitingPackThatCannotBeReadEndsThePublication) {
+  machine().putFile("C:\\Consegne\\a.zip", zipPack({{"zb.ini", configuration("09.94.00.01")}}));
+  publish({"C:\\Consegne\\a.zip"});
+  const Tree before = tree();
+  machine().onCall("files.copyFile " + std::string(kPack),
+                   [this]() -> void { share().holdOpen(setup("a.zip"), sim::Sharing::None); });
+  EXPECT_EQ(publish(), 2);
+  share().release(setup("a.zip"));
+  EXPECT_EQ(tree(), before);
+}
+
+TEST_F(Publish, UndoWhoseKeptCopyIsGoneNamesItAndChangesNothing) {
+  publish();
+  machine().putFile(kPack, zipPack({{"zb.ini", configuration("09.95.00.01")}}));
+  publish();
+  const std::string kept =
+      std::string(kShelf) + "\\" + result()["journal"].get<std::string>() + "\\file\\1";
+  const std::string bytes = share().text(kept);
+  share().removeTree(kept);
+  const Tree waiting = tree();
+  EXPECT_EQ(undo(), 2);
+  EXPECT_EQ(trelv.console.errors, "trelv: " + kept + ": Impossibile trovare il file\n");
+  EXPECT_EQ(tree(), waiting);
+  share().put(kept, bytes);
+  const std::string file = replaceAll(kept, "\\file\\1", "\\file\\2");
+  share().removeTree(file);
+  open();
+  const Tree opened = tree();
+  EXPECT_EQ(undo(), 2);
+  EXPECT_EQ(trelv.console.errors, "trelv: " + file + ": Impossibile trovare il file\n");
+  EXPECT_EQ(tree(), opened);
+}
+
+// --- What a publication that was ended by force has left
+
+TEST_F(Publish, InterruptedBeforeItsJournalIsTakenBackByTheNextUndo) {
+  const Tree before = tree();
+  const std::string name = "0001-20261116-093000";
+  share().put(std::string(kShelf) + "\\" + name + "\\file\\1", "mezzo");
+  share().put(setup("zb-09.95.zip." + name + ".trelv"), "mezzo");
+  ASSERT_EQ(trelv.run({"publish", kHost, "--undo"}), 0) << trelv.console.errors;
+  EXPECT_EQ(trelv.console.output, "Annullata la pubblicazione " + name +
+                                      " (interrotta prima che un pacco fosse al suo posto)\n");
+  EXPECT_EQ(tree(), before);
+  EXPECT_TRUE(journals().empty());
+}
+
+TEST_F(Publish, InterruptedBetweenTwoPacksGoesOnWithTheNext) {
+  publish({kPack, kOther});
+  const Tree whole = tree();
+  const std::string journal = result()["journal"];
+  const std::string staged = setup("nerio-03.21.zip." + journal + ".trelv");
+  share().put(staged, share().text(setup("nerio-03.21.zip")));
+  share().removeTree(setup("nerio-03.21.zip"));
+  EXPECT_EQ(publish({kPack, kOther}), 0) << trelv.console.errors;
+  EXPECT_EQ(result()["present"], Json({"zb-09.95.zip", "nerio-03.21.zip"}));
+  EXPECT_EQ(tree(), whole);
+  EXPECT_EQ(journals(), (std::vector<std::string>{journal}));
+}
+
+TEST_F(Publish, InterruptedBeforeTheFirstPackIsTakenBackByTheNextUndo) {
+  const Tree before = tree();
+  publish();
+  const std::string journal = result()["journal"];
+  share().put(setup("zb-09.95.zip." + journal + ".trelv"), share().text(setup("zb-09.95.zip")));
+  share().removeTree(setup("zb-09.95.zip"));
+  EXPECT_EQ(undo(), 0) << trelv.console.errors;
+  EXPECT_EQ(result()["journal"], journal);
+  EXPECT_EQ(tree(), before);
+  EXPECT_TRUE(journals().empty());
 }
 
 TEST_F(Publish, FullShareIsLeftAsItWas) {
@@ -362,6 +537,11 @@ TEST_F(Publish, PackThatNoStartWouldOpenIsRefused) {
   const Tree before = tree();
   EXPECT_NE(publish({"C:\\Consegne\\zb.gz"}), 0);
   EXPECT_NE(publish({"C:\\Consegne\\zb.ZIP"}), 0);
+  EXPECT_EQ(tree(), before);
+  kit::HostShare host(machine().machine(), kHost);
+  kit::Progress progress(trelv.console, false);
+  const auto judge = [](const std::vector<std::string>&) { return std::vector<kit::Finding>(); };
+  EXPECT_THROW(kit::publish(host, {"C:\\Consegne\\zb.ZIP"}, judge, progress), kit::Failure);
   EXPECT_EQ(tree(), before);
 }
 
@@ -440,12 +620,14 @@ TEST_F(Publish, JournalThatLeadsElsewhereIsNotFollowed) {
   open();
   const Tree before = tree();
   const std::string record = share().text(Installation::kServerRecord);
-  for (const auto& [from, to] :
-       std::map<std::string, std::string>{{"zb\\\\setup.exe", "..\\\\..\\\\etc\\\\agdvver.ini"},
-                                          {"zb\\\\novità", "zb\\\\..\\\\.."},
-                                          {"zb.ini", "C:\\\\zb.ini"},
-                                          {"zb-09.95.zip", "..\\\\zb-09.95.zip"},
-                                          {"\"kept\": \"2\"", "\"kept\": \"..\\\\..\\\\x\""}}) {
+  for (const auto& [from, to] : std::vector<std::pair<std::string, std::string>>{
+           {"zb\\\\setup.exe", "..\\\\..\\\\etc\\\\agdvver.ini"},
+           {"zb\\\\novità", "zb\\\\..\\\\.."},
+           {"zb.ini", "C:\\\\zb.ini"},
+           {"zb-09.95.zip", "..\\\\zb-09.95.zip"},
+           {"zb-09.95.zip", "zb\\\\zb-09.95.zip"},
+           {"\"kept\": \"2\"", "\"kept\": \"2\\\\x\""},
+           {"\"kept\": \"2\"", "\"kept\": \"..\\\\..\\\\x\""}}) {
     const std::string changed = replaceAll(whole, from, to);
     ASSERT_NE(changed, whole) << from;
     share().put(path, changed);
@@ -475,6 +657,34 @@ TEST_F(Publish, WhatSomebodyElseKeepsBesideTheJournalsStays) {
   undo();
   EXPECT_EQ(share().text(std::string(kShelf) + "\\0001-note\\leggimi.txt"), "mio");
   EXPECT_EQ(share().text(std::string(kShelf) + "\\elenco.txt"), "mio");
+}
+
+TEST_F(Publish, OnlyWhatIsNamedLikeAJournalIsOne) {
+  const std::vector<std::string> others{"123-20260101-000000",         "123456789-20260101-000000",
+                                        "99999999999-20260101-000000", "note-20260101-000000",
+                                        "0001-2026a101-000000",        "0001-20260101_000000"};
+  for (const std::string& other : others) {
+    share().put(std::string(kShelf) + "\\" + other + "\\leggimi.txt", "mio");
+  }
+  ASSERT_EQ(publish(), 0) << trelv.console.errors;
+  EXPECT_EQ(result()["journal"].get<std::string>().substr(0, 5), "0001-");
+  EXPECT_EQ(undo(), 0) << trelv.console.errors;
+  for (const std::string& other : others) {
+    EXPECT_EQ(share().text(std::string(kShelf) + "\\" + other + "\\leggimi.txt"), "mio") << other;
+  }
+}
+
+TEST_F(Publish, JournalNamesItsFormAndTakesFoldersOfOneLetter) {
+  const Tree before = tree();
+  machine().putFile(kPack, zipPack({{"zb/a/b/c.txt", "nuovo"}}));
+  ASSERT_EQ(publish(), 0) << trelv.console.errors;
+  const std::string path =
+      std::string(kShelf) + "\\" + result()["journal"].get<std::string>() + "\\giornale.json";
+  EXPECT_EQ(Json::parse(share().text(path))["schema"], "trelv-giornale/1");
+  open();
+  EXPECT_EQ(share().text(setup("zb\\a\\b\\c.txt")), "nuovo");
+  ASSERT_EQ(undo(), 0) << trelv.console.errors;
+  EXPECT_EQ(tree(), before);
 }
 
 TEST_F(Publish, JournalToTakeBackIsNamedByNameOrPath) {

@@ -74,6 +74,46 @@ TEST_F(Verify, DeliveredVersionsOnBothSidesAreAllRight) {
                                   "a posto\n"));
 }
 
+TEST_F(Verify, TableHasAHeadingAndAWordForEachState) {
+  installation_.putCatalogue({{"ZM", "", kConf}, {"ZB", "", kConf}});
+  installation_.putConfiguration(kConf, kTwoSections);
+  installation_.putServerRecord("[ZM]\r\nversion=02.00.00.00\r\n");
+  station_.putClientRecord("[ZM]\r\nversion=01.00.00.00\r\n[ZB]\r\nversion=03.00.00.00\r\n");
+  machine().setIniValue("nerio.ini", "NERIO", "Versione", "03.20");
+  machine().setIniValue("luda.ini", "LUDA", "Versione", "07.10");
+  trelv_.console.terminal = true;
+  EXPECT_EQ(trelv_.run({"verify", "S:\\Lumo"}), 1);
+  EXPECT_THAT(errors(), HasSubstr("\rVerifica dei prodotti"));
+  EXPECT_EQ(output(),
+            "prodotto  lato    registrata   configurata  trovata  modalità   stato\n"
+            "ZM        Server  02.00.00.00  02.00.00.00  -        -          a posto\n"
+            "ZM        Client  01.00.00.00  02.00.00.00  -        -          da aggiornare\n"
+            "ZB        Server  -            02.00.00.00  -        -          da installare\n"
+            "ZB        Client  03.00.00.00  02.00.00.00  -        -          più recente della "
+            "configurazione\n"
+            "NERIO     Server  -            -            -        -          assente\n"
+            "NERIO     Client  -            -            03.20    -          presente ma non "
+            "registrato\n"
+            "LUDA      Server  -            -            07.10    integrata  presente ma non "
+            "registrato\n"
+            "LUDA      Client  -            -            07.10    integrata  presente ma non "
+            "registrato\n"
+            "Q2        Server  -            -            -        -          assente\n"
+            "Q2        Client  -            -            -        -          assente\n");
+  machine().setIniValue("luda.ini", "PathNames", "HomeDir", "C:\\Luda");
+  EXPECT_EQ(trelv_.run({"verify", "S:\\Lumo"}), 1);
+  EXPECT_THAT(output(), HasSubstr("07.10    Standard  installato in modalità Standard\n"));
+  EXPECT_EQ(rows("LUDA").at(0)["mode"], "standalone");
+}
+
+TEST_F(Verify, ProductWithoutIdentifierHasNoRecord) {
+  installation_.putCatalogue({{"", "", kConf}});
+  installation_.putServerRecord("[]\r\nversion=02.00.00.00\r\n");
+  const std::vector<Json> found = rows("");
+  ASSERT_EQ(found.size(), 2U);
+  EXPECT_EQ(found[0]["recorded"], "");
+}
+
 TEST_F(Verify, EmptyHostHasNothingToVerify) { EXPECT_EQ(trelv_.run({"verify", "S:\\Lumo"}), 0); }
 
 TEST_F(Verify, HostThatIsNotThereCannotBeVerified) {
