@@ -535,6 +535,7 @@ TEST_F(OtherNames, OfTheHostsFolderKeepItAndEveryPack) {
   scan("D:\\Integrazione");
   EXPECT_EQ(filesOf(kTarget), "prg\\applidir=x prg\\com\\setup\\aggdovra\\old.ini=old");
   EXPECT_THAT(waiting(), ElementsAre("a.zip"));
+  EXPECT_THAT(program_.state.packs.unopened, ElementsAre(inSetup("a.zip")));
   EXPECT_EQ(linesThatSaySo(), 1U);
 }
 

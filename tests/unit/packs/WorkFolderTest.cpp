@@ -150,6 +150,15 @@ TEST_F(WorkFolderTest, IsKnownByWhateverName) {
   EXPECT_THROW(work.isAlso("S:\\Lumo"), RuntimeError);
 }
 
+TEST_F(WorkFolderTest, WhatWasUnpackedIsForgottenWithItsRemoval) {
+  const std::string file = kUnpacked + std::string("zb.ini");
+  first_.putFile(file, "[Setup01]\r\nversion=09.93\r\n");
+  const IniAddress version{file, "Setup01", "version"};
+  EXPECT_EQ(program_.configurationFiles.read(version, 511), "09.93");
+  EXPECT_TRUE(RemoveUnpacked(program_, kWork));
+  EXPECT_EQ(program_.configurationFiles.read(version, 511), "");
+}
+
 // --- Two starts of one user
 
 TEST_F(WorkFolderTest, ASecondStartWaitsUntilTheFirstHasCopied) {
