@@ -103,11 +103,11 @@ std::string PosixLocale::fromAnsi(const std::string& bytes) {
   return text;
 }
 
-std::string textOfWide(const std::string& bytes, bool bigEndian) {
+std::string textOfWide(const std::string& bytes) {
   const auto unit = [&](std::size_t at) -> char32_t {
     const char32_t first = static_cast<unsigned char>(bytes[at]);
     const char32_t second = static_cast<unsigned char>(bytes[at + 1]);
-    return bigEndian ? (first << 8U) | second : (second << 8U) | first;
+    return (second << 8U) | first;
   };
   std::string text;
   for (std::size_t at = 0; at + 1 < bytes.size(); at += 2) {

@@ -18,7 +18,7 @@ class PosixLocale : public machine::Locale {
   std::string fromAnsi(const std::string& bytes) override;
 };
 
-/// UTF-16 bytes (low byte first, unless `bigEndian`) as UTF-8; an odd last byte is dropped.
-std::string textOfWide(const std::string& bytes, bool bigEndian);
+/// UTF-16 bytes (low byte first) as UTF-8; an odd last byte is dropped.
+std::string textOfWide(const std::string& bytes);
 
 }  // namespace trelv::posix

@@ -91,7 +91,7 @@ std::string PosixProfileFiles::textOf(const std::string& file) {
   if (files_.read(file, kLargest, bytes) != system_code::kSuccess) {
     return {};
   }
-  return bytes.starts_with(kUtf16Mark) ? textOfWide(bytes.substr(kUtf16Mark.size()), false)
+  return bytes.starts_with(kUtf16Mark) ? textOfWide(bytes.substr(kUtf16Mark.size()))
                                        : locale_.fromAnsi(bytes);
 }
 

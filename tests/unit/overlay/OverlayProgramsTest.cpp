@@ -173,6 +173,25 @@ TEST(AnOverlaysPrograms, OpenPacksForRealAndWhatTheyWriteIsMounted) {
   EXPECT_EQ(over.steps().size(), 1U) << "the write; opening packs is no step";
 }
 
+TEST(AnOverlaysPrograms, OpenWholeCopiesOfPacks) {
+  sim::SimMachine machine;
+  std::string bytes(2'500'000, '-');
+  for (std::size_t at = 0; at < bytes.size(); at += 1000) {
+    bytes.replace(at, 6, std::to_string(100'000 + at / 1000));
+  }
+  machine.putFile("C:\\pacchi\\pacco.zip", bytes);
+  machine.programs().define("C:\\apri.exe", [&](sim::SimProcess& process) -> std::uint32_t {
+    const std::string pack = process.arguments()[0];
+    EXPECT_TRUE(pack.starts_with("C:\\Users\\mario\\Temp\\trelv-")) << pack;
+    EXPECT_TRUE(pack.ends_with("-pacco.zip")) << "it may go by the ending: " << pack;
+    EXPECT_TRUE(process.machine().fileText(pack) == bytes);
+    return 0;
+  });
+  OverlaidMachine over(machine, {.findUnpacking = unpackingOf});
+  started(over, "C:\\apri.exe C:\\pacchi\\pacco.zip C:\\uscita")->wait();
+  EXPECT_EQ(machine.started().size(), 1U);
+}
+
 TEST(AnOverlaysPrograms, OpenPacksIntoFoldersThatAreMadeForThem) {
   sim::SimMachine machine;
   machine.putFile("C:\\pacco", "due");
@@ -245,6 +264,15 @@ TEST(AnOverlaysPrivateFolder, IsToldByItsWholeName) {
   EXPECT_THAT(leftOf(machine, {}), IsEmpty());
   EXPECT_TRUE(machine.fileExists(std::string(kTemporary) + "trelv-STAZIONE-78-2"));
   EXPECT_TRUE(machine.fileExists("C:\\altrove\\x.txt")) << "a link is not followed";
+}
+
+TEST(AnOverlaysPrivateFolder, GoesWithTheReadOnlyFilesInIt) {
+  sim::SimMachine machine;
+  const std::string left = std::string(kTemporary) + "trelv-STAZIONE-78-1";
+  machine.putFile(left + "\\1\\sola.txt", "x");
+  machine.diskOf("C:\\").setReadOnly(left + "\\1\\sola.txt");
+  EXPECT_THAT(leftOf(machine, {}), IsEmpty());
+  EXPECT_FALSE(machine.folderExists(left));
 }
 
 TEST(AnOverlaysPrivateFolder, GoesWithTheLinksInItAndWithoutWhatTheyLeadTo) {

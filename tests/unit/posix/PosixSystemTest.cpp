@@ -222,6 +222,13 @@ TEST_F(PosixSystem, AnswersEmptyOfWhatIsNotThere) {
   EXPECT_EQ(machine.processes.startTool("true", true, process), system_code::kFileNotFound);
   EXPECT_EQ(process, nullptr);
   EXPECT_EQ(machine.support.isAdministrator(), machine::SupportAnswer::Absent);
+  // As the configuration store where no schema is registered.
+  constexpr std::int32_t kNoSchema = -4001;
+  std::string buffer = "before";
+  EXPECT_EQ(machine.configuration.getParameter("S", "S", "K", "A", "", 6, buffer), kNoSchema);
+  EXPECT_EQ(machine.configuration.setParameter("S", "S", "K", "A", 1, "x"), kNoSchema);
+  EXPECT_EQ(machine.configuration.getConfigPath(1, buffer), kNoSchema);
+  EXPECT_EQ(buffer, "before");
 }
 
 }  // namespace

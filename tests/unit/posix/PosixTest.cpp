@@ -128,6 +128,36 @@ TEST_F(Posix, ListsByEndingInAnyCase) {
   EXPECT_THAT(names, testing::UnorderedElementsAre(".zip 3", "a.zip 1", "b.ZIP 2"));
 }
 
+TEST_F(Posix, ListsNoFolderInItself) {
+  put("a/x", "");
+  put("b", "");
+  std::vector<machine::FolderEntry> entries;
+  ASSERT_EQ(machine_.files.list(shown_, "", entries), 0U);
+  EXPECT_EQ(entries.size(), 2U);
+  for (const machine::FolderEntry& entry : entries) {
+    EXPECT_EQ(entry.facts.folder, entry.name == "a") << entry.name;
+  }
+}
+
+TEST_F(Posix, ChangesNothingThatIsMissing) {
+  machine::Files& files = machine_.files;
+  machine::FileIdentity identity;
+  for (const auto& [path, code] : std::vector<std::pair<std::string, SystemCode>>{
+           {"\\manca", system_code::kFileNotFound}, {"\\manca\\x", system_code::kPathNotFound}}) {
+    const std::string missing = shown_ + path;
+    EXPECT_EQ(files.identify(missing, identity), code);
+    EXPECT_EQ(files.setReadOnly(missing, true), code);
+    EXPECT_EQ(files.removeFile(missing), code);
+    EXPECT_EQ(files.removeFolder(missing), code);
+    EXPECT_EQ(files.copyFile(missing, shown_ + "\\a"), code);
+    EXPECT_EQ(files.copyRights(missing, shown_), code);
+    EXPECT_EQ(files.mayAddFile(missing), code);
+  }
+  EXPECT_EQ(files.makeFolder(shown_ + "\\manca\\x"), system_code::kPathNotFound);
+  EXPECT_EQ(files.makeFolder(shown_), system_code::kAlreadyExists);
+  EXPECT_TRUE(fs::is_empty(folder_));
+}
+
 TEST_F(Posix, NeitherAFolderNorAPipeIsReadOrWrittenAsAFile) {
   std::string content = "before";
   EXPECT_EQ(machine_.files.read(shown_, 10, content), system_code::kAccessDenied);
@@ -221,6 +251,8 @@ TEST_F(Posix, TakesPathsAsTheyAreGiven) {
   ASSERT_EQ(paths.fullPath("/srv/lumo/", full), 0U);
   EXPECT_EQ(full, "Z:\\srv\\lumo");
   ASSERT_EQ(paths.fullPath("/srv/./x/../lumo", full), 0U);
+  EXPECT_EQ(full, "Z:\\srv\\lumo");
+  ASSERT_EQ(paths.fullPath("\\srv\\lumo\\", full), 0U);
   EXPECT_EQ(full, "Z:\\srv\\lumo");
   ASSERT_EQ(paths.fullPath("/", full), 0U);
   EXPECT_EQ(full, "Z:\\");

@@ -35,6 +35,13 @@ TEST_F(PosixText, ReadsUtf16WithItsMarkAndNoUtf8Mark) {
   EXPECT_EQ(valueOf("\xEF\xBB\xBF[a]\nk=1", "a", "k"), "");
 }
 
+TEST_F(PosixText, OnlyALineInBracketsBeginsASection) {
+  EXPECT_EQ(valueOf("[a]\nx=1]\nk=2", "a", "k"), "2");
+  EXPECT_EQ(valueOf("[a]\n[b\nk=2", "a", "k"), "2");
+  EXPECT_EQ(valueOf("[a]\n\n  [ b ] x\nk=2", "a", "k"), "");
+  EXPECT_EQ(valueOf("[a]\n\n  [ b ] x\nk=2", "b", "k"), "2");
+}
+
 TEST_F(PosixText, IniNamesAreComparedByTheirAsciiLettersOnly) {
   EXPECT_EQ(valueOf("[azAZ]\nAzaz=1", "AZaz", "aZAZ"), "1");
   EXPECT_EQ(valueOf("[a@[`{]\nk=1", "A@[`{", "K"), "1");
@@ -72,22 +79,43 @@ TEST_F(PosixText, WhatTheCodePageLacksIsAQuestionMarkForEachUnitOfUtf16) {
   }
 }
 
-TEST_F(PosixText, ReadsUtf16InBothOrders) {
-  const std::string little("a\0\xE8\0\xAC\x20\x3D\xD8\x00\xDE", 10);
-  EXPECT_EQ(posix::textOfWide(little, false), "aè€😀");
-  EXPECT_EQ(posix::textOfWide(std::string("\0a\0\xE8\x20\xAC\xD8\x3D\xDE\0", 10), true), "aè€😀");
-  EXPECT_EQ(posix::textOfWide(little + "b", false), "aè€😀") << "half a character at the end";
-  EXPECT_EQ(posix::textOfWide("", false), "");
+TEST_F(PosixText, ReadsUtf16) {
+  const std::string bytes("a\0\xE8\0\xAC\x20\x3D\xD8\x00\xDE", 10);
+  EXPECT_EQ(posix::textOfWide(bytes), "aè€😀");
+  EXPECT_EQ(posix::textOfWide(bytes + "b"), "aè€😀") << "half a character at the end";
+  EXPECT_EQ(posix::textOfWide(""), "");
+  const std::vector<std::pair<std::string, std::string>> rows{
+      {std::string("\x7F\x00", 2), "\x7F"},
+      {std::string("\x80\x00", 2), "\xC2\x80"},
+      {"\xFF\x07", "\xDF\xBF"},
+      {std::string("\x00\x08", 2), "\xE0\xA0\x80"},
+      {"\xFF\xFF", "\xEF\xBF\xBF"},
+      {std::string("\x00\xD8\x00\xDC", 4), "\xF0\x90\x80\x80"},
+      {"\xFF\xDB\xFF\xDF", "\xF4\x8F\xBF\xBF"}};
+  for (const auto& [wide, text] : rows) {
+    EXPECT_EQ(posix::textOfWide(wide), text);
+  }
+}
+
+TEST_F(PosixText, HalfAPairOfUtf16IsOneCharacter) {
+  for (const std::string& half :
+       {std::string("\x3D\xD8", 2), std::string("\x00\xDC", 2), std::string("\xFF\xDB", 2)}) {
+    EXPECT_EQ(machine_.locale.toAnsi(posix::textOfWide(half)), "?");
+    EXPECT_EQ(machine_.locale.toAnsi(posix::textOfWide(half + "x")), "?") << "and half another";
+  }
+  EXPECT_EQ(machine_.locale.toAnsi(posix::textOfWide(std::string("\x00\xDC.\0", 4))), "?.");
 }
 
 TEST_F(PosixText, WritesDatesAndTruthAsAnItalianSystem) {
   machine::Locale& locale = machine_.locale;
   EXPECT_EQ(locale.shortDate({2026, 1, 2, 3, 4, 5}), "02/01/2026");
   EXPECT_EQ(locale.longTime({2026, 1, 2, 3, 4, 5}), "03:04:05");
-  EXPECT_EQ(locale.monthName(1), "gennaio");
-  EXPECT_EQ(locale.monthName(12), "dicembre");
-  EXPECT_EQ(locale.monthName(0), "");
-  EXPECT_EQ(locale.monthName(13), "");
+  const std::vector<std::string> months{"",        "gennaio",  "febbraio", "marzo",  "aprile",
+                                        "maggio",  "giugno",   "luglio",   "agosto", "settembre",
+                                        "ottobre", "novembre", "dicembre", ""};
+  for (std::size_t month = 0; month < months.size(); ++month) {
+    EXPECT_EQ(locale.monthName(static_cast<int>(month)), months[month]);
+  }
   EXPECT_EQ(locale.truthText(true), "Vero");
   EXPECT_EQ(locale.truthText(false), "Falso");
 }
