@@ -131,15 +131,15 @@ TEST(AnOverlaysTree, AConcealedFileIsReplacedByAConcealedOneOnly) {
   EXPECT_EQ(textOf(files, "S:\\a\\due.txt"), "uno");
 }
 
-/// A clock of a place two hours east of universal time.
+/// A clock of a place three hours east of universal time.
 class EasternClock : public machine::Clock {
  public:
   explicit EasternClock(machine::Clock& universal) : universal_(universal) {}
 
   machine::LocalTime now() override { return {2026, 3, 1, 1, 30, 15}; }
   machine::LocalTime localTime(std::uint64_t moment) override {
-    constexpr std::uint64_t kTwoHours = 2ULL * 3600 * 10'000'000;
-    return universal_.localTime(moment + kTwoHours);
+    constexpr std::uint64_t kThreeHours = 3ULL * 3600 * 10'000'000;
+    return universal_.localTime(moment + kThreeHours);
   }
   void pause(std::uint32_t milliseconds) override { universal_.pause(milliseconds); }
 
@@ -161,7 +161,7 @@ TEST(AnOverlaysTree, DatesWhatIsWrittenByTheClockOfItsPlace) {
   FileFacts facts;
   ASSERT_EQ(over.machine().files.look("S:\\a\\uno.txt", facts), 0U);
   EXPECT_EQ(clock.localTime(facts.modified), clock.now());
-  EXPECT_EQ(below.clock().localTime(facts.modified), (machine::LocalTime{2026, 2, 28, 23, 30, 15}));
+  EXPECT_EQ(below.clock().localTime(facts.modified), (machine::LocalTime{2026, 2, 28, 22, 30, 15}));
 }
 
 }  // namespace

@@ -89,6 +89,19 @@ TEST_F(PosixSystem, ClosedStreamsAndFullDisksAreTold) {
   EXPECT_EQ(codeOf(nullptr), static_cast<int>(system_code::kWriteFault));
 }
 
+TEST_F(PosixSystem, AMarkThatIsLetGoLeavesWhatTookItsPlace) {
+  std::unique_ptr<machine::Mark> first;
+  std::unique_ptr<machine::Mark> second;
+  const std::string path = shown_ + "\\mark.lck";
+  ASSERT_EQ(machine_.exclusion.take(path, "io", 0, first), 0U);
+  fs::remove(folder_ / "mark.lck");
+  ASSERT_EQ(machine_.exclusion.take(path, "tu", 0, second), 0U);
+  first.reset();
+  EXPECT_EQ(textOf(path), "tu");
+  second.reset();
+  EXPECT_FALSE(fs::exists(folder_ / "mark.lck"));
+}
+
 TEST_F(PosixSystem, AMarkIsTakenWithoutStandardInputToo) {
   const int code = inChild([&]() -> int {
     close(STDIN_FILENO);

@@ -139,6 +139,21 @@ TEST_F(Posix, ListsNoFolderInItself) {
   }
 }
 
+TEST_F(Posix, TellsFilesApartByWhateverName) {
+  put("a", "");
+  put("b", "");
+  fs::create_symlink(folder_ / "a", folder_ / "link");
+  const auto identified = [&](const std::string& name) -> machine::FileIdentity {
+    machine::FileIdentity identity;
+    EXPECT_EQ(machine_.files.identify(shown_ + "\\" + name, identity), 0U) << name;
+    return identity;
+  };
+  EXPECT_TRUE(identified("a") == identified("A"));
+  EXPECT_TRUE(identified("a") == identified("link"));
+  EXPECT_NE(identified("a").number, identified("b").number);
+  EXPECT_EQ(identified("a").volume, identified("b").volume);
+}
+
 TEST_F(Posix, ChangesNothingThatIsMissing) {
   machine::Files& files = machine_.files;
   machine::FileIdentity identity;
