@@ -351,7 +351,7 @@ TEST_F(Publish, ListTellsEachPublicationAndChangesNothing) {
   const Json journals = result()["journals"];
   ASSERT_EQ(journals.size(), 2U);
   EXPECT_EQ(journals[0].dump(),
-            R"({"name":")" + journals[0]["name"].get<std::string>() +
+            R"({"name":")" + journals[0].at("name").get<std::string>() +
                 R"(","written":"16/11/2026 09:30:00","author":"mario@STAZIONE","state":"opened",)"
                 R"("packs":["zb-09.95.zip"],"waiting":[],"replaces":["zb.ini","zb\\setup.exe"],)"
                 R"("adds":["zb\\novità\\leggimi.txt","zb\\perché.txt"]})");

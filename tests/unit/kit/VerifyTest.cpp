@@ -108,7 +108,7 @@ TEST_F(Verify, TableHasAHeadingAndAWordForEachState) {
 
 TEST_F(Verify, ProductWithoutIdentifierHasNoRecord) {
   installation_.putCatalogue({{"", "", kConf}});
-  installation_.putServerRecord("[]\r\nversion=02.00.00.00\r\n");
+  installation_.putServerRecord("version=02.00.00.00\r\n[]\r\nversion=02.00.00.00\r\n");
   const std::vector<Json> found = rows("");
   ASSERT_EQ(found.size(), 2U);
   EXPECT_EQ(found[0]["recorded"], "");
