@@ -125,7 +125,7 @@ class Hand(windows.Prefix):
     def goes(self, text):
         """True once no box has this text; false when it stays for five seconds."""
         deadline = time.monotonic() + 5
-        while any(windows.Box.of(each).text == text for each in self.ask("boxes") if "box" in each):
+        while text in [windows.Box.of(each).text for each in self.ask("boxes") if "box" in each]:
             if time.monotonic() > deadline:
                 return False
             time.sleep(0.1)
