@@ -19,6 +19,8 @@ constexpr std::size_t kCallsOfAStart = 250;
 
 constexpr std::array kProducts{"ZB", "NERIO"};
 
+constexpr const char* kInstallation = "SINGLEINSTALL LUDA luda.gz";
+
 const char* codeOf(const std::string& id) { return id == "ZB" ? "MVBIL" : "NERIO"; }
 
 const char* programOf(const std::string& id) { return id == "ZB" ? kBilancio : kNerio; }
@@ -31,6 +33,10 @@ std::string versionOf(const std::string& id, int release) {
 
 std::string packPath(const std::string& id) {
   return std::string(kSetupFolder) + "\\" + lowerCase(id) + ".zip";
+}
+
+void putInstallationPack(Workplace& workplace) {
+  workplace.machine().putFile("C:\\Lumo\\Programmi\\luda.gz", productPack("LUDA"));
 }
 
 std::string momentText(const machine::LocalTime& time) {
@@ -150,7 +156,7 @@ void Week::takeUpWork(Started& started) {
   constexpr std::size_t kFromServer = 4;
   if (oneIn(kSeldom)) {
     started.work = Work::Install;
-    started.workplace->machine().putFile("C:\\Lumo\\Programmi\\luda.gz", productPack("LUDA"));
+    putInstallationPack(*started.workplace);
     ++counts_.installs;
   } else if (oneIn(kSeldom)) {
     started.work = Work::Removal;
@@ -173,7 +179,7 @@ void Week::workAt(const Started& started) {
                                codeOf(started.product));
       break;
     case Work::Install:
-      started.workplace->start("SINGLEINSTALL LUDA luda.gz");
+      started.workplace->start(kInstallation);
       break;
     case Work::Removal:
       started.workplace->removeProduct(started.product, started.side);
@@ -426,9 +432,24 @@ void Week::evening() {
   }
 }
 
+/// What single installations left that were ended in their copies goes with the next one of that
+/// computer: it is made where something is left.
+void Week::installWhereCopiesWereLeft() {
+  for (Workplace& workplace : workplaces_) {
+    std::string computer;
+    workplace.machine().system().computerName(computer);
+    if (installation_.share().tree().find("-" + computer + "-") != std::string::npos) {
+      workplace.nextProcess();
+      putInstallationPack(workplace);
+      workplace.start(kInstallation);
+    }
+  }
+}
+
 /// Everybody starts twice, one after the other, and nothing is left to do.
 void Week::weekend() {
   now_.day = 21;
+  installWhereCopiesWereLeft();
   for (int round = 0; round < 2; ++round) {
     for (Workplace& workplace : workplaces_) {
       workplace.nextProcess();

@@ -81,6 +81,7 @@ class Week {
   void deliverAnew(const std::string& id);
   void deliverMissing();
   void evening();
+  void installWhereCopiesWereLeft();
   void weekend();
   void loseShare();
   void judge(const std::vector<Started>& started, bool outage);
