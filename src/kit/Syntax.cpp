@@ -11,8 +11,16 @@ namespace {
 
 constexpr std::size_t kHelpColumn = 26;
 
+/// Letters, each of which is one column wide, of a text in UTF-8.
+std::size_t widthOf(const std::string& text) {
+  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) -> bool {
+    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
+  }));
+}
+
 std::string helpLine(const std::string& what, const std::string& help) {
-  const std::size_t blanks = what.size() < kHelpColumn ? kHelpColumn - what.size() : 1;
+  const std::size_t width = widthOf(what);
+  const std::size_t blanks = width < kHelpColumn ? kHelpColumn - width : 1;
   return "  " + what + std::string(blanks, ' ') + help + "\n";
 }
 

@@ -175,6 +175,70 @@ TEST_F(CommandLine, HelpAndVersionAnswer0) {
   EXPECT_EQ(output(), "trelv " + kit::programVersion() + "\n");
 }
 
+/// What all verbs have.
+constexpr const char* kCommonHelp =
+    "  --json                    scrive un documento JSON\n"
+    "  --quiet                   non mostra l'avanzamento\n"
+    "  --help                    mostra questo aiuto\n"
+    "  --version                 mostra la versione\n";
+
+TEST_F(CommandLine, HelpOfTheProgramListsItsVerbs) {
+  const std::string head =
+      "trelv: prepara, controlla e spiega le consegne di TrelvManager\n\n"
+      "Uso: trelv VERBO [OPZIONI] ARGOMENTI\n\nVerbi:\n";
+  const std::string foot = "\ntrelv VERBO --help mostra argomenti e opzioni di un verbo.\n";
+  EXPECT_EQ(run({"--help"}), 0);
+  EXPECT_EQ(output(), head + "  script    per prova\n" + foot);
+  EXPECT_EQ(trelv_.run({"--help"}), 0);
+  EXPECT_EQ(output(),
+            head +
+                "  lint      cerca errori in installazioni, supporti, pacchetti e configurazioni\n"
+                "  plan      che cosa farebbe un avvio del gestore\n"
+                "  pack      costruisce pacchi da una descrizione\n"
+                "  medium    costruisce un supporto d'installazione da una descrizione\n"
+                "  publish   pubblica pacchi sul server, li annulla, elenca le pubblicazioni\n"
+                "  verify    confronta registrato, configurato e trovato di ogni prodotto\n"
+                "  explain   dice che cosa ha fermato un prodotto, dal registro di un avvio\n"
+                "  locks     mostra i blocchi di aggiornamento e chi li attende, li rimuove su "
+                "richiesta\n" +
+                foot);
+}
+
+TEST_F(CommandLine, HelpOfAVerbSaysWhatMustAndWhatMayStandThere) {
+  EXPECT_EQ(run({"script", "--help"}), 0);
+  EXPECT_EQ(output(),
+            "script: per prova\n\nUso: trelv script [OPZIONI] WHAT\n\n"
+            "Argomenti:\n  WHAT                      che cosa\n\n"
+            "Opzioni:\n  --number N                un numero\n"
+            "  --only CODE,…             codici\n" +
+                std::string(kCommonHelp));
+  EXPECT_EQ(trelv_.run({"lint", "--help"}), 0);
+  EXPECT_EQ(output(),
+            "lint: cerca errori in installazioni, supporti, pacchetti e configurazioni\n\n"
+            "Uso: trelv lint [OPZIONI] PERCORSO…\n\n"
+            "Argomenti:\n  PERCORSO                  cartelle di host, supporti, pacchetti, "
+            "cataloghi, configurazioni\n\n"
+            "Opzioni:\n  --only CODICE,…           cerca soltanto questi errori\n"
+            "  --ignore CODICE,…         non cerca questi errori\n" +
+                std::string(kCommonHelp));
+  EXPECT_EQ(trelv_.run({"explain", "--help"}), 0);
+  EXPECT_EQ(
+      output(),
+      "explain: dice che cosa ha fermato un prodotto, dal registro di un avvio\n\n"
+      "Uso: trelv explain [OPZIONI] PRODUCT\n\n"
+      "Argomenti:\n  PRODUCT                   identificativo del prodotto: NERIO, LUDA, ZB, "
+      "Q2, ZM\n\n"
+      "Opzioni:\n  --host HOST               cartella della suite sul server; altrimenti "
+      "quella registrata\n"
+      "  --log FILE                registro di TrelvManager; altrimenti quello dell'utente\n" +
+          std::string(kCommonHelp));
+  EXPECT_EQ(trelv_.run({"plan", "--help"}), 0);
+  EXPECT_EQ(output().find("plan: che cosa farebbe un avvio del gestore\n\n"
+                          "Uso: trelv plan [OPZIONI] MODO [ARGOMENTO…]\n\n"),
+            0U)
+      << output();
+}
+
 TEST_F(CommandLine, ProgressIsForPeopleOnly) {
   run({"script", "good"});
   EXPECT_EQ(errors(), "");
@@ -204,6 +268,20 @@ TEST(GivenPath, ShowsPathsAsTheyWereGiven) {
                           {"host", "C:\\Lavoro\\host", "host"}}) {
     EXPECT_EQ(kit::GivenPath(paths, row.given).shown(row.full), row.shown);
   }
+}
+
+/// Those of a system that parts folders otherwise.
+class SlashPaths : public FakeGivenPaths {
+ public:
+  char separator() const override { return '/'; }
+};
+
+TEST(GivenPath, ShowsTheSystemsOwnSeparator) {
+  SlashPaths paths;
+  const kit::GivenPath host(paths, "host/");
+  EXPECT_EQ(host.given(), "host");
+  EXPECT_EQ(host.shown("C:\\Lavoro\\host\\prg\\etc"), "host/prg/etc");
+  EXPECT_EQ(kit::GivenPath(paths, "/").given(), "/") << "the root has no other name";
 }
 
 TEST(GivenPath, AnEmptyOneCannotBeUsed) {
