@@ -296,7 +296,8 @@ Found commandGap(const ProductHistory& history, Side side) {
       configuration,
       [&](const Section& section) -> bool {
         return !section.keyBehindGap.empty() && VersionNumber(section.version) > 0 &&
-               VersionNumber(section.version) >= VersionNumber(configuration.current());
+               (VersionNumber(section.version) >= VersionNumber(configuration.current()) ||
+                readsHigher(section.version, configuration.current()));
       },
       [](const Section& section) -> std::string { return section.keyBehindGap; });
 }

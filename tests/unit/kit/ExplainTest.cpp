@@ -46,6 +46,20 @@ class ForgetfulStore : public sim::SimConfigurationLibrary {
   }
 };
 
+/// A store into which another session writes the record between two questions.
+class StoreOfTwoSessions : public sim::SimConfigurationLibrary {
+ public:
+  std::int32_t getParameter(const std::string& product, const std::string& section,
+                            const std::string& key, const std::string& attribute,
+                            const std::string& defaultValue, std::int32_t size,
+                            std::string& buffer) override {
+    const std::int32_t code = SimConfigurationLibrary::getParameter(
+        product, section, key, attribute, defaultValue, size, buffer);
+    put("SYSTEM", "Complementary_Products", "Integration", "Path", "S:\\Lumo");
+    return code;
+  }
+};
+
 /// A store whose file is not well-formed.
 class BrokenStore : public sim::SimConfigurationLibrary {
  public:
@@ -156,6 +170,12 @@ const std::vector<Planting> kPlantings{
                                       "0");
        h.startFor(id);
      }},
+    {"Travolin", "suite", "SuiteTravolin rilevata",
+     [](PlantedHost& h, const std::string& id) -> void {
+       h.machine().diskOf("C:\\").makeFolders("C:\\Travolin");
+       h.machine().setIniValue("travolin.ini", "Parametri", "PathPelan", "C:\\Travolin");
+       h.startFor(id);
+     }},
     {"ProductOnItsOwn", "standalone-product", "Rilevato almeno un prodotto",
      [](PlantedHost& h, const std::string& id) -> void {
        h.machine().configuration().setConfigPath("");
@@ -183,6 +203,11 @@ const std::vector<Planting> kPlantings{
     {"StoreThatIsNotWellFormed", "no-store", "su altro server",
      [](PlantedHost& h, const std::string& id) -> void {
        h.useStore(std::make_unique<BrokenStore>());
+       h.startFor(id);
+     }},
+    {"RecordOfAnotherSessionMeanwhile", "no-store", "Impossibile aggiornare IntegrazioneSuMacchina",
+     [](PlantedHost& h, const std::string& id) -> void {
+       h.useStore(std::make_unique<StoreOfTwoSessions>());
        h.startFor(id);
      }},
     {"NoAdministrator", "no-rights", "utente non amministratore",
@@ -334,6 +359,28 @@ const std::vector<Planting> kPlantings{
        h.share().put(std::string(PlantedHost::kSetups) + "agg.zip", "non un pacco");
        h.startFor(id);
      }},
+    {"PackWhoseContentCannotBeCopied", "pack-failed", "agg.zip",
+     [](PlantedHost& h, const std::string& id) -> void {
+       h.putFirst(id);
+       h.putPack("agg.zip", 0);
+       h.share().makeFolders(std::string(PlantedHost::kSetups) + "nuovo.txt");
+       h.startFor(id);
+     }},
+    {"WorkFolderThatCannotBeTaken", "pack-failed", "nessun pacco viene aperto",
+     [](PlantedHost& h, const std::string& id) -> void {
+       h.putPack("agg.zip", 0);
+       h.machine().makeFolders("C:\\Users\\mario\\Temp\\TrelvManager.lck");
+       h.startFor(id);
+     }},
+    {"RunThatFailsBehindAPack", "unknown", "agdv.lck",
+     [](PlantedHost& h, const std::string& id) -> void {
+       h.putFirst(id);
+       h.record(id, PlantedHost::kOld);
+       h.putPack("agg.zip", 0);
+       h.share().removeTree("S:\\Lumo\\prg\\tempterm");
+       h.share().put("S:\\Lumo\\prg\\tempterm", "no folder");
+       h.startFor(id);
+     }},
     {"PackInUpperCase", "pack-name", "AGG.ZIP",
      [](PlantedHost& h, const std::string& id) -> void {
        h.putPack("AGG.ZIP", 0);
@@ -387,7 +434,7 @@ const std::vector<Planting> kPlantings{
                                std::string(product.path) + " -A");
        h.startFor(id);
      }},
-    {"EndedByForce", "log-cut", "",
+    {"EndedByForce", "log-cut", "Esecuzione comando: \"S:\\Lumo\\server.exe\"",
      [](PlantedHost& h, const std::string& id) -> void {
        h.record(id, PlantedHost::kOld);
        h.share().putProgram("S:\\Lumo\\server.exe", [](sim::SimProcess&) -> std::uint32_t {
@@ -398,7 +445,7 @@ const std::vector<Planting> kPlantings{
        } catch (const sim::Killed&) {
        }
      }},
-    {"BeginCutOff", "log-cut", "",
+    {"BeginCutOff", "log-cut", "Inizio Gestione",
      [](PlantedHost& h, const std::string& id) -> void {
        h.machine().removeTree(PlantedHost::kLog);
        h.startFor(id);
@@ -459,7 +506,7 @@ TEST(Explain, NamesWhatWasPlantedForEachProduct) {
       planting.plant(host, product.id);
       host.machine().callLog().clear();
       const auto found = host.explain(product.id);
-      EXPECT_EQ(found["cause"], planting.cause)
+      EXPECT_EQ(found["cause"].get<std::string>(), planting.cause)
           << found.dump() << "\n"
           << (::testing::Test::HasFailure() ? "" : host.logText());
       EXPECT_EQ(host.exitCode, std::string(planting.cause) == "up-to-date" ? 0 : 1);
@@ -471,6 +518,52 @@ TEST(Explain, NamesWhatWasPlantedForEachProduct) {
     }
   }
   EXPECT_GE(situations, 80U);
+}
+
+TEST(Explain, NamesTheStepOfTheStart) {
+  const std::map<std::string, std::string> steps{
+      {"OtherServer", "integrazione"},
+      {"Ferax", "suite"},
+      {"ProductOnItsOwn", "prodotti in modalità Standard"},
+      {"TooFewArguments", "avvio"},
+      {"LockOfTheServer", "lato Server"},
+      {"LockOfTheWorkstation", "lato Client"},
+      {"DamagedPack", "pacchi"},
+      {"PackInUpperCase", "pacchi"},
+      {"NotInTheCatalogue", "catalogo"},
+      {"ProgramThatIsNotThere", "avvio del programma"},
+      {"EndedByForce", "registro"},
+      {"BeginCutOff", "registro"},
+      {"EmptyLog", ""}};
+  std::size_t found = 0;
+  for (const Planting& planting : kPlantings) {
+    const auto expected = steps.find(planting.name);
+    if (expected != steps.end()) {
+      PlantedHost host;
+      planting.plant(host, "ZB");
+      EXPECT_EQ(host.explain("ZB")["step"], expected->second) << planting.name;
+      ++found;
+    }
+  }
+  EXPECT_EQ(found, steps.size());
+}
+
+TEST(Explain, TellsPeopleCauseEvidenceAndRemedy) {
+  PlantedHost host;
+  host.share().removeTree(pathOf("ZB"));
+  host.startFor("ZM");
+  const auto found = host.explain("ZB");
+  EXPECT_EQ(host.trelv_.run({"explain", "ZB", "--host", "S:\\Lumo", "--log", PlantedHost::kLog}),
+            1);
+  EXPECT_EQ(host.trelv_.console.output,
+            "ZB: no-configuration (lato Server)\n    " + std::string(PlantedHost::kLog) + ":" +
+                found["evidence"]["line"].dump() + ": " +
+                found["evidence"]["text"].get<std::string>() +
+                "\n    rimedio: Consegnare il file di configurazione del prodotto o correggere "
+                "\"conf\" nel catalogo.\n");
+  host.trelv_.console.terminal = true;
+  host.trelv_.run({"explain", "ZB", "--host", "S:\\Lumo", "--log", PlantedHost::kLog});
+  EXPECT_EQ(host.errors(), "\rLettura del registro\r                    \r");
 }
 
 // --- Generated histories
@@ -582,6 +675,51 @@ TEST(Explain, HostAndLogAreThoseOfThisUserWhereNoneAreGiven) {
   host.station_.forgetIntegration();
   host.result({"explain", "ZM"});
   EXPECT_EQ(host.exitCode, 64);
+  EXPECT_EQ(host.errors(), "trelv: manca --host: questa macchina non è integrata (trelv --help)\n");
+}
+
+TEST(Explain, SectionBehindTheGapOfTheCatalogueIsTheEvidence) {
+  PlantedHost host;
+  host.order = {"LUDA", "ZM", "", "NERIO", "ZB"};
+  host.putCatalogue();
+  host.startFor("ZM");
+  EXPECT_EQ(host.explain("ZB")["cause"], "catalogue-gap");
+  EXPECT_EQ(host.explain("ZB")["evidence"]["text"], "[prod04]");
+  host.order = {"LUDA", "", "", "ZB"};
+  host.putCatalogue();
+  host.startFor("ZM");
+  EXPECT_EQ(host.explain("ZB")["evidence"]["text"], "[prod04]");
+}
+
+TEST(Explain, LastUpdateCountsWhereAnEarlierOneHasTwoCommands) {
+  PlantedHost host;
+  host.configure("ZB",
+                 {{"Update01",
+                   PlantedHost::kOld,
+                   {"S:\\Lumo\\server.exe", "S:\\Lumo\\client.exe"},
+                   {"S:\\Lumo\\client.exe"}},
+                  updateTo(PlantedHost::kNow, {"S:\\Lumo\\server.exe"}, {"S:\\Lumo\\client.exe"})});
+  host.startFor("ZB");
+  EXPECT_EQ(host.explain("ZB")["cause"], "up-to-date");
+}
+
+TEST(Explain, GapOfASectionWithTooFewFieldsIsItsFirstTrouble) {
+  PlantedHost host;
+  host.share().put(pathOf("ZB"),
+                   "[Update01]\r\nversion=01.00.00.00\r\nServer01=S:\\Lumo\\server.exe\r\n"
+                   "[Update02]\r\nversion=02.00\r\nServer02=S:\\Lumo\\server.exe\r\n");
+  host.record("ZB", PlantedHost::kOld);
+  host.startFor("ZB");
+  EXPECT_EQ(host.explain("ZB")["cause"], "command-gap");
+}
+
+TEST(Explain, ProductThatNoUpdateBringsToItsSetUpIsNotUpToDate) {
+  PlantedHost host;
+  host.configure(
+      "ZB", {{"Setup01", PlantedHost::kNow, {"S:\\Lumo\\server.exe"}, {"S:\\Lumo\\client.exe"}}});
+  host.record("ZB", PlantedHost::kOld);
+  host.startFor("ZB");
+  EXPECT_EQ(host.explain("ZB")["cause"], "unknown");
 }
 
 TEST(Explain, WhatCannotBeReadAnswers2) {
@@ -616,9 +754,10 @@ TEST(Explain, PackThatBearsOnAnotherProductIsNoCause) {
     EXPECT_EQ(host.explain("ZM")["cause"], "up-to-date");
     host.share().removeTree(PlantedHost::kSetups + std::string(name));
   }
-  host.share().put(PlantedHost::kSetups + std::string("AGG.ZIP"),
-                   zipPack({{"AGDVCOMP.INI", "nuovo"}}));
-  EXPECT_EQ(host.explain("ZM")["cause"], "pack-name");
+  for (const char* const forAll : {"AGDVCOMP.INI", "altro.zip"}) {
+    host.share().put(PlantedHost::kSetups + std::string("AGG.ZIP"), zipPack({{forAll, "nuovo"}}));
+    EXPECT_EQ(host.explain("ZM")["cause"], "pack-name") << forAll;
+  }
 }
 
 TEST(Explain, PackThatFailedStopsTheProductsThatTheSameStartDidNotUpdate) {
@@ -681,13 +820,24 @@ TEST(Explain, SearchForPacksThatFailsStopsTheFirstProduct) {
   EXPECT_EQ(host.explain("ZM")["cause"], "run-stopped-earlier");
 }
 
-TEST(Explain, SectionThatTheStartDidNotReadIsNoCauseWhenTheRecordIsGone) {
-  PlantedHost host;
-  host.configure("ZB", {{"Setup01", "", {"S:\\Lumo\\server.exe"}, {"S:\\Lumo\\client.exe"}}});
-  host.record("ZB", PlantedHost::kOld);
-  host.startFor("ZB");
-  host.record("ZB", "");
-  EXPECT_NE(host.explain("ZB")["cause"], "no-version");
+TEST(Explain, SearchForPacksThatFailsBehindARunIsThatOfTheNextOne) {
+  for (const bool missing : {false, true}) {
+    PlantedHost host;
+    host.putFirst("LUDA");
+    if (missing) {
+      host.share().removeTree(pathOf("LUDA"));
+    } else {
+      host.configure("LUDA", {updateTo(PlantedHost::kNow, {"S:\\Lumo\\manca.exe"}, {})});
+      host.record("LUDA", PlantedHost::kOld);
+    }
+    const std::string search = "files.list S:\\Lumo\\prg\\com\\setup\\aggdovra";
+    host.machine().onCall(search, [&]() -> void {
+      host.machine().onCall(search, [&host]() -> void { host.share().disconnect(); });
+    });
+    host.startFor("ZM");
+    host.share().reconnect();
+    EXPECT_EQ(host.explain("ZM")["step"], "lato Client di LUDA") << host.logText();
+  }
 }
 
 std::vector<std::string> linesOf(const std::string& text) {
@@ -698,6 +848,39 @@ std::vector<std::string> linesOf(const std::string& text) {
     from = end;
   }
   return lines;
+}
+
+TEST(Explain, StartThatHoldsALineOfAnotherOneIsNotExplained) {
+  PlantedHost host;
+  host.startFor("ZM");
+  const std::vector<std::string> lines = linesOf(host.machine().fileText(PlantedHost::kLog));
+  std::size_t tried = 0;
+  for (const char* const once :
+       {"Analisi linea di comando effettuata", "Inizio procedura", "Verifica Esistenza Travolin",
+        "Inizio gestione anomalia Corvel", "Inizio Gestione Anomalia Nerio",
+        "Inizio Gestione anomalia ZeltoModelli", "Inizio Gestione anomalia Luda"}) {
+    const auto own = std::find_if(
+        lines.begin(), lines.end(),
+        [once](const std::string& line) -> bool { return line.find(once) != std::string::npos; });
+    ASSERT_NE(own, lines.end()) << once;
+    std::string text;
+    for (auto line = lines.begin(); line != lines.end(); ++line) {
+      text += line == own ? *line + *line : *line;
+    }
+    host.machine().putFile(PlantedHost::kLog, text);
+    EXPECT_EQ(host.causeOf("ZM"), "unknown") << once;
+    ++tried;
+  }
+  EXPECT_EQ(tried, 7U);
+}
+
+TEST(Explain, SectionThatTheStartDidNotReadIsNoCauseWhenTheRecordIsGone) {
+  PlantedHost host;
+  host.configure("ZB", {{"Setup01", "", {"S:\\Lumo\\server.exe"}, {"S:\\Lumo\\client.exe"}}});
+  host.record("ZB", PlantedHost::kOld);
+  host.startFor("ZB");
+  host.record("ZB", "");
+  EXPECT_NE(host.explain("ZB")["cause"], "no-version");
 }
 
 TEST(Explain, UpdateThatTheStartDidNotReadIsNoCauseWhereNothingIsRecorded) {
@@ -811,7 +994,8 @@ TEST(Explain, LogInAnotherEncodingIsExplainedAlike) {
 }
 
 TEST(Explain, NewestStartOfAHugeLogIsTheOneThatCounts) {
-  constexpr std::size_t kLength = std::size_t{20} << 20U;
+  // Just beyond what is read of a log, 16 MB.
+  constexpr std::size_t kLength = (std::size_t{16} << 20U) + (std::size_t{1} << 19U);
   PlantedHost host;
   host.machine().removeTree(PlantedHost::kLog);
   host.startFor("ZM");

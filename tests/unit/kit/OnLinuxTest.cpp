@@ -81,6 +81,12 @@ TEST_F(OnLinux, VerifyWantsAFolder) {
   EXPECT_EQ(run({"verify", (folder_ / "file").string()}), 2);
 }
 
+TEST_F(OnLinux, NoStartHasWrittenALogOfItsOwn) {
+  EXPECT_EQ(run({"explain", "ZM", "--host", folder_.string()}), 64);
+  EXPECT_EQ(console_.errors,
+            "trelv: manca --log: qui nessun avvio ha scritto un registro (trelv --help)\n");
+}
+
 TEST_F(OnLinux, NothingIsPlanned) {
   EXPECT_EQ(run({"plan", "--json", "INTEGRATEDRUN", folder_.string(), folder_.string(), "NERIO"}),
             2);
