@@ -83,10 +83,9 @@ bool isProductId(const std::string& id) {
 
 bool leadsOutside(const std::string& conf) {
   // The system takes two separators in a row for one: the host folder's own stands before the
-  // first.
-  const bool doubled = conf.starts_with("\\\\") || conf.starts_with("//");
-  const bool one = conf.starts_with("\\") || conf.starts_with("/");
-  return !mediumFiles::liesOnMedium(one && !doubled ? conf.substr(1) : conf);
+  // first. What begins with two leads to another computer.
+  const bool separator = conf.starts_with("\\") || conf.starts_with("/");
+  return !mediumFiles::liesOnMedium(separator ? conf.substr(1) : conf);
 }
 
 bool looksNumbered(const std::string& section, const std::string& kind) {

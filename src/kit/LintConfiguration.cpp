@@ -346,7 +346,7 @@ std::vector<std::string> wordsOf(const std::string& text) {
   std::vector<std::string> words;
   std::string word;
   bool quoted = false;
-  for (const char letter : text + " ") {
+  for (const char letter : text) {
     if (letter == '"') {
       quoted = !quoted;
     } else if (letter == ' ' && !quoted) {

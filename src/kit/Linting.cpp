@@ -558,7 +558,6 @@ void Linting::readArchive(const ByteSource& source, Pack given, std::vector<Read
   for (auto& [name, bytes] : inner) {
     Pack other;
     other.shown = packs[at].pack.shown + "!" + name;
-    other.fileName = lastName(name);
     other.place = PackPlace::Archive;
     other.host = packs[at].pack.host;
     other.kind = packs[at].pack.kind == PackKind::Gz ? PackKind::Zip : PackKind::Gz;

@@ -126,12 +126,27 @@ const std::vector<Row>& rows() {
       {"TK106", "an id in quotes", edit(kCatalogue, "id=Q2", "id=\"Q2\""), ""},
       {"TK107", "no product's", edit(kCatalogue, "id=Q2", "id=PIPPO"), kCatalogue, 11},
       {"TK107", "in another case", edit(kCatalogue, "id=Q2", "id=q2"), ""},
+      {"TK107", "below a header in capitals",
+       [](LintWorld& world) -> void {
+         world.edit(kCatalogue, "[prod03]", "[PROD03]");
+         world.edit(kCatalogue, "id=Q2", "id=PIPPO");
+       },
+       kCatalogue, 11},
       {"TK108", "small letters", edit(kCatalogue, "id=Q2", "id=q2"), kCatalogue, 11},
       {"TK108", "a blank does not count", edit(kCatalogue, "id=Q2", "id = Q2 "), ""},
       {"TK109", "twice", edit(kCatalogue, "id=Q2", "id=ZB"), kCatalogue, 11},
       {"TK109", "in another case", edit(kCatalogue, "id=Q2", "id=zb"), kCatalogue, 11},
       {"TK109", "another product's", edit(kCatalogue, "id=Q2", "id=ZM"), ""},
       {"TK110", "twice, in another case", edit(kCatalogue, "aggdovra\\q2.ini", "AggDovra\\ZB.ini"),
+       kCatalogue, 13},
+      {"TK110", "with the other separator", edit(kCatalogue, "prg\\com\\setup\\aggdovra\\q2.ini",
+                                                 "prg/com/setup/aggdovra/zb.ini"),
+       kCatalogue, 13},
+      {"TK110", "the first with the other separator",
+       [](LintWorld& world) -> void {
+         world.edit(kCatalogue, "aggdovra\\q2.ini", "aggdovra\\zb.ini");
+         world.edit(kCatalogue, "prg\\com\\setup\\aggdovra\\zb.ini", "prg/com/setup/aggdovra/zb.ini");
+       },
        kCatalogue, 13},
       {"TK110", "another file", edit(kCatalogue, "aggdovra\\q2.ini", "aggdovra\\zb2.ini"), ""},
       {"TK111", "none", edit(kCatalogue, "name=Tarsena2", "name="), kCatalogue, 12},
@@ -174,6 +189,12 @@ const std::vector<Row>& rows() {
        kZb, 2},
       {"TK202", "another number of digits",
        edit(kZb, "[Exec]", "[Update03]\r\nversion=9.100.0.0\r\n[Exec]"), kZb, 15},
+      {"TK202", "another number of digits in a field between",
+       [](LintWorld& world) -> void {
+         world.put(kZb, "[Setup01]\r\nversion=1.2.30\r\nServer01=C:\\a.exe -s\r\n"
+                        "[Update01]\r\nversion=1.10.0\r\nServer01=C:\\a.exe -s\r\n");
+       },
+       kZb, 5},
       {"TK202", "fewer fields in the same order", edit(kZb, "version=09.93.00.00", "version=09.93"),
        ""},
       {"TK203", "a letter", edit(kZb, "version=09.93.00.00", "version=09.93a"), kZb, 7},
@@ -206,6 +227,7 @@ const std::vector<Row>& rows() {
       {"TK207", "one digit", edit(kZb, "[Update02]", "[Update2]"), kZb, 10},
       {"TK207", "behind the last", edit(kZb, "[Update02]", "[Update101]"), kZb, 10},
       {"TK207", "something between", edit(kZb, "[Update02]", "[Update-02]"), kZb, 10},
+      {"TK207", "a sign behind", edit(kZb, "[Update02]", "[Update02#]"), kZb, 10},
       {"TK207", "another word", edit(kZb, "[Update02]", "[UpdateInfo2]"), ""},
       {"TK207", "the last", edit(kZb, "[Update02]", "[Update100]"), ""},
       {"TK208", "no such program", removed(kSetups + "bilancio\\setup.exe"), kZb, 3},
@@ -238,6 +260,8 @@ const std::vector<Row>& rows() {
       {"TK209", "one is missing", edit(kZb, "setup.exe\" ZB Server -s", "setup.exe ZB Server -s"), kZb,
        3},
       {"TK209", "both outer ones are lost", edit(kZb, "ZB Server -s", "ZB \"Server\""), kZb, 3},
+      {"TK209", "both outer ones of a short name are lost", edit(kZb, kServerSetup, "Server01=\"a\" b \"c\""),
+       kZb, 3},
       {"TK209", "quotes inside", edit(kZb, "ZB Server -s", "ZB \"Server\" -s"), ""},
       {"TK210", "a switch", edit(kZb, "Server -s", "Server /s"), kZb, 3},
       {"TK210", "an address", edit(kZb, "Server -s", "-d http://lumo -s"), kZb, 3},
@@ -245,6 +269,8 @@ const std::vector<Row>& rows() {
       {"TK210", "a switch of a switch", edit(kZb, "Server -s", "-o:/s -s"), kZb, 3},
       {"TK210", "a drive", edit(kZb, "Server -s", "C:/Lumo -d=C:/Lumo -l:D:/a -s"), ""},
       {"TK210", "a share", edit(kZb, "Server -s", "//srv/lumo/a -s"), ""},
+      {"TK210", "in quotes, behind a blank", edit(kZb, "Server -s", "\"%PATHWORK%\\mia cartella /b\" -s"),
+       ""},
       {"TK210", "a folder that is a year", edit(kZb, "Server -s", "2026/tabelle -s"), ""},
       {"TK210", "a path", edit(kZb, "Server -s", "%PATHWORK%/mv/bilancio -s"), ""},
       {"TK211", "unknown", edit(kZb, "Server -s", "%TEMP% -s"), kZb, 3},
@@ -252,6 +278,7 @@ const std::vector<Row>& rows() {
       {"TK211", "without its end", edit(kZb, "Server -s", "%PATHWORK\\mv -s"), kZb, 3},
       {"TK211", "with a hyphen", edit(kZb, "Server -s", "%PATH-WORK%\\mv -s"), kZb, 3},
       {"TK211", "known", edit(kZb, "Server -s", "%PATHWORK%\\mv %INSTALLTYPE% -s"), ""},
+      {"TK211", "words between two per cents", edit(kZb, "Server -s", "5%A di B% -s"), ""},
       {"TK211", "two per cents", edit(kZb, "Server -s", "5% di 10% -s"), ""},
       {"TK212", "in a set-up", edit(kZb, "Server -s", "%PATHCLIENT%\\a -s"), kZb, 3},
       {"TK212", "in the removal", edit(kZb, "-rimuovi Server", "%PATHCLIENT%\\a -s"), ""},
@@ -325,6 +352,13 @@ const std::vector<Row>& rows() {
        [](LintWorld& world) -> void {
          world.remove(kHost + "\\mv");
          world.remove(kRecord);
+       },
+       ""},
+      {"TK222", "recorded, and nothing is there", removed(kHost + "\\mv"), kZb, 15},
+      {"TK222", "a record of no version, and nothing is there",
+       [](LintWorld& world) -> void {
+         world.remove(kHost + "\\mv");
+         world.put(kRecord, "[ZB]\r\nversion=\r\n");
        },
        ""},
       {"TK222", "elsewhere", edit(kZb, "%PATHWORK%\\mv\\bilancio\\icad", "C:\\Altrove\\icad"), ""},
@@ -407,6 +441,11 @@ const std::vector<Row>& rows() {
          world.share().setVersion(kHost + "\\prg\\com\\bin\\cpy\\client\\TrelvManager.exe", {0, 900, 0, 0});
        },
        kHost + "\\prg\\com\\bin\\cpy\\client\\TrelvManager.exe", 0},
+      {"TK406", "of this release",
+       [](LintWorld& world) -> void {
+         world.share().setVersion(kHost + "\\prg\\com\\bin\\cpy\\client\\TrelvManager.exe", {1, 0, 0, 0});
+       },
+       ""},
       {"TK406", "no copy at all",
        [](LintWorld& world) -> void {
          world.remove(kHost + "\\prg\\com\\bin\\cpy\\client");
@@ -466,9 +505,13 @@ const std::vector<Row>& rows() {
       {"TK507", "a file and a folder", packWith({{kTree + "BILANCIO", ""}}),
        kSetups + "zb.zip" + kInner + "BILANCIO", 0},
       {"TK507", "files of one folder in two spellings", packWith({{kTree + "Bilancio/dati.txt", ""}}), ""},
+      {"TK507", "a file and a folder of folders", packWith({{kTree + "a/b/c.txt", ""}, {kTree + "A", ""}}),
+       kSetups + "zb.zip" + kInner + "A", 0},
       {"TK507", "in another folder", packWith({{kTree + "a/ZB.ini", ""}}), ""},
       {"TK508", "too long", packWith({{kTree + std::string(229, 'x'), ""}}),
        kSetups + "zb.zip" + kInner + std::string(229, 'x'), 0},
+      {"TK508", "a letter that counts twice", packWith({{kTree + "😀" + std::string(227, 'x'), ""}}),
+       kSetups + "zb.zip" + kInner + "😀" + std::string(227, 'x'), 0},
       {"TK508", "just fits", packWith({{kTree + std::string(228, 'x'), ""}}), ""},
       {"TK509", "on the share", put(kSetups + "zb.gz", LintWorld::gzBytes(
                                                            {{kTree + "zb.zip", zipBytes(LintWorld::tree())}})),
@@ -515,6 +558,10 @@ const std::vector<Row>& rows() {
       {"TK513", "good", gzWith({}), ""},
       {"TK514", "lower", put(kSetups + "zb.zip", zipBytes(LintWorld::tree("09.93.50.00"))),
        kSetups + "zb.zip" + kInner + "zb.ini", 0},
+      {"TK514", "in a gz pack",
+       put("S:\\zb.gz", LintWorld::gzBytes(
+                            {{kTree + "zb.zip", zipBytes(LintWorld::tree("09.93.50.00"))}})),
+       "S:\\zb.gz" + kInner + "zb.zip" + kInner + "zb.ini", 0},
       {"TK514", "equal", put(kSetups + "zb.zip", zipBytes(LintWorld::tree("09.94.00.00"))), ""},
 
       {"TK601", "missing", removed("D:\\Setup.cmf"), "D:\\Setup.cmf", 0},
@@ -562,6 +609,8 @@ const std::vector<Row>& rows() {
        "D:\\Setup.cmf", 4},
       {"TK610", "a fifth list", edit("D:\\Setup.cmf", "#SECONDA_LISTA#", "#QUINTA_LISTA#"),
        "D:\\Setup.cmf", 6},
+      {"TK610", "in the title", edit("D:\\Setup.cmf", "Prodotti", "#PRIMA_LISTA#Prodotti"),
+       "D:\\Setup.cmf", 1},
       {"TK610", "the fourth list", edit("D:\\Setup.cmf", "#SECONDA_LISTA#", "#QUARTA_LISTA#"), ""},
       {"TK611", "none", edit("D:\\Setup.cmf", "packs\\nerio|NERIO", "packs\\nerio|"), "D:\\Setup.cmf",
        4},
@@ -637,6 +686,14 @@ TEST(Lint, EachRuleHasATrapAndANearMiss) {
   EXPECT_EQ(tested.size(), kit::lintRules().size());
 }
 
+/// Words without a stop behind them: with a finding a colon and what was found may follow.
+bool isSentence(const std::string& text) {
+  const auto last = static_cast<unsigned char>(text.back());
+  const bool accentOrEllipsis = last >= 0x80;
+  const bool closing = std::string_view(")]\"").find(text.back()) != std::string_view::npos;
+  return text.size() > 8 && (std::isalnum(last) != 0 || closing || accentOrEllipsis);
+}
+
 TEST(Lint, EachRuleHasItsEntryInTheDocuments) {
   std::ifstream file(std::string(TRELV_PROJECT_FOLDER) + "/docs/trelv.md");
   std::set<std::string> documented;
@@ -649,10 +706,75 @@ TEST(Lint, EachRuleHasItsEntryInTheDocuments) {
   std::set<std::string> codes;
   for (const kit::Rule& rule : kit::lintRules()) {
     EXPECT_TRUE(codes.insert(rule.code).second) << rule.code;
-    EXPECT_THAT(rule.text, testing::MatchesRegex(".{8}.*[^.]")) << rule.code;
-    EXPECT_THAT(rule.remedy, testing::MatchesRegex(".{8}.*[^.]")) << rule.code;
+    EXPECT_TRUE(isSentence(rule.text)) << rule.text;
+    EXPECT_TRUE(isSentence(rule.remedy)) << rule.remedy;
   }
   EXPECT_EQ(documented, codes);
+}
+
+/// A change of the clean world and what a finding tells of it behind the rule's text.
+struct Detail {
+  const char* code;
+  Arrange arrange;
+  std::string told;
+};
+
+TEST(Lint, AFindingTellsWhatItHasFound) {
+  const std::string longLine = "#Prima_Lista#" + std::string(100, 'x');
+  const std::vector<Detail> details{
+      {"TK106", edit(kCatalogue, "id=Q2\r\n", "\r\n"), "[prod03]"},
+      {"TK107", edit(kCatalogue, "id=Q2", "id=Q\x01"), "Q?"},
+      {"TK108", edit(kCatalogue, "id=Q2", "id=q2"), "q2, l'host passa Q2"},
+      {"TK111", edit(kCatalogue, "name=Tarsena2", "name="), "[prod03]"},
+      {"TK115", edit(kCatalogue, "name=Tarsena2", "ID=ZM"), "[prod03] ID"},
+      {"TK201", edit(kZb, "version=09.93.00.00\r\n", "\r\n"), "[Update01]"},
+      {"TK204", edit(kZb, "version=09.93.00.00", "version=09.94.00.00"),
+       "[Update02] 09.94.00.00, lato Server, Client"},
+      {"TK215", edit(kZb, "[Setup01]", "[Exec02]"), "[Update01]"},
+      {"TK610", edit("D:\\Setup.cmf", "#SECONDA_LISTA#Esci", longLine), longLine.substr(0, 60)},
+      {"TK611", edit("D:\\Setup.cmf", "packs\\nerio|NERIO", "packs\\nerio|PIPPO"), "Nerio: PIPPO"},
+  };
+  for (const Detail& detail : details) {
+    LintWorld world;
+    detail.arrange(world);
+    world.lint({kHost, "D:\\", "--only", detail.code});
+    const auto findings = nlohmann::json::parse(world.trelv.console.output)["findings"];
+    const auto rule = std::find_if(
+        kit::lintRules().begin(), kit::lintRules().end(),
+        [&](const kit::Rule& one) -> bool { return one.code == std::string(detail.code); });
+    ASSERT_EQ(findings.size(), 1U) << detail.code;
+    EXPECT_EQ(findings[0]["text"], rule->text + (": " + detail.told));
+    EXPECT_EQ(findings[0]["remedy"], rule->remedy);
+  }
+}
+
+TEST(Lint, FindingsAreAnswered1ToPeopleToo) {
+  LintWorld world;
+  EXPECT_EQ(world.trelv.run({"lint", kHost}), 0);
+  world.remove(kCatalogue);
+  EXPECT_EQ(world.trelv.run({"lint", kHost}), 1);
+}
+
+TEST(Lint, OfAGapOnlyTheFirstCommandBehindItIsTold) {
+  LintWorld world;
+  world.edit(kZb, "Client01=" + kSetupExe + "Client -s",
+             "Client01=" + kSetupExe + "a\r\nClient03=b.exe\r\nClient04=c.exe");
+  EXPECT_THAT(world.lint({kHost, "--only", "TK205"}), ElementsAre(Found{"TK205", kZb, 5}));
+}
+
+TEST(Lint, AFolderOfTwoEntriesIsLintedOnce) {
+  LintWorld world;
+  world.edit("D:\\Setup.cmf", "packs\\nerio|", "packs\\bilancio|");
+  world.put(kBilancio + "leggimi.txt", "");
+  EXPECT_THAT(world.lint({"D:\\", "--only", "TK605"}),
+              ElementsAre(Found{"TK605", kBilancio + "leggimi.txt", 0}));
+}
+
+TEST(Lint, AProgramIsLookedForOnceHoweverManyCommandsNameIt) {
+  LintWorld world;
+  world.machine.callLog().clear();
+  world.lint({kZb, kHost, "--only", "TK208"});
+  EXPECT_EQ(world.machine.callLog().countOf("files.look " + kSetups + "bilancio\\setup.exe"), 1U);
 }
 
 TEST(Lint, PathsAreShownAsTheyWereGiven) {
@@ -714,6 +836,23 @@ TEST(Lint, APackIsLintedAsWhatItBecomes) {
       world.lint({"S:\\b.gz"}),
       ElementsAre(Found{"TK103", "S:\\b.gz" + kInner + "z.zip" + kInner + "agdvcomp.ini", 14},
                   Found{"TK207", "S:\\b.gz" + kInner + "z.zip" + kInner + "zb.ini", 22}));
+}
+
+TEST(Lint, TheCatalogueOfAPackNamesItsFilesWithEitherSeparator) {
+  LintWorld world;
+  std::vector<ArchiveFile> files = LintWorld::tree();
+  files[0].content = replaceAll(files[0].content, "\\", "/");
+  files[1].content = "testo\r\n";
+  world.put("S:\\b.zip", zipBytes(files));
+  EXPECT_THAT(world.lint({"S:\\b.zip", "--only", "TK219"}),
+              ElementsAre(Found{"TK219", "S:\\b.zip" + kInner + "zb.ini", 0}));
+}
+
+TEST(Lint, WhatTheCatalogueOfTheShareLacksIsNotToldOfItsPacksToo) {
+  LintWorld world;
+  world.remove(kSetups + "q2.ini");
+  packWith({})(world);
+  EXPECT_THAT(world.lint({kHost, "--only", "TK104"}), ElementsAre(Found{"TK104", kCatalogue, 13}));
 }
 
 TEST(Lint, WithoutAHostRulesOfTheShareKeepSilent) {
