@@ -257,6 +257,26 @@ TEST_F(Build, ImageHoldsTheMedium) {
   }
 }
 
+/// Seven bytes as an image's records have a date: years since 1900 to seconds, then the zone.
+std::string recordDate(const std::string& image, std::size_t record) {
+  return image.substr(record + 18, 7);
+}
+
+TEST_F(Build, ImageHasTheDateOfItsDescriptionAtItsFolders) {
+  machine.putFile(kMedium, replaceAll(machine.fileText(kMedium), "date = 2026-11-21 10:00:00",
+                                      "date = 1999-03-07 01:02:04"));
+  ASSERT_EQ(trelv.run({"medium", kMedium, "C:\\Lavoro\\supporto.iso", "--iso"}), 0)
+      << trelv.console.errors;
+  const std::string image = machine.fileText("C:\\Lavoro\\supporto.iso");
+  constexpr std::size_t kSector = 2048;
+  const std::string date{"\x63\x03\x07\x01\x02\x04\0", 7};
+  for (const std::size_t volume : {16 * kSector, 17 * kSector}) {
+    EXPECT_EQ(image.substr(volume + 1, 5), "CD001");
+    EXPECT_EQ(image.substr(volume + 813, 16), "1999030701020400");
+    EXPECT_EQ(recordDate(image, volume + 156), date);
+  }
+}
+
 TEST_F(Build, NameThatTheImageWouldShortenIsTold) {
   const std::string name = std::string(120, 'n') + ".txt";
   machine.putFile("C:\\Lavoro\\rilascio\\" + name, "x");
@@ -474,6 +494,10 @@ TEST_F(Build, DescriptionThatCannotBeIsToldWithItsLine) {
        ":3: tree: C:\\Lavoro\\manca non è una cartella"},
       {"[pack a]\ndate = 2026-11-21\ntree = D:/manca\n", ":3: tree: D:/manca non è una cartella"},
       {"", ": manca la sezione [pack NOME]"},
+      {"[pack]\ndate = 2026-11-21\ntree = zb\n", ":1: la sezione [pack] vuole un nome\n"},
+      {"[pack a]\ndate = 2026-11-21\nzip = uno\n", ":1: pacco a: a.gz non contiene nulla\n"},
+      {"[pack a]\ndate = 2026-11-21\ngz = uno\ntree = zb\ngz = due\ntree = altro\n",
+       ":1: pacco a: più archivi gz, li tiene insieme solo un supporto\n"},
   };
   for (const BadDescription& row : rows) {
     machine.putFile(kPacks, row.text);
@@ -483,6 +507,70 @@ TEST_F(Build, DescriptionThatCannotBeIsToldWithItsLine) {
   }
   EXPECT_EQ(trelv.run({"pack", "C:\\Lavoro\\niente.txt", kOutput}), 2);
   EXPECT_EQ(trelv.console.errors, "trelv: C:\\Lavoro\\niente.txt: Impossibile trovare il file\n");
+}
+
+TEST_F(Build, DateThatNoCalendarOrZipPackHasIsTold) {
+  const std::map<std::string, std::vector<const char*>> rows{
+      {"una data è AAAA-MM-GG o AAAA-MM-GG HH:MM:SS",
+       {"2026/11/21", "2026-11-2x", "26-11-21", "2026-02-30", "2026-11-21 24:00:00",
+        "2026-11-21 10:60:00", "2026-11-21 10:00:60", "2026-11-21 10:00"}},
+      {"anni da 1980 a 2107, secondi pari",
+       {"1979-12-31", "2108-01-01", "1979-12-31 23:59:59", "2026-11-21 10:00:01"}}};
+  for (const auto& [told, dates] : rows) {
+    for (const char* const date : dates) {
+      machine.putFile(kPacks, std::string("[pack a]\ndate = ") + date + "\ntree = zb\n");
+      EXPECT_EQ(pack(), 2) << date;
+      EXPECT_EQ(trelv.console.errors, "trelv: " + std::string(kPacks) + ":2: date: " + told + "\n");
+    }
+  }
+  for (const char* const date : {"1980-01-01", "2107-12-31", "2028-02-29 23:59:58"}) {
+    machine.putFile(kPacks, std::string("[pack a]\ndate = ") + date + "\ntree = zb\n");
+    EXPECT_EQ(pack(), 0) << date << trelv.console.errors;
+  }
+}
+
+TEST_F(Build, DescriptionOfAMediumThatCannotBeIsToldWithItsLine) {
+  struct Change {
+    const char* from;
+    const char* to;
+    const char* told;
+  };
+  const std::vector<Change> rows{
+      {"[medium]", "[medium 1]", ":1: la sezione [medium] non ha un nome"},
+      {"header = Prodotti", "header = Pro\x01otti", ":4: header: un carattere di controllo"},
+      {"header = Prodotti", "header = Продукты", ":4: header: П non è nel codice 1252"},
+      {"[list 1]", "[list 5]", ":9: gli elenchi vanno da [list 1] a [list 4]"},
+      {"[list 1]", "[list 12]", ":9: gli elenchi vanno da [list 1] a [list 4]"},
+      {"product = ZB", "product = PIPPO",
+       ":14: product: PIPPO non è uno di NERIO LUDA ZB Q2 ZM Exit"},
+      {"folder = bilancio", "folder = bilanciò ж", ":13: folder: ж non è nel codice 1252"},
+      {"tree = zb", "tree = altro",
+       ":16: pacco zb-09.95: nessun albero ha agdvcomp.ini alla radice"},
+      {"tree = zb", "gz = uno\ntree = zb\ngz = UNO\ntree = altro",
+       ":16: pacco zb-09.95: UNO.gz compare due volte"},
+  };
+  const std::string good = machine.fileText(kMedium);
+  for (const Change& row : rows) {
+    ASSERT_NE(good.find(row.from), std::string::npos) << row.from;
+    machine.putFile(kMedium, replaceAll(good, row.from, row.to));
+    EXPECT_EQ(medium("C:\\Lavoro\\supporto"), 2) << row.told;
+    EXPECT_EQ(trelv.console.errors, "trelv: " + std::string(kMedium) + row.told + "\n");
+  }
+}
+
+TEST_F(Build, LettersOfTheCodePageStandInTheMediumsFiles) {
+  machine.putFile(kMedium, replaceAll(machine.fileText(kMedium), "header = Prodotti",
+                                      "header = Prodotti a € 9 – œÿ\u00A0"));
+  ASSERT_EQ(medium("C:\\Lavoro\\supporto"), 0) << trelv.console.errors;
+  const std::string menu = machine.fileText("C:\\Lavoro\\supporto\\Setup.cmf");
+  EXPECT_EQ(menu.substr(0, menu.find("\r\n")), "Prodotti a \x80 9 \x96 \x9C\xFF\xA0 %V%");
+}
+
+TEST_F(Build, FileThatIsNoDescriptionIsNotReadAsOne) {
+  machine.putFile(kPacks, machine.fileText(kPacks) + "#" + std::string(17U << 20U, 'x'));
+  EXPECT_EQ(pack(), 2);
+  EXPECT_EQ(trelv.console.errors,
+            "trelv: " + std::string(kPacks) + ": troppo grande per una descrizione\n");
 }
 
 TEST_F(Build, MarkAndLineEndsOfADescriptionChangeNothing) {

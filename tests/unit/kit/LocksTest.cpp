@@ -361,9 +361,29 @@ TEST(GeneralDateText, IsReadInTheOrderOfTheUsersSystem) {
   EXPECT_FALSE(kit::readGeneralDate(locale, "4711"));
 }
 
+TEST(GeneralDateText, AfternoonOfAnotherSystemIsOne) {
+  sim::SimLocale locale;
+  locale.setLanguage(sim::Language::Italian);
+  EXPECT_EQ(kit::readGeneralDate(locale, "22/11/2026 7:30:00 PM"),
+            (machine::LocalTime{2026, 11, 22, 19, 30, 0}));
+}
+
+TEST(GeneralDateText, WhatNoClockShowsIsNoDate) {
+  sim::SimLocale locale;
+  for (const char* const text :
+       {"22/11/2026 24:00:00", "22/11/2026 07:60:00", "22/11/2026 07:30:60", "32/11/2026 07:30:00",
+        "22/13/2026 07:30:00", "00/11/2026", "22/11/1979"}) {
+    EXPECT_FALSE(kit::readGeneralDate(locale, text)) << text;
+  }
+}
+
 TEST(GeneralDateText, SecondsPassOverMonthsAndLeapYears) {
   EXPECT_EQ(kit::secondsBetween({2024, 2, 28, 23, 59, 59}, {2024, 3, 1, 0, 0, 0}), 86401);
   EXPECT_EQ(kit::secondsBetween({2025, 12, 31, 0, 0, 0}, {2026, 1, 1, 0, 0, 0}), 86400);
+  // The turn of a century: a leap year in every fourth only.
+  EXPECT_EQ(kit::secondsBetween({2000, 2, 28, 0, 0, 0}, {2000, 3, 1, 0, 0, 0}), 2 * 86400);
+  EXPECT_EQ(kit::secondsBetween({2100, 2, 28, 0, 0, 0}, {2100, 3, 1, 0, 0, 0}), 86400);
+  EXPECT_EQ(kit::secondsBetween({2000, 1, 1, 0, 0, 0}, {2400, 1, 1, 0, 0, 0}), 146097LL * 86400);
   EXPECT_EQ(kit::secondsBetween({2026, 1, 1, 0, 0, 1}, {2026, 1, 1, 0, 0, 0}), 0);
 }
 

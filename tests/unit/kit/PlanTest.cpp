@@ -102,6 +102,25 @@ TEST_F(PlanVerbs, LetAProgramFailAndAUserHaveFewRights) {
   EXPECT_THAT(texts("box", "title"), Contains("Errore"));
 }
 
+TEST_F(PlanVerbs, TakeTheirOptionsWhereverTheyStandUpToTwoHyphens) {
+  installation_.putServerRecord("[NERIO]\r\nversion=01.00.00.00\r\n");
+  for (const Names& number : {Names{"--fails", "1"}, Names{"--fails=1"}}) {
+    Names arguments = number;
+    arguments.insert(arguments.end(), kRun.begin(), kRun.end());
+    arguments.emplace_back("--as-user");
+    EXPECT_EQ(plan(arguments), 1) << trelv_.console.errors;
+    EXPECT_EQ(row("LUDA", "Server").at("becomes"), "");
+    EXPECT_THAT(texts("box", "title"), Contains("Errore"));
+  }
+  installation_.putServerRecord(deliveredVersions());
+  Names behind{"--"};
+  behind.insert(behind.end(), kRun.begin(), kRun.end());
+  behind.emplace_back("--as-user");
+  EXPECT_EQ(plan(behind), 0) << trelv_.console.errors;
+  EXPECT_EQ(result_.at("starts"), "S:\\Lumo\\mv\\nerio\\nerio.exe --as-user");
+  EXPECT_EQ(plan({"INTEGRATEDRUN", "--fails"}), 64);
+}
+
 TEST_F(PlanVerbs, SayWhyAProductWasNotReached) {
   share().put(Installation::kServerLock, "16/11/2026 09:30:00\r\n");
   installation_.putServerRecord("");
@@ -114,6 +133,19 @@ TEST_F(PlanVerbs, SayWhyAProductWasNotReached) {
   EXPECT_EQ(plan(kRun), 1);
   EXPECT_EQ(row("ZM", "Client").at("because"),
             "Integrazione disponibile ma su altro server - Impossibile proseguire");
+  share().removeTree("S:\\Lumo\\mv\\nerio\\nerio.exe");
+  EXPECT_EQ(plan(kRun), 1);
+  EXPECT_EQ(row("ZM", "Client").at("because"),
+            "Integrazione disponibile ma su altro server - Impossibile proseguire");
+}
+
+TEST_F(PlanVerbs, SayThatASideHasNoCommands) {
+  share().put("S:\\Lumo\\prg\\com\\setup\\aggdovra\\zb.ini",
+              "[Update01]\r\nversion=99.00.00.00\r\nServer01=%PATHSETUP%"
+              "\\prg\\com\\setup\\aggdovra\\zb\\update.exe -S\r\n");
+  plan(kRun);
+  EXPECT_EQ(row("ZB", "Client").at("because").get<std::string>(), "nessun comando per questo lato");
+  EXPECT_EQ(row("ZB", "Server").at("becomes").get<std::string>(), "99.00.00.00");
 }
 
 TEST_F(PlanVerbs, SayOfAStartThatUpdatesNothingThatItDoesNot) {
@@ -131,6 +163,11 @@ TEST_F(PlanVerbs, WriteAnEmptyArgumentAsTheManagerIsGivenIt) {
   EXPECT_THAT(texts("log", "text"),
               Contains("Gestione ProdTrelv - Linea di comando ArgV = INTEGRATEDRUN S:\\Lumo \"\" "
                        "\"due parole\" NERIO\t Numero parametri = 4"));
+  plan({"INTEGRATEDRUN", "S:\\Lumo", "S:\\Lumo", "NERIO", "n#1"});
+  EXPECT_THAT(
+      texts("log", "text"),
+      Contains("Gestione ProdTrelv - Linea di comando ArgV = INTEGRATEDRUN S:\\Lumo S:\\Lumo "
+               "NERIO n#1\t Numero parametri = 5"));
 }
 
 /// The keys of the steps of a kind, in their order; "" where they differ from step to step.
@@ -199,7 +236,34 @@ TEST_F(PlanVerbs, ShowPeopleStepsAndVersions) {
       AllOf(HasSubstr("  esegue      S:\\Lumo\\prg\\com\\setup\\aggdovra\\nerio\\update.exe "
                       "-S\n"),
             HasSubstr("  NERIO Server: 01.00.00.00 -> 03.20.30.00 (esecuzione effettuata: "),
+            HasSubstr("\nVersioni registrate:\n"), HasSubstr("  NERIO Client: resta 03.20.30.00 ("),
             HasSubstr("Programma richiesto: S:\\Lumo\\mv\\nerio\\nerio.exe \n")));
+}
+
+TEST_F(PlanVerbs, ShowPeopleAFirstStart) {
+  const PackPrograms packPrograms(machine());
+  station_.forgetIntegration();
+  installation_.putServerRecord("");
+  station_.putClientRecord("");
+  share().put("S:\\Lumo\\prg\\com\\setup\\aggdovra\\a.zip",
+              packBytes({{"prg\\com\\setup\\aggdovra\\testo.txt", "x"}}));
+  EXPECT_EQ(trelv_.run({"plan", "INTEGRATEDRUN", "S:\\Lumo", "S:\\Lumo", "MVBIL"}), 1);
+  EXPECT_THAT(
+      trelv_.console.output,
+      AllOf(
+          HasSubstr("\n  registro    HKLM\\SOFTWARE\\LUMO\\Programmi (nuova chiave)\n  registro    "
+                    "HKLM\\SOFTWARE\\LUMO\\Programmi: PathLocale="),
+          HasSubstr(
+              "\n  copia       C:\\Users\\mario\\Temp\\prg\\com\\setup\\aggdovra\\testo.txt in "
+              "S:\\Lumo\\prg\\com\\setup\\aggdovra\\"),
+          HasSubstr("\n  rinomina    S:\\Lumo\\prg\\com\\setup\\aggdovra\\"),
+          HasSubstr(" in S:\\Lumo\\prg\\com\\setup\\aggdovra\\testo.txt\n"),
+          HasSubstr("\nVersioni registrate:\n  NERIO Server: nessuna -> 03.20.30.00 (")));
+}
+
+TEST_F(PlanVerbs, ShowPeopleThatNoProgramIsStarted) {
+  EXPECT_EQ(trelv_.run({"plan", "INTEGRATEDMAINTAIN", "S:\\Lumo", "S:\\Lumo"}), 1);
+  EXPECT_THAT(trelv_.console.output, HasSubstr("\nProgramma richiesto: nessuno\n"));
 }
 
 }  // namespace
