@@ -5,24 +5,14 @@
 #include "packs/PackExtraction.h"
 #include "prove/Scenes.h"
 #include "support/Installation.h"
+#include "support/kit/Publishing.h"
 #include "support/kit/Trelv.h"
 #include "support/kit/ZipPacks.h"
 
 namespace trelv::tests {
 namespace {
 
-constexpr const char* kHost = "S:\\Lumo";
-constexpr const char* kSetup = "S:\\Lumo\\prg\\com\\setup\\aggdovra";
-constexpr const char* kPack = "C:\\Consegne\\zb-09.95.zip";
-constexpr const char* kOther = "C:\\Consegne\\nerio-03.21.zip";
-
-/// A configuration file with which nothing is wrong.
-std::string configuration(const std::string& version) {
-  return "[Setup01]\r\nversion=" + version +
-         "\r\nServer01=%PATHSETUP%\\prg\\com\\setup\\aggdovra\\zb\\setup.exe -s\r\n"
-         "[Exec]\r\nMVBIL=%PATHWORK%\\mv\\zb\\mvbil.exe\r\n"
-         "[Remove]\r\nServer01=%PATHWORK%\\mv\\zb\\togli.exe -s\r\n";
-}
+using namespace publishing;
 
 /// A host and a station on which trelv runs, with one or two packs to publish.
 class WithPacks : public Scene {

@@ -18,27 +18,19 @@
 #include "sim/KilledMachine.h"
 #include "sim/PowerLoss.h"
 #include "support/Installation.h"
+#include "support/kit/Publishing.h"
 #include "support/kit/Trelv.h"
 #include "support/kit/ZipPacks.h"
 
 namespace trelv::tests {
 namespace {
 
+using namespace publishing;
+
 using Json = nlohmann::ordered_json;
 
-constexpr const char* kHost = "S:\\Lumo";
-constexpr const char* kSetup = "S:\\Lumo\\prg\\com\\setup\\aggdovra";
 constexpr const char* kShelf = "S:\\Lumo\\prg\\tempterm\\trelv";
-constexpr const char* kPack = "C:\\Consegne\\zb-09.95.zip";
-constexpr const char* kOther = "C:\\Consegne\\nerio-03.21.zip";
 
-/// A configuration file with which nothing is wrong.
-std::string configuration(const std::string& version) {
-  return "[Setup01]\r\nversion=" + version +
-         "\r\nServer01=%PATHSETUP%\\prg\\com\\setup\\aggdovra\\zb\\setup.exe -s\r\n"
-         "[Exec]\r\nMVBIL=%PATHWORK%\\mv\\zb\\mvbil.exe\r\n"
-         "[Remove]\r\nServer01=%PATHWORK%\\mv\\zb\\togli.exe -s\r\n";
-}
 const std::string kOldConfiguration = configuration("09.94.00.00");
 const std::string kNewConfiguration = configuration("09.95.00.00");
 
