@@ -1,6 +1,7 @@
 #include <windows.h>
 // The common controls' header needs the one above first.
 #include <commctrl.h>
+#include <tlhelp32.h>
 
 #include <algorithm>
 #include <array>
@@ -408,6 +409,28 @@ constexpr const wchar_t* kWordClassId = L"{5D3C1A70-6B1E-4C8E-9A51-0E2763D48B12}
 /// A file system of the Unix side that is none of its disks.
 constexpr const char* kOtherVolume = "Z:\\dev\\shm";
 
+bool wordRuns() {
+  const win32::OwnedFile processes(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+  PROCESSENTRY32W process{};
+  process.dwSize = sizeof process;
+  for (BOOL more = Process32FirstW(processes.get(), &process); more != FALSE;
+       more = Process32NextW(processes.get(), &process)) {
+    if (lstrcmpiW(process.szExeFile, L"word.exe") == 0) {
+      return true;
+    }
+  }
+  return false;
+}
+
+/// One that is still ending could be met by who starts the next one.
+void waitUntilWordHasEnded() {
+  constexpr int kMostTries = 200;
+  constexpr DWORD kPause = 50;
+  for (int i = 0; i < kMostTries && wordRuns(); ++i) {
+    Sleep(kPause);
+  }
+}
+
 Win32ContractMachine::Win32ContractMachine() {
   std::array<wchar_t, MAX_PATH> temporary{};
   std::array<wchar_t, MAX_PATH> withoutBlanks{};
@@ -422,6 +445,9 @@ Win32ContractMachine::Win32ContractMachine() {
 Win32ContractMachine::~Win32ContractMachine() {
   // A folder that is the current one cannot be removed.
   SetCurrentDirectoryW(L"C:\\");
+  if (wordInstalled_) {
+    waitUntilWordHasEnded();
+  }
   // What lies there may have any length of path.
   removeTree(L"\\\\?\\" + wide(folder_));
   if (!otherFolder_.empty()) {
