@@ -124,6 +124,14 @@ TEST_F(Publish, PackWaitsUnderItsOwnName) {
   EXPECT_EQ(result()["adds"], Json({"zb\\novità\\leggimi.txt", "zb\\perché.txt"}));
 }
 
+TEST_F(Publish, PeopleSeeWhatIsBeingDone) {
+  trelv.console.terminal = true;
+  ASSERT_EQ(trelv.run({"publish", kHost, kPack}), 0) << trelv.console.output;
+  const std::string& seen = trelv.console.errors;
+  EXPECT_TRUE(seen.starts_with("\rConfronto di zb-09.95.zip con il server\r")) << seen;
+  EXPECT_NE(seen.find("\rCopia di zb-09.95.zip  "), std::string::npos) << seen;
+}
+
 TEST_F(Publish, RepeatedWhileThePackWaitsDoesNothing) {
   publish();
   const Tree before = tree();

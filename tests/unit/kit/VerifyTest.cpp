@@ -55,6 +55,12 @@ TEST_F(Verify, TellsARowForEachSideWithItsKeysInTheirOrder) {
   EXPECT_EQ(exitCode, 1);
 }
 
+TEST_F(Verify, PeopleSeeWhatIsBeingDone) {
+  trelv_.console.terminal = true;
+  trelv_.run({"verify", "S:\\Lumo"});
+  EXPECT_EQ(errors(), "\rVerifica dei prodotti\r                     \r");
+}
+
 TEST_F(Verify, ProductsStandInTheOrderOfTheCatalogueThenThoseThatItLacks) {
   installation_.putCatalogue({{"Q2", "", kConf}, {"KXK", "", kConf}, {"nerio", "", kConf}});
   std::string order;
