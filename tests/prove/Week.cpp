@@ -356,7 +356,8 @@ bool Week::isOfRemoval(const Started& started, const std::string& text) const {
       missing_.count(started.product) > 0 && tellsOneOf({text}, "non risulta installato");
   return asked || std::any_of(missing_.begin(), missing_.end(), [&](const auto& product) {
            const std::string id = lowerCase(product.first);
-           return tellsOneOf({text}, "aggdovra\\" + id + "\\|aggdovra\\" + id + ".ini") ||
+           const std::string folder = "aggdovra\\" + id;
+           return tellsOneOf({text}, folder + "\\|" + folder + ".ini") || text.ends_with(folder) ||
                   text == "frmError";
          });
 }
