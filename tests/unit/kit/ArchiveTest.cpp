@@ -191,6 +191,17 @@ TEST(Archive, LinkInAZipIsNeitherAFileNorAFolder) {
   EXPECT_FALSE(entry.folder);
 }
 
+TEST(Archive, ZipThatHoldsNothingIsWhole) {
+  const auto damageOf = [](const std::string& bytes) -> std::string {
+    return readZip(
+        textSource(bytes), [](const PackEntry&) -> bool { return true; },
+        [](const PackEntry&, const std::string&) -> void { FAIL(); });
+  };
+  const std::string nothing = std::string("PK\5\6") + std::string(18, '\0');
+  EXPECT_EQ(damageOf(nothing), "");
+  EXPECT_NE(damageOf(nothing.substr(1)), "");
+}
+
 TEST(Archive, EncryptedEntryIsToldAndNotRead) {
   std::vector<PackEntry> told;
   const std::string damage = readZip(
