@@ -24,6 +24,15 @@ class PlanVerbs : public StationTest {
     station_.putClientRecord(deliveredVersions());
   }
 
+  /// Nothing is recorded yet, and a pack waits.
+  void beNewWithAPack() {
+    station_.forgetIntegration();
+    installation_.putServerRecord("");
+    station_.putClientRecord("");
+    share().put("S:\\Lumo\\prg\\com\\setup\\aggdovra\\a.zip",
+                packBytes({{"prg\\com\\setup\\aggdovra\\testo.txt", "x"}}));
+  }
+
   int plan(Names arguments) {
     arguments.insert(arguments.begin(), {"plan", "--json"});
     const int code = trelv_.run(arguments);
@@ -188,11 +197,7 @@ std::string keysOf(const Json& steps, const char* kind) {
 
 TEST_F(PlanVerbs, NameTheKeysOfEachKindOfStepAsOtherProgramsReadThem) {
   const PackPrograms packPrograms(machine());
-  station_.forgetIntegration();
-  installation_.putServerRecord("");
-  station_.putClientRecord("");
-  share().put("S:\\Lumo\\prg\\com\\setup\\aggdovra\\a.zip",
-              packBytes({{"prg\\com\\setup\\aggdovra\\testo.txt", "x"}}));
+  beNewWithAPack();
   share().put("S:\\Lumo\\prg\\com\\setup\\aggdovra\\b.zip", "no pack");
   machine().removeTree("C:\\Users\\mario\\Temp\\log");
   EXPECT_EQ(plan({"INTEGRATEDRUN", "S:\\Lumo", "S:\\Lumo", "MVBIL"}), 1);
@@ -242,11 +247,7 @@ TEST_F(PlanVerbs, ShowPeopleStepsAndVersions) {
 
 TEST_F(PlanVerbs, ShowPeopleAFirstStart) {
   const PackPrograms packPrograms(machine());
-  station_.forgetIntegration();
-  installation_.putServerRecord("");
-  station_.putClientRecord("");
-  share().put("S:\\Lumo\\prg\\com\\setup\\aggdovra\\a.zip",
-              packBytes({{"prg\\com\\setup\\aggdovra\\testo.txt", "x"}}));
+  beNewWithAPack();
   EXPECT_EQ(trelv_.run({"plan", "INTEGRATEDRUN", "S:\\Lumo", "S:\\Lumo", "MVBIL"}), 1);
   EXPECT_THAT(
       trelv_.console.output,

@@ -131,14 +131,20 @@ TEST(AnOverlay, NotesWhatIsStoredInsteadOfHowItsFileIsWritten) {
   EXPECT_EQ(over.steps().size(), 2U) << "what comes behind is noted again";
 }
 
+constexpr auto kHive = machine::Hive::LocalMachine;
+constexpr const char* kKey = "SOFTWARE\\LUMO";
+
+std::unique_ptr<machine::RegistryKey> openedKey(OverlaidMachine& over) {
+  std::unique_ptr<machine::RegistryKey> key;
+  EXPECT_EQ(over.top().registry.openKey(kHive, kKey, machine::key_access::kAll, key), 0U);
+  return key;
+}
+
 TEST(AnOverlay, NotesWhatRegistryValuesBecome) {
   sim::SimMachine machine;
-  const auto hive = machine::Hive::LocalMachine;
-  machine.registry().setText(hive, "SOFTWARE\\LUMO", "Path", "S:\\Lumo");
+  machine.registry().setText(kHive, kKey, "Path", "S:\\Lumo");
   OverlaidMachine over(machine);
-  std::unique_ptr<machine::RegistryKey> key;
-  ASSERT_EQ(over.top().registry.openKey(hive, "SOFTWARE\\LUMO", machine::key_access::kAll, key),
-            0U);
+  const auto key = openedKey(over);
   const std::string number("\x02\x01\x04\x03", 4);
   const std::vector<std::tuple<std::string, std::uint32_t, std::string, std::string>> rows{
       {"Path", machine::value_type::kText, std::string("\xE8\0x", 3), "è"},
@@ -159,12 +165,9 @@ TEST(AnOverlay, NotesWhatRegistryValuesBecome) {
 
 TEST(AnOverlay, NotesNoRegistryValueThatStaysAsItIs) {
   sim::SimMachine machine;
-  const auto hive = machine::Hive::LocalMachine;
-  machine.registry().setText(hive, "SOFTWARE\\LUMO", "Path", "S:\\Lumo");
+  machine.registry().setText(kHive, kKey, "Path", "S:\\Lumo");
   OverlaidMachine over(machine);
-  std::unique_ptr<machine::RegistryKey> key;
-  ASSERT_EQ(over.top().registry.openKey(hive, "SOFTWARE\\LUMO", machine::key_access::kAll, key),
-            0U);
+  const auto key = openedKey(over);
   EXPECT_EQ(key->writeValue("Path", machine::value_type::kText, "S:\\Lumo"), 0U);
   EXPECT_THAT(over.steps(), IsEmpty());
   EXPECT_EQ(key->writeValue("Path", machine::value_type::kExpandText, "S:\\Lumo"), 0U);
