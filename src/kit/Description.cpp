@@ -601,12 +601,15 @@ class Reader {
 
   static std::vector<std::string> productsOf(const std::vector<Section>& sections) {
     std::vector<std::string> lines;
+    std::vector<std::string> products;
     for (const Section& section : sections) {
       for (const Value& value :
            section.kind == "products" ? section.values : std::vector<Value>()) {
         if (!isProduct(value.key)) {
           fault(value.line, "products: " + value.key + " non è uno di " + listOfProducts());
         }
+        products.push_back(value.key);
+        requireDistinct(value.line, "products", products);
         lines.push_back(value.key + "|" + fieldText(value));
       }
     }
@@ -656,8 +659,7 @@ class Reader {
           fault(section.line, "gli elenchi vanno da [list 1] a [list 4]");
         }
         current = &lists[static_cast<std::size_t>(section.name[0] - '1')];
-        current->caption =
-            section.has("caption") ? fieldText(section.get("caption")) : current->caption;
+        takeCaption(section, *current);
       } else if (section.kind == "entry") {
         if (current == nullptr) {
           fault(section.line, "una voce prima del primo elenco");
@@ -667,6 +669,18 @@ class Reader {
       }
     }
     return lists;
+  }
+
+  /// A list may be gone on with further down, its caption stands once.
+  static void takeCaption(const Section& section, ListPlan& list) {
+    if (!section.has("caption")) {
+      return;
+    }
+    const Value caption = section.get("caption");
+    if (!list.caption.empty()) {
+      fault(caption.line, "caption: l'elenco " + section.name + " ne ha già una");
+    }
+    list.caption = fieldText(caption);
   }
 
   static EntryPlan entryOf(const Section& section, const std::vector<PackPlan>& packs) {

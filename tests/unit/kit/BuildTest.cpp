@@ -548,6 +548,13 @@ TEST_F(Build, DescriptionOfAMediumThatCannotBeIsToldWithItsLine) {
        ":16: pacco zb-09.95: nessun albero ha agdvcomp.ini alla radice"},
       {"tree = zb", "gz = uno\ntree = zb\ngz = UNO\ntree = altro",
        ":16: pacco zb-09.95: UNO.gz compare due volte"},
+      {"[list 1]", "[products]\nNERIO = Nerio\nnerio = Nerio\n[list 1]",
+       ":11: products: nerio compare due volte"},
+      {"[list 1]", "[products]\nZM = Modelli\n[products]\nZM = Modelli\n[list 1]",
+       ":12: products: ZM compare due volte"},
+      {"[list 1]", "[documents]\na.txt = zb/zb.ini\n[documents]\nA.txt = zb/zb.ini\n[list 1]",
+       ":12: documents: a.txt e A.txt sono un solo nome per Windows"},
+      {"[list 1]", "[list 1]\ncaption = Uno\n[list 1]", ":12: caption: l'elenco 1 ne ha già una"},
   };
   const std::string good = machine.fileText(kMedium);
   for (const Change& row : rows) {
