@@ -118,6 +118,11 @@ TEST(Archive, ImageHasTheNamesOfJolietAndWhatWasPutIn) {
   EXPECT_EQ(filesOf(isoOf(someFiles()), ArchiveKind::Iso), expectedFiles());
 }
 
+TEST(Archive, ImageReadWithoutJolietHasNamesOfThirtyLetters) {
+  const std::string bytes = isoOf({{"prodotti/configurazione.ini", "x"}});
+  EXPECT_NE(bytes.find("CONFIGURAZIONE.INI;1"), std::string::npos);
+}
+
 TEST(Archive, ImageHasTheTimesOfItsFilesAndOneForAllFolders) {
   const std::string bytes = isoOf(someFiles());
   ArchiveReader reader(textSource(bytes), ArchiveKind::Iso);

@@ -239,6 +239,18 @@ TEST_F(CommandLine, HelpOfAVerbSaysWhatMustAndWhatMayStandThere) {
       << output();
 }
 
+TEST(CommandLineHelp, OneBlankAtLeastStandsBehindAnOption) {
+  bool place = false;
+  kit::Syntax syntax;
+  syntax.flag("lunga-ventitre-lettere", "corta", place);
+  syntax.flag("lunga-ventiquattro-lette", "giusta", place);
+  syntax.flag("lunga-venticinque-lettere", "lunga", place);
+  const std::string help = syntax.help("prova", "");
+  EXPECT_NE(help.find("\n  --lunga-ventitre-lettere  corta\n"), std::string::npos) << help;
+  EXPECT_NE(help.find("\n  --lunga-ventiquattro-lette giusta\n"), std::string::npos) << help;
+  EXPECT_NE(help.find("\n  --lunga-venticinque-lettere lunga\n"), std::string::npos) << help;
+}
+
 TEST_F(CommandLine, ProgressIsForPeopleOnly) {
   run({"script", "good"});
   EXPECT_EQ(errors(), "");

@@ -779,6 +779,18 @@ TEST(Explain, EvidenceInAFileThatIsMissingIsTheFileAlone) {
   EXPECT_EQ(evidence.text, "");
 }
 
+TEST(Explain, EvidenceBehind16MegabytesOfAFileIsTheFileAlone) {
+  PlantedHost host;
+  kit::QuietProgram quiet(host.machine().machine());
+  const std::string file = "S:\\Lumo\\grande.ini";
+  const std::string key = "\r\n[ZM]\r\nversion=1";
+  constexpr std::size_t kRead = std::size_t{16} << 20U;
+  host.share().put(file, std::string(kRead - key.size(), ';') + key);
+  EXPECT_EQ(kit::inIniFile(quiet.program(), file, "ZM", "version").text, "version=1");
+  host.share().put(file, std::string(kRead, ';') + key);
+  EXPECT_EQ(kit::inIniFile(quiet.program(), file, "ZM", "version").text, "");
+}
+
 TEST(Explain, ProductThatStoppedTheOthersIsNamed) {
   PlantedHost host;
   host.putFirst("LUDA");
@@ -872,6 +884,61 @@ TEST(Explain, StartThatHoldsALineOfAnotherOneIsNotExplained) {
     ++tried;
   }
   EXPECT_EQ(tried, 7U);
+}
+
+TEST(Explain, StartThatHoldsALineOfTheOtherSideIsNotExplained) {
+  PlantedHost host;
+  host.putFirst("LUDA");
+  host.record("LUDA", PlantedHost::kOld);
+  host.machine().removeTree(PlantedHost::kLog);
+  host.startFor("ZM");
+  const std::vector<std::string> lines = linesOf(host.machine().fileText(PlantedHost::kLog));
+  std::set<std::string> tried;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    for (const char* const own : {"Lato Server la versione", " - Oggetto=Server - "}) {
+      if (lines[i].find(own) == std::string::npos) {
+        continue;
+      }
+      std::string text;
+      for (std::size_t j = 0; j < lines.size(); ++j) {
+        text += lines[j] + (j == i ? replaceAll(lines[j], "Server", "Client") : "");
+      }
+      host.machine().putFile(PlantedHost::kLog, text);
+      EXPECT_EQ(host.causeOf("ZM"), "unknown") << lines[i];
+      tried.insert(own);
+    }
+  }
+  EXPECT_EQ(tried.size(), 2U);
+}
+
+TEST(Explain, StartBehindWhichAnotherKindBeganAndEndedIsCut) {
+  PlantedHost host;
+  host.machine().removeTree(PlantedHost::kLog);
+  RealProgram(host.machine()).run("STANDALONEINSTALL S:\\Lumo S:\\Lumo ZM");
+  const std::string other = host.machine().fileText(PlantedHost::kLog);
+  host.machine().removeTree(PlantedHost::kLog);
+  host.startFor("ZM");
+  const std::string whole = host.machine().fileText(PlantedHost::kLog);
+  const std::size_t cut = whole.find("\r\n", whole.find("Inizio procedura")) + 2;
+  host.machine().putFile(PlantedHost::kLog, whole.substr(0, cut) + other);
+  EXPECT_EQ(host.causeOf("ZM"), "log-cut") << host.logText();
+}
+
+TEST(Explain, WhatAnotherStartWritesBehindTheWalkIsNoRunOfThisOne) {
+  PlantedHost host;
+  host.machine().removeTree(PlantedHost::kLog);
+  host.startFor("ZM");
+  std::string text = host.machine().fileText(PlantedHost::kLog);
+  const std::string begin = text.substr(0, text.find(" -- ") + 4);
+  const std::size_t end = text.find("\r\n", text.find("Termine procedura Update")) + 2;
+  text.insert(end, begin +
+                       "Gestione ProdTrelv - Inizio verifica presenza di pacchi zip in cartella: "
+                       "S:\\Lumo\\prg\\com\\setup\\aggdovra\r\n" +
+                       begin +
+                       "Gestione ProdTrelv - esecuzione non effettuata per presenza altre "
+                       "sessioni: Tipo=Update - Oggetto=Server - Comando=x\r\n");
+  host.machine().putFile(PlantedHost::kLog, text);
+  EXPECT_EQ(host.causeOf("ZM"), "up-to-date") << host.logText();
 }
 
 TEST(Explain, SectionThatTheStartDidNotReadIsNoCauseWhenTheRecordIsGone) {

@@ -183,6 +183,18 @@ TEST_F(Publish, UndoOverwritesReadOnlyFiles) {
   EXPECT_EQ(tree(), before);
 }
 
+TEST_F(Publish, UndoReplacesWhatAKilledOneLeftHalfCopied) {
+  share().put(setup("nerio\\a.txt"), "prima");
+  const Tree before = tree();
+  publish({kOther});
+  open();
+  const std::string left = setup("nerio\\a.txt.trelv.trelv");
+  share().put(left, "mezzo");
+  share().setReadOnly(left);
+  ASSERT_EQ(undo(), 0) << trelv.console.errors;
+  EXPECT_EQ(tree(), before);
+}
+
 TEST_F(Publish, UndoLeavesWhatWasChangedSinceAndKeepsItsOldContent) {
   publish();
   const std::string journal = result()["journal"];

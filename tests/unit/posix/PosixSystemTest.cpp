@@ -217,6 +217,20 @@ TEST_F(PosixSystem, KnowsWhichProcessesRun) {
   EXPECT_EQ(waitpid(waiting.number(), &status, WNOHANG), 0) << "who is asked about goes on";
 }
 
+TEST_F(PosixSystem, AsksAfterAProcessWithoutASignal) {
+  sigset_t all;
+  sigset_t before;
+  sigset_t waiting;
+  sigfillset(&all);
+  ASSERT_EQ(pthread_sigmask(SIG_BLOCK, &all, &before), 0);
+  EXPECT_TRUE(machine_.processes.isRunning(static_cast<std::uint32_t>(getpid())));
+  ASSERT_EQ(sigpending(&waiting), 0);
+  for (int number = 1; number < NSIG; ++number) {
+    EXPECT_NE(sigismember(&waiting, number), 1) << number;
+  }
+  ASSERT_EQ(pthread_sigmask(SIG_SETMASK, &before, nullptr), 0);
+}
+
 TEST_F(PosixSystem, AnswersEmptyOfWhatIsNotThere) {
   machine::Machine machine = machine_.machine();
   std::unique_ptr<machine::WordProcessor> word;
