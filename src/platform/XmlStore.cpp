@@ -225,12 +225,19 @@ bool isWellFormed(const std::string& bytes) {
   return isXmlText(bytes) && parse(raw, bytes, kParseRaw) && raw.traverse(reader);
 }
 
+/// Every line end as one line feed, also where the parser leaves it: in an instruction each writing
+/// would otherwise add to it.
+std::string withLineFeeds(std::string text) {
+  return replaceAll(replaceAll(std::move(text), kCrLf, "\n"), "\r", "\n");
+}
+
 /// Fills the document from the file's bytes; 0 or the code of what is wrong with them.
 std::int32_t load(const std::string& bytes, pugi::xml_document& document) {
   if (bytes.empty()) {
     return code::kDocumentEmpty;
   }
-  if (bytes.size() > kMostBytes || !isWellFormed(bytes) || !parse(document, bytes, kParse)) {
+  if (bytes.size() > kMostBytes || !isWellFormed(bytes) ||
+      !parse(document, withLineFeeds(bytes), kParse)) {
     return code::kNavigateError;
   }
   return document.child("configuration") ? code::kDone : code::kSchemaViolated;

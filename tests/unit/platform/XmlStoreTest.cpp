@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/Text.h"
 #include "platform/XmlStore.h"
 #include "sim/KilledMachine.h"
 #include "sim/SimMachine.h"
@@ -380,6 +381,22 @@ TEST_F(XmlStoreTest, KeepsWhatItDoesNotKnow) {
         "<configuration version=\"7\">", "<vendor>a<b />c</vendor>", "<!-- inner -->",
         "name=\"PELAN\" colour=\"red\"", "<![CDATA[x < y]]>", "<!-- tail -->"}) {
     EXPECT_TRUE(holds(part)) << part << "\n" << text();
+  }
+}
+
+TEST_F(XmlStoreTest, LinesOfWhatItDoesNotKnowStayAsManyAtEachWrite) {
+  for (const char* const end : {"\r\n", "\n", "\r"}) {
+    put(
+        replaceAll("<?tool one|two||?>|<!-- one|two -->|<configuration a=\"1|2\">|"
+                   "  <vendor><![CDATA[one|two]]>three|four</vendor>|</configuration>|",
+                   "|", end));
+    EXPECT_EQ(setPath("S:\\Lumo"), 0);
+    const std::string first = text();
+    EXPECT_TRUE(holds("<?tool one\r\ntwo\r\n\r\n?>")) << first;
+    EXPECT_TRUE(holds("<!-- one\r\ntwo -->")) << first;
+    EXPECT_TRUE(holds("<![CDATA[one\r\ntwo]]>three\r\nfour")) << first;
+    EXPECT_EQ(setPath("S:\\Lumo"), 0);
+    EXPECT_EQ(text(), first);
   }
 }
 
