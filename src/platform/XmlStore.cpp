@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <pugixml.hpp>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "base/Text.h"
@@ -138,14 +141,23 @@ void fill(machine::Locale& locale, const std::string& text, std::int32_t size,
 
 constexpr const char* kEntities[] = {"lt", "gt", "amp", "quot", "apos"};
 
-/// The text between "&" and ";": a predefined entity or a character by its number.
+/// Neither a control character nor half of one, and none that Unicode lacks.
+bool isXmlCharacter(std::uint32_t number) {
+  return number == '\t' || number == '\n' || number == '\r' ||
+         (number >= 0x20U && number <= 0xD7FFU) || (number >= 0xE000U && number <= 0xFFFDU) ||
+         (number >= 0x10000U && number <= 0x10FFFFU);
+}
+
+/// The text between "&" and ";": a predefined entity or a character by its number. The parser takes
+/// any number, and what it makes of it could not be read back.
 bool isReference(std::string_view name) {
   if (name.size() > 1 && name[0] == '#') {
     const bool hexadecimal = name[1] == 'x';
     const std::string_view digits = name.substr(hexadecimal ? 2 : 1);
-    return !digits.empty() &&
-           digits.find_first_not_of(hexadecimal ? "0123456789abcdefABCDEF" : "0123456789") ==
-               std::string_view::npos;
+    std::uint32_t number = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number,
+                                              hexadecimal ? 16 : 10);
+    return error == std::errc() && end == digits.data() + digits.size() && isXmlCharacter(number);
   }
   return std::find(std::begin(kEntities), std::end(kEntities), name) != std::end(kEntities);
 }

@@ -220,6 +220,15 @@ const std::vector<std::pair<const char*, std::string>> kBadDocuments = {
     {"unknown entity", "<configuration>&foo;</configuration>"},
     {"bare ampersand", "<configuration>a & b</configuration>"},
     {"unknown entity in an attribute", "<configuration a=\"&foo;\"/>"},
+    {"character NUL by its number", around("&#0;")},
+    {"control character by its number", around("&#31;")},
+    {"control character by its number in an attribute", "<configuration a=\"&#x1;\"/>"},
+    {"first half of a character by its number", around("&#xD800;")},
+    {"second half of a character by its number", around("&#xDFFF;")},
+    {"number of no character", around("&#xFFFE;")},
+    {"number behind the last character", around("&#x110000;")},
+    {"number that is A when it is cut to 32 bits", around("&#4294967361;")},
+    {"number that is A when it is cut to 64 bits", around("&#x10000000000000041;")},
     {"document type", "<!DOCTYPE configuration>" + kWhole},
     {"entity from a file",
      "<!DOCTYPE c [<!ENTITY e SYSTEM \"file:///C:/a.txt\">]><configuration>&e;"
@@ -240,6 +249,25 @@ TEST_F(XmlStoreTest, ADocumentThatIsNotWellFormedCannotBeReadAndStaysAsItIs) {
     expectRefused(-3000);
     EXPECT_TRUE(text() == bytes);
     expectNoOtherFile();
+  }
+}
+
+TEST_F(XmlStoreTest, ReadsEachCharacterThatANumberMayName) {
+  for (const auto& [number, character] :
+       std::vector<std::pair<const char*, const char*>>{{"9", "\t"},
+                                                        {"xA", "\n"},
+                                                        {"32", " "},
+                                                        {"x00000000000000000041", "A"},
+                                                        {"00000000000000000000008364", "€"},
+                                                        {"xD7FF", "\xED\x9F\xBF"},
+                                                        {"xE000", "\xEE\x80\x80"},
+                                                        {"xFFFD", "\xEF\xBF\xBD"},
+                                                        {"x10000", "\xF0\x90\x80\x80"},
+                                                        {"x10FFFF", "\xF4\x8F\xBF\xBF"}}) {
+    put("<configuration><vendor>&#" + std::string(number) + ";</vendor></configuration>");
+    EXPECT_EQ(setPath("x"), 0) << number;
+    EXPECT_TRUE(holds(replaceAll("<vendor>" + std::string(character), "\n", "\r\n")))
+        << number << text();
   }
 }
 
