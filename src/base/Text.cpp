@@ -74,11 +74,18 @@ std::string trim(std::string_view text) {
 }
 
 std::string replaceAll(std::string text, std::string_view from, std::string_view to) {
-  for (std::size_t at = text.find(from); at != std::string::npos;
-       at = text.find(from, at + to.size())) {
-    text.replace(at, from.size(), to);
+  std::size_t at = text.find(from);
+  if (at == std::string::npos) {
+    return text;
   }
-  return text;
+  // Into a new text: in place each occurrence would move all that is behind it.
+  std::string replaced;
+  std::size_t done = 0;
+  for (; at != std::string::npos; at = text.find(from, done)) {
+    replaced.append(text, done, at - done).append(to);
+    done = at + from.size();
+  }
+  return replaced.append(text, done);
 }
 
 std::string firstCharacters(std::string_view text, std::size_t count) {
