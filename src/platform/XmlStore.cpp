@@ -327,6 +327,14 @@ std::string textOf(const pugi::xml_document& document) {
   return replaceAll(std::move(writer.text), "\n", kCrLf);
 }
 
+/// As each further writing would leave it: blanks that were alone in an element count no more where
+/// one has come beside them, which the parser only sees when it reads anew. Nothing where it could
+/// not be read again, as when its line ends have made it too long.
+std::optional<std::string> inOneForm(const pugi::xml_document& document) {
+  pugi::xml_document again;
+  return load(textOf(document), again) == code::kDone ? std::optional(textOf(again)) : std::nullopt;
+}
+
 // --- The file
 
 /// Puts a new content in the place of a file in one step: a reader, or a crash in between, meets
@@ -471,10 +479,12 @@ std::int32_t XmlStore::setParameter(const std::string& product, const std::strin
   if (answer != code::kDone) {
     return answer;
   }
-  return setElement(findOrMake(document, address), type, value) &&
-                 replaceContent(files_, configFile, whose, textOf(document))
-             ? code::kDone
-             : code::kInsertFailed;
+  if (!setElement(findOrMake(document, address), type, value)) {
+    return code::kInsertFailed;
+  }
+  const std::optional<std::string> text = inOneForm(document);
+  return text && replaceContent(files_, configFile, whose, *text) ? code::kDone
+                                                                  : code::kInsertFailed;
 }
 
 std::int32_t XmlStore::getConfigPath(std::int32_t /*kind*/, std::string& buffer) {

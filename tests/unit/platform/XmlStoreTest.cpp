@@ -376,6 +376,30 @@ TEST_F(XmlStoreTest, WritesAnEqualValueWithoutChangingTheRest) {
   EXPECT_EQ(text(), kDocument);
 }
 
+TEST_F(XmlStoreTest, BlanksOfAnEmptyLevelAreInItsOneFormToo) {
+  for (const char* const blanks : {"\r\n  ", "&#32;", "&#32;<!-- c -->", "<!-- c -->&#9;"}) {
+    put("<configuration><vendor>" + std::string(blanks) + "<b/></vendor><product name=\"SYSTEM\">" +
+        blanks + "</product></configuration>");
+    EXPECT_EQ(setPath("S:\\Lumo"), 0);
+    const std::string first = text();
+    EXPECT_TRUE(holds("\r\n    <section name=\"Complementary_Products\">\r\n")) << first;
+    EXPECT_EQ(setPath("S:\\Lumo"), 0);
+    EXPECT_EQ(text(), first);
+  }
+}
+
+TEST_F(XmlStoreTest, WhatCouldNotBeReadAgainIsNotWritten) {
+  const std::string bytes = replaceAll(
+      around("S:\\Lumo"), "<configuration>",
+      "<configuration><vendor>" + std::string(std::size_t{3} << 20U, '\n') + "</vendor>");
+  put(bytes);
+  ASSERT_EQ(getPath(), Answer(0, "S:\\Lumo"));
+  EXPECT_EQ(setPath("T:\\Altro"), -2000);
+  EXPECT_TRUE(text() == bytes);
+  EXPECT_EQ(getPath(), Answer(0, "S:\\Lumo"));
+  expectNoOtherFile();
+}
+
 TEST_F(XmlStoreTest, FindsTheLevelsInAnyCaseWhenWriting) {
   EXPECT_EQ(set("System", "complementary_products", "INTEGRATION", "path", "x", 2), 0);
   EXPECT_EQ(getPath(), Answer(0, "x"));
