@@ -862,6 +862,20 @@ std::vector<std::string> linesOf(const std::string& text) {
   return lines;
 }
 
+/// All that a start for ZM writes.
+std::string logOfAStart(PlantedHost& host) {
+  host.machine().removeTree(PlantedHost::kLog);
+  host.startFor("ZM");
+  return host.machine().fileText(PlantedHost::kLog);
+}
+
+/// All that a start writes which updates nothing.
+std::string logOfAnotherKind(PlantedHost& host) {
+  host.machine().removeTree(PlantedHost::kLog);
+  RealProgram(host.machine()).run("STANDALONEINSTALL S:\\Lumo S:\\Lumo ZM");
+  return host.machine().fileText(PlantedHost::kLog);
+}
+
 TEST(Explain, StartThatHoldsALineOfAnotherOneIsNotExplained) {
   PlantedHost host;
   host.startFor("ZM");
@@ -890,9 +904,7 @@ TEST(Explain, StartThatHoldsALineOfTheOtherSideIsNotExplained) {
   PlantedHost host;
   host.putFirst("LUDA");
   host.record("LUDA", PlantedHost::kOld);
-  host.machine().removeTree(PlantedHost::kLog);
-  host.startFor("ZM");
-  const std::vector<std::string> lines = linesOf(host.machine().fileText(PlantedHost::kLog));
+  const std::vector<std::string> lines = linesOf(logOfAStart(host));
   std::set<std::string> tried;
   for (std::size_t i = 0; i < lines.size(); ++i) {
     for (const char* const own : {"Lato Server la versione", " - Oggetto=Server - "}) {
@@ -913,12 +925,8 @@ TEST(Explain, StartThatHoldsALineOfTheOtherSideIsNotExplained) {
 
 TEST(Explain, StartBehindWhichAnotherKindBeganAndEndedIsCut) {
   PlantedHost host;
-  host.machine().removeTree(PlantedHost::kLog);
-  RealProgram(host.machine()).run("STANDALONEINSTALL S:\\Lumo S:\\Lumo ZM");
-  const std::string other = host.machine().fileText(PlantedHost::kLog);
-  host.machine().removeTree(PlantedHost::kLog);
-  host.startFor("ZM");
-  const std::string whole = host.machine().fileText(PlantedHost::kLog);
+  const std::string other = logOfAnotherKind(host);
+  const std::string whole = logOfAStart(host);
   const std::size_t cut = whole.find("\r\n", whole.find("Inizio procedura")) + 2;
   host.machine().putFile(PlantedHost::kLog, whole.substr(0, cut) + other);
   EXPECT_EQ(host.causeOf("ZM"), "log-cut") << host.logText();
@@ -926,9 +934,7 @@ TEST(Explain, StartBehindWhichAnotherKindBeganAndEndedIsCut) {
 
 TEST(Explain, WhatAnotherStartWritesBehindTheWalkIsNoRunOfThisOne) {
   PlantedHost host;
-  host.machine().removeTree(PlantedHost::kLog);
-  host.startFor("ZM");
-  std::string text = host.machine().fileText(PlantedHost::kLog);
+  std::string text = logOfAStart(host);
   const std::string begin = text.substr(0, text.find(" -- ") + 4);
   const std::size_t end = text.find("\r\n", text.find("Termine procedura Update")) + 2;
   text.insert(end, begin +
@@ -993,9 +999,7 @@ TEST(Explain, LogWhoseUpdateWasStoppedIsNotCut) {
 TEST(Explain, StopBehindWhichTheStartWentOnIsNotItsOwn) {
   PlantedHost host;
   host.putFirst("LUDA");
-  host.machine().removeTree(PlantedHost::kLog);
-  host.startFor("ZM");
-  std::vector<std::string> lines = linesOf(host.machine().fileText(PlantedHost::kLog));
+  std::vector<std::string> lines = linesOf(logOfAStart(host));
   const auto isSearch = [](const std::string& line) -> bool {
     return line.find("Inizio verifica presenza di pacchi zip") != std::string::npos;
   };
@@ -1064,9 +1068,7 @@ TEST(Explain, NewestStartOfAHugeLogIsTheOneThatCounts) {
   // Just beyond what is read of a log, 16 MB.
   constexpr std::size_t kLength = (std::size_t{16} << 20U) + (std::size_t{1} << 19U);
   PlantedHost host;
-  host.machine().removeTree(PlantedHost::kLog);
-  host.startFor("ZM");
-  const std::string older = host.machine().fileText(PlantedHost::kLog);
+  const std::string older = logOfAStart(host);
   host.machine().removeTree(PlantedHost::kLog);
   host.record("ZM", PlantedHost::kOld);
   host.putFirst("ZM");
@@ -1097,12 +1099,8 @@ TEST(Explain, NewestStartOfAHugeLogIsTheOneThatCounts) {
 
 TEST(Explain, StartInWhichOneOfAnotherKindBeganIsNotTakenForCut) {
   PlantedHost host;
-  host.machine().removeTree(PlantedHost::kLog);
-  RealProgram(host.machine()).run("STANDALONEINSTALL S:\\Lumo S:\\Lumo ZM");
-  const std::string other = host.machine().fileText(PlantedHost::kLog);
-  host.machine().removeTree(PlantedHost::kLog);
-  host.startFor("ZM");
-  const std::string whole = host.machine().fileText(PlantedHost::kLog);
+  const std::string other = logOfAnotherKind(host);
+  const std::string whole = logOfAStart(host);
   for (std::size_t at = whole.find("\r\n"); at + 2 < whole.size();
        at = whole.find("\r\n", at + 1)) {
     host.machine().putFile(PlantedHost::kLog,
