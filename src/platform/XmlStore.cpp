@@ -89,18 +89,40 @@ std::optional<std::size_t> followers(char first) {
   return std::nullopt;
 }
 
+/// Neither a control character nor half of one, and none that Unicode lacks.
+bool isXmlCharacter(std::uint32_t number) {
+  return number == '\t' || number == '\n' || number == '\r' ||
+         (number >= 0x20U && number <= 0xD7FFU) || (number >= 0xE000U && number <= 0xFFFDU) ||
+         (number >= 0x10000U && number <= 0x10FFFFU);
+}
+
+/// The number of the character that begins the text, with so many bytes behind the first; nothing
+/// where these do not belong to it or where fewer would have done.
+std::optional<std::uint32_t> characterOf(std::string_view text, std::size_t count) {
+  constexpr std::array<std::uint32_t, 4> kLeast = {0, 0x80, 0x800, 0x10000};
+  const std::string_view rest = text.substr(1, count);
+  if (rest.size() < count || !std::all_of(rest.begin(), rest.end(), isContinuation)) {
+    return std::nullopt;
+  }
+  // Of the first byte those bits count that the length leaves.
+  std::uint32_t number =
+      static_cast<unsigned char>(text[0]) & (count == 0 ? 0x7FU : 0x3FU >> count);
+  for (const char byte : rest) {
+    number = (number << 6U) | (static_cast<unsigned char>(byte) & 0x3FU);
+  }
+  return number < kLeast.at(count) ? std::nullopt : std::optional(number);
+}
+
 /// UTF-8 without characters that no XML text may hold: control characters other than tab and line
 /// ends.
 bool isXmlText(std::string_view text) {
   for (std::size_t i = 0; i < text.size();) {
-    const auto byte = static_cast<unsigned char>(text[i]);
     const std::optional<std::size_t> count = followers(text[i]);
-    if ((byte < 0x20U && byte != '\t' && byte != '\r' && byte != '\n') || !count ||
-        *count >= text.size() - i) {
+    if (!count) {
       return false;
     }
-    const std::string_view rest = text.substr(i + 1, *count);
-    if (!std::all_of(rest.begin(), rest.end(), isContinuation)) {
+    const std::optional<std::uint32_t> character = characterOf(text.substr(i), *count);
+    if (!character || !isXmlCharacter(*character)) {
       return false;
     }
     i += 1 + *count;
@@ -140,13 +162,6 @@ void fill(machine::Locale& locale, const std::string& text, std::int32_t size,
 // --- The document
 
 constexpr const char* kEntities[] = {"lt", "gt", "amp", "quot", "apos"};
-
-/// Neither a control character nor half of one, and none that Unicode lacks.
-bool isXmlCharacter(std::uint32_t number) {
-  return number == '\t' || number == '\n' || number == '\r' ||
-         (number >= 0x20U && number <= 0xD7FFU) || (number >= 0xE000U && number <= 0xFFFDU) ||
-         (number >= 0x10000U && number <= 0x10FFFFU);
-}
 
 /// The text between "&" and ";": a predefined entity or a character by its number. The parser takes
 /// any number, and what it makes of it could not be read back.

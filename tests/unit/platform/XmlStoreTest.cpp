@@ -266,6 +266,7 @@ TEST_F(XmlStoreTest, ReadsEachCharacterThatANumberMayName) {
                                                         {"x10FFFF", "\xF4\x8F\xBF\xBF"}}) {
     put("<configuration><vendor>&#" + std::string(number) + ";</vendor></configuration>");
     EXPECT_EQ(setPath("x"), 0) << number;
+    EXPECT_EQ(setPath("y"), 0) << number;
     EXPECT_TRUE(holds(replaceAll("<vendor>" + std::string(character), "\n", "\r\n")))
         << number << text();
   }
@@ -348,6 +349,15 @@ TEST_F(XmlStoreTest, RefusesImpossibleValuesAndTypes) {
   for (const std::string& value :
        {std::string("a\0b", 3), std::string("\x1B"), std::string("\xE8"), std::string("a\r\nb")}) {
     EXPECT_EQ(setPath(value), -5005);
+  }
+  // Longer than needed, half of a character, none, behind the last one.
+  for (const char* const value :
+       {"\xC1\xBF", "\xE0\x80\x80", "\xE0\x9F\xBF", "\xF0\x80\x80\x80", "\xF0\x8F\xBF\xBF",
+        "\xED\xA0\x80", "\xED\xBF\xBF", "\xEF\xBF\xBE", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80"}) {
+    EXPECT_EQ(setPath(value), -5005);
+    put(around(value));
+    expectRefused(-3000);
+    put(kDocument);
   }
   EXPECT_EQ(setPath("x", 0), -6000);
   EXPECT_EQ(setPath("x", -1), -6000);
