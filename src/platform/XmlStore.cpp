@@ -347,7 +347,11 @@ std::string textOf(const pugi::xml_document& document) {
 /// not be read again, as when its line ends have made it too long.
 std::optional<std::string> inOneForm(const pugi::xml_document& document) {
   pugi::xml_document again;
-  return load(textOf(document), again) == code::kDone ? std::optional(textOf(again)) : std::nullopt;
+  if (load(textOf(document), again) != code::kDone) {
+    return std::nullopt;
+  }
+  std::string text = textOf(again);
+  return text.size() > kMostBytes ? std::nullopt : std::optional(std::move(text));
 }
 
 // --- The file
