@@ -1,6 +1,8 @@
 // A description is refused with its path and a line that it has, or gives a plan that, written down
-// again as a description, is the same plan.
+// again as a description, is the same plan. Its packs are the same without the medium.
 #include "kit/Description.h"
+
+#include <optional>
 
 #include "base/RuntimeError.h"
 #include "fuzz/Property.h"
@@ -19,16 +21,23 @@ struct World {
     for (const char* const file :
          {"C:\\d\\gestore\\TrelvManager.exe", "C:\\d\\gestore\\images\\a.jpg", "C:\\d\\manuale.pdf",
           "C:\\d\\zb\\agdvcomp.ini", "C:\\d\\zb\\zb.ini", "C:\\d\\q2\\agdvcomp.ini",
-          "C:\\d\\q2\\q2\\setup.exe", "C:\\d\\altro\\nota.txt", "C:\\d\\altro\\NOTE.TXT"}) {
+          "C:\\d\\q2\\q2\\setup.exe", "C:\\d\\altro\\nota.txt", "C:\\d\\altro\\NOTE.TXT",
+          "C:\\d\\brutta\\~qalbunex1"}) {
       machine.putFile(file, "x");
     }
     machine.makeFolders("C:\\d\\vuota");
+    machine.diskOf("C:\\").putLink("C:\\d\\legata\\zb", "C:\\d\\zb");
   }
 
   kit::MediumPlan read(std::string_view text) {
     machine.putFile(kPath, text);
-    kit::Workplace workplace{machine.machine(), console, paths, fileUse, finished};
     return kit::readMediumPlan(workplace, kPath);
+  }
+
+  /// As the packs alone are built.
+  kit::PacksPlan readPacks(std::string_view text) {
+    machine.putFile(kPath, text);
+    return kit::readPacksPlan(workplace, kPath);
   }
 
   sim::SimMachine machine;
@@ -36,6 +45,7 @@ struct World {
   tests::FakeGivenPaths paths;
   sim::SimFileUse fileUse{machine.volumes(), machine.files(), machine.callLog()};
   tests::FakeFinishedFiles finished{machine};
+  kit::Workplace workplace{machine.machine(), console, paths, fileUse, finished};
 };
 
 World& world() {
@@ -90,6 +100,14 @@ std::string packText(const kit::PackPlan& pack) {
   return text;
 }
 
+std::string packsText(const std::vector<kit::PackPlan>& packs) {
+  std::string text;
+  for (const kit::PackPlan& pack : packs) {
+    text += packText(pack);
+  }
+  return text;
+}
+
 std::string entryText(const kit::MediumPlan& plan, const kit::EntryPlan& entry) {
   std::string text = "[entry]\n" + line("caption", entry.caption) + line("product", entry.product) +
                      line("folder", entry.folder);
@@ -104,9 +122,7 @@ std::string entryText(const kit::MediumPlan& plan, const kit::EntryPlan& entry) 
 
 std::string textOf(const kit::MediumPlan& plan) {
   std::string text = headText(plan);
-  for (const kit::PackPlan& pack : plan.packs) {
-    text += packText(pack);
-  }
+  text += packsText(plan.packs);
   for (std::size_t i = 0; i < plan.lists.size(); ++i) {
     text += "[list " + std::to_string(i + 1) + "]\n" + line("caption", plan.lists[i].caption);
     for (const kit::EntryPlan& entry : plan.lists[i].entries) {
@@ -128,17 +144,29 @@ void checkRefusal(std::string_view bytes, const std::string& reason) {
   require(number >= 1 && number <= lines, "a refusal names a line of the file", {reason});
 }
 
+/// The plan of what is read with `read`; nothing where it was refused.
+template <typename Plan>
+std::optional<Plan> accepted(std::string_view bytes, Plan (World::*read)(std::string_view)) {
+  try {
+    return (world().*read)(bytes);
+  } catch (const kit::Failure& refused) {
+    checkRefusal(bytes, refused.what());
+    return std::nullopt;
+  }
+}
+
 }  // namespace
 
 void checkDescription(std::string_view bytes) {
   world().machine.callLog().clear();
-  kit::MediumPlan plan;
-  try {
-    plan = world().read(bytes);
-  } catch (const kit::Failure& refused) {
-    checkRefusal(bytes, refused.what());
+  const std::optional<kit::PacksPlan> packs = accepted(bytes, &World::readPacks);
+  const std::optional<kit::MediumPlan> medium = accepted(bytes, &World::read);
+  if (!medium) {
     return;
   }
+  const kit::MediumPlan& plan = *medium;
+  require(packs && packsText(packs->packs) == packsText(plan.packs),
+          "a medium's packs are the same without it", {bytes});
   const std::string text = textOf(plan);
   try {
     require(textOf(world().read(text)) == text, "a plan written down is the same plan",
