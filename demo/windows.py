@@ -316,7 +316,7 @@ def log_lines(path, code_page=1252):
     return path.read_bytes().decode(f"cp{code_page}").split("\r\n")[:-1]
 
 
-def wait_for_file(path, seconds=10):
+def wait_for_file(path, seconds=30):
     """True once the file is there; false when it does not come."""
     deadline = time.monotonic() + seconds
     while not path.exists():

@@ -179,7 +179,7 @@ def assert_values(places, before, after, steps):
         assert after.store == before.store
 
 
-def wait_for_starts(station, seconds=10):
+def wait_for_starts(station, seconds=30):
     """What the programs that were started with nobody waiting have told."""
     deadline = time.monotonic() + seconds
     while not station.starts() and time.monotonic() < deadline:
