@@ -1,5 +1,6 @@
 """How comparisons that fail are shown, in all tests of this language."""
 
+import itertools
 import os
 from unittest import mock
 
@@ -21,15 +22,21 @@ def size(value):
     return 0
 
 
+def first_unlike_lines(left, right):
+    """In the place of all that two texts have in common, which may take hours to find."""
+    unlike = ((old, new) for old, new in itertools.zip_longest(left, right, fillvalue="") if old != new)
+    return [sign + line for old, new in itertools.islice(unlike, 1) for sign, line in (("- ", old), ("+ ", new))]
+
+
 @pytest.hookimpl(hookwrapper=True)
 def pytest_assertrepr_compare(left, right):
-    """On a machine that builds for others, which these variables tell, pytest looks for all that two
-    values have in common and writes both out: two programs take it hours, and two disks more memory
-    than there is. The first difference is told all the same."""
+    """Texts are always compared line by line; on a machine that builds for others, which these
+    variables tell, all other values too. Of two programs that takes hours, of two disks more memory
+    than there is. The first difference of large values is told at once."""
     if size(left) + size(right) <= LARGE:
         yield
         return
-    with mock.patch.dict(os.environ):
+    with mock.patch.dict(os.environ), mock.patch("difflib.ndiff", first_unlike_lines):
         os.environ.pop("CI", None)
         os.environ.pop("BUILD_NUMBER", None)
         told = yield

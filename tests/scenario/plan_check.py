@@ -83,8 +83,7 @@ class World:
         return found and found[1]
 
     def differences(self, other):
-        """Names of what is not the same. There is no other comparison: pytest would write two unlike
-        worlds out whole, and they are large."""
+        """Names of what is not the same."""
         names = [name for name in self.files.keys() | other.files.keys()
                  if self.files.get(name) != other.files.get(name)
                  or self.dates.get(name) != other.dates.get(name)]
